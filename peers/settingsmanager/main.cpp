@@ -1,0 +1,22 @@
+#include "SettingsManager.h"
+
+#include <zelcore/ZELApplication.h>
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+int main(int argc, char **argv)
+{
+    CLI::App commandLine("The SettingsManager of the phone, serving the settings in a directory.");
+    std::string directory;
+    commandLine.add_option("DIR", directory, "one file a setting, named as the setting")
+        ->required()
+        ->check(CLI::ExistingDirectory);
+    CLI11_PARSE(commandLine, argc, argv);
+
+    ZELApplication application(argc, argv);
+    ZELApplication::setApplicationName(QStringLiteral("SettingsManager"));
+    const SettingsManager module(QString::fromLocal8Bit(directory.c_str()));
+    return ZELApplication::exec();
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+#include <memory>
+
+class ZELException;
+
+namespace zel {
+class TerminationSignals;
+}
+
+/// The application object of a module's process. It ends the event loop with status 0 on SIGTERM
+/// and SIGINT, and nothing that a module throws as a ZELException pointer gets past it.
+class ZELApplication : public QCoreApplication
+{
+    Q_OBJECT
+    Q_PROPERTY(QString dataRoot READ dataRoot CONSTANT)
+
+public:
+    ZELApplication(int &argc, char **argv);
+    ~ZELApplication() override;
+
+    /// The directory under which each module has its own, with a slash at its end: ZEL_DATA_ROOT,
+    /// or `/data/ZELApplication/`.
+    static QString dataRoot();
+
+    /// Logs the exception at error level and deletes it.
+    static void dispose(ZELException *exception);
+
+    bool notify(QObject *receiver, QEvent *event) override;
+
+private:
+    std::unique_ptr<zel::TerminationSignals> m_signals;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+
+namespace zel {
+
+/// The process's connection to the system bus, made fit for a module: roomy enough for what peers
+/// send while the one thread is blocked, and watched, because a module without a bus is deaf.
+class BusConnection : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    /// False, with a log line, if the bus cannot be reached.
+    bool open();
+
+    /// Does any process own the name? An error counts as yes: it is no leave to go on.
+    static bool isTaken(const QString &serviceName);
+
+private slots:
+    void lost();
+};
+
+} // namespace zel

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+/// The platform's conventions on the bus. Nothing outside platform/ knows them.
+namespace zel {
+
+/// `com.velmora.Tessaro.<module name>`
+QString serviceName(const QString &moduleName);
+
+/// `/com/velmora/Tessaro/<module name>`
+QString objectPath(const QString &moduleName);
+
+/// The interface of every module's operations.
+QString operationsInterface();
+
+/// Platform events are the signal `event` of this interface, on the sender's object path.
+QString eventsInterface();
+QString eventSignal();
+
+/// The error of a call that its module could not answer at all.
+QString invocationFailedError();
+
+} // namespace zel

@@ -1,0 +1,32 @@
+#include "CallGuard.h"
+
+#include "BusNames.h"
+#include "BusObject.h"
+#include "zelcore/ZELApplication.h"
+#include "zelcore/ZELException.h"
+
+namespace zel {
+
+CallGuard::CallGuard(QDBusAbstractAdaptor &adaptor, BusObject &object)
+    : QDBusAbstractAdaptor(&object), m_adaptor(adaptor), m_object(object)
+{
+}
+
+const QMetaObject *CallGuard::metaObject() const
+{
+    return m_adaptor.metaObject();
+}
+
+int CallGuard::qt_metacall(QMetaObject::Call call, int id, void **arguments)
+{
+    constexpr int handled = -1;
+    try {
+        return m_adaptor.qt_metacall(call, id, arguments);
+    } catch (ZELException *exception) {
+        m_object.answerWithError(invocationFailedError(), exception->getMessage());
+        ZELApplication::dispose(exception);
+        return handled;
+    }
+}
+
+} // namespace zel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace zel {
+
+/// A module's own directory of data.
+class DataDirectory
+{
+public:
+    explicit DataDirectory(QString path);
+
+    /// Is there any file in it that is not empty?
+    bool holdsData() const;
+
+    /// Copies it to `<directory>.before-deploy`, or the first of `.before-deploy.1`, ... that is
+    /// free, and waits until the copy is on the disk. Returns the copy's path, or an empty text
+    /// if it could not be made; a part of a copy is not left behind.
+    QString copyAside() const;
+
+private:
+    QString freeName() const;
+
+    QString m_path;
+};
+
+} // namespace zel

@@ -1,0 +1,76 @@
+#include "EventCodec.h"
+
+#include "BusNames.h"
+#include "QtCompatibility.h"
+
+#include <QDBusArgument>
+#include <QDBusVariant>
+
+#include <algorithm>
+
+using Arguments = QList<ZELEvent::Argument>;
+Q_DECLARE_METATYPE(Arguments)
+
+QDBusArgument &operator<<(QDBusArgument &out, const ZELEvent::Argument &argument)
+{
+    out.beginStructure();
+    out << argument.name << QDBusVariant(argument.value) << argument.flag;
+    out.endStructure();
+    return out;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &in, ZELEvent::Argument &argument)
+{
+    QDBusVariant value;
+    in.beginStructure();
+    in >> argument.name >> value >> argument.flag;
+    in.endStructure();
+    argument.value = value.variant();
+    return in;
+}
+
+namespace zel {
+namespace {
+
+// Asked beforehand, because the marshaller would leave such a value out and send the rest.
+bool hasOnlyBusTypes(const ZELEvent &event)
+{
+    const Arguments &arguments = event.getArguments();
+    return std::all_of(
+        arguments.cbegin(), arguments.cend(), [](const ZELEvent::Argument &argument) {
+            return argument.value.isValid() && qt::busSignature(argument.value) != nullptr;
+        });
+}
+
+void registerArguments()
+{
+    qDBusRegisterMetaType<ZELEvent::Argument>();
+    qDBusRegisterMetaType<Arguments>();
+}
+
+} // namespace
+
+std::optional<QDBusMessage> encodeEvent(const QString &path, const ZELEvent &event)
+{
+    if (!hasOnlyBusTypes(event))
+        return std::nullopt;
+    registerArguments();
+    QDBusMessage message = QDBusMessage::createSignal(path, eventsInterface(), eventSignal());
+    message << event.getEvtName() << QVariant::fromValue(event.getArguments());
+    return message;
+}
+
+std::optional<ZELEvent> decodeEvent(const QDBusMessage &message)
+{
+    if (message.signature() != QLatin1String("sa(svb)"))
+        return std::nullopt;
+    const QList<QVariant> parts = message.arguments();
+    const auto arguments = qdbus_cast<Arguments>(parts.at(1));
+    ZELEvent event;
+    event.setEvtName(parts.at(0).toString());
+    for (const ZELEvent::Argument &argument : arguments)
+        event.addArgument(argument.value, argument.name, argument.flag);
+    return event;
+}
+
+} // namespace zel

@@ -1,0 +1,41 @@
+#include "EventSubscription.h"
+
+#include "BusNames.h"
+#include "EventCodec.h"
+#include "zelcore/ZELLogger.h"
+
+#include <QDBusConnection>
+
+#include <utility>
+
+namespace zel {
+
+EventSubscription::EventSubscription(QString eventName, QObject *receiver, QMetaMethod slot,
+                                     QObject *parent)
+    : QObject(parent), m_eventName(std::move(eventName)), m_receiver(receiver),
+      m_slot(std::move(slot))
+{
+}
+
+bool EventSubscription::connectToBus()
+{
+    // No signature is asked for, so that a malformed event is seen and reported, not overlooked.
+    return QDBusConnection::systemBus().connect(QString(), QString(), eventsInterface(),
+                                                eventSignal(), {m_eventName}, QString(), this,
+                                                SLOT(receive(QDBusMessage)));
+}
+
+void EventSubscription::receive(const QDBusMessage &message)
+{
+    const auto event = decodeEvent(message);
+    if (!event) {
+        logger().warning(
+            QStringLiteral("Event %1 from %2 dropped: its signature is \"%3\", not \"sa(svb)\"")
+                .arg(m_eventName, message.service(), message.signature()));
+        return;
+    }
+    if (m_receiver)
+        m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, *event));
+}
+
+} // namespace zel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "BusConnection.h"
+#include "BusObject.h"
+
+#include <QObject>
+
+class ZELModule;
+
+namespace zel {
+
+/// Brings one module up once the event loop runs, and takes it off the bus when the loop ends. A
+/// start-up that fails ends the loop with status 1, after one line in the log that says why.
+class ModuleRunner : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ModuleRunner(ZELModule &module);
+
+private:
+    void run();
+    bool bringUp();
+    bool ensureNameIsFree() const;
+    bool ensureData();
+    bool runHook(const char *name, bool (ZELModule::*hook)()) const;
+    bool appearOnBus();
+    void leaveBus();
+
+    ZELModule &m_module;
+    BusConnection m_connection;
+    BusObject m_object;
+};
+
+} // namespace zel

@@ -1,0 +1,58 @@
+#include "TerminationSignals.h"
+
+#include "zelcore/ZELLogger.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace zel {
+namespace {
+
+sigset_t terminationSignals()
+{
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, SIGTERM);
+    sigaddset(&mask, SIGINT);
+    return mask;
+}
+
+} // namespace
+
+// Blocked before the bus library starts its thread, which inherits the mask: the descriptor is
+// then the only place where the signals can arrive.
+TerminationSignals::TerminationSignals()
+{
+    const sigset_t mask = terminationSignals();
+    pthread_sigmask(SIG_BLOCK, &mask, nullptr);
+    m_descriptor = signalfd(-1, &mask, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (m_descriptor < 0) {
+        logger().warning(
+            QStringLiteral("Cannot watch for termination signals: they end the process at once"));
+        pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
+        return;
+    }
+    m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::quit);
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    m_notifier.reset();
+    if (m_descriptor >= 0)
+        close(m_descriptor);
+    const sigset_t mask = terminationSignals();
+    pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
+}
+
+void TerminationSignals::quit()
+{
+    signalfd_siginfo received = {};
+    if (read(m_descriptor, &received, sizeof received) == sizeof received)
+        QCoreApplication::quit();
+}
+
+} // namespace zel

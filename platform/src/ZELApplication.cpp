@@ -1,0 +1,66 @@
+#include "zelcore/ZELApplication.h"
+
+#include "TerminationSignals.h"
+#include "zelcore/ZELException.h"
+#include "zelcore/ZELLogger.h"
+#include "zelcore/ZELModule.h"
+
+namespace {
+
+// The bus and SQL libraries report through Qt; their lines belong into the same log.
+void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return logger().debug(text);
+    case QtInfoMsg:
+        return logger().info(text);
+    case QtWarningMsg:
+        return logger().warning(text);
+    default:
+        return logger().error(text);
+    }
+}
+
+} // namespace
+
+ZELApplication::ZELApplication(int &argc, char **argv)
+    : QCoreApplication(argc, argv), m_signals(std::make_unique<zel::TerminationSignals>())
+{
+    qInstallMessageHandler(logQtMessage);
+}
+
+ZELApplication::~ZELApplication()
+{
+    qInstallMessageHandler(nullptr);
+}
+
+QString ZELApplication::dataRoot()
+{
+    QString root = qEnvironmentVariable("ZEL_DATA_ROOT");
+    if (root.isEmpty())
+        root = QStringLiteral("/data/ZELApplication/");
+    if (!root.endsWith(QLatin1Char('/')))
+        root += QLatin1Char('/');
+    return root;
+}
+
+void ZELApplication::dispose(ZELException *exception)
+{
+    const std::unique_ptr<ZELException> owned(exception);
+    const ZELModule *module = owned->getModule();
+    logger().error(QStringLiteral("Exception of type %1 left module %2: %3")
+                       .arg(QString::number(owned->getErrorType()),
+                            module ? module->getModuleName() : QStringLiteral("(none)"),
+                            owned->getMessage()));
+}
+
+bool ZELApplication::notify(QObject *receiver, QEvent *event)
+{
+    try {
+        return QCoreApplication::notify(receiver, event);
+    } catch (ZELException *exception) {
+        dispose(exception);
+        return true;
+    }
+}

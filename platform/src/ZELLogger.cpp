@@ -1,0 +1,116 @@
+#include "zelcore/ZELLogger.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QDateTime>
+
+#include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constexpr int DefaultLevel = 6;
+constexpr int HighestLevel = 7;
+
+int levelFromEnvironment()
+{
+    bool isNumber = false;
+    const int level = qEnvironmentVariableIntValue("ZEL_LOG_LEVEL", &isNumber);
+    return isNumber && level >= 0 && level <= HighestLevel ? level : DefaultLevel;
+}
+
+int &configuredLevel()
+{
+    static int level = levelFromEnvironment();
+    return level;
+}
+
+// systemd names the journal's own stream by device and inode, so that a process whose stderr was
+// redirected elsewhere can tell.
+bool isStderrTheJournal()
+{
+    struct stat status = {};
+    if (fstat(STDERR_FILENO, &status) != 0)
+        return false;
+    const QByteArray stream = QByteArray::number(qulonglong{status.st_dev}) + ':' +
+                              QByteArray::number(qulonglong{status.st_ino});
+    return qgetenv("JOURNAL_STREAM") == stream;
+}
+
+const char *levelName(int level)
+{
+    switch (level) {
+    case 3:
+        return "error";
+    case 4:
+        return "warning";
+    case 6:
+        return "info";
+    default:
+        return "debug";
+    }
+}
+
+QByteArray linePrefix(int level)
+{
+    static const bool toJournal = isStderrTheJournal();
+    if (toJournal)
+        return '<' + QByteArray::number(level) + '>';
+    return QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' ' +
+           QCoreApplication::applicationName().toUtf8() + '[' +
+           QByteArray::number(QCoreApplication::applicationPid()) + "] " + levelName(level) + ": ";
+}
+
+} // namespace
+
+ZELLogger::ZELLogger(QString category) : m_category(std::move(category)) {}
+
+int ZELLogger::getConfiguredLevel()
+{
+    return configuredLevel();
+}
+
+void ZELLogger::setConfiguredLevel(int level)
+{
+    configuredLevel() = level;
+}
+
+void ZELLogger::debug(const QString &text) const
+{
+    write(Debug, text);
+}
+
+void ZELLogger::info(const QString &text) const
+{
+    write(Info, text);
+}
+
+void ZELLogger::warning(const QString &text) const
+{
+    write(Warning, text);
+}
+
+void ZELLogger::error(const QString &text) const
+{
+    write(Error, text);
+}
+
+void ZELLogger::write(Level level, const QString &text) const
+{
+    if (level > getConfiguredLevel())
+        return;
+    QByteArray line = linePrefix(level);
+    if (!m_category.isEmpty())
+        line += m_category.toUtf8() + ": ";
+    line += text.toUtf8() + '\n';
+    // One call a line: stderr is not buffered, and lines of several processes must not mix. There
+    // is nowhere left to report a failure to.
+    static_cast<void>(std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr));
+}
+
+ZELLogger logger(const QString &category)
+{
+    return ZELLogger(category);
+}

@@ -1,0 +1,70 @@
+#include "storage/Connection.h"
+
+#include "storage/Statement.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+namespace connection {
+namespace {
+
+// A write-ahead log of 100 pages (400 KiB) is folded back into the database: short enough for the
+// phone's flash, long enough that few writes pay for it.
+constexpr int CheckpointPages = 100;
+
+QSqlDatabase current()
+{
+    return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+}
+
+QString pragma(const QString &text)
+{
+    QSqlQuery query(QString(), QSqlDatabase{});
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("PRAGMA ") + text)) {
+        logFailure(query, text);
+        return {};
+    }
+    return query.next() ? query.value(0).toString() : QString();
+}
+
+// With SQLite's default journal a power cut can undo an acknowledged write, because the unlinked
+// journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
+void makeDurable()
+{
+    if (pragma(QStringLiteral("journal_mode=WAL")) != QLatin1String("wal"))
+        pragma(QStringLiteral("journal_mode=PERSIST"));
+    pragma(QStringLiteral("synchronous=FULL"));
+    pragma(QStringLiteral("wal_autocheckpoint=%1").arg(CheckpointPages));
+}
+
+// Closing folds the write-ahead log back, which leaves the single database file. The application
+// object runs this as it goes, while the SQL library is still whole.
+void close()
+{
+    Statement::forgetAll();
+    current().close();
+    QSqlDatabase::removeDatabase(QLatin1String(QSqlDatabase::defaultConnection));
+}
+
+} // namespace
+
+bool open(const QString &directory, const QString &fileName)
+{
+    QSqlDatabase database = QSqlDatabase::addDatabase(
+        QStringLiteral("QSQLITE"), QLatin1String(QSqlDatabase::defaultConnection));
+    qAddPostRoutine(close);
+
+    const QDir place(directory);
+    if (!place.exists())
+        place.mkpath(place.absolutePath()); // where this fails, so does opening the file
+    database.setDatabaseName(directory + fileName);
+    if (!database.open())
+        return false;
+    makeDurable();
+    return true;
+}
+
+} // namespace connection

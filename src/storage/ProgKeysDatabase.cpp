@@ -1,0 +1,83 @@
+#include "storage/ProgKeysDatabase.h"
+
+#include "logging.h"
+#include "module.h"
+#include "storage/Connection.h"
+#include "storage/Schema.h"
+#include "storage/Statement.h"
+
+#include <zelcore/ZELModule.h>
+
+#include <QCoreApplication>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QVariant>
+
+namespace {
+
+// The application object says where the phone's data is if it was told so, as in development.
+QString dataRoot()
+{
+    const QString root = QCoreApplication::instance()->property("dataRoot").toString();
+    return root.isEmpty() ? QStringLiteral("/data/ZELApplication/") : root;
+}
+
+} // namespace
+
+ProgKeysDatabase &ProgKeysDatabase::instance()
+{
+    // Never freed: statements may run until the very end of the process.
+    static auto *const database = new ProgKeysDatabase;
+    return *database;
+}
+
+// A failed open shows in every later statement; it is not tried again.
+ProgKeysDatabase::ProgKeysDatabase()
+{
+    static_cast<void>(openConnection());
+}
+
+bool ProgKeysDatabase::openConnection()
+{
+    const QString directory = dataRoot() + theModule().getModuleName() + QLatin1Char('/');
+    const QString fileName = QStringLiteral("zelprogrammablekeys.data");
+    logging::debug("Connecting to database at %1...", directory + fileName);
+    return connection::open(directory, fileName);
+}
+
+bool ProgKeysDatabase::checkTables()
+{
+    QSqlQuery probe(QString(), QSqlDatabase{});
+    if (!probe.exec(QLatin1String(schema::ProbeKeys))) {
+        logging::info("Table Key is not correct. Check fails");
+        return false;
+    }
+    if (!probe.exec(QLatin1String(schema::ProbeActions))) {
+        logging::info("Table Action is not correct. Check fails");
+        return false;
+    }
+    return true;
+}
+
+void ProgKeysDatabase::resetTables()
+{
+    dropTables();
+    runStatement(QLatin1String(schema::CreateKeys));
+    runStatement(QLatin1String(schema::CreateActions));
+    runStatement(QLatin1String(schema::InsertReservedAction));
+}
+
+void ProgKeysDatabase::dropTables()
+{
+    runStatement(QLatin1String(schema::DropKeys));
+    runStatement(QLatin1String(schema::DropActions));
+}
+
+QSqlQuery ProgKeysDatabase::runStatement(const QString &sql)
+{
+    QSqlQuery query(QString(), QSqlDatabase{});
+    query.setForwardOnly(true);
+    if (!query.exec(sql))
+        logFailure(query, sql);
+    return query;
+}

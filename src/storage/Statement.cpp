@@ -1,0 +1,95 @@
+#include "storage/Statement.h"
+
+#include "logging.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+
+#include <vector>
+
+namespace {
+
+// Statements are function-local statics, so this list holds them all for the life of the process.
+std::vector<Statement *> &allStatements()
+{
+    static std::vector<Statement *> statements;
+    return statements;
+}
+
+} // namespace
+
+void logFailure(const QSqlQuery &query, const QString &text)
+{
+    const QString executed = query.executedQuery();
+    QString reason = query.lastError().text();
+    if (reason.isEmpty())
+        reason = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
+                     .lastError()
+                     .text();
+    logging::error("Error: %1 %2", executed.isEmpty() ? text : executed, reason);
+}
+
+QVariant stored(const QString &text)
+{
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+Statement::Statement(const char *text) : m_text(QLatin1String(text))
+{
+    allStatements().push_back(this);
+}
+
+bool Statement::prepare()
+{
+    if (m_query)
+        return true;
+    m_query.emplace(QString(), QSqlDatabase());
+    m_query->setForwardOnly(true);
+    return m_query->prepare(m_text);
+}
+
+bool Statement::execute(std::initializer_list<QVariant> values)
+{
+    if (!prepare()) {
+        logFailure(*m_query, m_text);
+        m_query.reset();
+        return false;
+    }
+    int index = 0;
+    for (const QVariant &value : values)
+        m_query->bindValue(index++, value);
+    if (m_query->exec())
+        return true;
+    logFailure(*m_query, m_text);
+    m_query->finish();
+    return false;
+}
+
+QSqlQuery &Statement::query()
+{
+    return *m_query;
+}
+
+Insertion Statement::insert(std::initializer_list<QVariant> values)
+{
+    if (!execute(values))
+        return {-1, StorageCode::Failed};
+    const qlonglong id = m_query->lastInsertId().toLongLong();
+    m_query->finish();
+    return {id, StorageCode::Success};
+}
+
+int Statement::change(std::initializer_list<QVariant> values)
+{
+    if (!execute(values))
+        return StorageCode::Failed;
+    const int rows = m_query->numRowsAffected();
+    m_query->finish();
+    return rows == 0 ? StorageCode::NoSuchRow : StorageCode::Success;
+}
+
+void Statement::forgetAll()
+{
+    for (Statement *statement : allStatements())
+        statement->m_query.reset();
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "storage/ProgKeysDatabase.h"
+
+#include <QList>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QString>
+#include <QVariant>
+
+#include <initializer_list>
+#include <optional>
+
+/// Writes the log line of a statement that failed. Where the connection never opened, the query
+/// knows neither its text nor an error; `text` and the connection's own error stand in.
+void logFailure(const QSqlQuery &query, const QString &text);
+
+/// A text as the tables hold it: a null one is stored as an empty one, never as NULL.
+QVariant stored(const QString &text);
+
+/// One statement, prepared at its first use and kept. One that could not be prepared is tried
+/// again the next time. It is finished after each use, so that it holds no lock, and outlives a
+/// schema reset.
+class Statement
+{
+public:
+    explicit Statement(const char *text);
+
+    /// Binds the values in order and executes; false, after a log line, if that failed. After a
+    /// success the rows are in `query`, which is the caller's to finish.
+    bool execute(std::initializer_list<QVariant> values);
+    QSqlQuery &query();
+
+    /// Executes an insertion.
+    Insertion insert(std::initializer_list<QVariant> values);
+
+    /// Executes an update or deletion; NoSuchRow if it matched none.
+    int change(std::initializer_list<QVariant> values);
+
+    /// Forgets every prepared statement, so that the connection can close.
+    static void forgetAll();
+
+private:
+    bool prepare();
+
+    QString m_text;
+    std::optional<QSqlQuery> m_query;
+};
+
+/// All rows of an executed query; none, after a log line, if reading them failed. `Columns` finds
+/// the columns by name in its constructor, from a QSqlRecord, and reads one row by index in `read`,
+/// which costs half as much as by name.
+template <typename Record, typename Columns>
+QList<Record> readAll(QSqlQuery &query, const Columns &columns)
+{
+    QList<Record> records;
+    while (query.next())
+        records.append(columns.read(query));
+    if (query.lastError().isValid()) {
+        logFailure(query, query.lastQuery());
+        records.clear();
+    }
+    query.finish();
+    return records;
+}
+
+template <typename Record, typename Columns>
+QList<Record> readAll(QSqlQuery &query)
+{
+    return readAll<Record>(query, Columns(query.record()));
+}
+
+/// For a statement that selects a single value.
+template <typename Value>
+class FirstColumn
+{
+public:
+    explicit FirstColumn(const QSqlRecord & /*record*/) {}
+    Value read(const QSqlQuery &row) const { return row.value(0).template value<Value>(); }
+};
+
+/// A statement that reads records and looks its columns up only once.
+template <typename Record, typename Columns>
+class SelectStatement
+{
+public:
+    explicit SelectStatement(const char *text) : m_statement(text) {}
+
+    /// The rows for these values; none if the statement failed.
+    QList<Record> read(std::initializer_list<QVariant> values)
+    {
+        if (!m_statement.execute(values))
+            return {};
+        QSqlQuery &query = m_statement.query();
+        if (!m_columns)
+            m_columns.emplace(query.record());
+        return readAll<Record>(query, *m_columns);
+    }
+
+private:
+    Statement m_statement;
+    std::optional<Columns> m_columns;
+};
