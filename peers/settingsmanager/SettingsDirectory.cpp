@@ -10,11 +10,8 @@ SettingsDirectory::SettingsDirectory(QString path) : m_path(std::move(path)) {}
 
 std::optional<QString> SettingsDirectory::read(const QString &name) const
 {
-    const auto path = pathOf(name);
-    if (!path)
-        return std::nullopt;
-    QFile file(*path);
-    if (!file.open(QIODevice::ReadOnly))
+    QFile file(pathOf(name));
+    if (!isName(name) || !file.open(QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray text = file.readAll();
     if (text.endsWith('\n'))
@@ -24,18 +21,19 @@ std::optional<QString> SettingsDirectory::read(const QString &name) const
 
 bool SettingsDirectory::write(const QString &name, const QString &value) const
 {
-    const auto path = pathOf(name);
-    if (!path)
-        return false;
-    QSaveFile file(*path);
+    QSaveFile file(pathOf(name));
     const QByteArray text = value.toUtf8() + '\n';
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+    return isName(name) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
+           file.commit();
 }
 
-// A name must not lead out of the directory, nor to a hidden file in it.
-std::optional<QString> SettingsDirectory::pathOf(const QString &name) const
+bool SettingsDirectory::isName(const QString &name)
 {
-    if (name.isEmpty() || name.startsWith(QLatin1Char('.')) || name.contains(QLatin1Char('/')))
-        return std::nullopt;
+    return !name.isEmpty() && !name.startsWith(QLatin1Char('.')) &&
+           !name.contains(QLatin1Char('/'));
+}
+
+QString SettingsDirectory::pathOf(const QString &name) const
+{
     return QDir(m_path).filePath(name);
 }

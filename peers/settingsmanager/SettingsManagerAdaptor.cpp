@@ -6,17 +6,21 @@
 #include <zelcore/ZELLogger.h>
 
 #include <QDBusConnection>
+#include <QDBusError>
 
 namespace {
 
-void answerUnknown(const QString &name, const QDBusMessage &call)
+void answerWithError(const QDBusMessage &call, const QString &error, const QString &text)
 {
     call.setDelayedReply(true);
-    const QDBusMessage error =
-        call.createErrorReply(QStringLiteral("com.velmora.Tessaro.Error.UnknownSetting"),
-                              QStringLiteral("There is no setting \"%1\"").arg(name));
-    if (!QDBusConnection::systemBus().send(error))
-        logger().error(QStringLiteral("Cannot answer the call for the setting \"%1\"").arg(name));
+    if (!QDBusConnection::systemBus().send(call.createErrorReply(error, text)))
+        logger().error(QStringLiteral("Cannot answer a call: %1").arg(text));
+}
+
+void answerUnknown(const QDBusMessage &call, const QString &name)
+{
+    answerWithError(call, QStringLiteral("com.velmora.Tessaro.Error.UnknownSetting"),
+                    QStringLiteral("There is no setting \"%1\"").arg(name));
 }
 
 } // namespace
@@ -31,13 +35,16 @@ QString SettingsManagerAdaptor::getSettingValue(const QString &name, const QDBus
 {
     const auto value = m_directory.read(name);
     if (!value)
-        answerUnknown(name, call);
+        answerUnknown(call, name);
     return value.value_or(QString());
 }
 
 void SettingsManagerAdaptor::setSettingValue(const QString &name, const QString &value,
                                              const QDBusMessage &call)
 {
-    if (!m_directory.write(name, value))
-        answerUnknown(name, call);
+    if (!SettingsDirectory::isName(name))
+        answerUnknown(call, name);
+    else if (!m_directory.write(name, value))
+        answerWithError(call, QDBusError::errorString(QDBusError::Failed),
+                        QStringLiteral("The setting \"%1\" cannot be written").arg(name));
 }

@@ -6,6 +6,8 @@
 
 #include <string>
 
+// What is not an error of usage may end the process.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char **argv)
 {
     CLI::App commandLine("The SettingsManager of the phone, serving the settings in a directory.");

@@ -46,7 +46,7 @@ bool DataDirectory::holdsData() const
 
 QString DataDirectory::copyAside() const
 {
-    const QString copy = freeName();
+    QString copy = freeName();
     std::error_code error;
     fs::copy(toPath(m_path), toPath(copy), fs::copy_options::recursive, error);
     if (!error && syncFileSystemOf(toPath(copy)))

@@ -10,10 +10,9 @@
 
 namespace zel {
 
-EventSubscription::EventSubscription(QString eventName, QObject *receiver, QMetaMethod slot,
+EventSubscription::EventSubscription(QString eventName, QObject *receiver, const QMetaMethod &slot,
                                      QObject *parent)
-    : QObject(parent), m_eventName(std::move(eventName)), m_receiver(receiver),
-      m_slot(std::move(slot))
+    : QObject(parent), m_eventName(std::move(eventName)), m_receiver(receiver), m_slot(slot)
 {
 }
 

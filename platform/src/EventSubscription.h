@@ -15,7 +15,8 @@ class EventSubscription : public QObject
     Q_OBJECT
 
 public:
-    EventSubscription(QString eventName, QObject *receiver, QMetaMethod slot, QObject *parent);
+    EventSubscription(QString eventName, QObject *receiver, const QMetaMethod &slot,
+                      QObject *parent);
 
     /// Asks the bus for the event; false if there is no bus.
     bool connectToBus();

@@ -48,7 +48,7 @@ TerminationSignals::~TerminationSignals()
     pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
 }
 
-void TerminationSignals::quit()
+void TerminationSignals::quit() const
 {
     signalfd_siginfo received = {};
     if (read(m_descriptor, &received, sizeof received) == sizeof received)

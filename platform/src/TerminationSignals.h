@@ -17,7 +17,7 @@ public:
     ~TerminationSignals() override;
 
 private:
-    void quit();
+    void quit() const;
 
     int m_descriptor;
     std::unique_ptr<QSocketNotifier> m_notifier;

@@ -10,6 +10,8 @@
 #include <QDBusConnection>
 #include <QMetaMethod>
 
+#include <utility>
+
 namespace {
 
 constexpr int RemoteCallLimitMs = 5000;
@@ -26,7 +28,7 @@ QMetaMethod findSlot(const QObject *receiver, const char *slot)
 
 } // namespace
 
-ZELModule::ZELModule(const QString &name) : m_name(name)
+ZELModule::ZELModule(QString name) : m_name(std::move(name))
 {
     registerZELTypes();
     if (qobject_cast<ZELApplication *>(QCoreApplication::instance()))

@@ -48,13 +48,16 @@ private:
     std::optional<QSqlQuery> m_query;
 };
 
-/// All rows of an executed query; none, after a log line, if reading them failed. `Columns` finds
+/// All rows of a query; none if executing it failed, which is in the log already, or if reading
+/// them fails, which is then logged. `Columns` finds
 /// the columns by name in its constructor, from a QSqlRecord, and reads one row by index in `read`,
 /// which costs half as much as by name.
 template <typename Record, typename Columns>
 QList<Record> readAll(QSqlQuery &query, const Columns &columns)
 {
     QList<Record> records;
+    if (!query.isActive())
+        return records;
     while (query.next())
         records.append(columns.read(query));
     if (query.lastError().isValid()) {

@@ -26,7 +26,7 @@ class ZELModule : public QObject
     Q_OBJECT
 
 public:
-    explicit ZELModule(const QString &name);
+    explicit ZELModule(QString name);
     ~ZELModule() override;
 
     /// Is the module's data as the module needs it? No makes the framework call `deploy`.

@@ -1,0 +1,129 @@
+"""The service's database file, read and changed by another process than the service."""
+
+import sqlite3
+from contextlib import closing, contextmanager
+from pathlib import Path
+from typing import Any, Iterator, NamedTuple
+
+from sandbox.loop import LIMIT
+from sandbox.records import Action, Key
+
+KEY_SCHEMA = (
+    "CREATE TABLE KEY (idKey     INTEGER PRIMARY KEY AUTOINCREMENT, "
+    "container VARCHAR,idAction  BIGINT,position  INTEGER,icon      VARCHAR,type      INTEGER,"
+    "aom_type  INTEGER,aom_addr  INTEGER,dmId  VARCHAR)"
+)
+ACTION_SCHEMA = (
+    "CREATE TABLE ACTION (idAction   INTEGER PRIMARY KEY AUTOINCREMENT,type       INTEGER,"
+    "action     VARCHAR,webAppName VARCHAR,arguments  VARCHAR,label      VARCHAR,"
+    "shortLabel VARCHAR,dmId VARCHAR)"
+)
+RESERVED_ACTION = Action(idAction=-1, type=-1)
+
+
+class Fault(NamedTuple):
+    """A way to make a statement fail, or change nothing, from outside the service."""
+
+    trigger: str
+    message: str = ""
+
+
+def refusing(operation: str, table: str, condition: str = "1") -> Fault:
+    """Every such operation on the table fails, for rows that meet the condition."""
+    return Fault(
+        _trigger(operation, table, condition, "RAISE(FAIL, 'the disk said no')"),
+        "the disk said no",
+    )
+
+
+def ignoring(operation: str, table: str, condition: str = "1") -> Fault:
+    """Every such operation on the table succeeds and changes no row."""
+    return Fault(_trigger(operation, table, condition, "RAISE(IGNORE)"))
+
+
+def _trigger(operation: str, table: str, condition: str, what: str) -> str:
+    event = f"BEFORE {operation} ON {table} WHEN {condition}"
+    return f"CREATE TRIGGER fault {event} BEGIN SELECT {what}; END"
+
+
+class Database:
+    """One SQLite file; each operation opens and closes it."""
+
+    def __init__(self, path: Path) -> None:
+        self.path = path
+
+    def _open(self) -> sqlite3.Connection:
+        return sqlite3.connect(
+            f"file:{self.path}?mode=rw", uri=True, timeout=LIMIT, isolation_level=None
+        )
+
+    def rows(self, query: str, *values: Any) -> list[tuple[Any, ...]]:
+        with closing(self._open()) as connection:
+            return connection.execute(query, values).fetchall()
+
+    def value(self, query: str, *values: Any) -> Any:
+        return self.rows(query, *values)[0][0]
+
+    def execute(self, *statements: str) -> None:
+        """Runs statements that give no rows; waits a while for locks that others hold."""
+        with closing(self._open()) as connection:
+            for statement in statements:
+                connection.execute(statement)
+
+    def create(self, *statements: str) -> None:
+        """Makes the file and its directory, for a service that finds them."""
+        self.path.parent.mkdir(parents=True, exist_ok=True)
+        self.path.touch()
+        self.execute(*statements)
+
+    def keys(self) -> list[Key]:
+        """The stored keys in the order of their ids."""
+        return [
+            Key(*row)
+            for row in self.rows(f"SELECT {', '.join(Key._fields)} FROM KEY ORDER BY idKey")
+        ]
+
+    def actions(self) -> list[Action]:
+        """The stored actions in the order of their ids."""
+        return [
+            Action(*row)
+            for row in self.rows(
+                f"SELECT {', '.join(Action._fields)} FROM ACTION ORDER BY idAction"
+            )
+        ]
+
+    def insert_key(self, key: Key) -> None:
+        self._insert("KEY", key)
+
+    def insert_action(self, action: Action) -> None:
+        self._insert("ACTION", action)
+
+    def _insert(self, table: str, record: Any) -> None:
+        columns, marks = ", ".join(record._fields), ", ".join("?" * len(record))
+        with closing(self._open()) as connection:
+            connection.execute(f"INSERT INTO {table} ({columns}) VALUES ({marks})", record)
+
+    def schema(self) -> dict[str, str]:
+        """The texts of the tables, by name, as SQLite keeps them."""
+        return dict(
+            self.rows(
+                "SELECT name, sql FROM sqlite_master"
+                " WHERE type = 'table' AND name NOT LIKE 'sqlite_%'"
+            )
+        )
+
+    @contextmanager
+    def kept_open(self) -> Iterator[sqlite3.Connection]:
+        """A connection that stays open meanwhile."""
+        with closing(self._open()) as connection:
+            yield connection
+
+    @contextmanager
+    def locked(self) -> Iterator[sqlite3.Connection]:
+        """Holds the write lock meanwhile; nothing is changed at the end."""
+        with self.kept_open() as connection:
+            connection.execute("BEGIN IMMEDIATE")
+            try:
+                yield connection
+            finally:
+                connection.execute("ROLLBACK")

@@ -1,0 +1,223 @@
+"""The module's life: start-up, hooks on request, resets, and its ends."""
+
+import signal
+
+import pytest
+
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
+from samples import CALL, DATABASE_RESET, SET_KEY, key_created, sent
+from sandbox.loop import wait_until
+from sandbox.names import LIFECYCLE, PLATFORM, SERVICE, bus_name
+
+CHECKING = "ZelProgrammableKeys checking..."
+DEPLOYING = "ZelProgrammableKeys deploying..."
+INITIALISING = "ZelProgrammableKeys initialization..."
+STARTING = "ZelProgrammableKeys starting..."
+RESTORING_DEFAULT = "ZelProgrammableKeys restoring data to default ..."
+RESTORING_FACTORY = "ZelProgrammableKeys restoring data to factory ..."
+HOOKS = [CHECKING, DEPLOYING, INITIALISING, STARTING, RESTORING_DEFAULT, RESTORING_FACTORY]
+
+
+def hooks_in(texts):
+    return [text for text in texts if text in HOOKS]
+
+
+def contents(database):
+    return database.actions(), database.keys()
+
+
+def test_the_process_is_one_module_named_zelprogrammablekeys(service, client, data_root):
+    names = [str(name) for name in client.connection.list_names() if name.startswith(PLATFORM)]
+    assert [name for name in names if client.process_of(name) == service.pid] == [
+        bus_name(SERVICE)
+    ]
+    assert [path.name for path in data_root.iterdir()] == ["ZelProgrammableKeys"]
+    assert {(line.name, line.pid) for line in service.log.lines()} == {
+        ("ZelProgrammableKeys", service.pid)
+    }
+
+
+def test_a_first_start_checks_deploys_initialises_and_starts_in_this_order(start, database):
+    log = start().log
+    expected = [
+        CHECKING,
+        f"Connecting to database at {database.path}...",
+        "Table Key is not correct. Check fails",
+        DEPLOYING,
+        INITIALISING,
+        STARTING,
+    ]
+    assert [text for text in log.texts() if text in expected] == expected
+    assert log.texts("error") == []
+
+
+def test_a_later_start_does_not_deploy_and_keeps_the_data(start, client, database):
+    first = start()
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    before = contents(database)
+    first.stop()
+    again = start()
+    assert hooks_in(again.log.texts()) == [CHECKING, INITIALISING, STARTING]
+    assert contents(database) == before
+    assert client.get_all_programmable_keys() == before[1]
+
+
+def test_whoever_sees_the_name_can_call_at_once(launch, client, settings):
+    calls = []
+    client.connection.add_signal_receiver(
+        lambda *_change: calls.append(client.send("getAllActions")),
+        "NameOwnerChanged",
+        "org.freedesktop.DBus",
+        arg0=bus_name(SERVICE),
+    )
+    launch()
+    wait_until(lambda: calls, "the name is claimed")
+    assert calls[0].wait().values == ([RESERVED_ACTION],)
+
+
+def test_deploy_on_a_populated_database_leaves_empty_tables_but_for_the_reserved_action(
+    start, client, database
+):
+    database.create(KEY_SCHEMA.replace("aom_addr", "somewhere"), ACTION_SCHEMA)
+    database.insert_action(CALL._replace(idAction=41))
+    service = start()
+    assert hooks_in(service.log.texts()) == [CHECKING, DEPLOYING, INITIALISING, STARTING]
+    assert contents(database) == ([RESERVED_ACTION], [])
+    assert database.schema() == {"KEY": KEY_SCHEMA, "ACTION": ACTION_SCHEMA}
+
+
+# Resets on request
+
+
+def test_restore_default_announces_resets_and_answers_false(service, client, events, database):
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    events.take()
+    service.log.take()
+    assert client.restore_default() is False
+    assert events.take() == [DATABASE_RESET]
+    assert contents(database) == ([RESERVED_ACTION], [])
+    lines = service.log.take()
+    assert hooks_in(lines) == [RESTORING_DEFAULT]
+    assert lines[:2] == [RESTORING_DEFAULT, *sent("DB_RESET_NTF")]
+
+
+def test_restore_default_announces_the_reset_of_an_empty_database_too(
+    service, client, events, database
+):
+    assert client.restore_default() is False
+    assert client.restore_default() is False
+    assert events.take() == [DATABASE_RESET, DATABASE_RESET]
+    assert contents(database) == ([RESERVED_ACTION], [])
+
+
+def test_restore_factory_writes_its_own_line_and_is_a_restore_default(
+    service, client, events, database
+):
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    events.take()
+    service.log.take()
+    assert client.restore_default() is False
+    as_default = (service.log.take(), events.take(), contents(database))
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    events.take()
+    service.log.take()
+    assert client.restore_factory() is False
+    own_line, *lines = service.log.take()
+    assert own_line == RESTORING_FACTORY
+    assert (lines, events.take(), contents(database)) == as_default
+
+
+def test_the_reset_is_announced_before_the_tables_are_wiped(service, client, events, database):
+    id_action = client.add_action(CALL)
+    id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
+    events.take()
+    with database.locked() as other:
+        reply = client.send("restoreDefault", interface=LIFECYCLE)
+        events.wait_for("DB_RESET_NTF")
+        assert other.execute("SELECT idKey FROM KEY").fetchall() == [(id_key,)]
+        assert not reply.arrived
+    assert reply.wait().values == (False,)
+    assert contents(database) == ([RESERVED_ACTION], [])
+
+
+def test_everything_works_after_a_reset_as_before(service, client, events):
+    def one_round():
+        action = CALL._replace(idAction=client.add_action(CALL))
+        key = SET_KEY._replace(idAction=action.idAction)
+        key = key._replace(idKey=client.create_programmable_key(key))
+        moved = client.change_programmable_keys_position({key.idKey: 9})
+        found = (
+            client.get_all_programmable_keys(),
+            client.get_programmable_keys_by_container("main"),
+        )
+        modified = (client.modify_programmable_key(key), client.modify_action(action))
+        read = (
+            client.get_programmable_key(key.idKey),
+            client.get_action(action.idAction),
+            client.get_all_actions(),
+        )
+        return key, moved, found, modified, read, client.delete_programmable_key(key.idKey)
+
+    first = one_round()
+    client.restore_default()
+    events.take()
+    assert one_round() == first
+    assert events.take()[1] == key_created(first[0])
+
+
+# Hooks that change nothing
+
+
+@pytest.mark.parametrize("hook, returns", [("presentationLoaded", ""), ("presentationStop", "")])
+def test_a_presentation_hook_changes_nothing(service, client, events, database, hook, returns):
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    before = contents(database)
+    events.take()
+    assert client.lifecycle(hook).signature == returns
+    assert events.take() == []
+    assert contents(database) == before
+
+
+@pytest.mark.parametrize("hook", ["preSaveForSaveRestore", "postRestoreForSaveRestore"])
+def test_a_save_and_restore_hook_answers_and_changes_nothing(
+    service, client, events, database, hook
+):
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    before = contents(database)
+    events.take()
+    assert client.lifecycle(hook).signature == "b"
+    assert events.take() == []
+    assert contents(database) == before
+
+
+def test_stop_answers_true_changes_nothing_and_ends_the_process_with_status_0(
+    service, client, events, database
+):
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    before = contents(database)
+    events.take()
+    reply = client.lifecycle("stop")
+    assert (reply.signature, reply.values) == ("b", (True,))
+    assert service.wait_for_exit() == 0
+    assert events.take_received() == []
+    assert contents(database) == before
+
+
+# Ends
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=lambda number: number.name)
+def test_a_signal_ends_the_process_with_status_0_and_a_single_database_file(
+    service, client, database, number
+):
+    client.add_action(CALL)
+    service.stop(number, status=0)
+    assert [path.name for path in database.path.parent.iterdir()] == ["zelprogrammablekeys.data"]
+    assert service.log.texts("error") == []
+
+
+def test_a_lost_bus_ends_the_process_with_one_clear_line_and_status_1(service, bus):
+    bus.stop()
+    assert service.wait_for_exit() == 1
+    (line,) = service.log.texts("error")
+    assert "bus" in line.lower()

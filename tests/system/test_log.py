@@ -1,0 +1,108 @@
+"""What is logged at which level, and in which form."""
+
+import os
+import re
+
+import pytest
+
+from samples import CALL, MODULE_KEY
+
+EVERY_LEVEL = {"error", "warning", "info", "debug"}
+WRITTEN_AT = {
+    0: set(),
+    2: set(),
+    3: {"error"},
+    4: {"error", "warning"},
+    5: {"error", "warning"},
+    6: {"error", "warning", "info"},
+    7: EVERY_LEVEL,
+}
+
+
+def provoke_every_level(client):
+    """An error and a warning; a first start has told of the missing tables, and debugged."""
+    client.delete_action(-1)
+    client.send_raw_event("sas", "AOM_KEY_PRESS_EVENT", ["no", "arguments"])
+    client.round_trip()
+
+
+@pytest.mark.parametrize(
+    "level, written", WRITTEN_AT.items(), ids=[f"level {level}" for level in WRITTEN_AT]
+)
+def test_a_line_is_written_only_when_the_configured_level_exceeds_its_threshold(
+    start, client, level, written
+):
+    service = start(log_level=level)
+    provoke_every_level(client)
+    assert {line.level for line in service.log.lines()} == written
+
+
+@pytest.mark.parametrize("level", [5, 6])
+def test_no_lifecycle_line_is_written_below_level_7(start, client, level):
+    service = start(log_level=level)
+    client.restore_factory()
+    assert [text for text in service.log.texts() if text.startswith("ZelProgrammableKeys ")] == []
+
+
+def test_each_hook_writes_its_line_once_per_call_at_level_7(start, client):
+    service = start(log_level=7)
+    client.restore_default()
+    client.restore_default()
+    assert [
+        text for text in service.log.texts("debug") if text.startswith("ZelProgrammableKeys ")
+    ] == [
+        "ZelProgrammableKeys checking...",
+        "ZelProgrammableKeys deploying...",
+        "ZelProgrammableKeys initialization...",
+        "ZelProgrammableKeys starting...",
+        "ZelProgrammableKeys restoring data to default ...",
+        "ZelProgrammableKeys restoring data to default ...",
+    ]
+
+
+def test_level_6_is_the_default(start, client):
+    service = start(log_level=None)
+    provoke_every_level(client)
+    assert {line.level for line in service.log.lines()} == {"error", "warning", "info"}
+
+
+def test_a_line_is_time_name_pid_level_and_text(service, client):
+    client.delete_action(-1)
+    line = service.log.raw().splitlines()[-1]
+    text = "Action of id -1 is read only and reserved. Deletion is forbidden."
+    assert re.fullmatch(rf"\S+ ZelProgrammableKeys\[{service.pid}\] error: {text}", line)
+
+
+def test_lines_for_the_journal_begin_with_their_level(start, client, tmp_path):
+    log = tmp_path / "journal"
+    log.touch()
+    stream = f"{os.stat(log).st_dev}:{os.stat(log).st_ino}"
+    start(log_path=log, extra={"JOURNAL_STREAM": stream})
+    provoke_every_level(client)
+    written = log.read_text(encoding="utf-8").splitlines()
+    assert "<3>Action of id -1 is read only and reserved. Deletion is forbidden." in written
+    assert "<6>Table Key is not correct. Check fails" in written
+    assert "<7>ZelProgrammableKeys checking..." in written
+    assert {line[:3] for line in written} == {"<3>", "<4>", "<6>", "<7>"}
+
+
+def test_a_journal_that_is_not_the_error_output_gets_no_prefixes(start, client):
+    service = start(extra={"JOURNAL_STREAM": "1:1"})
+    assert "ZelProgrammableKeys checking..." in [
+        line.text for line in service.log.lines() if line.level == "debug"
+    ]
+
+
+@pytest.mark.parametrize(
+    "text",
+    ["100 %1 of %2 %s%n", "  spaced  out  ", "Zürich ☎ 電話 🙂", "a\tb", "it's \"quoted\" \\ slashed"],
+    ids=["placeholders", "blanks", "Unicode", "tab", "quotes and backslash"],
+)
+@pytest.mark.parametrize("locale", ["C", "C.UTF-8"])
+def test_a_text_stands_last_on_its_line_unaltered(start, client, text, locale):
+    service = start(extra={"LC_ALL": locale, "LANG": locale})
+    id_action = client.add_action(CALL)
+    id_key = client.create_programmable_key(MODULE_KEY._replace(dmId=text, idAction=id_action))
+    service.log.take()
+    assert client.delete_programmable_key(id_key) == -2
+    assert f"isProgrammableKeyRemovable : idDM={text}" in service.log.take()

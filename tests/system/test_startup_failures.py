@@ -1,0 +1,183 @@
+"""Start-ups that must not succeed, and the data that must survive a failed check."""
+
+import shutil
+from pathlib import Path
+
+import pytest
+
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
+from samples import CALL
+from sandbox.client import Client
+from sandbox.names import SERVICE, bus_name
+
+DAMAGED_KEY_SCHEMA = KEY_SCHEMA.replace("icon      VARCHAR,", "")
+
+
+def tree(directory: Path) -> dict[str, bytes]:
+    return {
+        str(path.relative_to(directory)): path.read_bytes()
+        for path in directory.rglob("*")
+        if path.is_file()
+    }
+
+
+@pytest.fixture
+def squatter(bus):
+    """Another peer of the bus, which may claim the service's name."""
+    client = Client(bus.address, "Squatter")
+    yield client
+    client.close()
+
+
+# The name
+
+
+def test_a_second_process_names_the_taken_name_ends_with_1_and_touches_no_data(
+    service, launch, client, tmp_path
+):
+    client.add_action(CALL)
+    untouched = tmp_path / "untouched"
+    second = launch(data_root=untouched)
+    assert second.wait_for_exit() == 1
+    (line,) = second.log.texts("error")
+    assert bus_name(SERVICE) in line
+    assert not untouched.exists()
+    assert "ZelProgrammableKeys checking..." not in second.log.texts()
+
+
+def test_a_second_process_on_the_same_data_leaves_the_first_one_at_work(
+    service, launch, client, database
+):
+    id_action = client.add_action(CALL)
+    assert launch().wait_for_exit() == 1
+    assert (
+        client.get_action(id_action)
+        == database.actions()[1:]
+        == [CALL._replace(idAction=id_action)]
+    )
+    assert client.add_action(CALL) == id_action + 1
+
+
+def test_a_name_that_somebody_else_owns_ends_the_start_with_1_and_touches_no_data(
+    launch, squatter, data_root
+):
+    squatter.connection.request_name(bus_name(SERVICE))
+    process = launch()
+    assert process.wait_for_exit() == 1
+    (line,) = process.log.texts("error")
+    assert bus_name(SERVICE) in line
+    assert not data_root.exists()
+
+
+def test_a_name_taken_while_the_service_starts_ends_the_start_with_1(
+    launch, settings, squatter, database
+):
+    database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA)
+    with database.locked():
+        process = launch()
+        process.wait_for_line("ZelProgrammableKeys checking...")
+        squatter.connection.request_name(bus_name(SERVICE))
+    assert process.wait_for_exit() == 1
+    assert bus_name(SERVICE) in process.log.texts("error")[-1]
+
+
+# The bus
+
+
+def test_a_bus_that_is_not_there_is_named_and_ends_the_start_with_1_and_touches_no_data(
+    launch, tmp_path, data_root
+):
+    process = launch(address=f"unix:path={tmp_path}/nobody")
+    assert process.wait_for_exit() == 1
+    (line,) = process.log.texts("error")
+    assert "bus" in line.lower()
+    assert not data_root.exists()
+
+
+# Data set aside before a deployment
+
+
+def test_a_first_start_sets_nothing_aside(start, data_root):
+    start()
+    assert [path.name for path in data_root.iterdir()] == [SERVICE]
+
+
+def test_a_start_on_good_data_sets_nothing_aside(start, client, data_root):
+    first = start()
+    client.add_action(CALL)
+    first.stop()
+    start()
+    assert [path.name for path in data_root.iterdir()] == [SERVICE]
+
+
+def test_data_that_fails_the_check_is_set_aside_before_it_is_deployed_over(
+    start, database, data_root
+):
+    database.create(
+        DAMAGED_KEY_SCHEMA, ACTION_SCHEMA, "INSERT INTO KEY (container, dmId) VALUES ('old', '')"
+    )
+    service = start()
+    aside = data_root / f"{SERVICE}.before-deploy"
+    assert sorted(path.name for path in data_root.iterdir()) == [SERVICE, aside.name]
+    assert Database(aside / database.path.name).rows("SELECT idKey, container FROM KEY") == [
+        (1, "old")
+    ]
+    assert any(str(aside) in text for text in service.log.texts())
+    assert database.keys() == []
+
+
+def test_each_failed_check_sets_the_data_aside_under_a_name_of_its_own(start, database, data_root):
+    asides = [data_root / f"{SERVICE}.before-deploy{suffix}" for suffix in ("", ".1", ".2")]
+    for number in range(len(asides)):
+        if number == 0:
+            database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA)
+        else:
+            database.execute("DROP TABLE KEY", DAMAGED_KEY_SCHEMA)
+        database.execute(f"INSERT INTO KEY (container) VALUES ('round {number}')")
+        service = start()
+        service.stop()
+    found = [
+        Database(aside / database.path.name).rows("SELECT container FROM KEY") for aside in asides
+    ]
+    assert found == [[("round 0",)], [("round 1",)], [("round 2",)]]
+    assert sorted(path.name for path in data_root.iterdir()) == [
+        SERVICE,
+        *(aside.name for aside in asides),
+    ]
+
+
+def test_every_file_of_the_module_is_set_aside(start, database, data_root):
+    database.create(DAMAGED_KEY_SCHEMA)
+    (database.path.parent / "notes").mkdir()
+    (database.path.parent / "notes" / "readme").write_text("kept")
+    before = tree(database.path.parent)
+    start()
+    aside = tree(data_root / f"{SERVICE}.before-deploy")
+    assert aside["notes/readme"] == b"kept"
+    assert set(before) <= set(aside)
+
+
+def test_a_file_that_is_no_database_is_set_aside_unchanged(start, database, data_root):
+    database.path.parent.mkdir(parents=True)
+    database.path.write_bytes(b"not a database at all " * 500)
+    start()
+    assert (
+        tree(data_root / f"{SERVICE}.before-deploy")[database.path.name]
+        == b"not a database at all " * 500
+    )
+
+
+def test_rows_that_only_the_write_ahead_log_holds_are_set_aside_with_the_rest(
+    start, client, database, tmp_path
+):
+    first = start()
+    id_action = client.add_action(CALL)
+    moved = tmp_path / "moved"
+    first.kill()
+    with database.kept_open() as connection:
+        connection.execute("ALTER TABLE KEY RENAME COLUMN icon TO picture")
+        shutil.copytree(database.path.parent, moved / SERVICE)
+    assert (moved / SERVICE / f"{database.path.name}-wal").stat().st_size > 0
+    start(data_root=moved)
+    aside = Database(moved / f"{SERVICE}.before-deploy" / database.path.name)
+    assert aside.actions() == [RESERVED_ACTION, CALL._replace(idAction=id_action)]
