@@ -51,6 +51,7 @@ bool ZelProgrammableKeys::start()
 {
     logging::debug("ZelProgrammableKeys starting...");
     m_adaptor = new ZelProgrammableKeysAdaptor(this);
+    syncDmDefaults();
     return true;
 }
 
@@ -60,6 +61,7 @@ bool ZelProgrammableKeys::restoreDefault()
     ZELEvent event;
     events::databaseReset(event);
     ProgKeysDatabase::instance().resetTables();
+    syncDmDefaults();
     return false;
 }
 

@@ -39,6 +39,9 @@ public:
     static bool isProgrammableKeyRemovable(const Key &key);
     static bool isActionRemovable(const Action &action);
 
+    /// Merges the defaults that device management provisions into the store.
+    void syncDmDefaults();
+
     /// Asks every add-on module that has keys with this action to show the label beside them.
     void updateAomLabelsForAction(qlonglong idAction, const QString &label);
 

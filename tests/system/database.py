@@ -3,7 +3,7 @@
 import sqlite3
 from contextlib import closing, contextmanager
 from pathlib import Path
-from typing import Any, Iterator, NamedTuple
+from typing import Any, Iterator, NamedTuple, Union
 
 from sandbox.loop import LIMIT
 from sandbox.records import Action, Key
@@ -92,16 +92,15 @@ class Database:
             )
         ]
 
-    def insert_key(self, key: Key) -> None:
-        self._insert("KEY", key)
-
-    def insert_action(self, action: Action) -> None:
-        self._insert("ACTION", action)
-
-    def _insert(self, table: str, record: Any) -> None:
-        columns, marks = ", ".join(record._fields), ", ".join("?" * len(record))
+    def insert(self, *records: Union[Key, Action]) -> None:
+        """Stores records as they are, ids included."""
         with closing(self._open()) as connection:
-            connection.execute(f"INSERT INTO {table} ({columns}) VALUES ({marks})", record)
+            connection.execute("BEGIN")
+            for record in records:
+                table = "KEY" if isinstance(record, Key) else "ACTION"
+                columns, marks = ", ".join(record._fields), ", ".join("?" * len(record))
+                connection.execute(f"INSERT INTO {table} ({columns}) VALUES ({marks})", record)
+            connection.execute("COMMIT")
 
     def schema(self) -> dict[str, str]:
         """The texts of the tables, by name, as SQLite keeps them."""

@@ -200,8 +200,9 @@ def test_an_id_that_nobody_has_is_unknown_everywhere(
 def test_records_of_extreme_ids_are_worked_on_like_others(
     client, events, database, action, number
 ):
-    database.insert_action(CALL._replace(idAction=number))
-    database.insert_key(MODULE_KEY._replace(idKey=number, idAction=number))
+    database.insert(
+        CALL._replace(idAction=number), MODULE_KEY._replace(idKey=number, idAction=number)
+    )
     key = MODULE_KEY._replace(idKey=number, idAction=number, container="other")
     assert client.get_action(number) == [CALL._replace(idAction=number)]
     assert client.modify_programmable_key(key) == 0
@@ -222,8 +223,7 @@ def test_a_thousand_keys_are_read_in_one_reply(client, events, action, database)
         SET_KEY._replace(idKey=number + 1, idAction=action.idAction, position=number)
         for number in range(1000)
     ]
-    for key in keys:
-        database.insert_key(key)
+    database.insert(*keys)
     assert client.get_all_programmable_keys() == keys
 
 
@@ -232,6 +232,5 @@ def test_a_reply_of_many_mebibytes_arrives_whole(service, client, database):
     actions = [
         Action(number, large, 1, large, large, large, large, large) for number in range(1, 4)
     ]
-    for action in actions:
-        database.insert_action(action)
+    database.insert(*actions)
     assert client.get_all_actions() == [RESERVED_ACTION, *actions]

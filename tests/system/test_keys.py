@@ -43,14 +43,14 @@ def test_a_created_key_gets_the_next_id_and_is_announced_whole(
     service, client, events, database, action
 ):
     key = SET_KEY._replace(idAction=action.idAction, idKey=1)
-    assert client.create_programmable_key(key) == 1
+    assert client.create_programmable_key(key._replace(idKey=77)) == 1
     assert database.keys() == [key]
     assert events.take() == [key_created(key)]
     assert service.log.take() == [*sent("KEY_CREATE_NTF")]
 
 
 def test_the_id_that_a_new_key_comes_with_is_not_looked_at(client, events, set_key, database):
-    key = set_key._replace(idKey=set_key.idKey, container="other")
+    key = set_key._replace(container="other")
     new_key = key._replace(idKey=client.create_programmable_key(key))
     assert new_key.idKey == set_key.idKey + 1
     assert database.keys() == [set_key, new_key]

@@ -79,7 +79,7 @@ def test_deploy_on_a_populated_database_leaves_empty_tables_but_for_the_reserved
     start, client, database
 ):
     database.create(KEY_SCHEMA.replace("aom_addr", "somewhere"), ACTION_SCHEMA)
-    database.insert_action(CALL._replace(idAction=41))
+    database.insert(CALL._replace(idAction=41))
     service = start()
     assert hooks_in(service.log.texts()) == [CHECKING, DEPLOYING, INITIALISING, STARTING]
     assert contents(database) == ([RESERVED_ACTION], [])

@@ -95,7 +95,7 @@ def test_a_journal_that_is_not_the_error_output_gets_no_prefixes(start, client):
 
 @pytest.mark.parametrize(
     "text",
-    ["100 %1 of %2 %s%n", "  spaced  out  ", "Zürich ☎ 電話 🙂", "a\tb", "it's \"quoted\" \\ slashed"],
+    ["100 %1 of %2 %s%n", "  spaced  out  ", "Zürich ☎ 電話 🙂", "a\tb", 'it\'s "quoted" \\ slashed'],
     ids=["placeholders", "blanks", "Unicode", "tab", "quotes and backslash"],
 )
 @pytest.mark.parametrize("locale", ["C", "C.UTF-8"])

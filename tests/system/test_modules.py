@@ -129,6 +129,8 @@ BAD_VALUES = {
     "an empty text": "",
     "a structure": dbus.Struct((5, 6), signature="ii"),
     "a list": dbus.Array([5], signature="i"),
+    "a number beyond 32 bits": dbus.Int64(2**32 + 5),
+    "a number below 32 bits": dbus.Int64(-(2**31) - 1),
 }
 
 
@@ -145,6 +147,21 @@ def test_an_argument_that_is_not_a_number_is_named_and_the_press_dropped(
     assert events.take() == []
     assert service.log.take() == [bad_argument(named)]
     assert service.log.lines()[-1].level == "error"
+
+
+OTHER_NUMBERS = {
+    "a byte": dbus.Byte(5),
+    "16 bits": dbus.Int16(5),
+    "32 bits without a sign": dbus.UInt32(5),
+    "64 bits": dbus.Int64(5),
+    "a text of digits": "5",
+}
+
+
+@pytest.mark.parametrize("value", OTHER_NUMBERS.values(), ids=OTHER_NUMBERS)
+def test_a_number_of_another_type_is_converted(client, events, action, key, value):
+    client.send_event(PRESS, **{**PLACE, "aom_key_num": value})
+    assert events.take() == [module_key_pressed(key, action, exists=True)]
 
 
 @pytest.mark.parametrize(

@@ -69,7 +69,7 @@ def test_a_reset_that_cannot_drop_a_table_says_so_and_goes_on(start, database):
     view = "CREATE VIEW KEY AS SELECT 1 AS idKey"
     database.create(view, ACTION_SCHEMA, "INSERT INTO ACTION (label) VALUES ('old')")
     service = start()
-    (line,) = service.log.texts("error")
+    line = service.log.texts("error")[0]
     assert line.startswith("Error: DROP TABLE IF EXISTS KEY ")
     assert "DROP VIEW" in line
     assert database.actions() == [RESERVED_ACTION]
@@ -140,7 +140,7 @@ def test_columns_are_found_by_name_whatever_their_order_in_the_table(start, clie
     database.create(f"CREATE TABLE KEY ({', '.join(reversed(KEY_COLUMNS))})", ACTION_SCHEMA)
     start()
     key = SET_KEY._replace(idKey=3, dmId="dm", idAction=7, type=5)
-    database.insert_key(key)
+    database.insert(key)
     assert client.get_all_programmable_keys() == [key]
     assert client.get_programmable_key(3) == [key]
     assert client.get_programmable_keys_by_container("main") == [key]

@@ -1,0 +1,106 @@
+#include "provisioning/DefaultsMerge.h"
+
+#include "logging.h"
+#include "provisioning/ProvisionedRecords.h"
+
+#include <QHash>
+
+namespace provisioning {
+namespace {
+
+constexpr qlonglong NotStored = -1;
+
+ListAction readActions(const QList<Record> &records)
+{
+    ListAction actions;
+    for (const Record &record : records) {
+        if (!record.isAccepted()) {
+            logging::warning("Skipping invalid dm action: %1", record.hidden);
+            continue;
+        }
+        actions.append(toAction(record));
+        logging::debug("added action of dmId %1", actions.last().dmId);
+    }
+    return actions;
+}
+
+ListKey readKeys(const QList<Record> &records)
+{
+    ListKey keys;
+    for (const Record &record : records) {
+        if (record.isAccepted())
+            keys.append(toKey(record));
+        else
+            logging::warning("Skipping invalid dm key: %1", record.hidden);
+    }
+    return keys;
+}
+
+// Places in the list by identifier, in the order of the list: an identifier may stand there twice.
+QHash<QString, QList<int>> placesByDmId(const ListAction &actions)
+{
+    QHash<QString, QList<int>> places;
+    for (int place = 0; place < actions.size(); ++place)
+        places[actions.at(place).dmId].append(place);
+    return places;
+}
+
+// Each stored action is given the content of every provisioned one of its identifier, the last one
+// winning. Marks the provisioned actions that were found with the id they were found under.
+void updateStoredActions(MergeTarget &target, ListAction &provisioned)
+{
+    const QHash<QString, QList<int>> places = placesByDmId(provisioned);
+    const ListAction stored = target.allActions();
+    logging::debug("found %1 db actions", stored.size());
+    for (const Action &action : stored) {
+        const QList<int> matches = places.value(action.dmId);
+        for (const int place : matches) {
+            logging::debug("action of id %1 found, modifying", action.dmId);
+            provisioned[place].idAction = action.idAction;
+            target.modifyAction(provisioned.at(place));
+        }
+        if (matches.isEmpty() && !action.dmId.isEmpty()) {
+            logging::debug("action of id %1 not found, deleting", action.dmId);
+            target.deleteAction(action.idAction);
+        }
+    }
+}
+
+void addNewActions(MergeTarget &target, const ListAction &provisioned)
+{
+    for (const Action &action : provisioned) {
+        if (action.idAction != NotStored)
+            continue;
+        target.addAction(action);
+        logging::debug("action of id %1 added", action.dmId);
+    }
+}
+
+void replaceProvisionedKeys(MergeTarget &target, ListKey keys)
+{
+    target.deleteProvisionedKeys();
+    for (Key &key : keys) {
+        const ListAction actions = target.actionsWithDmId(key.dmId);
+        if (actions.isEmpty())
+            continue;
+        key.idAction = actions.first().idAction;
+        target.createKey(key);
+    }
+}
+
+} // namespace
+
+void mergeDefaults(MergeTarget &target, const QString &actionsText, const QString &keysText)
+{
+    const QList<Record> actionRecords = parseText(actionsText);
+    const QList<Record> keyRecords = parseText(keysText);
+    logging::debug("Processing %1 dm actions and %2 dm keys", actionRecords.size(),
+                   keyRecords.size());
+
+    ListAction provisioned = readActions(actionRecords);
+    updateStoredActions(target, provisioned);
+    addNewActions(target, provisioned);
+    replaceProvisionedKeys(target, readKeys(keyRecords));
+}
+
+} // namespace provisioning

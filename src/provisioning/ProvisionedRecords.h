@@ -1,0 +1,18 @@
+#pragma once
+
+#include "provisioning/ProvisioningText.h"
+#include "records/Action.h"
+#include "records/Key.h"
+
+/// What the 7 fields of an accepted record mean. Numbers are decimal and never refused: what is no
+/// number is 0.
+namespace provisioning {
+
+/// The action that a record of "DefaultActions" describes; its idAction is -1, for not stored yet.
+Action toAction(const Record &record);
+
+/// The key that a record of "DefaultKeys" describes; idKey and idAction are -1. Its dmId also
+/// names the provisioned action that it triggers.
+Key toKey(const Record &record);
+
+} // namespace provisioning
