@@ -1,5 +1,6 @@
 """The key limit as it is read from SettingsManager, whatever that peer does."""
 
+import signal
 import time
 
 import pytest
@@ -213,6 +214,20 @@ def test_a_hundred_large_calls_that_wait_during_a_read_are_all_answered(
         str(client.call("getProgrammableKeysByContainer", "s", "nowhere"))
     }
     assert service.running
+
+
+def test_a_signal_that_comes_during_a_read_lets_the_call_be_answered_and_ends_the_process(
+    service, client, settings, database, new_key
+):
+    settings.hang()
+    settings.calls.clear()
+    waiting = client.send("createProgrammableKey", KEY, new_key)
+    settings.wait_for_calls(1)
+    service.send_signal(signal.SIGTERM)
+    settings.release()
+    assert waiting.wait().values == (1,)
+    assert service.wait_for_exit() == 0
+    assert database.keys() == [new_key._replace(idKey=1)]
 
 
 # With the real peer
