@@ -5,6 +5,8 @@
 #include <QLatin1String>
 #include <QString>
 
+#include <type_traits>
+
 /// The service's log lines: `%1` and `%2` in a line stand for the values, numbers in base 10. A
 /// line is put together only when the configured level lets it be written.
 namespace logging {
@@ -15,10 +17,14 @@ inline QString text(const QString &value)
     return value;
 }
 
-template <typename Number>
-QString text(Number value)
+// A value that takes some effort to find is passed as a function, called only for a written line.
+template <typename Value>
+QString text(const Value &value)
 {
-    return QString::number(value);
+    if constexpr (std::is_invocable_v<Value>)
+        return value();
+    else
+        return QString::number(value);
 }
 
 using Writer = void (ZELLogger::*)(const QString &) const;

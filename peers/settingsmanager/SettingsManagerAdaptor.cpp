@@ -13,6 +13,8 @@ namespace {
 void answerWithError(const QDBusMessage &call, const QString &error, const QString &text)
 {
     call.setDelayedReply(true);
+    if (!call.isReplyRequired())
+        return;
     if (!QDBusConnection::systemBus().send(call.createErrorReply(error, text)))
         logger().error(QStringLiteral("Cannot answer a call: %1").arg(text));
 }

@@ -28,9 +28,13 @@ bool BusConnection::open()
     }
     dbus_connection_set_max_received_size(static_cast<DBusConnection *>(bus.internalPointer()),
                                           MaxWaitingBytes);
-    return bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
-                       this, SLOT(lost()));
+    if (!bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                     QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                     this, SLOT(lost()))) {
+        logger().error(QStringLiteral("Cannot watch the connection to the system bus"));
+        return false;
+    }
+    return true;
 }
 
 bool BusConnection::isTaken(const QString &serviceName)
@@ -38,6 +42,22 @@ bool BusConnection::isTaken(const QString &serviceName)
     const QDBusReply<bool> reply =
         QDBusConnection::systemBus().interface()->isServiceRegistered(serviceName);
     return !reply.isValid() || reply.value();
+}
+
+BusConnection::Claim BusConnection::claim(const QString &serviceName)
+{
+    const auto reply = QDBusConnection::systemBus().interface()->registerService(serviceName);
+    if (!reply.isValid())
+        return Claim::Refused;
+    return reply.value() == QDBusConnectionInterface::ServiceRegistered ? Claim::Granted
+                                                                        : Claim::Taken;
+}
+
+void BusConnection::release(const QString &serviceName)
+{
+    const auto reply = QDBusConnection::systemBus().interface()->unregisterService(serviceName);
+    if (!reply.isValid())
+        logger().warning(QStringLiteral("The bus did not take back the name %1").arg(serviceName));
 }
 
 void BusConnection::lost()

@@ -20,6 +20,14 @@ public:
     /// Does any process own the name? An error counts as yes: it is no leave to go on.
     static bool isTaken(const QString &serviceName);
 
+    enum class Claim { Granted, Taken, Refused };
+
+    /// Asks for the name; it is not waited for. Refused means that the bus does not allow it.
+    static Claim claim(const QString &serviceName);
+
+    /// Gives the name back. It returns once the bus has dealt with this and all sent before it.
+    static void release(const QString &serviceName);
+
 private slots:
     void lost();
 };

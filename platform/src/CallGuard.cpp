@@ -20,6 +20,10 @@ const QMetaObject *CallGuard::metaObject() const
 int CallGuard::qt_metacall(QMetaObject::Call call, int id, void **arguments)
 {
     constexpr int handled = -1;
+    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding()) {
+        m_object.answerWithError(invocationFailedError(), QStringLiteral("The module is ending"));
+        return handled;
+    }
     try {
         return m_adaptor.qt_metacall(call, id, arguments);
     } catch (ZELException *exception) {

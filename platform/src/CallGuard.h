@@ -7,7 +7,8 @@ namespace zel {
 class BusObject;
 
 /// Stands in for an adaptor on the bus: shows the adaptor's meta-object, passes every call on to
-/// it, and stops a ZELException pointer that comes back.
+/// it, and stops a ZELException pointer that comes back. Once the process is ending it refuses the
+/// calls that still wait.
 ///
 /// The exception must not cross the bus library. Unwinding would skip its clean-up: its record of
 /// the current call would go on pointing at the dead one, and the caller would be told that the

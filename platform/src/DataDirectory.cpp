@@ -3,25 +3,19 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
 #include <fcntl.h>
-#include <filesystem>
 #include <unistd.h>
 #include <utility>
-
-namespace fs = std::filesystem;
 
 namespace zel {
 namespace {
 
-fs::path toPath(const QString &path)
+bool syncFileSystemOf(const QString &path)
 {
-    return QFile::encodeName(path).toStdString();
-}
-
-bool syncFileSystemOf(const fs::path &path)
-{
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
     const bool synced = ::syncfs(descriptor) == 0;
@@ -35,6 +29,9 @@ DataDirectory::DataDirectory(QString path) : m_path(std::move(path)) {}
 
 bool DataDirectory::holdsData() const
 {
+    const QFileInfo directory(m_path);
+    if (directory.exists() && !directory.isReadable())
+        return true; // nobody can say that it does not
     QDirIterator files(m_path, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         files.next();
@@ -44,14 +41,16 @@ bool DataDirectory::holdsData() const
     return false;
 }
 
+// By another process: the module has its database open by now, and closing the same file here once
+// more would drop the locks that all of this process holds on it.
 QString DataDirectory::copyAside() const
 {
     QString copy = freeName();
-    std::error_code error;
-    fs::copy(toPath(m_path), toPath(copy), fs::copy_options::recursive, error);
-    if (!error && syncFileSystemOf(toPath(copy)))
+    const int status = QProcess::execute(
+        QStringLiteral("cp"), {QStringLiteral("-a"), QStringLiteral("--"), m_path, copy});
+    if (status == 0 && syncFileSystemOf(copy))
         return copy;
-    fs::remove_all(toPath(copy), error);
+    QDir(copy).removeRecursively();
     return {};
 }
 

@@ -44,8 +44,12 @@ bool hasOnlyBusTypes(const ZELEvent &event)
 
 void registerArguments()
 {
-    qDBusRegisterMetaType<ZELEvent::Argument>();
-    qDBusRegisterMetaType<Arguments>();
+    static const bool isRegistered = [] {
+        qDBusRegisterMetaType<ZELEvent::Argument>();
+        qDBusRegisterMetaType<Arguments>();
+        return true;
+    }();
+    Q_UNUSED(isRegistered)
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 #include "LifecycleAdaptor.h"
 
+#include "zelcore/ZELApplication.h"
 #include "zelcore/ZELModule.h"
-
-#include <QCoreApplication>
 
 namespace zel {
 
@@ -44,9 +43,7 @@ bool LifecycleAdaptor::postRestoreForSaveRestore()
 bool LifecycleAdaptor::stop()
 {
     const bool result = m_module.stop();
-    // Queued, because the reply is only sent when this call has returned.
-    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
-                              Qt::QueuedConnection);
+    ZELApplication::end(); // which happens after the reply: that is sent when this call returns
     return result;
 }
 

@@ -20,10 +20,19 @@ bool refuse(const QString &why)
     return false;
 }
 
+QString nameIsTaken(const QString &name)
+{
+    return QStringLiteral("The name %1 is taken on the bus; is the module running already?")
+        .arg(name);
+}
+
 } // namespace
 
 ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
 {
+    // Opened here, so that the bus library begins to dispatch before `run`: a hook that waits for a
+    // peer would otherwise never learn that the bus is gone.
+    QDBusConnection::systemBus();
     QMetaObject::invokeMethod(this, &ModuleRunner::run, Qt::QueuedConnection);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &ModuleRunner::leaveBus);
@@ -37,25 +46,26 @@ void ModuleRunner::run()
     } catch (ZELException *exception) {
         ZELApplication::dispose(exception);
     }
-    if (!isUp)
+    if (!isUp && !ZELApplication::isEnding())
         QCoreApplication::exit(EXIT_FAILURE);
 }
 
 bool ModuleRunner::bringUp()
 {
     // The name is claimed last: whoever sees it can use what stands behind it.
-    return m_connection.open() && ensureNameIsFree() && ensureData() &&
+    return m_connection.open() && ensureRunningAlone() && ensureData() &&
            runHook("init", &ZELModule::init) && runHook("start", &ZELModule::start) &&
            appearOnBus();
 }
 
-// Asked before any hook runs: a second process must not touch the data of the first.
-bool ModuleRunner::ensureNameIsFree() const
+// Before any hook runs: a second process must not touch the data of the first, not even one that
+// is started at the same moment. The second name stands for the time until the first is claimed.
+bool ModuleRunner::ensureRunningAlone() const
 {
     const QString name = serviceName(m_module.getModuleName());
-    return !BusConnection::isTaken(name) ||
-           refuse(QStringLiteral("The name %1 is taken on the bus; is the module running already?")
-                      .arg(name));
+    const bool isAlone = BusConnection::claim(startingName()) != BusConnection::Claim::Taken &&
+                         !BusConnection::isTaken(name);
+    return isAlone || refuse(nameIsTaken(name));
 }
 
 bool ModuleRunner::ensureData()
@@ -77,12 +87,16 @@ bool ModuleRunner::ensureData()
 
 bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const
 {
+    if (ZELApplication::isEnding())
+        return false;
     return (m_module.*hook)() ||
            refuse(QStringLiteral("The module's hook %1 failed").arg(QLatin1String(name)));
 }
 
 bool ModuleRunner::appearOnBus()
 {
+    if (ZELApplication::isEnding())
+        return false;
     if (QDBusAbstractAdaptor *adaptor = m_module.getAdaptor())
         m_object.publish(adaptor);
     m_object.publish(new LifecycleAdaptor(m_module));
@@ -92,9 +106,21 @@ bool ModuleRunner::appearOnBus()
     if (!bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors))
         return refuse(QStringLiteral("Cannot register the object %1").arg(path));
     const QString name = serviceName(m_module.getModuleName());
-    return bus.registerService(name) ||
-           refuse(
-               QStringLiteral("Cannot claim the name %1: %2").arg(name, bus.lastError().message()));
+    switch (BusConnection::claim(name)) {
+    case BusConnection::Claim::Taken:
+        return refuse(nameIsTaken(name));
+    case BusConnection::Claim::Refused:
+        return refuse(QStringLiteral("The bus does not give this process the name %1").arg(name));
+    case BusConnection::Claim::Granted:
+        break;
+    }
+    BusConnection::release(startingName());
+    return true;
+}
+
+QString ModuleRunner::startingName() const
+{
+    return serviceName(m_module.getModuleName()) + QStringLiteral(".Starting");
 }
 
 void ModuleRunner::leaveBus()
@@ -102,7 +128,7 @@ void ModuleRunner::leaveBus()
     // Giving the name back waits for the bus, and with it for the replies sent before it.
     QDBusConnection bus = QDBusConnection::systemBus();
     if (bus.isConnected())
-        bus.unregisterService(serviceName(m_module.getModuleName()));
+        BusConnection::release(serviceName(m_module.getModuleName()));
     bus.unregisterObject(objectPath(m_module.getModuleName()));
 }
 

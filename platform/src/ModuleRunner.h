@@ -21,11 +21,12 @@ public:
 private:
     void run();
     bool bringUp();
-    bool ensureNameIsFree() const;
+    bool ensureRunningAlone() const;
     bool ensureData();
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
     bool appearOnBus();
     void leaveBus();
+    QString startingName() const;
 
     ZELModule &m_module;
     BusConnection m_connection;

@@ -2,8 +2,6 @@
 
 #include "zelcore/ZELLogger.h"
 
-#include <QCoreApplication>
-
 #include <csignal>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -26,6 +24,7 @@ sigset_t terminationSignals()
 // then the only place where the signals can arrive.
 TerminationSignals::TerminationSignals()
 {
+    std::signal(SIGPIPE, SIG_IGN);
     const sigset_t mask = terminationSignals();
     pthread_sigmask(SIG_BLOCK, &mask, nullptr);
     m_descriptor = signalfd(-1, &mask, SFD_CLOEXEC | SFD_NONBLOCK);
@@ -36,7 +35,7 @@ TerminationSignals::TerminationSignals()
         return;
     }
     m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::quit);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::poll);
 }
 
 TerminationSignals::~TerminationSignals()
@@ -48,11 +47,11 @@ TerminationSignals::~TerminationSignals()
     pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
 }
 
-void TerminationSignals::quit() const
+void TerminationSignals::poll()
 {
     signalfd_siginfo received = {};
     if (read(m_descriptor, &received, sizeof received) == sizeof received)
-        QCoreApplication::quit();
+        emit arrived();
 }
 
 } // namespace zel

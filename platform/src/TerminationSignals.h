@@ -7,7 +7,8 @@
 
 namespace zel {
 
-/// Turns SIGTERM and SIGINT into the orderly end of the event loop, for as long as it exists.
+/// Catches SIGTERM and SIGINT for as long as it exists. SIGPIPE is ignored: a log that nobody reads
+/// any more is no reason to end.
 class TerminationSignals : public QObject
 {
     Q_OBJECT
@@ -16,9 +17,13 @@ public:
     TerminationSignals();
     ~TerminationSignals() override;
 
-private:
-    void quit() const;
+    /// Looks whether a signal has arrived, without waiting for the event loop to come round to it.
+    void poll();
 
+signals:
+    void arrived();
+
+private:
     int m_descriptor;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

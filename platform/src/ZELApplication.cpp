@@ -22,12 +22,18 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &tex
     }
 }
 
+ZELApplication *theApplication()
+{
+    return qobject_cast<ZELApplication *>(QCoreApplication::instance());
+}
+
 } // namespace
 
 ZELApplication::ZELApplication(int &argc, char **argv)
     : QCoreApplication(argc, argv), m_signals(std::make_unique<zel::TerminationSignals>())
 {
     qInstallMessageHandler(logQtMessage);
+    connect(m_signals.get(), &zel::TerminationSignals::arrived, this, &ZELApplication::end);
 }
 
 ZELApplication::~ZELApplication()
@@ -43,6 +49,23 @@ QString ZELApplication::dataRoot()
     if (!root.endsWith(QLatin1Char('/')))
         root += QLatin1Char('/');
     return root;
+}
+
+void ZELApplication::end()
+{
+    if (ZELApplication *application = theApplication())
+        application->m_isEnding = true;
+    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                              Qt::QueuedConnection);
+}
+
+bool ZELApplication::isEnding()
+{
+    ZELApplication *application = theApplication();
+    if (!application)
+        return false;
+    application->m_signals->poll();
+    return application->m_isEnding;
 }
 
 void ZELApplication::dispose(ZELException *exception)

@@ -7,6 +7,8 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
+#include <optional>
+
 namespace connection {
 namespace {
 
@@ -19,13 +21,14 @@ QSqlDatabase current()
     return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
 }
 
-QString pragma(const QString &text)
+// What the pragma answers; nothing, after a log line, if it failed.
+std::optional<QString> pragma(const QString &text)
 {
     QSqlQuery query(QString(), QSqlDatabase{});
     query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("PRAGMA ") + text)) {
+    if (!query.exec(text)) {
         logFailure(query, text);
-        return {};
+        return std::nullopt;
     }
     return query.next() ? query.value(0).toString() : QString();
 }
@@ -34,10 +37,13 @@ QString pragma(const QString &text)
 // journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
 void makeDurable()
 {
-    if (pragma(QStringLiteral("journal_mode=WAL")) != QLatin1String("wal"))
-        pragma(QStringLiteral("journal_mode=PERSIST"));
-    pragma(QStringLiteral("synchronous=FULL"));
-    pragma(QStringLiteral("wal_autocheckpoint=%1").arg(CheckpointPages));
+    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
+    if (!mode)
+        return; // a file that is no database: the check will say so
+    if (*mode != QLatin1String("wal"))
+        pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    pragma(QStringLiteral("PRAGMA synchronous=FULL"));
+    pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
 }
 
 // Closing folds the write-ahead log back, which leaves the single database file. The application

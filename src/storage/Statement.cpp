@@ -16,22 +16,37 @@ std::vector<Statement *> &allStatements()
     return statements;
 }
 
+QString connectionError()
+{
+    return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
+        .lastError()
+        .text();
+}
+
 } // namespace
 
 void logFailure(const QSqlQuery &query, const QString &text)
 {
-    const QString executed = query.executedQuery();
-    QString reason = query.lastError().text();
-    if (reason.isEmpty())
-        reason = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
-                     .lastError()
-                     .text();
-    logging::error("Error: %1 %2", executed.isEmpty() ? text : executed, reason);
+    const auto executed = [&] {
+        const QString known = query.executedQuery();
+        return known.isEmpty() ? text : known;
+    };
+    const auto reason = [&] {
+        const QString known = query.lastError().text();
+        return known.isEmpty() ? connectionError() : known;
+    };
+    logging::error("Error: %1 %2", executed, reason);
 }
 
 QVariant stored(const QString &text)
 {
-    return text.isNull() ? QStringLiteral("") : text;
+    if (text.isNull())
+        return QStringLiteral("");
+    // SQLite takes a mark of byte order at the beginning of a text at its word, and drops it; with
+    // one of our own before it, the text arrives as it is.
+    constexpr QChar mark(0xFEFF);
+    constexpr QChar swapped(0xFFFE);
+    return text.startsWith(mark) || text.startsWith(swapped) ? mark + text : text;
 }
 
 Statement::Statement(const char *text) : m_text(QLatin1String(text))

@@ -81,6 +81,23 @@ def test_a_name_taken_while_the_service_starts_ends_the_start_with_1(
     assert bus_name(SERVICE) in process.log.texts("error")[-1]
 
 
+def test_a_second_process_ends_with_1_while_the_first_one_still_starts(
+    launch, client, settings, database
+):
+    settings.hang()
+    first = launch()
+    settings.wait_for_calls(1)
+    second = launch()
+    assert second.wait_for_exit() == 1
+    (line,) = second.log.texts("error")
+    assert bus_name(SERVICE) in line
+    assert "ZelProgrammableKeys checking..." not in second.log.texts()
+    settings.release()
+    settings.answer_properly()
+    first.wait_until_ready(client)
+    first.stop()
+
+
 # The bus
 
 
@@ -181,3 +198,16 @@ def test_rows_that_only_the_write_ahead_log_holds_are_set_aside_with_the_rest(
     start(data_root=moved)
     aside = Database(moved / f"{SERVICE}.before-deploy" / database.path.name)
     assert aside.actions() == [RESERVED_ACTION, CALL._replace(idAction=id_action)]
+
+
+def test_what_is_written_after_a_copy_aside_survives_a_look_from_outside_and_a_kill(
+    start, client, database
+):
+    database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA, "INSERT INTO KEY (container) VALUES ('old')")
+    service = start()
+    client.add_action(CALL)
+    assert len(database.actions()) == 2  # another program opens and closes the file
+    client.add_action(CALL)
+    service.kill()
+    start()
+    assert [action.idAction for action in client.get_all_actions()] == [-1, 1, 2]

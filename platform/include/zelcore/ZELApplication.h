@@ -26,6 +26,13 @@ public:
     /// or `/data/ZELApplication/`.
     static QString dataRoot();
 
+    /// Ends the event loop with status 0 as soon as it comes round. What it has in hand is done;
+    /// bus calls that still wait are refused, because each may block for seconds.
+    static void end();
+
+    /// Is the process on its way out, or a termination signal there that says so?
+    static bool isEnding();
+
     /// Logs the exception at error level and deletes it.
     static void dispose(ZELException *exception);
 
@@ -33,4 +40,5 @@ public:
 
 private:
     std::unique_ptr<zel::TerminationSignals> m_signals;
+    bool m_isEnding = false;
 };
