@@ -32,14 +32,35 @@ const QDBusArgument &operator>>(const QDBusArgument &in, ZELEvent::Argument &arg
 namespace zel {
 namespace {
 
-// Asked beforehand, because the marshaller would leave such a value out and send the rest.
+bool isBusType(const QVariant &value);
+
+template <typename Values>
+bool areBusTypes(const Values &values)
+{
+    return std::all_of(values.cbegin(), values.cend(), isBusType);
+}
+
+// Asked before an event is put together: the marshaller would leave such a value out, and the bus
+// library would end the process over what is then missing.
+bool isBusType(const QVariant &value)
+{
+    if (!value.isValid() || qt::busSignature(value) == nullptr)
+        return false;
+    if (value.userType() == qMetaTypeId<QVariantList>())
+        return areBusTypes(value.toList());
+    if (value.userType() == qMetaTypeId<QVariantMap>())
+        return areBusTypes(value.toMap());
+    if (value.userType() == qMetaTypeId<QDBusVariant>())
+        return isBusType(value.value<QDBusVariant>().variant());
+    return true;
+}
+
 bool hasOnlyBusTypes(const ZELEvent &event)
 {
     const Arguments &arguments = event.getArguments();
     return std::all_of(
-        arguments.cbegin(), arguments.cend(), [](const ZELEvent::Argument &argument) {
-            return argument.value.isValid() && qt::busSignature(argument.value) != nullptr;
-        });
+        arguments.cbegin(), arguments.cend(),
+        [](const ZELEvent::Argument &argument) { return isBusType(argument.value); });
 }
 
 void registerArguments()

@@ -60,7 +60,7 @@ Record makeRecord(const QString &text, int number, int start, int end)
     record.hidden = hideEscapes(text.mid(start, end - start));
     record.fields = splitFields(text, start, end);
     if (record.fields.size() != FieldCount)
-        record.fault = QStringLiteral("%1 fields instead of %2")
+        record.fault = QStringLiteral("%1 instead of %2 fields")
                            .arg(QString::number(record.fields.size()), QString::number(FieldCount));
     return record;
 }

@@ -1,0 +1,144 @@
+#include "SubjectProcess.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <memory>
+
+/// Data that failed its check is copied aside before it is deployed over.
+class DataAsideTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void dataIsCopiedBeforeDeployAndTheLogSaysWhere();
+    void eachCopyHasANameOfItsOwnAndNoneIsRemoved();
+    void nothingIsCopied_data();
+    void nothingIsCopied();
+    void dataThatCannotBeCopiedIsNotDeployedOver();
+
+private:
+    QString root() const { return m_root->path() + m_depth; }
+    QString path(const QString &name) const { return root() + QLatin1Char('/') + name; }
+    void put(const QString &name, const QByteArray &text) const;
+    QByteArray textOf(const QString &name) const;
+    QStringList entries() const;
+    std::unique_ptr<SubjectProcess> start(const QStringList &words) const;
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    QString m_depth;
+};
+
+void DataAsideTest::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_root->isValid());
+    m_depth.clear();
+}
+
+void DataAsideTest::put(const QString &name, const QByteArray &text) const
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
+    QFile file(path(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(text), qint64{text.size()});
+}
+
+QByteArray DataAsideTest::textOf(const QString &name) const
+{
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+QStringList DataAsideTest::entries() const
+{
+    return QDir(root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+std::unique_ptr<SubjectProcess> DataAsideTest::start(const QStringList &words) const
+{
+    return std::make_unique<SubjectProcess>(words,
+                                            QStringList{QStringLiteral("ZEL_DATA_ROOT=") + root()});
+}
+
+void DataAsideTest::dataIsCopiedBeforeDeployAndTheLogSaysWhere()
+{
+    put(QStringLiteral("Subject/data"), "the keys");
+    put(QStringLiteral("Subject/sub/more"), "the rest");
+    const auto subject = start({QStringLiteral("check=no"), QStringLiteral("deploy=wipe")});
+    QVERIFY(subject->waitUntilReady());
+    QCOMPARE(entries(), QStringList{QStringLiteral("Subject.before-deploy")});
+    QCOMPARE(textOf(QStringLiteral("Subject.before-deploy/data")), QByteArray("the keys"));
+    QCOMPARE(textOf(QStringLiteral("Subject.before-deploy/sub/more")), QByteArray("the rest"));
+    const QStringList lines = subject->log();
+    QCOMPARE(lines.size(), 1);
+    QVERIFY(lines.first().startsWith(QStringLiteral("warning: ")));
+    QVERIFY2(lines.first().contains(path(QStringLiteral("Subject.before-deploy"))),
+             qUtf8Printable(lines.first()));
+}
+
+void DataAsideTest::eachCopyHasANameOfItsOwnAndNoneIsRemoved()
+{
+    for (const char *text : {"first", "second", "third"}) {
+        put(QStringLiteral("Subject/data"), text);
+        const auto subject = start({QStringLiteral("check=no")});
+        QVERIFY(subject->waitUntilReady());
+    }
+    QCOMPARE(textOf(QStringLiteral("Subject.before-deploy/data")), QByteArray("first"));
+    QCOMPARE(textOf(QStringLiteral("Subject.before-deploy.1/data")), QByteArray("second"));
+    QCOMPARE(textOf(QStringLiteral("Subject.before-deploy.2/data")), QByteArray("third"));
+    QCOMPARE(entries().size(), 4);
+}
+
+void DataAsideTest::nothingIsCopied_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("word");
+    QTest::newRow("when there was no directory")
+        << QString() << QByteArray() << QStringLiteral("check=no");
+    QTest::newRow("when there was nothing but an empty file")
+        << QStringLiteral("Subject/data") << QByteArray() << QStringLiteral("check=no");
+    QTest::newRow("when the data passed its check")
+        << QStringLiteral("Subject/data") << QByteArray("x") << QStringLiteral("check=yes");
+    QTest::newRow("when the data is another module's")
+        << QStringLiteral("Other/data") << QByteArray("x") << QStringLiteral("check=no");
+}
+
+void DataAsideTest::nothingIsCopied()
+{
+    QFETCH(QString, file);
+    QFETCH(QByteArray, text);
+    QFETCH(QString, word);
+    if (!file.isEmpty())
+        put(file, text);
+    const QStringList before = entries();
+    const auto subject = start({word});
+    QVERIFY(subject->waitUntilReady());
+    QCOMPARE(entries(), before);
+    QCOMPARE(subject->log(), QStringList());
+}
+
+void DataAsideTest::dataThatCannotBeCopiedIsNotDeployedOver()
+{
+    // So far down that there is a path to the data, but none to a copy beside it.
+    constexpr int rootLength = 4080;
+    constexpr int step = 200;
+    m_depth = QStringLiteral("/");
+    while (m_root->path().size() + m_depth.size() < rootLength - step)
+        m_depth += QString(step - 1, QLatin1Char('d')) + QLatin1Char('/');
+    m_depth += QString(rootLength - m_root->path().size() - m_depth.size(), QLatin1Char('d'));
+    put(QStringLiteral("Subject/data"), "the keys");
+    const auto subject = start({QStringLiteral("check=no"), QStringLiteral("deploy=wipe")});
+    QCOMPARE(subject->waitForExit(), 1);
+    QCOMPARE(subject->notes(), QStringList{QStringLiteral("check")});
+    QCOMPARE(textOf(QStringLiteral("Subject/data")), QByteArray("the keys"));
+    QCOMPARE(entries(), QStringList{QStringLiteral("Subject")});
+    QCOMPARE(subject->log().filter(QStringLiteral("error: ")).size(), 1);
+}
+
+PROGKEYS_TEST_MAIN(DataAsideTest)
+#include "DataAsideTest.moc"

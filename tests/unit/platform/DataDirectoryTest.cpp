@@ -1,0 +1,112 @@
+#include "DataDirectory.h"
+
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+
+/// A module's directory and the copies of it.
+class DataDirectoryTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void onlyAFileThatIsNotEmptyIsData_data();
+    void onlyAFileThatIsNotEmptyIsData();
+    void aCopyHoldsWhatTheDirectoryHolds();
+    void eachCopyHasANameOfItsOwn();
+    void aFailedCopyLeavesNothingBehind();
+
+private:
+    QString path(const QString &name) const { return m_place->filePath(name); }
+    void put(const QString &name, const QByteArray &text) const;
+
+    std::unique_ptr<QTemporaryDir> m_place;
+};
+
+void DataDirectoryTest::init()
+{
+    m_place = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_place->isValid());
+}
+
+void DataDirectoryTest::put(const QString &name, const QByteArray &text) const
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
+    QFile file(path(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(text), qint64{text.size()});
+}
+
+void DataDirectoryTest::onlyAFileThatIsNotEmptyIsData_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("isData");
+    QTest::newRow("no directory") << QString() << QByteArray() << false;
+    QTest::newRow("an empty file") << QStringLiteral("Module/a") << QByteArray() << false;
+    QTest::newRow("a file") << QStringLiteral("Module/a") << QByteArray("x") << true;
+    QTest::newRow("a hidden file") << QStringLiteral("Module/.a") << QByteArray("x") << true;
+    QTest::newRow("a file further down")
+        << QStringLiteral("Module/sub/sub/a") << QByteArray("x") << true;
+    QTest::newRow("a file beside the directory")
+        << QStringLiteral("Module.old/a") << QByteArray("x") << false;
+}
+
+void DataDirectoryTest::onlyAFileThatIsNotEmptyIsData()
+{
+    QFETCH(QString, file);
+    QFETCH(QByteArray, text);
+    QFETCH(bool, isData);
+    if (!file.isEmpty())
+        put(file, text);
+    QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).holdsData(), isData);
+}
+
+void DataDirectoryTest::aCopyHoldsWhatTheDirectoryHolds()
+{
+    const QStringList files{QStringLiteral("a"), QStringLiteral(".hidden"),
+                            QStringLiteral("sub/empty"), QString::fromUtf8("sub/Grüße")};
+    for (const QString &file : files)
+        put(QStringLiteral("Module/") + file, file.endsWith(QLatin1Char('y')) ? "" : file.toUtf8());
+    const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
+    QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
+    for (const QString &file : files) {
+        QFile copied(copy + QLatin1Char('/') + file);
+        QVERIFY(copied.open(QIODevice::ReadOnly));
+        QCOMPARE(copied.readAll(), file.endsWith(QLatin1Char('y')) ? QByteArray() : file.toUtf8());
+        QVERIFY(QFileInfo::exists(path(QStringLiteral("Module/") + file)));
+    }
+}
+
+void DataDirectoryTest::eachCopyHasANameOfItsOwn()
+{
+    const zel::DataDirectory directory(path(QStringLiteral("Module")));
+    for (const char *number : {"", ".1", ".2"}) {
+        const QString copy = path(QStringLiteral("Module.before-deploy") + QLatin1String(number));
+        put(QStringLiteral("Module/a"), number);
+        QCOMPARE(directory.copyAside(), copy);
+        QFile copied(copy + QStringLiteral("/a"));
+        QVERIFY(copied.open(QIODevice::ReadOnly));
+        QCOMPARE(copied.readAll(), QByteArray(number));
+    }
+}
+
+void DataDirectoryTest::aFailedCopyLeavesNothingBehind()
+{
+    // The name of the copy would be longer than a file system allows.
+    const QString name(245, QLatin1Char('m'));
+    put(name + QStringLiteral("/a"), "x");
+    QCOMPARE(zel::DataDirectory(path(name)).copyAside(), QString());
+    QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{name});
+    QVERIFY(zel::DataDirectory(path(name)).holdsData());
+}
+
+PROGKEYS_TEST_MAIN(DataDirectoryTest)
+#include "DataDirectoryTest.moc"

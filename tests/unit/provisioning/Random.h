@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <random>
+
+namespace unit {
+
+/// Random numbers that are the same wherever the seed is.
+class Random
+{
+public:
+    explicit Random(unsigned seed) : m_engine(seed) {}
+
+    int below(int end) { return static_cast<int>(m_engine() % static_cast<unsigned>(end)); }
+    int between(int first, int last) { return first + below(last - first + 1); }
+    bool once(int inSoMany) { return below(inSoMany) == 0; }
+
+    template <typename Value>
+    Value pick(const QList<Value> &values)
+    {
+        return values.at(below(static_cast<int>(values.size())));
+    }
+
+    /// So many pieces, one after the other.
+    QString join(const QStringList &pieces, int count);
+
+private:
+    std::mt19937 m_engine;
+};
+
+/// Rows for a data-driven test, with a column `seed`: one seed that is always the same, and one
+/// that is new each time and printed, or comes from PROGKEYS_TEST_SEED.
+void addSeeds();
+
+} // namespace unit

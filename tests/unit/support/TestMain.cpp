@@ -1,0 +1,47 @@
+#include "support/TestMain.h"
+
+#include <QMetaType>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace unit {
+
+Surroundings::Surroundings()
+{
+    if (!m_directory.isValid() || qEnvironmentVariableIsEmpty("DBUS_SYSTEM_BUS_ADDRESS")) {
+        std::fputs("This test needs a temporary directory and a bus of its own: run it by ctest, "
+                   "or by run-on-private-bus.\n",
+                   stderr);
+        std::exit(EXIT_FAILURE);
+    }
+    qputenv("ZEL_DATA_ROOT", dataRoot().toUtf8());
+    qputenv("ZEL_LOG_LEVEL", "0"); // a test that looks at the log raises it
+    qunsetenv("JOURNAL_STREAM");
+}
+
+QString Surroundings::dataRoot() const
+{
+    return directory() + QStringLiteral("/data/");
+}
+
+QString Surroundings::directory() const
+{
+    return m_directory.path();
+}
+
+void loseTheBus()
+{
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+}
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // the one way to ask that both Qt 5 and Qt 6 offer
+    int
+    typeNamed(const char *name)
+{
+    return QMetaType::type(name);
+}
+QT_WARNING_POP
+
+} // namespace unit
