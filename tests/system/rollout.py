@@ -1,0 +1,72 @@
+"""Rollouts made at random, written as device management writes them."""
+
+import random
+from typing import Any, NamedTuple, Sequence
+
+from sandbox.records import Action, Key
+
+DM_IDS = ("D1", "D2", "D3", "D4", "D5", "d1", "D,6", "D#7", "Zürich ☎")
+PIECES = ("a", "B", " ", ",", "#", "\\x", "\\\\y", "ü", "☎", "501", "esc", "%1", "'")
+ESCAPES = str.maketrans({",": "\\,", "#": "\\#"})
+
+
+class Rollout(NamedTuple):
+    """What is provisioned: rows without ids of their own."""
+
+    actions: list[Action]
+    keys: list[Key]
+    broken: int = 0
+    """How many broken records stand among those of each kind."""
+
+    @property
+    def settings(self) -> dict[str, str]:
+        """The settings that bring it about."""
+        return {
+            "DefaultActions": _setting([_fields(action) for action in self.actions], self.broken),
+            "DefaultKeys": _setting([_key_fields(key) for key in self.keys], self.broken),
+        }
+
+
+def _fields(action: Action) -> Sequence[Any]:
+    return action[1:]
+
+
+def _key_fields(key: Key) -> Sequence[Any]:
+    place = (key.dmId, key.container, key.position, key.icon)
+    return (*place, key.type, key.aom_type, key.aom_addr)
+
+
+def _setting(records: Sequence[Sequence[Any]], broken: int) -> str:
+    texts = [_record(fields) for fields in records]
+    for number in range(broken):
+        texts.insert(number * 2, ("", "D1,too,few", "D1,1,2,3,4,5,6,7")[number % 3])
+    return "#".join(texts)
+
+
+def _record(fields: Sequence[Any]) -> str:
+    return ",".join(str(field).translate(ESCAPES) for field in fields)
+
+
+def _text(source: random.Random) -> str:
+    return "".join(source.choices(PIECES, k=source.randrange(4)))
+
+
+def _action(source: random.Random, dm_id: str) -> Action:
+    texts = (_text(source) for _ in range(5))
+    return Action(-1, dm_id, source.randrange(-3, 9), *texts)
+
+
+def _key(source: random.Random, dm_id: str) -> Key:
+    numbers = (source.randrange(3) for _ in range(3))
+    return Key(-1, dm_id, -1, _text(source), source.randrange(-1, 30), _text(source), *numbers)
+
+
+def random_rollout(source: random.Random) -> Rollout:
+    """Some of the identifiers, in any order, with keys for these and for others."""
+    dm_ids = source.sample(DM_IDS, source.randrange(len(DM_IDS) + 1))
+    key_ids = source.choices(DM_IDS, k=source.randrange(12))
+    return Rollout(
+        [_action(source, dm_id) for dm_id in dm_ids],
+        [_key(source, dm_id) for dm_id in key_ids],
+        source.randrange(4),
+    )

@@ -1,0 +1,291 @@
+"""The provisioned defaults, merged at start and at restore."""
+
+import signal
+from typing import Union
+
+import pytest
+
+import golden
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database, refusing
+from samples import (
+    CALL,
+    DATABASE_FULL,
+    DATABASE_RESET,
+    MODULE_KEY,
+    SET_KEY,
+    action_created,
+    action_modified,
+    failed_statement,
+    icon_set,
+    key_created,
+    label_set,
+    sent,
+)
+from sandbox.client import BusError
+from sandbox.log import LogLine
+from sandbox.names import SERVICE, bus_name
+from sandbox.processes import start_settings_manager
+from sandbox.records import Action, Key
+
+STARTING = "ZelProgrammableKeys starting..."
+RESTORING_DEFAULT = "ZelProgrammableKeys restoring data to default ..."
+RESTORING_FACTORY = "ZelProgrammableKeys restoring data to factory ..."
+
+D1 = Action(-1, "D1", 3, "call", "", "501", "Reception", "Rec")
+D2 = Action(-1, "D2", 5, "open", "portal", "a,b", "Desk#1", "D")
+D1_TEXT = "D1,3,call,,501,Reception,Rec"
+D2_TEXT = "D2,5,open,portal,a\\,b,Desk\\#1,D"
+D1_KEY = Key(-1, "D1", -1, "main", 0, "ic1", 0, 0, 0)
+D2_KEY = Key(-1, "D2", -1, "module", 1, "ic2", 1, 1, 2)
+D1_KEY_TEXT = "D1,main,0,ic1,0,0,0"
+D2_KEY_TEXT = "D2,module,1,ic2,1,1,2"
+BOTH = {"DefaultActions": f"{D1_TEXT}#{D2_TEXT}", "DefaultKeys": f"{D1_KEY_TEXT}#{D2_KEY_TEXT}"}
+
+
+def after(lines: list[LogLine], text: str) -> list[LogLine]:
+    """What was logged after the only line of that text."""
+    texts = [line.text for line in lines]
+    assert texts.count(text) == 1
+    return lines[texts.index(text) + 1 :]
+
+
+def store(database: Database, *records: Union[Key, Action]) -> None:
+    """A database as an earlier run of the service would have left it."""
+    database.create(KEY_SCHEMA, ACTION_SCHEMA)
+    database.insert(*records)
+
+
+@pytest.fixture
+def provisioned(settings):
+    """Both actions, each with a key, are provisioned."""
+    settings.values.update(BOTH)
+    return settings
+
+
+# Cases as files
+
+
+@pytest.mark.parametrize("case", golden.cases(), ids=lambda case: case.directory.name)
+def test_a_start_merges_the_settings_into_what_was_before(
+    case, bin_dir, bus, client, events, database, launch, tmp_path
+):
+    before = case.before()
+    store(database, *before.actions, *before.keys)
+    with start_settings_manager(
+        bin_dir, bus.address, case.settings, tmp_path / "settingsmanager.log"
+    ) as settings_manager:
+        settings_manager.wait_until_ready(client)
+        service = launch()
+        service.wait_until_ready(client)
+        found = golden.Contents(database.actions(), database.keys())
+        case.check("after.txt", golden.write_contents(found))
+        case.check("log.txt", golden.write_log(after(service.log.lines(), STARTING)))
+        case.check("events.txt", golden.write_events(events.take()))
+        service.stop()
+
+
+# When
+
+
+def test_the_settings_are_read_in_their_order_and_the_limit_for_each_key(provisioned, start):
+    start()
+    assert provisioned.names_read() == ["DefaultActions", "DefaultKeys", *["ProgKeysMax"] * 2]
+
+
+def test_nobody_sees_the_service_before_the_merge_is_through(provisioned, launch, client):
+    provisioned.hang()
+    service = launch()
+    provisioned.wait_for_calls(1)
+    assert not client.connection.name_has_owner(bus_name(SERVICE))
+    with pytest.raises(BusError):
+        client.get_all_actions()
+    provisioned.release()
+    service.wait_until_ready(client)
+    assert [action.dmId for action in client.get_all_actions()] == ["", "D1", "D2"]
+    service.stop()
+
+
+def test_no_later_start_changes_a_number_of_an_action_or_doubles_a_key(
+    provisioned, start, database
+):
+    start().stop()
+    first = golden.Contents(database.actions(), database.keys())
+    start().stop(signal.SIGINT)
+    assert database.actions() == first.actions
+    assert database.keys() == [key._replace(idKey=key.idKey + 2) for key in first.keys]
+
+
+@pytest.mark.parametrize("hook", ["restore_default", "restore_factory"])
+def test_a_restore_announces_itself_resets_and_merges_into_empty_tables(
+    provisioned, start, client, events, database, hook
+):
+    service = start()
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    events.take()
+    service.log.take()
+    provisioned.calls.clear()
+    assert getattr(client, hook)() is False
+    d1, d2 = D1._replace(idAction=1), D2._replace(idAction=2)
+    keys = [D1_KEY._replace(idKey=1, idAction=1), D2_KEY._replace(idKey=2, idAction=2)]
+    assert database.actions() == [RESERVED_ACTION, d1, d2]
+    assert database.keys() == keys
+    assert events.take() == [
+        DATABASE_RESET,
+        action_created(d1),
+        action_created(d2),
+        key_created(keys[0]),
+        key_created(keys[1]),
+        icon_set(keys[1]),
+    ]
+    assert provisioned.names_read()[:2] == ["DefaultActions", "DefaultKeys"]
+    lines = service.log.take()
+    own_line = [RESTORING_FACTORY] if hook == "restore_factory" else []
+    assert lines == [
+        *own_line,
+        RESTORING_DEFAULT,
+        *sent("DB_RESET_NTF"),
+        "Processing 2 dm actions and 2 dm keys",
+        "added action of dmId D1",
+        "added action of dmId D2",
+        "found 1 db actions",
+        *sent("ACTION_CREATE_NTF"),
+        "action of id D1 added",
+        *sent("ACTION_CREATE_NTF"),
+        "action of id D2 added",
+        *sent("KEY_CREATE_NTF", "KEY_CREATE_NTF", "AOM_SET_ICON_PROPERTY_REC"),
+    ]
+
+
+def test_a_restore_reads_the_settings_of_the_moment(provisioned, start, client, database):
+    start()
+    provisioned.values.update(DefaultActions=D2_TEXT, DefaultKeys=D2_KEY_TEXT)
+    client.restore_default()
+    assert database.actions() == [RESERVED_ACTION, D2._replace(idAction=1)]
+    assert database.keys() == [D2_KEY._replace(idKey=1, idAction=1)]
+
+
+# Settings that cannot be read
+
+
+@pytest.mark.parametrize(
+    "signature, body",
+    [("", []), ("i", [5]), ("as", [["D1,3,call,,501,Reception,Rec"]]), ("v", ["text"])],
+    ids=["nothing", "a number", "a list", "a variant"],
+)
+def test_a_setting_of_the_wrong_type_behaves_as_an_empty_one(
+    settings, start, database, signature, body
+):
+    d1 = D1._replace(idAction=4)
+    user_key = SET_KEY._replace(idKey=1, idAction=4)
+    store(database, RESERVED_ACTION, d1, user_key, D1_KEY._replace(idKey=2, idAction=4))
+    settings.answer_with(signature, *body)
+    service = start()
+    assert database.actions() == [RESERVED_ACTION, d1]
+    assert database.keys() == [user_key]
+    assert service.log.texts("warning") == [
+        "Skipping invalid dm action: ",
+        "Skipping invalid dm key: ",
+    ]
+    assert len(service.log.texts("error")) == 2
+
+
+def test_without_a_settings_manager_provisioned_keys_go_and_come_back_at_the_next_good_start(
+    provisioned, start, database
+):
+    start().stop()
+    actions = database.actions()
+    provisioned.fail("com.velmora.Tessaro.Error.Busy")
+    start().stop()
+    assert (database.actions(), database.keys()) == (actions, [])
+    provisioned.answer_properly()
+    start().stop()
+    assert database.actions() == actions
+    assert [key.dmId for key in database.keys()] == ["D1", "D2"]
+
+
+# Keys and labels, as any client would be treated
+
+
+def test_a_provisioned_key_of_the_set_that_finds_no_room_is_missing(
+    provisioned, start, client, events, database
+):
+    first = start()
+    user_key = SET_KEY._replace(idAction=1)
+    user_key = user_key._replace(idKey=client.create_programmable_key(user_key))
+    first.stop()
+    events.take_received()
+    provisioned.values["ProgKeysMax"] = "1"
+    start()
+    module_key = D2_KEY._replace(idKey=4, idAction=2)
+    assert database.keys() == [user_key, module_key]
+    assert events.take()[-3:] == [DATABASE_FULL, key_created(module_key), icon_set(module_key)]
+
+
+def test_a_new_short_label_reaches_the_users_module_keys_too(provisioned, start, client, events):
+    first = start()
+    user_key = MODULE_KEY._replace(idAction=1)
+    client.create_programmable_key(user_key)
+    first.stop()
+    events.take_received()
+    provisioned.values["DefaultActions"] = D1_TEXT.replace("Rec", "Front") + f"#{D2_TEXT}"
+    start()
+    assert [event for event in events.take() if event.name.startswith("AOM_SET_LABEL")] == [
+        label_set(user_key, "Front")
+    ]
+
+
+# Statements that fail
+
+
+def test_an_action_that_cannot_be_added_is_missing_with_its_key_and_the_merge_goes_on(
+    provisioned, start, events, database
+):
+    store(database, RESERVED_ACTION)
+    fault = refusing("INSERT", "ACTION", "NEW.dmId = 'D1'")
+    database.execute(fault.trigger)
+    service = start()
+    d2 = D2._replace(idAction=1)
+    key = D2_KEY._replace(idKey=1, idAction=1)
+    assert database.actions() == [RESERVED_ACTION, d2]
+    assert database.keys() == [key]
+    assert events.take() == [action_created(d2), key_created(key), icon_set(key)]
+    (line,) = service.log.texts("error")
+    assert line.startswith("Error: INSERT INTO ACTION") and fault.message in line
+    added = [text for text in service.log.texts() if text.endswith(" added")]
+    assert added == ["action of id D1 added", "action of id D2 added"]
+
+
+def test_an_action_that_cannot_be_modified_keeps_its_content_and_the_merge_goes_on(
+    provisioned, start, events, database
+):
+    d1, d2 = D1._replace(idAction=1, label="old"), D2._replace(idAction=2)
+    store(database, RESERVED_ACTION, d1, d2._replace(label="old"))
+    database.execute(refusing("UPDATE", "ACTION", "NEW.dmId = 'D1'").trigger)
+    service = start()
+    assert database.actions() == [RESERVED_ACTION, d1, d2]
+    assert [key.idAction for key in database.keys()] == [1, 2]
+    assert events.take()[0] == action_modified(d2)
+    assert service.log.texts("error")[-1] == "ZelProgrammableKeys::modifyAction(1) : fail !"
+
+
+def test_provisioned_keys_that_cannot_be_removed_stay_beside_the_new_ones(
+    provisioned, start, database
+):
+    d1, old_key = D1._replace(idAction=1), D1_KEY._replace(idKey=5, idAction=1)
+    store(database, RESERVED_ACTION, d1, old_key)
+    fault = refusing("DELETE", "KEY")
+    database.execute(fault.trigger)
+    service = start()
+    assert [key.dmId for key in database.keys()] == ["D1", "D1", "D2"]
+    assert database.keys()[0] == old_key
+    (line,) = service.log.texts("error")
+    assert failed_statement(line, "DELETE FROM KEY WHERE DMID<>''", fault.message)
+
+
+def test_a_key_that_cannot_be_stored_is_missing_and_the_next_one_is_made(
+    provisioned, start, database
+):
+    store(database, RESERVED_ACTION)
+    database.execute(refusing("INSERT", "KEY", "NEW.dmId = 'D1'").trigger)
+    start()
+    assert [key.dmId for key in database.keys()] == ["D2"]
