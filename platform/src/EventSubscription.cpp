@@ -2,6 +2,8 @@
 
 #include "BusNames.h"
 #include "EventCodec.h"
+#include "zelcore/ZELApplication.h"
+#include "zelcore/ZELException.h"
 #include "zelcore/ZELLogger.h"
 
 #include <QDBusConnection>
@@ -34,7 +36,19 @@ void EventSubscription::receive(const QDBusMessage &message)
         return;
     }
     if (m_receiver)
-        m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, *event));
+        deliver(*event);
+}
+
+// As with calls, an exception must not unwind through the bus library.
+void EventSubscription::deliver(const ZELEvent &event)
+{
+    try {
+        if (!m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, event)))
+            logger().error(
+                QStringLiteral("Event %1 dropped: its slot takes something else").arg(m_eventName));
+    } catch (ZELException *exception) {
+        ZELApplication::dispose(exception);
+    }
 }
 
 } // namespace zel

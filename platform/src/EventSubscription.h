@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zelcore/ZELEvent.h"
+
 #include <QDBusMessage>
 #include <QMetaMethod>
 #include <QObject>
@@ -25,6 +27,8 @@ private slots:
     void receive(const QDBusMessage &message);
 
 private:
+    void deliver(const ZELEvent &event);
+
     QString m_eventName;
     QPointer<QObject> m_receiver;
     QMetaMethod m_slot;
