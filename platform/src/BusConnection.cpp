@@ -37,6 +37,13 @@ bool BusConnection::open()
     return true;
 }
 
+QString BusConnection::busId()
+{
+    const QDBusReply<QString> reply =
+        QDBusConnection::systemBus().interface()->call(QStringLiteral("GetId"));
+    return reply.value();
+}
+
 bool BusConnection::isTaken(const QString &serviceName)
 {
     const QDBusReply<bool> reply =

@@ -17,6 +17,9 @@ public:
     /// False, with a log line, if the bus cannot be reached.
     bool open();
 
+    /// The identifier of the bus, the same for all who are connected to it.
+    static QString busId();
+
     /// Does any process own the name? An error counts as yes: it is no leave to go on.
     static bool isTaken(const QString &serviceName);
 

@@ -43,9 +43,7 @@ void EventSubscription::receive(const QDBusMessage &message)
 void EventSubscription::deliver(const ZELEvent &event)
 {
     try {
-        if (!m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, event)))
-            logger().error(
-                QStringLiteral("Event %1 dropped: its slot takes something else").arg(m_eventName));
+        m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, event));
     } catch (ZELException *exception) {
         ZELApplication::dispose(exception);
     }

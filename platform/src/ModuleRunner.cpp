@@ -59,11 +59,11 @@ bool ModuleRunner::bringUp()
 }
 
 // Before any hook runs: a second process must not touch the data of the first, not even one that
-// is started at the same moment. The second name stands for the time until the first is claimed.
-bool ModuleRunner::ensureRunningAlone() const
+// is started at the same moment.
+bool ModuleRunner::ensureRunningAlone()
 {
     const QString name = serviceName(m_module.getModuleName());
-    const bool isAlone = BusConnection::claim(startingName()) != BusConnection::Claim::Taken &&
+    const bool isAlone = m_lock.acquire(name + QLatin1Char('@') + BusConnection::busId()) &&
                          !BusConnection::isTaken(name);
     return isAlone || refuse(nameIsTaken(name));
 }
@@ -106,25 +106,17 @@ bool ModuleRunner::appearOnBus()
     if (!bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors))
         return refuse(QStringLiteral("Cannot register the object %1").arg(path));
     const QString name = serviceName(m_module.getModuleName());
-    switch (BusConnection::claim(name)) {
-    case BusConnection::Claim::Taken:
+    const BusConnection::Claim claim = BusConnection::claim(name);
+    if (claim == BusConnection::Claim::Taken)
         return refuse(nameIsTaken(name));
-    case BusConnection::Claim::Refused:
-        return refuse(QStringLiteral("The bus does not give this process the name %1").arg(name));
-    case BusConnection::Claim::Granted:
-        break;
-    }
-    BusConnection::release(startingName());
-    return true;
-}
-
-QString ModuleRunner::startingName() const
-{
-    return serviceName(m_module.getModuleName()) + QStringLiteral(".Starting");
+    return claim == BusConnection::Claim::Granted ||
+           refuse(QStringLiteral("The bus does not give this process the name %1").arg(name));
 }
 
 void ModuleRunner::leaveBus()
 {
+    // Before the name: whoever waits for that to be free may start.
+    m_lock.release();
     // Giving the name back waits for the bus, and with it for the replies sent before it.
     QDBusConnection bus = QDBusConnection::systemBus();
     if (bus.isConnected())

@@ -2,6 +2,7 @@
 
 #include "BusConnection.h"
 #include "BusObject.h"
+#include "InstanceLock.h"
 
 #include <QObject>
 
@@ -21,14 +22,14 @@ public:
 private:
     void run();
     bool bringUp();
-    bool ensureRunningAlone() const;
+    bool ensureRunningAlone();
     bool ensureData();
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
     bool appearOnBus();
     void leaveBus();
-    QString startingName() const;
 
     ZELModule &m_module;
+    InstanceLock m_lock;
     BusConnection m_connection;
     BusObject m_object;
 };

@@ -16,14 +16,17 @@ namespace {
 
 constexpr int RemoteCallLimitMs = 5000;
 
-// SLOT() puts the code of a slot, '1', before the signature.
+// SLOT() puts the code of a slot, '1', before the signature. The types are asked for here, because
+// an invocation does not look at them.
 QMetaMethod findSlot(const QObject *receiver, const char *slot)
 {
     if (!receiver || !slot || *slot != '1')
         return {};
     const QMetaObject *type = receiver->metaObject();
-    return type->method(
-        type->indexOfMethod(QMetaObject::normalizedSignature(slot + 1).constData()));
+    const QMetaMethod method =
+        type->method(type->indexOfMethod(QMetaObject::normalizedSignature(slot + 1).constData()));
+    const bool takesEvent = method.parameterTypes() == QList<QByteArray>{"ZELEvent"};
+    return takesEvent ? method : QMetaMethod();
 }
 
 } // namespace

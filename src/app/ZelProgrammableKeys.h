@@ -64,6 +64,6 @@ public slots:
 private slots:
     void aomKeyPressed(const ZELEvent &event);
 
-private:
+protected:
     explicit ZelProgrammableKeys(const QString &name);
 };

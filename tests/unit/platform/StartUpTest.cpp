@@ -38,7 +38,8 @@ private slots:
     void aHookThatThrowsEndsTheProcess_data();
     void aHookThatThrowsEndsTheProcess();
     void aNameThatIsTakenIsNamedAndNoHookRuns();
-    void ofTwoProcessesStartedTogetherOneRunsItsHooks();
+    void noHookRunsWhileAnotherProcessStartsTheModule_data();
+    void noHookRunsWhileAnotherProcessStartsTheModule();
     void aSignalDuringAHookEndsTheStartWithStatusZero_data();
     void aSignalDuringAHookEndsTheStartWithStatusZero();
     void aBusThatIsNotThereIsNamedAndNoHookRuns();
@@ -122,18 +123,27 @@ void StartUpTest::aNameThatIsTakenIsNamedAndNoHookRuns()
     QVERIFY2(line.contains(SubjectProcess::serviceName()), qUtf8Printable(line));
 }
 
-void StartUpTest::ofTwoProcessesStartedTogetherOneRunsItsHooks()
+void StartUpTest::noHookRunsWhileAnotherProcessStartsTheModule_data()
 {
-    SubjectProcess one;
-    SubjectProcess other;
-    QVERIFY(QTest::qWaitFor([&] { return one.hasEnded() || other.hasEnded(); }, 20000));
-    SubjectProcess &loser = one.hasEnded() ? one : other;
-    SubjectProcess &winner = one.hasEnded() ? other : one;
-    QCOMPARE(loser.waitForExit(), 1);
-    QCOMPARE(loser.notes(), QStringList());
-    QVERIFY(winner.waitUntilReady());
-    QVERIFY(winner.isAnswering());
-    QCOMPARE(winner.notes(), words("check init start"));
+    QTest::addColumn<QString>("hook");
+    QTest::newRow("the other one checks its data") << QStringLiteral("check");
+    QTest::newRow("the other one is about to appear") << QStringLiteral("start");
+}
+
+void StartUpTest::noHookRunsWhileAnotherProcessStartsTheModule()
+{
+    QFETCH(QString, hook);
+    SubjectProcess first({hook + QStringLiteral("=wait")});
+    QVERIFY(first.waitForNote(hook));
+    SubjectProcess second;
+    QCOMPARE(second.waitForExit(), 1);
+    QCOMPARE(second.notes(), QStringList());
+    const QString line = onlyErrorLine(second);
+    QVERIFY2(line.contains(SubjectProcess::serviceName()), qUtf8Printable(line));
+    first.goOn();
+    QVERIFY(first.waitUntilReady());
+    QVERIFY(first.isAnswering());
+    QCOMPARE(first.notes(), words("check init start"));
 }
 
 void StartUpTest::aSignalDuringAHookEndsTheStartWithStatusZero_data()

@@ -67,6 +67,12 @@ bool SubjectProcess::waitUntilReady()
     return QTest::qWaitFor(isSettled, LimitMs) && isOwned();
 }
 
+bool SubjectProcess::waitForNote(const QString &note)
+{
+    return QTest::qWaitFor([&] { return notes().contains(note) || hasEnded(); }, LimitMs) &&
+           notes().contains(note);
+}
+
 int SubjectProcess::waitForExit()
 {
     if (!hasEnded() && !m_process.waitForFinished(LimitMs))

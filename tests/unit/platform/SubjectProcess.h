@@ -23,10 +23,13 @@ public:
 
     /// Waits until it owns its name; false if it ends instead.
     bool waitUntilReady();
-    bool hasEnded() const { return m_process.state() == QProcess::NotRunning; }
     /// Waits for its end: the exit status, or -1 if it crashed or goes on.
     int waitForExit();
     void sendSignal(int number) const;
+    /// Waits until it has noted this; false if it does not.
+    bool waitForNote(const QString &note);
+    /// Lets a hook go on that waits.
+    void goOn() { m_process.closeWriteChannel(); }
 
     /// What it noted so far: the hooks that ran.
     QStringList notes() const;
@@ -38,6 +41,7 @@ public:
     bool isAnswering() const;
 
 private:
+    bool hasEnded() const { return m_process.state() == QProcess::NotRunning; }
     QStringList linesOf(const QString &file) const;
 
     QTemporaryDir m_directory;

@@ -20,6 +20,8 @@ public:
 
 public slots:
     void receive(const ZELEvent &event) { events.append(event); }
+    void receiveText(const QString & /*text*/) { events.append(ZELEvent()); }
+    void receiveMore(const ZELEvent &event, int /*more*/) { events.append(event); }
 
 private slots:
     void receivePrivately(const ZELEvent &event) { events.append(event); }
@@ -103,6 +105,8 @@ void SubscribeEventTest::aSlotThatIsNotThereIsRefusedAndNamed_data()
     QTest::addColumn<QByteArray>("slot");
     QTest::newRow("a name that is not there") << QByteArray(SLOT(missing(ZELEvent)));
     QTest::newRow("other arguments") << QByteArray(SLOT(receive(QString)));
+    QTest::newRow("a slot that takes something else") << QByteArray(SLOT(receiveText(QString)));
+    QTest::newRow("a slot that takes more") << QByteArray(SLOT(receiveMore(ZELEvent, int)));
     QTest::newRow("no slot code before it") << QByteArray("receive(ZELEvent)");
     QTest::newRow("an empty text") << QByteArray("");
 }

@@ -19,6 +19,12 @@ void note(const char *what)
     std::fflush(stdout);
 }
 
+void waitForEndOfInput()
+{
+    while (std::getchar() != EOF) {
+    }
+}
+
 } // namespace
 
 Subject::Subject(QStringList words)
@@ -32,6 +38,8 @@ bool Subject::run(const char *hook)
     const QString name = QLatin1String(hook);
     if (m_words.contains(name + QStringLiteral("=throw")))
         throw new ZELException(this, 4, name + QStringLiteral(" threw"));
+    if (m_words.contains(name + QStringLiteral("=wait")))
+        waitForEndOfInput();
     if (m_words.contains(name + QStringLiteral("=term")))
         raise(SIGTERM);
     if (m_words.contains(name + QStringLiteral("=wipe")))

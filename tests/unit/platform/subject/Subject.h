@@ -7,7 +7,8 @@
 /// A module that does as its words say, and notes on its standard output what the framework has it
 /// do, a line each. "check=no" makes the hook `check` say no, "init=throw" makes `init` throw,
 /// "deploy=wipe" makes `deploy` remove the module's data, "start=term" lets SIGTERM come during
-/// `start`; "mute" leaves it without an adaptor.
+/// `start`, "check=wait" makes `check` last until the input ends; "mute" leaves it without an
+/// adaptor.
 class Subject : public ZELModule
 {
     Q_OBJECT

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace zel {
+
+/// Keeps two processes from starting the same module side by side, from before the first hook on.
+/// The bus name cannot do that: it is claimed last. The lock is a name of the kernel's, without a
+/// file, and goes with the process however that ends.
+class InstanceLock
+{
+public:
+    InstanceLock() = default;
+    ~InstanceLock();
+    InstanceLock(const InstanceLock &) = delete;
+    InstanceLock &operator=(const InstanceLock &) = delete;
+
+    /// False if another process holds the lock of that name. Where the kernel knows no such names,
+    /// nobody is kept out.
+    bool acquire(const QString &name);
+    void release();
+
+private:
+    int m_socket = -1;
+};
+
+} // namespace zel
