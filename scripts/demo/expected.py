@@ -1,10 +1,11 @@
 """The events that ought to come, down to the signature of each argument."""
 
-from typing import Any, Iterable
+from typing import Any
 
 from sandbox.events import Argument, Event
 from sandbox.records import ACTION, KEY, Action, Key
 
+from .merge import Merge
 from .words import ON_MODULE
 
 NUMBER, ID, TEXT, FLAG = "i", "x", "s", "b"
@@ -64,12 +65,15 @@ FULL = event("KO_PROGKEYS_DB_FULL")
 RESET = event("DB_RESET_NTF")
 
 
-def merged(actions: Iterable[Action], keys: Iterable[Key], known: Iterable[str] = ()) -> list[Event]:
-    """What a merge of the provisioned defaults sends, if it leaves these rows and knew these actions before."""
-    earlier = set(known)
-    provisioned = [action for action in actions if action.dmId]
-    events = [action_modified(action) for action in provisioned if action.dmId in earlier]
-    events += [action_created(action) for action in provisioned if action.dmId not in earlier]
-    for key in keys:
-        events += key_created(key) if key.dmId else []
+def merged(merge: Merge) -> list[Event]:
+    """What a merge of the provisioned defaults sends. Its first events find the provisioned keys still there."""
+    events = []
+    for old, new in merge.updated:
+        events.append(action_modified(new))
+        if new.shortLabel != old.shortLabel:
+            on_module = (key for key in merge.before.keys if key.type == ON_MODULE and key.idAction == old.idAction)
+            events += [label(key, 1, new.shortLabel) for key in on_module]
+    events += map(action_created, merge.added)
+    for key in merge.made:
+        events += key_created(key)
     return events

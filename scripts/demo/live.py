@@ -1,12 +1,13 @@
 """The phone stays up: how to talk to it from another terminal, and what is said on its bus meanwhile."""
 
 import contextlib
+import itertools
 import time
-from typing import Any
+from typing import Any, Optional
 
 from gi.repository import GLib
 
-from sandbox.events import EVENT_MEMBER, decode
+from sandbox.events import EVENT_MEMBER, Event, decode
 from sandbox.names import EVENTS, INTERFACE, LIFECYCLE, SERVICE, SETTINGS_MANAGER, bus_name, object_path
 
 from .interruption import Interrupted, Interruption
@@ -15,10 +16,9 @@ from .phone import UNREADABLE, Phone
 from .screen import Screen
 from .stage import MODULE_ADDRESS, MODULE_KEY, MODULE_TYPE
 from .text import Span
-from .words import ON_MODULE, arguments_in_words
+from .words import ON_MODULE, ON_SET, condensed
 
 LOOK_EVERY_MS = 200
-NEW_LIMIT = 4
 
 COMMANDS = r"""
 Once, for the commands below:
@@ -48,7 +48,7 @@ A press of that key:
     --signal {events}.event "'AOM_KEY_PRESS_EVENT'" \
     "[('aom_key_num', <{number}>, true), ('aom_type', <{kind}>, true), ('addr', <{addr}>, true)]"
 
-Room for no more than {limit} keys on the set:
+Room for no more keys on the set than there are:
 
   gdbus call --system --dest {settings} \
     --object-path {settings_path} \
@@ -67,12 +67,14 @@ The events, there too:
 
 
 class Live:
-    """Prints each event as it comes, until somebody ends it."""
+    """Prints the events that come, until somebody ends it."""
 
     def __init__(self, phone: Phone, screen: Screen, interruption: Interruption) -> None:
         self._phone = phone
         self._screen = screen
         self._interruption = interruption
+        self._heard: list[tuple[str, Optional[Event]]] = []
+        self._time_to_look = False
 
     def run(self) -> int:
         """Returns the exit status: being ended is the normal way out, a process that dies is not."""
@@ -105,7 +107,7 @@ class Live:
             kind=MODULE_TYPE,
             addr=MODULE_ADDRESS,
             on_module=ON_MODULE,
-            limit=NEW_LIMIT,
+            limit=sum(key.type == ON_SET for key in self._phone.client.get_all_programmable_keys()),
         )
         for line in text.splitlines():
             if line.startswith(" ") or not line:
@@ -116,12 +118,17 @@ class Live:
         self._screen.show(Span("Whatever is said on the bus:", "title"))
 
     def _watch(self) -> int:
-        tick = GLib.timeout_add(LOOK_EVERY_MS, lambda: GLib.SOURCE_CONTINUE)
+        tick = GLib.timeout_add(LOOK_EVERY_MS, self._tick)
         try:
             while True:
                 GLib.MainContext.default().iteration(True)
+                self._interruption.check()
+                if not self._time_to_look:
+                    continue
+                self._time_to_look = False
                 lines, deaths = self._phone.take_loud_lines(), self._phone.deaths()
                 self._interruption.check()  # whoever asked us to end may have asked all of us
+                self._tell_heard()
                 for line in lines:
                     self._say(f"{line.name} logs {line.level}: {line.text}")
                 for death in deaths:
@@ -131,6 +138,10 @@ class Live:
                 self._forget()
         finally:
             GLib.source_remove(tick)
+
+    def _tick(self) -> bool:
+        self._time_to_look = True
+        return GLib.SOURCE_CONTINUE
 
     def _forget(self) -> None:
         """The events recorded for checks are of no use any more."""
@@ -144,9 +155,17 @@ class Live:
     def _event(self, *_arguments: Any, message: Any) -> None:
         sender = str(message.get_path()).rsplit("/", 1)[-1]
         try:
-            event = decode(message)
+            self._heard.append((sender, decode(message)))
         except UNREADABLE:
-            self._say(f"{sender} sends what is no event")
-            return
-        lead = f"{self._screen.glyph('event')} " if sender == SERVICE else f"{sender} sends "
-        self._say(lead, Span(f"{event.name} ", "event"), arguments_in_words(event))
+            self._heard.append((sender, None))
+
+    def _tell_heard(self) -> None:
+        """What came since the last look: of one sender together, so that a merge does not flood the screen."""
+        for sender, group in itertools.groupby(self._heard, lambda heard: heard[0]):
+            lead = f"{self._screen.glyph('event')} " if sender == SERVICE else f"{sender} sends "
+            events = [event for _, event in group]
+            for name, content in condensed([event for event in events if event], self._screen.glyph("ellipsis")):
+                self._say(lead, Span(f"{name} ", "event"), content)
+            for _ in range(events.count(None)):
+                self._say(f"{sender} sends what is no event")
+        self._heard.clear()

@@ -8,16 +8,18 @@ from sandbox.events import Event
 from sandbox.log import LogLine
 from sandbox.names import SERVICE
 
+from .changes import changes
 from .interruption import Interruption
+from .merge import Merge
 from .phone import BROKEN, UNREADABLE, Phone
 from .screen import Screen
-from .text import Span
-from .words import arguments_in_words, contrast, count_of, gist, in_full, in_words
+from .strip import Strip, show_strips
+from .text import Span, width_of
+from .words import condensed, contrast, count_of, in_full, in_words
 
 T = TypeVar("T")
 
 STEP_INDENT = 4
-MANY_EVENTS = 6
 REMARKS = {-1: "no room", -2: "refused"}
 
 
@@ -54,6 +56,20 @@ class Narrator:
     def table(self, titles: Sequence[str], rows: Sequence[Sequence[str]]) -> None:
         self._screen.write()
         self._screen.table(titles, rows, indent=STEP_INDENT)
+
+    def strips(self, strips: Sequence[Strip]) -> None:
+        show_strips(self._screen, strips, indent=STEP_INDENT)
+
+    def changes(self, merge: Merge) -> None:
+        """Lists what a merge has changed."""
+        self._screen.write()
+        groups: dict[str, list[str]] = {}
+        for kind, change in changes(merge, self._screen.glyph("answer")):
+            groups.setdefault(kind, []).append(change)
+        hang = max(map(width_of, groups), default=0) + 2
+        for kind, listed in groups.items():
+            for bullet, change in zip([kind, *[""] * len(listed)], listed):
+                self._screen.show(change, indent=STEP_INDENT, hang=hang, bullet=Span(bullet, "event"))
 
     # Calls and other doings
 
@@ -136,20 +152,10 @@ class Narrator:
         )
 
     def _show_events(self, events: list[Event]) -> None:
-        if len(events) > MANY_EVENTS:
-            self._show_crowd(events)
-            return
-        for event in events:
-            show_event(self._screen, event)
-
-    def _show_crowd(self, events: list[Event]) -> None:
-        """Shows many events in few lines, those of one name together."""
-        for name in dict.fromkeys(event.name for event in events):
-            alike = [event for event in events if event.name == name]
-            if len(alike) == 1:
-                show_event(self._screen, alike[0])
-            else:
-                show_line_of_event(self._screen, f"{name} {len(alike)} times:", "; ".join(map(gist, alike)))
+        glyph = self._screen.glyph("event")
+        bullet, hang = Span(glyph, "event"), len(glyph) + 1
+        for name, content in condensed(events, self._screen.glyph("ellipsis")):
+            self._screen.show(Span(f"{name} ", "event"), content, indent=STEP_INDENT, hang=hang, bullet=bullet)
 
     def _show_fault(self, fault: str) -> None:
         self.faults += 1
@@ -186,17 +192,6 @@ class Narrator:
             self._show_fault(death)
         if deaths:
             raise Aborted
-
-
-def show_event(screen: Screen, event: Event) -> None:
-    """Shows one event with all its arguments."""
-    show_line_of_event(screen, event.name, arguments_in_words(event))
-
-
-def show_line_of_event(screen: Screen, name: str, rest: str) -> None:
-    glyph = screen.glyph("event")
-    bullet = Span(glyph, "event")
-    screen.show(Span(f"{name} ", "event"), rest, indent=STEP_INDENT, hang=len(glyph) + 1, bullet=bullet)
 
 
 def show_fault(screen: Screen, fault: str, indent: int = 0) -> None:

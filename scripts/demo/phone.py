@@ -143,5 +143,9 @@ class Phone:
         """Changes a setting, as device management would."""
         self.client.call("setSettingValue", "ss", name, value, module=SETTINGS_MANAGER)
 
+    def roll_out(self, settings: Path) -> None:
+        """Puts the settings of a directory in place of those of the same names, as device management would."""
+        shutil.copytree(settings, self._settings, dirs_exist_ok=True)
+
     def get_setting(self, name: str) -> Any:
         return self.client.call("getSettingValue", "s", name, module=SETTINGS_MANAGER).values[0]

@@ -49,12 +49,3 @@ def read_rollout(settings: Path) -> Rollout:
         for name in ("DefaultActions", "DefaultKeys")
     )
     return Rollout(list(map(action_from, actions)), list(map(key_from, keys)))
-
-
-def provisioned_among(actions: list[Action], keys: list[Key]) -> Rollout:
-    """The provisioned ones of the rows, without their numbers; without a key that is bound to another's action."""
-    dm_ids = {action.idAction: action.dmId for action in actions}
-    return Rollout(
-        [action._replace(idAction=-1) for action in actions if action.dmId],
-        [key._replace(idKey=-1, idAction=-1) for key in keys if key.dmId and dm_ids.get(key.idAction) == key.dmId],
-    )

@@ -1,91 +1,43 @@
 """A day in the life of a phone, from its first start to its reset."""
 
-from pathlib import Path
-
 from sandbox.records import Action, Key
 
 from . import expected
-from .narrate import Narrator, Suitable
-from .phone import Phone
-from .rollout import provisioned_among, read_rollout
+from .merges import LIMIT, Merges
+from .narrate import Suitable
 from .stage import (
     AT_LIMIT,
+    BORROWED_KEY,
     DONE,
     LENA,
     MODULE_ADDRESS,
     MODULE_KEY,
     MODULE_TYPE,
     REFUSED,
-    RESERVED_ACTION,
     TOKYO,
     UNPROGRAMMED_KEY,
-    Stage,
     on_module,
     on_set,
-    without_ids,
 )
-from .words import (
-    ACTION_TITLES,
-    KEY_TITLES,
-    ON_MODULE,
-    ON_SET,
-    RESERVED,
-    action_rows,
-    contrast,
-    count_of,
-    in_words,
-    key_rows,
-    new_key,
-)
-
-LIMIT = "ProgKeysMax"
+from .words import ON_MODULE, ON_SET, RESERVED, in_words, new_key
 
 
-class Scenario(Stage):
+class Scenario(Merges):
     """The steps, in order; each stands on those before it."""
 
-    def __init__(self, phone: Phone, show: Narrator, settings: Path) -> None:
-        super().__init__(phone, show)
-        self._settings = settings
-        self._at_first = without_ids([], [])
-
     def run(self) -> None:
-        self._first_start()
+        self.first_start()
         self._actions_are_added()
         self._keys_are_created()
         self._keys_are_changed()
         self._module_keys_are_pressed()
         self._module_displays_follow()
         self._limit_is_kept()
-        self._restart()
+        self.second_start()
+        self._withdrawn_actions_stay()
         self._rows_are_deleted()
         self._rows_are_protected()
-        self._reset()
-
-    def _first_start(self) -> None:
-        self.show.step("A phone is switched on for the first time")
-        self.show.act("SettingsManager starts on a bus of its own", self.phone.start_settings_manager)
-        self.show.act(
-            "The service starts, with no data yet",
-            self.start_service,
-            events=lambda _: expected.merged(self.actions, self.keys),
-        )
-        self._check_rollout()
-        self.show.call("getAction", RESERVED, answer=[RESERVED_ACTION])
-        self.show.table(ACTION_TITLES, action_rows(self.actions))
-        if self.keys:
-            self.show.table(KEY_TITLES, key_rows(self.keys, self.actions))
-        self._at_first = without_ids(self.actions, self.keys)
-
-    def _check_rollout(self) -> None:
-        """All that is there now came with the settings, except the reserved action."""
-        due = read_rollout(self._settings)
-        found = provisioned_among(self.actions, self.keys)
-        self.show.check(
-            f"{count_of(len(due.actions), 'action')} and {count_of(len(due.keys), 'key')} are provisioned, no other",
-            found == due and self.user_rows() == ([], []),
-            lambda: contrast([*due.actions, *due.keys], [*found.actions, *found.keys, *sum(self.user_rows(), [])]),
-        )
+        self.reset()
 
     # Rows come
 
@@ -97,22 +49,24 @@ class Scenario(Stage):
 
     def _keys_are_created(self) -> None:
         self.show.step("Keys bind an action to a place, on the set or on an add-on module, which is sent the icon")
-        self._lena_key = self.create(on_set(self._lena.idAction, 8, "person"))
-        self._tokyo_key = self.create(on_set(self._tokyo.idAction, 9, "globe"))
+        self._lena_key = self.create(on_set(self._lena.idAction, 12, "person"))
+        self._tokyo_key = self.create(on_set(self._tokyo.idAction, 13, "globe"))
         self._module_key = self.create(on_module(self._lena.idAction, MODULE_KEY, "person"))
+        provisioned = self.key_on_its_way_out()
+        self._borrowed = next(row for row in self.actions if row.idAction == provisioned.idAction)
+        self._borrowed_key = self.create(on_module(provisioned.idAction, BORROWED_KEY, provisioned.icon))
         at_home = [key for key in self.keys if key.container == "home"]
         self.show.call("getProgrammableKeysByContainer", "home", answer=at_home)
-        self.show.table(KEY_TITLES, key_rows(at_home, self.actions))
 
     # Rows change
 
     def _keys_are_changed(self) -> None:
         self.show.step("Keys change places, without an event, and icons")
-        places = {self._lena_key.idKey: 9, self._tokyo_key.idKey: 8}
+        places = {self._lena_key.idKey: 13, self._tokyo_key.idKey: 12}
         subject = ", ".join(f"key {key} to {position}" for key, position in places.items())
         self.show.call("changeProgrammableKeysPosition", places, subject=subject, answer=True)
-        self._lena_key = self.replace(self._lena_key, position=9)
-        self._tokyo_key = self.replace(self._tokyo_key, position=8)
+        self._lena_key = self.replace(self._lena_key, position=13)
+        self._tokyo_key = self.replace(self._tokyo_key, position=12)
         self.show.call("getProgrammableKey", self._lena_key.idKey, answer=[self._lena_key])
         self._module_key = self.replace(self._module_key, icon="star")
         events = [expected.key_modified(self._module_key), expected.icon(self._module_key, 0, 0)]
@@ -121,21 +75,12 @@ class Scenario(Stage):
 
     # Add-on modules
 
-    def _press(self, number: int, answer: expected.Event) -> None:
-        def press() -> None:
-            self.phone.client.send_event(
-                "AOM_KEY_PRESS_EVENT", aom_key_num=number, aom_type=MODULE_TYPE, addr=MODULE_ADDRESS
-            )
-
-        what = f"AOM_KEY_PRESS_EVENT(aom_key_num {number}, aom_type {MODULE_TYPE}, addr {MODULE_ADDRESS})"
-        self.show.act(what, press, events=[answer])
-
     def _module_keys_are_pressed(self) -> None:
         self.show.step("A finger on the module: the service tells which key it was and what it does")
-        self._press(MODULE_KEY, expected.pressed(self._module_key, self._lena, True))
+        self.press(MODULE_KEY, expected.pressed(self._module_key, self._lena, True))
         place = {"type": ON_MODULE, "aom_type": MODULE_TYPE, "aom_addr": MODULE_ADDRESS}
         unprogrammed = Key(position=UNPROGRAMMED_KEY, **place)
-        self._press(UNPROGRAMMED_KEY, expected.pressed(unprogrammed, Action(), False))
+        self.press(UNPROGRAMMED_KEY, expected.pressed(unprogrammed, Action(), False))
 
     def _module_displays_follow(self) -> None:
         self.show.step("The display beside a module key follows its action, and whoever asks")
@@ -163,7 +108,7 @@ class Scenario(Stage):
         before = self.show.act(f'getSettingValue("{LIMIT}")', lambda: self.phone.get_setting(LIMIT), answer=a_number)
         count = sum(key.type == ON_SET for key in self.keys)
         self._set_limit(str(count))
-        key = on_set(self._tokyo.idAction, 10, "globe")
+        key = on_set(self._tokyo.idAction, 14, "globe")
         subject = new_key(key)
         self.show.call("createProgrammableKey", key, subject=subject, answer=AT_LIMIT, events=[expected.FULL])
         self.create(on_module(self._tokyo.idAction, MODULE_KEY + 1, "globe"))
@@ -172,25 +117,11 @@ class Scenario(Stage):
 
     # Rows stay
 
-    def _restart(self) -> None:
-        self.show.step("The phone is switched off and on: what its user made is still there")
-        before = self.user_rows()
-        known = [action.dmId for action in self.actions]
-
-        def restart() -> None:
-            self.phone.stop_service()
-            self.start_service()
-
-        self.show.act(
-            "The service ends, and starts again",
-            restart,
-            events=lambda _: expected.merged(self.actions, self.keys, known),
-        )
-        self.show.check(
-            f"{count_of(len(before[0]), 'action')} and {count_of(len(before[1]), 'key')} of the user are as they were",
-            self.user_rows() == before,
-            lambda: contrast(sum(before, []), sum(self.user_rows(), [])),
-        )
+    def _withdrawn_actions_stay(self) -> None:
+        self.show.step("A withdrawn action cannot be deleted either: what a user's key does, it goes on doing")
+        action = self._borrowed
+        self.show.call("deleteAction", action.idAction, subject=in_words(action), answer=REFUSED)
+        self.press(BORROWED_KEY, expected.pressed(self._borrowed_key, action, True))
 
     # Rows go
 
@@ -214,30 +145,8 @@ class Scenario(Stage):
             self.show.call("deleteAction", provisioned.idAction, subject=in_words(provisioned), answer=REFUSED)
         for provisioned in [row for row in self.keys if row.dmId][:1]:
             self.show.call("deleteProgrammableKey", provisioned.idKey, subject=in_words(provisioned), answer=REFUSED)
-        orphan = on_set(self._lena.idAction, 8, "person")
+        orphan = on_set(self._lena.idAction, 12, "person")
         errors = [f"Action of id {orphan.idAction} does not exist"]
         self.show.call("createProgrammableKey", orphan, subject=new_key(orphan), answer=REFUSED, errors=errors)
         self.show.call("getAllActions", answer=self.actions)
         self.show.call("getAllProgrammableKeys", answer=self.keys)
-
-    def _reset(self) -> None:
-        self.show.step("The phone is reset: everything is as on the first day")
-
-        def restore() -> bool:
-            done = self.phone.client.restore_default()
-            self.read_all()
-            return done
-
-        self.show.act(
-            "restoreDefault()",
-            restore,
-            answer=False,
-            events=lambda _: [expected.RESET, *expected.merged(self.actions, self.keys)],
-        )
-        now = without_ids(self.actions, self.keys)
-        counts = f"{count_of(len(now[0]), 'action')}, the reserved one among them, and {count_of(len(now[1]), 'key')}"
-        self.show.check(
-            f"{counts}, as at the first start",
-            now == self._at_first,
-            lambda: contrast(sum(self._at_first, []), sum(now, [])),
-        )

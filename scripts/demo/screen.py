@@ -21,8 +21,28 @@ STYLES = {
     "bad": "1;31",
 }
 
-GLYPHS = {"good": "✓", "bad": "✗", "answer": "→", "event": "↳", "ellipsis": "…", "rule": "─"}
-ASCII_GLYPHS = {"good": "ok", "bad": "!!", "answer": "->", "event": ">", "ellipsis": "...", "rule": "-"}
+GLYPHS = {
+    "good": "✓",
+    "bad": "✗",
+    "answer": "→",
+    "event": "↳",
+    "ellipsis": "…",
+    "rule": "─",
+    "top": "┌┬┐",
+    "keys": "┤│├",
+    "bottom": "└┴┘",
+}
+ASCII_GLYPHS = {
+    "good": "ok",
+    "bad": "!!",
+    "answer": "->",
+    "event": ">",
+    "ellipsis": "...",
+    "rule": "-",
+    "top": "+++",
+    "keys": "|||",
+    "bottom": "+++",
+}
 
 
 class NobodyReads(Exception):
@@ -50,6 +70,11 @@ class Screen:
     def glyph(self, name: str) -> str:
         return self._glyphs[name]
 
+    def legible(self, text: str) -> str:
+        """The text as it will stand there: with stand-ins for what cannot be shown."""
+        encoding = self._stream.encoding or "ascii"
+        return printable(text).encode(encoding, errors="replace").decode(encoding)
+
     def write(self, line: str = "") -> None:
         """Prints a line as it stands."""
         try:
@@ -63,7 +88,7 @@ class Screen:
     def show(self, *words: "Span | str", indent: int = 0, hang: int = 0, bullet: Span = Span("")) -> None:
         """Prints words, wrapped: at `indent` stands the bullet, and all lines begin `hang` columns behind that."""
         spans = [word if isinstance(word, Span) else Span(word) for word in words]
-        spans = [Span(printable(span.text), span.style) for span in spans]
+        spans = [Span(self.legible(span.text), span.style) for span in spans]
         for number, line in enumerate(wrap(spans, self.width - indent - hang)):
             lead = bullet if number == 0 else Span("")
             gap = " " * (hang - width_of(lead.text))
@@ -72,7 +97,7 @@ class Screen:
 
     def table(self, titles: Sequence[str], rows: Sequence[Sequence[str]], indent: int = 0) -> None:
         """Prints a table; cells that are too long are shortened, the longest columns first."""
-        rows = [list(map(printable, row)) for row in rows]
+        rows = [list(map(self.legible, row)) for row in rows]
         widths = [max(map(width_of, column)) for column in zip(titles, *rows)]
         room = self.width - indent - len(COLUMN_GAP) * (len(titles) - 1)
         while sum(widths) > room and max(widths) > NARROWEST_COLUMN:

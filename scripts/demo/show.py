@@ -5,6 +5,7 @@ from pathlib import Path
 
 from .interruption import Interrupted, Interruption
 from .live import Live
+from .merges import Settings
 from .narrate import Aborted, Narrator, show_fault
 from .phone import BROKEN, Phone
 from .scenario import Scenario
@@ -13,7 +14,8 @@ from .text import Span
 from .words import count_of
 
 CHECKOUT = Path(__file__).resolve().parents[2]
-SETTINGS = CHECKOUT / "examples" / "settings"
+EXAMPLES = CHECKOUT / "examples"
+SETTINGS = Settings(EXAMPLES / "settings", EXAMPLES / "settings-next")
 DEFAULT_BIN_DIR = CHECKOUT / "build" / "qt5" / "bin"
 
 TITLE = "The programmable keys of a phone, at work"
@@ -36,7 +38,7 @@ def show(stay_up: bool, interruption: Interruption) -> int:
 
 def _show(screen: Screen, stay_up: bool, interruption: Interruption) -> int:
     try:
-        phone = Phone(Path(os.environ.get("PROGKEYS_BIN_DIR") or DEFAULT_BIN_DIR).resolve(), SETTINGS)
+        phone = Phone(Path(os.environ.get("PROGKEYS_BIN_DIR") or DEFAULT_BIN_DIR).resolve(), SETTINGS.first)
     except BROKEN as error:
         interruption.check()
         show_fault(screen, f"there is no phone to show: {error}")

@@ -1,10 +1,9 @@
 """What a scenario stands on: the phone, the telling, and the rows as they ought to be."""
 
-from typing import Iterable
-
 from sandbox.records import Action, Key
 
 from . import expected
+from .merge import Rows
 from .narrate import Narrator, Suitable
 from .phone import Phone
 from .words import ON_MODULE, ON_SET, RESERVED, new_action, new_key
@@ -15,8 +14,9 @@ RESERVED_ACTION = Action(idAction=RESERVED, type=-1)
 LENA = Action(type=1, action="call", arguments="501", label="Lena Brandt, Sales", shortLabel="Lena")
 TOKYO = Action(type=1, action="call", arguments="+81 3 5550 0142", label="東京 office", shortLabel="東京")
 
-MODULE_TYPE, MODULE_ADDRESS = 1, 1
+MODULE_TYPE, MODULE_ADDRESS = 1, 3
 MODULE_KEY, UNPROGRAMMED_KEY = 12, 24
+BORROWED_KEY = 1
 
 
 def on_set(id_action: int, position: int, icon: str) -> Key:
@@ -25,18 +25,9 @@ def on_set(id_action: int, position: int, icon: str) -> Key:
 
 
 def on_module(id_action: int, position: int, icon: str) -> Key:
-    """A key of the add-on module, not stored yet."""
+    """A key of the add-on module that is the user's own, not stored yet."""
     place = {"type": ON_MODULE, "aom_type": MODULE_TYPE, "aom_addr": MODULE_ADDRESS}
-    return Key(idAction=id_action, container="module1", position=position, icon=icon, **place)
-
-
-def without_ids(actions: Iterable[Action], keys: Iterable[Key]) -> tuple[list[Action], list[tuple[Key, str]]]:
-    """What rows say, whatever their numbers are; keys beside what their action is called."""
-    labels = {action.idAction: action.label for action in actions}
-    return (
-        [action._replace(idAction=0) for action in actions],
-        [(key._replace(idKey=0, idAction=0), labels.get(key.idAction, "")) for key in keys],
-    )
+    return Key(idAction=id_action, container=f"module{MODULE_ADDRESS}", position=position, icon=icon, **place)
 
 
 class Stage:
@@ -56,9 +47,13 @@ class Stage:
         self.phone.start_service()
         self.read_all()
 
-    def user_rows(self) -> tuple[list[Action], list[Key]]:
+    @property
+    def rows(self) -> Rows:
+        return Rows(list(self.actions), list(self.keys))
+
+    def user_rows(self) -> Rows:
         actions = [row for row in self.actions if not row.dmId and row.idAction != RESERVED]
-        return actions, [row for row in self.keys if not row.dmId]
+        return Rows(actions, [row for row in self.keys if not row.dmId])
 
     def add(self, action: Action) -> Action:
         taken = {known.idAction for known in self.actions}
@@ -79,6 +74,17 @@ class Stage:
         )
         self.keys.append(key._replace(idKey=found))
         return self.keys[-1]
+
+    def press(self, number: int, answer: expected.Event) -> None:
+        """Presses a key of the user's module."""
+
+        def press() -> None:
+            self.phone.client.send_event(
+                "AOM_KEY_PRESS_EVENT", aom_key_num=number, aom_type=MODULE_TYPE, addr=MODULE_ADDRESS
+            )
+
+        what = f"AOM_KEY_PRESS_EVENT(aom_key_num {number}, aom_type {MODULE_TYPE}, addr {MODULE_ADDRESS})"
+        self.show.act(what, press, events=[answer])
 
     def replace(self, old: Key, **changes: object) -> Key:
         new = old._replace(**changes)

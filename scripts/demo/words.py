@@ -1,13 +1,15 @@
 """Records, events and answers in words."""
 
 import itertools
-from typing import Any, Sequence
+from typing import Any, Iterator, Sequence
 
 from sandbox.events import Argument, Event
 from sandbox.records import Action, Key
 
 RESERVED = -1
 ON_SET, ON_MODULE = 0, 1
+
+MANY_EVENTS, SOME_EVENTS = 6, 2
 
 
 def place_of(key: Key) -> str:
@@ -75,6 +77,22 @@ def gist(event: Event) -> str:
     return str(value)
 
 
+def condensed(events: Sequence[Event], ellipsis: str) -> Iterator[tuple[str, str]]:
+    """Events by name and content, one by one; if they are many, those of one name together."""
+    if len(events) <= MANY_EVENTS:
+        yield from ((event.name, arguments_in_words(event)) for event in events)
+        return
+    for name in dict.fromkeys(event.name for event in events):
+        alike = [event for event in events if event.name == name]
+        if len(alike) == 1:
+            yield name, arguments_in_words(alike[0])
+        else:
+            gists = list(map(gist, alike))
+            if len(gists) > MANY_EVENTS:
+                gists[SOME_EVENTS:-1] = [ellipsis]
+            yield f"{name} {len(alike)} times:", "; ".join(gists)
+
+
 def arguments_in_words(event: Event) -> str:
     """What an event carries."""
     return ", ".join(f"{argument.name} {_shown(argument)}" for argument in event.arguments)
@@ -116,25 +134,17 @@ def contrast(due: Any, found: Any) -> str:
     return f"{lead}expected {in_full(due)}, got {in_full(found)}"
 
 
-def action_rows(actions: Sequence[Action]) -> list[list[str]]:
-    return [
-        [str(action.idAction), does(action), action.label, action.shortLabel, action.dmId]
-        for action in actions
-    ]
-
-
 def key_rows(keys: Sequence[Key], actions: Sequence[Action]) -> list[list[str]]:
     by_id = {action.idAction: action for action in actions}
     return [
-        [str(key.idKey), place_of(key), key.icon, _bound_to(key, by_id), key.dmId]
+        [str(key.idKey), place_of(key), key.icon, *_bound_to(key, by_id), key.dmId]
         for key in keys
     ]
 
 
-def _bound_to(key: Key, by_id: dict[int, Action]) -> str:
+def _bound_to(key: Key, by_id: dict[int, Action]) -> list[str]:
     action = by_id.get(key.idAction)
-    return f"{key.idAction} {action.label if action else '(gone)'}"
+    return [f"{key.idAction} {action.label}", does(action)] if action else [f"{key.idAction} (gone)", ""]
 
 
-ACTION_TITLES = ("action", "does", "label", "short", "dmId")
-KEY_TITLES = ("key", "place", "icon", "triggers", "dmId")
+KEY_TITLES = ("key", "place", "icon", "triggers", "which does", "dmId")
