@@ -1,5 +1,7 @@
 #include "DataDirectory.h"
 
+#include "zelcore/ZELLogger.h"
+
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
@@ -50,7 +52,8 @@ QString DataDirectory::copyAside() const
         QStringLiteral("cp"), {QStringLiteral("-a"), QStringLiteral("--"), m_path, copy});
     if (status == 0 && syncFileSystemOf(copy))
         return copy;
-    QDir(copy).removeRecursively();
+    if (!QDir(copy).removeRecursively())
+        logger().warning(QStringLiteral("A part of a copy is left behind in %1").arg(copy));
     return {};
 }
 

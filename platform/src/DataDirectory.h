@@ -15,7 +15,7 @@ public:
 
     /// Copies it to `<directory>.before-deploy`, or the first of `.before-deploy.1`, ... that is
     /// free, and waits until the copy is on the disk. Returns the copy's path, or an empty text
-    /// if it could not be made; a part of a copy is not left behind.
+    /// if it could not be made; a part of a copy is removed again.
     QString copyAside() const;
 
 private:

@@ -43,7 +43,8 @@ void EventSubscription::receive(const QDBusMessage &message)
 void EventSubscription::deliver(const ZELEvent &event)
 {
     try {
-        m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, event));
+        if (!m_slot.invoke(m_receiver, Qt::DirectConnection, Q_ARG(ZELEvent, event)))
+            logger().error(QStringLiteral("Event %1 could not be delivered").arg(m_eventName));
     } catch (ZELException *exception) {
         ZELApplication::dispose(exception);
     }

@@ -6,7 +6,8 @@ namespace zel {
 
 /// Keeps two processes from starting the same module side by side, from before the first hook on.
 /// The bus name cannot do that: it is claimed last. The lock is a name of the kernel's, without a
-/// file, and goes with the process however that ends.
+/// file, and goes with the process however that ends. Any process of the same network name space
+/// could hold it: it guards against mistakes, not against malice.
 class InstanceLock
 {
 public:

@@ -63,9 +63,13 @@ bool ModuleRunner::bringUp()
 bool ModuleRunner::ensureRunningAlone()
 {
     const QString name = serviceName(m_module.getModuleName());
-    const bool isAlone = m_lock.acquire(name + QLatin1Char('@') + BusConnection::busId()) &&
-                         !BusConnection::isTaken(name);
-    return isAlone || refuse(nameIsTaken(name));
+    const bool isFirst = m_lock.acquire(name + QLatin1Char('@') + BusConnection::busId());
+    if (BusConnection::isTaken(name))
+        return refuse(nameIsTaken(name));
+    return isFirst ||
+           refuse(QStringLiteral("Another process is starting the module, and about to take the "
+                                 "name %1 on the bus")
+                      .arg(name));
 }
 
 bool ModuleRunner::ensureData()

@@ -38,19 +38,22 @@ TerminationSignals::TerminationSignals()
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::poll);
 }
 
+// The signals stay blocked: a second one must not cut short what is left to do, such as closing a
+// database.
 TerminationSignals::~TerminationSignals()
 {
     m_notifier.reset();
     if (m_descriptor >= 0)
         close(m_descriptor);
-    const sigset_t mask = terminationSignals();
-    pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
 }
 
 void TerminationSignals::poll()
 {
+    bool hasArrived = false;
     signalfd_siginfo received = {};
-    if (read(m_descriptor, &received, sizeof received) == sizeof received)
+    while (read(m_descriptor, &received, sizeof received) == sizeof received)
+        hasArrived = true;
+    if (hasArrived)
         emit arrived();
 }
 

@@ -7,8 +7,8 @@
 
 namespace zel {
 
-/// Catches SIGTERM and SIGINT for as long as it exists. SIGPIPE is ignored: a log that nobody reads
-/// any more is no reason to end.
+/// Catches SIGTERM and SIGINT, which end the process no other way from then on. SIGPIPE is ignored:
+/// a log that nobody reads any more is no reason to end.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

@@ -39,7 +39,7 @@ void makeDurable()
 {
     const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
     if (!mode)
-        return; // a file that is no database: the check will say so
+        return; // locked, or no database at all: the check will say so
     if (*mode != QLatin1String("wal"))
         pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
     pragma(QStringLiteral("PRAGMA synchronous=FULL"));

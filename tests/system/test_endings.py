@@ -73,6 +73,14 @@ def test_a_termination_during_the_start_ends_it_before_the_service_appears(launc
     assert owner.current == ""
 
 
+def test_signals_upon_signals_end_the_service_no_less_cleanly(service, client, action, data_root):
+    while service.running:
+        service.send_signal(signal.SIGTERM)
+        service.send_signal(signal.SIGINT)
+    assert service.wait_for_exit() == 0
+    assert [path.name for path in (data_root / SERVICE).iterdir()] == ["zelprogrammablekeys.data"]
+
+
 def test_a_bus_that_dies_while_the_start_waits_for_a_peer_ends_it_with_1(launch, bus, settings):
     settings.hang()
     process = launch()
