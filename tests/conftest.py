@@ -1,25 +1,22 @@
 """A private phone for each test: bus, data, settings, service, client."""
 
 import os
-import sys
 from pathlib import Path
 from typing import Callable, Iterator
 
 import pytest
 
-CHECKOUT = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(CHECKOUT / "scripts"))
+from database import Database
+from samples import CALL
+from sandbox.bus import PrivateBus
+from sandbox.client import Client
+from sandbox.events import EventRecorder
+from sandbox.names import SERVICE, object_path
+from sandbox.processes import Module, start_service, start_settings_manager
+from sandbox.records import Action
+from sandbox.settings import NO_DEFAULTS, FakeSettingsManager, write_settings
 
-from database import Database  # noqa: E402
-from samples import CALL  # noqa: E402
-from sandbox.bus import PrivateBus  # noqa: E402
-from sandbox.client import Client  # noqa: E402
-from sandbox.events import EventRecorder  # noqa: E402
-from sandbox.names import SERVICE, object_path  # noqa: E402
-from sandbox.processes import Module, start_service, start_settings_manager  # noqa: E402
-from sandbox.records import Action  # noqa: E402
-from sandbox.settings import NO_DEFAULTS, FakeSettingsManager, write_settings  # noqa: E402
-
+CHECKOUT = Path(__file__).resolve().parents[1]
 ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
 
 
