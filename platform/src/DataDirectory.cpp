@@ -47,7 +47,7 @@ bool DataDirectory::holdsData() const
 // more would drop the locks that all of this process holds on it.
 QString DataDirectory::copyAside() const
 {
-    QString copy = freeName();
+    QString copy = freeName(QStringLiteral(".before-deploy"));
     const int status = QProcess::execute(
         QStringLiteral("cp"), {QStringLiteral("-a"), QStringLiteral("--"), m_path, copy});
     if (status == 0 && syncFileSystemOf(copy))
@@ -57,9 +57,19 @@ QString DataDirectory::copyAside() const
     return {};
 }
 
-QString DataDirectory::freeName() const
+QString DataDirectory::setAside() const
 {
-    const QString first = m_path + QStringLiteral(".before-deploy");
+    QString name = freeName(QStringLiteral(".unusable"));
+    if (!QDir().rename(m_path, name))
+        return {};
+    // A renaming that a power cut undoes is made again at the next start.
+    static_cast<void>(syncFileSystemOf(name));
+    return name;
+}
+
+QString DataDirectory::freeName(const QString &suffix) const
+{
+    const QString first = m_path + suffix;
     QString name = first;
     for (int number = 1; QFileInfo::exists(name); ++number)
         name = first + QLatin1Char('.') + QString::number(number);

@@ -1,7 +1,7 @@
 #include "ModuleRunner.h"
 
 #include "BusNames.h"
-#include "DataDirectory.h"
+#include "FileLocks.h"
 #include "LifecycleAdaptor.h"
 #include "zelcore/ZELApplication.h"
 #include "zelcore/ZELException.h"
@@ -79,14 +79,34 @@ bool ModuleRunner::ensureData()
     const bool heldData = directory.holdsData();
     if (m_module.check())
         return true;
-    if (heldData) {
-        const QString copy = directory.copyAside();
-        if (copy.isEmpty())
-            return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
-                                         "it is left as it is"));
-        logger().warning(QStringLiteral("The data failed its check; copied aside to %1").arg(copy));
-    }
-    return runHook("deploy", &ZELModule::deploy);
+    return heldData ? deployOver(directory) : runHook("deploy", &ZELModule::deploy);
+}
+
+bool ModuleRunner::deployOver(const DataDirectory &directory)
+{
+    // Sound data fails its check, too, while somebody else keeps it locked.
+    if (const auto holder = exclusiveLockHolder(directory.path()))
+        return refuse(QStringLiteral("The data failed its check while process %1 has it locked; it "
+                                     "is left as it is")
+                          .arg(*holder));
+    const QString copy = directory.copyAside();
+    if (copy.isEmpty())
+        return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
+                                     "it is left as it is"));
+    logger().warning(QStringLiteral("The data failed its check; copied aside to %1").arg(copy));
+    return runHook("deploy", &ZELModule::deploy) &&
+           (ZELApplication::isEnding() || m_module.check() || giveUp(directory));
+}
+
+// The next start finds no directory, and begins afresh.
+bool ModuleRunner::giveUp(const DataDirectory &directory)
+{
+    const QString aside = directory.setAside();
+    if (aside.isEmpty())
+        return refuse(QStringLiteral("The data fails its check even after deploy, and could not be "
+                                     "set aside; it is left as it is"));
+    return refuse(
+        QStringLiteral("The data fails its check even after deploy; set aside to %1").arg(aside));
 }
 
 bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const

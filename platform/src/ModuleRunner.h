@@ -2,6 +2,7 @@
 
 #include "BusConnection.h"
 #include "BusObject.h"
+#include "DataDirectory.h"
 #include "InstanceLock.h"
 
 #include <QObject>
@@ -24,6 +25,8 @@ private:
     bool bringUp();
     bool ensureRunningAlone();
     bool ensureData();
+    bool deployOver(const DataDirectory &directory);
+    bool giveUp(const DataDirectory &directory);
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
     bool appearOnBus();
     void leaveBus();

@@ -24,7 +24,9 @@ sigset_t terminationSignals()
 // then the only place where the signals can arrive.
 TerminationSignals::TerminationSignals()
 {
+    // A pipe that nobody reads and a file that may not grow are errors of the call that meets them.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     const sigset_t mask = terminationSignals();
     pthread_sigmask(SIG_BLOCK, &mask, nullptr);
     m_descriptor = signalfd(-1, &mask, SFD_CLOEXEC | SFD_NONBLOCK);

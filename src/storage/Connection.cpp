@@ -21,6 +21,8 @@ QSqlDatabase current()
     return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
 }
 
+bool isDurable = false;
+
 // What the pragma answers; nothing, after a log line, if it failed.
 std::optional<QString> pragma(const QString &text)
 {
@@ -31,19 +33,6 @@ std::optional<QString> pragma(const QString &text)
         return std::nullopt;
     }
     return query.next() ? query.value(0).toString() : QString();
-}
-
-// With SQLite's default journal a power cut can undo an acknowledged write, because the unlinked
-// journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
-void makeDurable()
-{
-    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
-    if (!mode)
-        return; // locked, or no database at all: the check will say so
-    if (*mode != QLatin1String("wal"))
-        pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
-    pragma(QStringLiteral("PRAGMA synchronous=FULL"));
-    pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
 }
 
 // Closing folds the write-ahead log back, which leaves the single database file. The application
@@ -69,8 +58,24 @@ bool open(const QString &directory, const QString &fileName)
     database.setDatabaseName(directory + fileName);
     if (!database.open())
         return false;
-    makeDurable();
+    ensureDurable();
     return true;
+}
+
+// With SQLite's default journal a power cut can undo an acknowledged write, because the unlinked
+// journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
+void ensureDurable()
+{
+    if (isDurable)
+        return;
+    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
+    if (!mode)
+        return; // locked, or no database at all
+    if (*mode != QLatin1String("wal"))
+        pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    pragma(QStringLiteral("PRAGMA synchronous=FULL"));
+    pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
+    isDurable = true;
 }
 
 } // namespace connection

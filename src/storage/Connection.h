@@ -9,4 +9,8 @@ namespace connection {
 /// log line about it.
 bool open(const QString &directory, const QString &fileName);
 
+/// Makes sure that a write, once it has succeeded, outlives a power cut. `open` does that; where
+/// the file was locked then, it is to be done again before anything is written.
+void ensureDurable();
+
 } // namespace connection

@@ -56,6 +56,7 @@ bool ProgKeysDatabase::checkTables()
         logging::info("Table Action is not correct. Check fails");
         return false;
     }
+    connection::ensureDurable();
     return true;
 }
 

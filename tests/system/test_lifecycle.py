@@ -81,7 +81,8 @@ def test_deploy_on_a_populated_database_leaves_empty_tables_but_for_the_reserved
     database.create(KEY_SCHEMA.replace("aom_addr", "somewhere"), ACTION_SCHEMA)
     database.insert(CALL._replace(idAction=41))
     service = start()
-    assert hooks_in(service.log.texts()) == [CHECKING, DEPLOYING, INITIALISING, STARTING]
+    hooks = [CHECKING, DEPLOYING, CHECKING, INITIALISING, STARTING]
+    assert hooks_in(service.log.texts()) == hooks
     assert contents(database) == ([RESERVED_ACTION], [])
     assert database.schema() == {"KEY": KEY_SCHEMA, "ACTION": ACTION_SCHEMA}
 

@@ -70,13 +70,13 @@ def test_a_name_that_somebody_else_owns_ends_the_start_with_1_and_touches_no_dat
 
 
 def test_a_name_taken_while_the_service_starts_ends_the_start_with_1(
-    launch, settings, squatter, database
+    launch, settings, squatter
 ):
-    database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA)
-    with database.locked():
-        process = launch()
-        process.wait_for_line("ZelProgrammableKeys checking...")
-        squatter.connection.request_name(bus_name(SERVICE))
+    settings.hang()
+    process = launch()
+    settings.wait_for_calls(1)
+    squatter.connection.request_name(bus_name(SERVICE))
+    settings.release()
     assert process.wait_for_exit() == 1
     assert bus_name(SERVICE) in process.log.texts("error")[-1]
 
@@ -174,14 +174,40 @@ def test_every_file_of_the_module_is_set_aside(start, database, data_root):
     assert set(before) <= set(aside)
 
 
-def test_a_file_that_is_no_database_is_set_aside_unchanged(start, database, data_root):
+def test_a_file_that_is_no_database_is_set_aside_unchanged_and_the_next_start_begins_afresh(
+    launch, start, client, database, data_root
+):
+    garbage = b"not a database at all " * 500
     database.path.parent.mkdir(parents=True)
-    database.path.write_bytes(b"not a database at all " * 500)
+    database.path.write_bytes(garbage)
+    first = launch()
+    assert first.wait_for_exit() == 1
+    aside = data_root / f"{SERVICE}.unusable"
+    assert str(aside) in first.log.texts("error")[-1]
+    for directory in (aside, data_root / f"{SERVICE}.before-deploy"):
+        assert tree(directory)[database.path.name] == garbage
+    second = start()
+    assert second.log.texts("error") == []
+    assert client.get_all_actions() == [RESERVED_ACTION]
+
+
+def test_data_locked_beyond_the_busy_time_is_left_as_it_is_and_good_again_afterwards(
+    launch, start, client, database, data_root
+):
+    first = start()
+    stored = CALL._replace(idAction=client.add_action(CALL))
+    first.stop()
+    with database.kept_open() as other:
+        other.execute("PRAGMA locking_mode=EXCLUSIVE")
+        other.execute("BEGIN EXCLUSIVE")
+        refused = launch()
+        assert refused.wait_for_exit() == 1
+        other.execute("ROLLBACK")
+    assert "has it locked" in refused.log.texts("error")[-1]
+    assert "ZelProgrammableKeys deploying..." not in refused.log.texts()
+    assert [path.name for path in data_root.iterdir()] == [SERVICE]
     start()
-    assert (
-        tree(data_root / f"{SERVICE}.before-deploy")[database.path.name]
-        == b"not a database at all " * 500
-    )
+    assert client.get_all_actions() == [RESERVED_ACTION, stored]
 
 
 def test_rows_that_only_the_write_ahead_log_holds_are_set_aside_with_the_rest(

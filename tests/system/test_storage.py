@@ -65,10 +65,10 @@ def test_a_reset_leaves_the_reserved_action_no_key_and_the_same_schema(service, 
     assert database.schema() == {"KEY": KEY_SCHEMA, "ACTION": ACTION_SCHEMA}
 
 
-def test_a_reset_that_cannot_drop_a_table_says_so_and_goes_on(start, database):
+def test_a_reset_that_cannot_drop_a_table_says_so_and_goes_on(service, client, database):
     view = "CREATE VIEW KEY AS SELECT 1 AS idKey"
-    database.create(view, ACTION_SCHEMA, "INSERT INTO ACTION (label) VALUES ('old')")
-    service = start()
+    database.execute("DROP TABLE KEY", view, "INSERT INTO ACTION (label) VALUES ('old')")
+    client.restore_default()
     line = service.log.texts("error")[0]
     assert line.startswith("Error: DROP TABLE IF EXISTS KEY ")
     assert "DROP VIEW" in line

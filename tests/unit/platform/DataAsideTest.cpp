@@ -1,4 +1,5 @@
 #include "SubjectProcess.h"
+#include "support/LockedFile.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -6,7 +7,8 @@
 
 #include <memory>
 
-/// Data that failed its check is copied aside before it is deployed over.
+/// Data that failed its check is copied aside before it is deployed over, and set aside if that did
+/// not help.
 class DataAsideTest : public QObject
 {
     Q_OBJECT
@@ -19,6 +21,10 @@ private slots:
     void nothingIsCopied_data();
     void nothingIsCopied();
     void dataThatCannotBeCopiedIsNotDeployedOver();
+    void dataThatAnotherProcessKeepsLockedIsLeftAsItIs();
+    void dataThatDeployDoesNotMendIsSetAsideAndTheNextStartBeginsAfresh();
+    void aDirectoryWithoutDataIsNotCheckedAgainAndNotSetAside();
+    void dataThatCannotBeSetAsideIsLeftAsItIs();
 
 private:
     QString root() const { return m_root->path() + m_depth; }
@@ -138,6 +144,64 @@ void DataAsideTest::dataThatCannotBeCopiedIsNotDeployedOver()
     QCOMPARE(textOf(QStringLiteral("Subject/data")), QByteArray("the keys"));
     QCOMPARE(entries(), QStringList{QStringLiteral("Subject")});
     QCOMPARE(subject->log().filter(QStringLiteral("error: ")).size(), 1);
+}
+
+void DataAsideTest::dataThatAnotherProcessKeepsLockedIsLeftAsItIs()
+{
+    put(QStringLiteral("Subject/data"), "the keys");
+    {
+        const unit::LockedFile locked(path(QStringLiteral("Subject/data")), F_WRLCK);
+        const auto subject = start({QStringLiteral("check=no"), QStringLiteral("deploy=wipe")});
+        QCOMPARE(subject->waitForExit(), 1);
+        QCOMPARE(subject->notes(), QStringList{QStringLiteral("check")});
+        const QStringList lines = subject->log();
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.first().contains(QString::number(QCoreApplication::applicationPid())),
+                 qUtf8Printable(lines.first()));
+    }
+    QCOMPARE(entries(), QStringList{QStringLiteral("Subject")});
+    QCOMPARE(textOf(QStringLiteral("Subject/data")), QByteArray("the keys"));
+}
+
+void DataAsideTest::dataThatDeployDoesNotMendIsSetAsideAndTheNextStartBeginsAfresh()
+{
+    for (const char *suffix : {"", ".1", ".2"}) {
+        put(QStringLiteral("Subject/data"), suffix);
+        put(QStringLiteral("Subject/sub/more"), "the rest");
+        const auto subject = start({QStringLiteral("check=never")});
+        QCOMPARE(subject->waitForExit(), 1);
+        QCOMPARE(subject->notes().join(QLatin1Char(' ')), QStringLiteral("check deploy check"));
+        const QString aside = QStringLiteral("Subject.unusable") + QLatin1String(suffix);
+        QCOMPARE(textOf(aside + QStringLiteral("/data")), QByteArray(suffix));
+        QCOMPARE(textOf(aside + QStringLiteral("/sub/more")), QByteArray("the rest"));
+        const QStringList errors = subject->log().filter(QStringLiteral("error: "));
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.first().endsWith(path(aside)), qUtf8Printable(errors.first()));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("Subject"))));
+    }
+    const auto next = start({QStringLiteral("check=no")});
+    QVERIFY(next->waitUntilReady());
+}
+
+void DataAsideTest::aDirectoryWithoutDataIsNotCheckedAgainAndNotSetAside()
+{
+    put(QStringLiteral("Subject/data"), "");
+    const auto subject = start({QStringLiteral("check=never")});
+    QVERIFY(subject->waitUntilReady());
+    QCOMPARE(subject->notes().join(QLatin1Char(' ')), QStringLiteral("check deploy init start"));
+    QCOMPARE(entries(), QStringList{QStringLiteral("Subject")});
+}
+
+void DataAsideTest::dataThatCannotBeSetAsideIsLeftAsItIs()
+{
+    put(QStringLiteral("Subject/data"), "the keys");
+    const auto subject = start({QStringLiteral("check=never"), QStringLiteral("deploy=wipe")});
+    QCOMPARE(subject->waitForExit(), 1);
+    QCOMPARE(entries(), QStringList{QStringLiteral("Subject.before-deploy")});
+    const QStringList errors = subject->log().filter(QStringLiteral("error: "));
+    QCOMPARE(errors.size(), 1);
+    QVERIFY2(errors.first().contains(QStringLiteral("could not be set aside")),
+             qUtf8Printable(errors.first()));
 }
 
 PROGKEYS_TEST_MAIN(DataAsideTest)

@@ -21,6 +21,8 @@ private slots:
     void aCopyHoldsWhatTheDirectoryHolds();
     void eachCopyHasANameOfItsOwn();
     void aFailedCopyLeavesNothingBehind();
+    void aDirectorySetAsideIsThereWholeUnderItsNewName();
+    void aDirectoryThatIsNotThereIsNotSetAside();
 
 private:
     QString path(const QString &name) const { return m_place->filePath(name); }
@@ -106,6 +108,27 @@ void DataDirectoryTest::aFailedCopyLeavesNothingBehind()
     QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
              QStringList{name});
     QVERIFY(zel::DataDirectory(path(name)).holdsData());
+}
+
+void DataDirectoryTest::aDirectorySetAsideIsThereWholeUnderItsNewName()
+{
+    const zel::DataDirectory directory(path(QStringLiteral("Module")));
+    for (const char *number : {"", ".1", ".2"}) {
+        put(QStringLiteral("Module/a"), number);
+        const QString aside = path(QStringLiteral("Module.unusable") + QLatin1String(number));
+        QCOMPARE(directory.setAside(), aside);
+        QFile moved(aside + QStringLiteral("/a"));
+        QVERIFY(moved.open(QIODevice::ReadOnly));
+        QCOMPARE(moved.readAll(), QByteArray(number));
+        QVERIFY(!QFileInfo::exists(directory.path()));
+    }
+}
+
+void DataDirectoryTest::aDirectoryThatIsNotThereIsNotSetAside()
+{
+    QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).setAside(), QString());
+    QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList());
 }
 
 PROGKEYS_TEST_MAIN(DataDirectoryTest)

@@ -44,7 +44,8 @@ bool Subject::run(const char *hook)
         raise(SIGTERM);
     if (m_words.contains(name + QStringLiteral("=wipe")))
         QDir(ZELApplication::dataRoot() + getModuleName()).removeRecursively();
-    return !m_words.contains(name + QStringLiteral("=no"));
+    return !m_words.contains(name + QStringLiteral("=no")) &&
+           !m_words.contains(name + QStringLiteral("=never"));
 }
 
 bool Subject::check()
@@ -54,6 +55,7 @@ bool Subject::check()
 
 bool Subject::deploy()
 {
+    m_words.removeAll(QStringLiteral("check=no"));
     return run("deploy");
 }
 

@@ -1,0 +1,330 @@
+"""Storage that is full, read-only, locked, damaged or not there."""
+
+import random
+import resource
+from contextlib import contextmanager
+from pathlib import Path
+from typing import Iterator
+
+import pytest
+
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
+from mounts import memory_file_system, read_only
+from samples import CALL, SET_KEY, action_created, key_created
+from sandbox.names import SERVICE
+from sandbox.loop import wait_until
+
+LONG = CALL._replace(label="x" * 8000)
+LIMITED = 256 * 1024
+"""Bytes: room for the empty database and its log, and for some records."""
+
+
+@pytest.fixture
+def full_disk(data_root: Path) -> Iterator[Path]:
+    """The data root on a file system of its own, of half a mebibyte."""
+    with memory_file_system(data_root, 512 * 1024):
+        yield data_root
+
+
+@contextmanager
+def filled(directory: Path, spare: int = 0) -> Iterator[None]:
+    """No more than so many bytes are free meanwhile."""
+    filler = directory / "filler"
+    with open(filler, "wb", buffering=0) as file:
+        try:
+            while file.write(bytes(4096)):
+                pass
+        except OSError:
+            file.truncate(file.tell() - spare)
+        yield
+    filler.unlink()
+
+
+@contextmanager
+def no_file_grows_beyond(pid: int, limit: int) -> Iterator[None]:
+    old = resource.prlimit(pid, resource.RLIMIT_FSIZE)
+    resource.prlimit(pid, resource.RLIMIT_FSIZE, (limit, old[1]))
+    yield
+    resource.prlimit(pid, resource.RLIMIT_FSIZE, old)
+
+
+def store_until_refused(client) -> list[int]:
+    """The ids of the actions that found room; the call after the last one was refused."""
+    stored = []
+    while (answer := client.add_action(LONG)) > 0:
+        stored.append(answer)
+        assert len(stored) < 1000, "nothing is refused"
+    assert answer == -3
+    return stored
+
+
+def assert_refuses_every_write(client, events, known: int) -> None:
+    """A long record of each kind is refused with the code of its operation, and not announced."""
+    long_key = SET_KEY._replace(idAction=known, icon="x" * 8000)
+    events.take()
+    assert client.add_action(LONG) == -3
+    assert client.create_programmable_key(long_key) == -2
+    assert client.modify_action(LONG._replace(idAction=known, label="y" * 8000)) == -3
+    assert events.take() == []
+
+
+def assert_serves(client, events) -> None:
+    """A new action and a key for it are stored and announced."""
+    events.take()
+    action = CALL._replace(idAction=client.add_action(CALL))
+    key = SET_KEY._replace(idAction=action.idAction)
+    key = key._replace(idKey=client.create_programmable_key(key))
+    assert events.take() == [action_created(action), key_created(key)]
+    assert client.get_action(action.idAction) == [action]
+    assert client.get_programmable_key(key.idKey) == [key]
+
+
+# No room
+
+
+def test_a_full_disk_refuses_writes_and_what_is_stored_is_read_on(
+    start, client, events, database, full_disk, figures
+):
+    service = start()
+    known = client.add_action(CALL)
+    with filled(full_disk, 64 * 1024):
+        stored = store_until_refused(client)
+        assert_refuses_every_write(client, events, known)
+        assert [action.idAction for action in client.get_all_actions()] == [-1, known, *stored]
+        errors = service.log.texts("error")
+        assert any(line.startswith("Error: INSERT INTO ACTION ") for line in errors)
+    assert_serves(client, events)
+    assert database.value("PRAGMA integrity_check") == "ok"
+    figures(f"disk full after {len(stored)} records: 4 writes refused, 0 records lost, well again")
+
+
+def test_a_limit_of_the_file_size_is_an_error_like_any_other(
+    start, client, events, database, figures
+):
+    service = start()
+    with no_file_grows_beyond(service.pid, LIMITED):
+        answers = [client.add_action(LONG) for _ in range(200)]
+        stored = [answer for answer in answers if answer > 0]
+        assert set(answers) - set(stored) == {-3}
+        assert events.take() == [action_created(LONG._replace(idAction=id)) for id in stored]
+        assert [action.idAction for action in client.get_all_actions()] == [-1, *stored]
+    assert_serves(client, events)
+    assert database.value("PRAGMA integrity_check") == "ok"
+    figures(f"200 writes under a file limit: {200 - len(stored)} refused, 0 lost, well again")
+
+
+def test_a_start_on_a_full_disk_touches_no_data_and_a_later_one_finds_it(
+    launch, start, client, full_disk, figures
+):
+    first = start()
+    stored = CALL._replace(idAction=client.add_action(CALL))
+    first.stop()
+    before = (full_disk / SERVICE / "zelprogrammablekeys.data").read_bytes()
+    with filled(full_disk):
+        refused = launch()
+        assert refused.wait_for_exit() == 1
+        assert "could not be copied aside" in refused.log.texts("error")[-1]
+        names = sorted(path.name for path in full_disk.iterdir())
+        assert names == [SERVICE, "filler"]
+        assert (full_disk / SERVICE / "zelprogrammablekeys.data").read_bytes() == before
+    start()
+    assert client.get_all_actions() == [RESERVED_ACTION, stored]
+    figures("1 start on a full disk: refused, 0 records lost, the next one well")
+
+
+def test_a_first_start_on_a_full_disk_is_well_once_there_is_room(
+    launch, start, client, events, settings, full_disk, figures
+):
+    with filled(full_disk):
+        crippled = start()
+        assert client.add_action(CALL) == -3
+        assert events.take() == []
+        crippled.stop()
+    start()
+    assert_serves(client, events)
+    assert not list(full_disk.glob("*.unusable*"))
+    figures("1 first start on a full disk: no crash, the next one well")
+
+
+# No leave to write
+
+
+def test_a_start_on_a_read_only_directory_touches_no_data_and_a_later_one_finds_it(
+    launch, start, client, full_disk, figures
+):
+    first = start()
+    stored = CALL._replace(idAction=client.add_action(CALL))
+    first.stop()
+    with read_only(full_disk):
+        refused = launch()
+        assert refused.wait_for_exit() == 1
+        assert "left as it is" in refused.log.texts("error")[-1]
+    start()
+    assert client.get_all_actions() == [RESERVED_ACTION, stored]
+    figures("1 start on a read-only directory: refused, 0 records lost, the next one well")
+
+
+def test_a_database_that_can_only_be_read_is_read(
+    start, client, events, full_disk, database, figures
+):
+    database.create(KEY_SCHEMA, ACTION_SCHEMA)
+    database.insert(RESERVED_ACTION, CALL._replace(idAction=1))
+    with read_only(full_disk):
+        limited = start()
+        assert len(client.get_all_actions()) == 2
+        assert_refuses_every_write(client, events, 1)
+        limited.stop()
+    start()
+    assert_serves(client, events)
+    figures("1 start on a read-only database: read, 3 writes refused, the next one well")
+
+
+def test_a_directory_that_cannot_be_made_refuses_everything_until_a_start_can_make_it(
+    start, client, events, data_root, figures
+):
+    data_root.parent.mkdir(parents=True)
+    data_root.write_text("a file where a directory should be")
+    crippled = start()
+    assert client.add_action(CALL) == -3
+    assert client.create_programmable_key(SET_KEY._replace(idAction=-1)) == -2
+    assert client.get_all_actions() == []
+    assert events.take() == []
+    crippled.stop()
+    data_root.unlink()
+    start()
+    assert_serves(client, events)
+    figures("1 start without a directory: 2 writes refused, no crash, the next one well")
+
+
+# Locked
+
+
+def test_a_lock_at_the_start_does_not_make_later_writes_less_durable(
+    launch, client, database, settings, figures
+):
+    database.create(KEY_SCHEMA, ACTION_SCHEMA)
+    with database.kept_open() as other:
+        other.execute("BEGIN EXCLUSIVE")
+        service = launch()
+        wait_until(lambda: service.log.texts("error"), "the write-ahead log is refused")
+        other.execute("ROLLBACK")
+    service.wait_until_ready(client)
+    assert client.add_action(CALL) == 1
+    assert database.value("PRAGMA journal_mode") == "wal"
+    service.stop()
+    figures("1 start on a locked file: durable once the lock was gone")
+
+
+# Damaged
+
+
+def fill(path: Path, rows: int) -> None:
+    database = Database(path)
+    database.create(KEY_SCHEMA, ACTION_SCHEMA)
+    actions = [CALL._replace(idAction=number + 1, label="z" * 200) for number in range(rows)]
+    keys = [SET_KEY._replace(idKey=number + 1, idAction=number + 1) for number in range(rows)]
+    database.insert(RESERVED_ACTION, *actions, *keys)
+
+
+def damage(source: random.Random, whole: bytes) -> bytes:
+    """The file cut short, with random bytes somewhere, or with a page in another's place."""
+    kind = source.randrange(4)
+    if kind == 0:
+        return whole[: source.randrange(1, len(whole))]
+    place = source.randrange(len(whole))
+    length = source.choice((1, 16, 512, 4096))
+    if kind == 1:
+        return whole[:place] + source.randbytes(length) + whole[place + length :]
+    if kind == 2:
+        return source.randbytes(len(whole))
+    other = source.randrange(len(whole) // 4096) * 4096
+    page = place // 4096 * 4096
+    return whole[:page] + whole[other : other + 4096] + whole[page + 4096 :]
+
+
+def call_everything(client) -> None:
+    """Every operation once; whatever it answers, it answers."""
+    client.get_all_actions()
+    client.get_all_programmable_keys()
+    client.get_programmable_keys_by_container("main")
+    for number in (1, 7, 40):
+        client.get_action(number)
+        client.get_programmable_key(number)
+        client.modify_action(CALL._replace(idAction=number))
+        client.modify_programmable_key(SET_KEY._replace(idKey=number, idAction=number))
+        client.change_programmable_keys_position({number: 3})
+        client.set_label_state_for_key(number, 1)
+        client.delete_action(number)
+        client.delete_programmable_key(number)
+    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+
+
+def is_kept(database: Path, damaged: bytes) -> bool:
+    """Whether the damaged file is still to be found in one of the places where it may be put."""
+    return any(path.read_bytes() == damaged for path in database.parents[1].rglob(database.name))
+
+
+def test_damaged_files_crash_nothing_and_are_never_lost(
+    launch, client, data_root, settings, tmp_path, amount, figures
+):
+    fill(tmp_path / "whole", 60)
+    whole = (tmp_path / "whole").read_bytes()
+    seed = 20260112
+    source = random.Random(seed)
+    went_on = begun_afresh = 0
+    tries = amount(25, 500)
+    for number in range(tries):
+        root = data_root / str(number)
+        path = root / SERVICE / "zelprogrammablekeys.data"
+        path.parent.mkdir(parents=True)
+        damaged = damage(source, whole)
+        path.write_bytes(damaged)
+        what = f"damage {number} of seed {seed}"
+        service = launch(data_root=root)
+        owner = client.watch_owner("com.velmora.Tessaro." + SERVICE)
+        wait_until(lambda: owner.current or not service.running, what)
+        if not service.running:
+            assert service.status == 1, f"{what}: {service.log.raw()}"
+            assert "set aside to" in service.log.texts("error")[-1], what
+            assert is_kept(path, damaged), what
+            begun_afresh += 1
+            service = launch(data_root=root)
+            service.wait_until_ready(client)
+            assert client.get_all_actions() == [RESERVED_ACTION], what
+        elif "ZelProgrammableKeys deploying..." in service.log.texts():
+            assert is_kept(path, damaged), what
+            begun_afresh += 1
+        else:
+            went_on += 1
+        call_everything(client)
+        service.stop()
+    assert begun_afresh > 0
+    figures(
+        f"{tries} damaged files (seed {seed}): {went_on} served on, {begun_afresh} begun afresh "
+        "with the old file kept, 0 crashes, 0 files lost"
+    )
+
+
+@pytest.mark.parametrize(
+    "content",
+    [b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080)],
+    ids=["nothing", "garbage", "a header and no more"],
+)
+def test_a_file_of_nothing_or_of_garbage_is_begun_afresh_within_two_starts(
+    launch, client, events, data_root, database, settings, content, figures
+):
+    database.path.parent.mkdir(parents=True)
+    database.path.write_bytes(content)
+    starts = 1
+    service = launch()
+    owner = client.watch_owner("com.velmora.Tessaro." + SERVICE)
+    wait_until(lambda: owner.current or not service.running, "the service is up or has ended")
+    if not service.running:
+        assert service.status == 1
+        starts = 2
+        service = launch()
+        service.wait_until_ready(client)
+    assert_serves(client, events)
+    service.stop()
+    assert starts == 1 if not content else is_kept(database.path, content)
+    figures(f"serves after {starts} start(s), old file kept")
