@@ -87,13 +87,14 @@ def launch(
 
     def launch_service(**options: object) -> Module:
         arguments = {
+            "bin_dir": bin_dir,
             "address": bus.address,
             "data_root": data_root,
             "log_path": tmp_path / f"service-{len(launched)}.log",
             "log_level": 7,
             **options,
         }
-        launched.append(start_service(bin_dir, **arguments))
+        launched.append(start_service(**arguments))
         return launched[-1]
 
     yield launch_service

@@ -4,10 +4,14 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
+#include <fcntl.h>
 #include <optional>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace connection {
 namespace {
@@ -33,6 +37,35 @@ std::optional<QString> pragma(const QString &text)
         return std::nullopt;
     }
     return query.next() ? query.value(0).toString() : QString();
+}
+
+// A write-ahead log needs memory that processes share through a file. Some file systems, JFFS2 for
+// one, cannot do that; SQLite takes the log there all the same, and then fails at every statement.
+bool canShareMemory(const QString &fileName)
+{
+    const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CLOEXEC);
+    if (descriptor < 0)
+        return true; // whatever is wrong, it is not this
+    void *const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    const bool isShared = page != MAP_FAILED;
+    if (isShared)
+        ::munmap(page, 1);
+    ::close(descriptor);
+    return isShared;
+}
+
+bool chooseJournal()
+{
+    if (canShareMemory(current().databaseName())) {
+        const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
+        if (!mode || *mode == QLatin1String("wal"))
+            return mode.has_value();
+    }
+    // A file that has a log already can be read without shared memory by its only user.
+    pragma(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
+    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    pragma(QStringLiteral("PRAGMA locking_mode=NORMAL"));
+    return mode.has_value();
 }
 
 // Closing folds the write-ahead log back, which leaves the single database file. The application
@@ -68,11 +101,8 @@ void ensureDurable()
 {
     if (isDurable)
         return;
-    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
-    if (!mode)
+    if (!chooseJournal())
         return; // locked, or no database at all
-    if (*mode != QLatin1String("wal"))
-        pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
     pragma(QStringLiteral("PRAGMA synchronous=FULL"));
     pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
     isDurable = true;
