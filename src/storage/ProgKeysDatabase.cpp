@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
 
@@ -60,12 +61,20 @@ bool ProgKeysDatabase::checkTables()
     return true;
 }
 
+// Kept or undone as a whole: a phone that is unplugged meanwhile would pass its next check without
+// the reserved action. A step that fails still leaves the others done.
 void ProgKeysDatabase::resetTables()
 {
+    QSqlDatabase database = QSqlDatabase::database();
+    const bool isOneUnit = database.transaction();
     dropTables();
     runStatement(QLatin1String(schema::CreateKeys));
     runStatement(QLatin1String(schema::CreateActions));
     runStatement(QLatin1String(schema::InsertReservedAction));
+    if (isOneUnit && !database.commit()) {
+        logging::error("Error: COMMIT %1", [&] { return database.lastError().text(); });
+        database.rollback();
+    }
 }
 
 void ProgKeysDatabase::dropTables()
