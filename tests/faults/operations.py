@@ -1,0 +1,52 @@
+"""What can be called on the service's object, with the signatures that the bus carries."""
+
+from typing import NamedTuple
+
+from sandbox.names import INTERFACE, LIFECYCLE
+from sandbox.records import ACTION, CAPABILITY, KEY
+
+KEYS = f"a{KEY}"
+ACTIONS = f"a{ACTION}"
+CAPABILITIES = f"a{{s{CAPABILITY}}}"
+
+
+class Operation(NamedTuple):
+    """One method: what it takes and what it returns."""
+
+    name: str
+    takes: str
+    returns: str
+    interface: str = INTERFACE
+
+
+METHODS = (
+    Operation("addAction", ACTION, "x"),
+    Operation("changeProgrammableKeysPosition", "a{ii}", "b"),
+    Operation("createProgrammableKey", KEY, "x"),
+    Operation("deleteAction", "x", "i"),
+    Operation("deleteProgrammableKey", "x", "i"),
+    Operation("getAction", "x", ACTIONS),
+    Operation("getAllActions", "", ACTIONS),
+    Operation("getAllProgrammableKeys", "", KEYS),
+    Operation("getCapabilities", "i", CAPABILITIES),
+    Operation("getCapabilities", "", CAPABILITIES),
+    Operation("getCapability", "is", CAPABILITY),
+    Operation("getCapability", "s", CAPABILITY),
+    Operation("getProgrammableKey", "x", KEYS),
+    Operation("getProgrammableKeysByContainer", "s", KEYS),
+    Operation("modifyAction", ACTION, "i"),
+    Operation("modifyProgrammableKey", KEY, "i"),
+    Operation("setIconStateForKey", "xii", "i"),
+    Operation("setLabelStateForKey", "xi", "i"),
+)
+
+HOOKS = (
+    Operation("restoreDefault", "", "b", LIFECYCLE),
+    Operation("restoreFactory", "", "b", LIFECYCLE),
+    Operation("presentationLoaded", "", "", LIFECYCLE),
+    Operation("presentationStop", "", "", LIFECYCLE),
+    Operation("preSaveForSaveRestore", "", "b", LIFECYCLE),
+    Operation("postRestoreForSaveRestore", "", "b", LIFECYCLE),
+)
+
+STOP = Operation("stop", "", "b", LIFECYCLE)

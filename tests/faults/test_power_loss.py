@@ -1,0 +1,226 @@
+"""The power fails: what was answered is on the disk, and the rest is not half there."""
+
+import os
+import random
+import signal
+import sqlite3
+import time
+from contextlib import closing
+from pathlib import Path
+from typing import Callable, Iterator
+
+import pytest
+
+from ledger import Ledger
+from power import Disk, NoDisk
+from provisioned import Provisioned, users_own
+from restarts import NOTHING_MADE, RestartedService
+from rollout import random_rollout
+from sandbox.client import Client
+from sandbox.names import LIFECYCLE
+from sandbox.settings import write_settings
+from user import MOST_IN_FLIGHT, SEED, TO_REPEAT, User
+
+CUT_IN_A_START = 0.25
+"""The share of the cuts in the midst of work that come while the service starts and merges a rollout."""
+
+
+@pytest.fixture
+def disk(tmp_path) -> Iterator[Disk]:
+    try:
+        the_disk = Disk(tmp_path)
+    except NoDisk as reason:
+        if os.environ.get("CI"):
+            raise
+        pytest.skip(f"no disk whose power can be cut: {reason}")
+    try:
+        yield the_disk
+    finally:
+        the_disk.remove()
+
+
+class Phone:
+    """A phone that loses its power again and again, and is given another rollout every time."""
+
+    def __init__(
+        self, service: RestartedService, client: Client, disk: Disk, settings_dir: Path
+    ) -> None:
+        self._client = client
+        self._disk = disk
+        self._settings_dir = settings_dir
+        self.service = service
+        self.source = random.Random(SEED)
+        self.merges_cut = 0
+        self.merges_right = 0
+        self._begin_anew()
+        self._roll_out()
+        service.start()
+        self._look()
+
+    def _begin_anew(self) -> None:
+        self.ledger = Ledger(NOTHING_MADE)
+        self.user = User(self._client, self.ledger, self.source)
+        self._provisioned = Provisioned()
+
+    def _roll_out(self) -> None:
+        self._rollout = random_rollout(self.source)
+        write_settings(self._settings_dir, self._rollout.settings)
+
+    def _wait_a_while(self, at_most: float) -> None:
+        time.sleep(self.source.uniform(0, at_most))
+
+    # Cuts
+
+    def lose_power(self) -> None:
+        """Everything ends at once, and what is on the disk is all there is.
+
+        The disk goes down over some milliseconds, in which a sync may still claim to have succeeded. So the
+        service is held first: without power nobody would hear such an answer.
+        """
+        self.service.module.send_signal(signal.SIGSTOP)
+        self._disk.cut_power()
+        self.service.kill()
+        self.ledger.settle()
+        self._disk.restore_power()
+        self._roll_out()
+
+    def lose_power_in_the_midst_of_writes(self) -> None:
+        count = self.source.randint(1, MOST_IN_FLIGHT)
+        seconds = self.user.write_all(count)
+        self.user.write_until(time.monotonic() + self.source.uniform(0, seconds), count)
+        self.lose_power()
+
+    def lose_power_in_a_start(self) -> None:
+        self.service.launch()
+        self._wait_a_while(self.service.seconds_to_start)
+        self._lose_power_in_a_merge()
+        log = self.service.module.log.texts("debug")
+        self.merges_cut += any(text.startswith("Processing ") for text in log)
+
+    def lose_power_in_a_reset(self) -> None:
+        self._client.send("restoreDefault", interface=LIFECYCLE)
+        self._client.connection.flush()
+        self._wait_a_while(self.service.seconds_to_start / 20)
+        self._lose_power_in_a_merge()
+
+    def _lose_power_in_a_merge(self) -> None:
+        self._rollout_cut_short = self._rollout
+        self._provisioned.cut_short(self._rollout)
+        self.lose_power()
+
+    # What is left
+
+    def come_up(self) -> None:
+        self.service.start()
+        assert self.service.data_was_kept()
+        self._look()
+
+    def come_up_reset_or_not(self) -> bool:
+        """As `come_up`, after a cut in a reset; tells whether the reset was done by then."""
+        self.service.start()
+        assert self.service.data_was_kept()
+        was_reset = users_own(self.service.found()) != self.ledger.confirmed
+        if was_reset:
+            self._begin_anew()
+            self._provisioned.cut_short(self._rollout_cut_short)
+        self._look()
+        return was_reset
+
+    def _look(self) -> None:
+        found = self.service.found()
+        self.ledger.check(users_own(found))
+        self._provisioned.check(self._rollout, found)
+        self.merges_right += 1
+        self.user.provisioned_actions = self._provisioned.action_ids
+
+    def report(self, figures: Callable[[str], None], cuts: str) -> None:
+        figures(f"{cuts}, {self.ledger.summary()}; {self.merges_right} merges right (seed {SEED})")
+        assert self.ledger.acknowledged
+        self.ledger.assert_balanced()
+
+
+@pytest.fixture
+def phone(launch, client, disk, settings_dir, settings_manager) -> Iterator[Phone]:
+    print(TO_REPEAT)
+    service = RestartedService(launch, client, disk.path / "data")
+    yield Phone(service, client, disk, settings_dir)
+    service.kill()
+
+
+def test_what_was_just_answered_survives_a_power_cut(phone, amount, figures):
+    cuts = amount(50, 1000)
+    for _ in range(cuts):
+        for _ in range(phone.source.randint(1, 6)):
+            phone.user.write_and_wait()
+        phone.lose_power()
+        phone.come_up()
+    phone.report(figures, f"{cuts} power cuts right after an answer")
+
+
+def test_a_power_cut_in_the_midst_of_work_takes_nothing_that_was_answered(phone, amount, figures):
+    cuts = amount(50, 1000)
+    starts_cut = 0
+    for _ in range(cuts):
+        if phone.source.random() < CUT_IN_A_START:
+            starts_cut += 1
+            phone.service.kill()
+            phone.lose_power_in_a_start()
+        else:
+            phone.lose_power_in_the_midst_of_writes()
+        phone.come_up()
+    starts = f"{starts_cut} of them in a start and {phone.merges_cut} of these in its merge"
+    phone.report(figures, f"{cuts} power cuts in the midst of work, {starts}")
+
+
+def test_a_power_cut_in_a_reset_leaves_it_done_wholly_or_not_at_all(phone, amount, figures):
+    cuts = amount(25, 250)
+    resets = 0
+    for _ in range(cuts):
+        phone.user.write_all(10)
+        phone.lose_power_in_a_reset()
+        resets += phone.come_up_reset_or_not()
+        phone.ledger.assert_balanced()
+    figures(
+        f"{cuts} power cuts in a reset: {cuts - resets} undid it, {resets} came after it, "
+        f"0 tore it (seed {SEED})"
+    )
+
+
+# That a cut takes what is not on the disk
+
+
+def test_a_power_cut_takes_a_file_that_was_not_synced_and_leaves_one_that_was(disk, figures):
+    cuts = 10
+    lost = 0
+    for number in range(cuts):
+        unsynced, synced = disk.path / f"unsynced {number}", disk.path / f"synced {number}"
+        with open(synced, "w", encoding="utf-8") as file:
+            file.write("safe")
+            file.flush()
+            os.fsync(file.fileno())
+        unsynced.write_text("not safe", encoding="utf-8")
+        disk.cut_power()
+        disk.restore_power()
+        lost += not unsynced.exists()
+        assert synced.read_text(encoding="utf-8") == "safe"
+    figures(f"{cuts} power cuts: {lost} of as many unsynced files lost, and no synced one")
+    assert lost == cuts
+
+
+def test_a_power_cut_takes_rows_that_a_database_with_a_deleted_journal_acknowledged(disk, figures):
+    cuts = 10
+    lost = 0
+    path = disk.path / "careless.data"
+    for number in range(cuts):
+        with closing(sqlite3.connect(path, isolation_level=None)) as connection:
+            connection.execute("PRAGMA journal_mode=DELETE")
+            connection.execute("PRAGMA synchronous=FULL")
+            connection.execute("CREATE TABLE IF NOT EXISTS T (number)")
+            connection.execute("INSERT INTO T VALUES (?)", (number,))
+            disk.cut_power()
+        disk.restore_power()
+        with closing(sqlite3.connect(path)) as connection:
+            connection.execute("CREATE TABLE IF NOT EXISTS T (number)")
+            lost += not connection.execute("SELECT 1 FROM T WHERE number = ?", (number,)).fetchall()
+    figures(f"{cuts} power cuts: {lost} of as many rows that were acknowledged without care lost")
+    assert lost

@@ -1,0 +1,65 @@
+"""System calls of a running process that fail, or that it does not survive."""
+
+import re
+from pathlib import Path
+from typing import NamedTuple
+
+from sandbox.loop import wait_until
+from sandbox.processes import Process, clean_environment
+
+SPOILED = re.compile(r"\(\d+<(?:[^>]*/)?([^>]*)>.*\(INJECTED\)")
+
+
+class Fault(NamedTuple):
+    """What becomes of the given one of a process's calls of a kind, and perhaps of all after it."""
+
+    call: str
+    number: int
+    effect: str
+    for_good: bool = False
+
+    @property
+    def rule(self) -> str:
+        return f"inject={self.call}:{self.effect}:when={self.number}{'+' * self.for_good}"
+
+
+def failing(call: str, number: int, error: str, for_good: bool) -> Fault:
+    return Fault(call, number, f"error={error}", for_good)
+
+
+def fatal(call: str, number: int) -> Fault:
+    return Fault(call, number, "signal=SIGKILL")
+
+
+class Tracer:
+    """While it is entered, a running process suffers a fault."""
+
+    def __init__(self, pid: int, fault: Fault, directory: Path) -> None:
+        self._fault = fault
+        self._pid = pid
+        self._trace = directory / "trace"
+        self._messages = directory / "trace.messages"
+
+    def __enter__(self) -> "Tracer":
+        self._trace.unlink(missing_ok=True)
+        self._messages.unlink(missing_ok=True)
+        output = ["-f", "-y", "-o", str(self._trace)]
+        calls = ["-e", f"trace={self._fault.call}", "-e", self._fault.rule]
+        command = ["strace", *output, *calls, "-p", str(self._pid)]
+        self._process = Process(command, clean_environment(), self._messages)
+        wait_until(self._is_attached, "strace is attached")
+        return self
+
+    def _is_attached(self) -> bool:
+        messages = self._process.log.raw()
+        assert self._process.running, f"strace has ended:\n{messages}"
+        return "attached" in messages
+
+    def __exit__(self, *_exception: object) -> None:
+        # Not asked to end: it may wait for ever for a thread of a process that is being killed.
+        self._process.kill()
+
+    def files_hit(self) -> set[str]:
+        """The names of the files for which calls failed, all that were made before the last answer."""
+        lines = self._trace.read_text(errors="replace").splitlines()
+        return {match[1] for line in lines if (match := SPOILED.search(line))}

@@ -1,0 +1,138 @@
+"""Someone who writes at random, and as fast as it goes."""
+
+import os
+import random
+import time
+from typing import Callable
+
+import writes
+from ledger import Ledger
+from sandbox.client import Client
+from sandbox.records import Action, Key
+from writes import Write
+
+SEED_VARIABLE = "PROGKEYS_TEST_SEED"
+SEED = int(os.environ.get(SEED_VARIABLE) or 20240531)
+TO_REPEAT = f"To have the same writes again: {SEED_VARIABLE}={SEED}"
+
+CROWD = 160
+"""With so many rows, nothing is created until some were deleted."""
+
+MOST_IN_FLIGHT = 60
+LENGTHS = (0, 0, 5, 5, 40, 40, 400, 6000)
+"""How long texts are: the longest needs pages of its own."""
+
+
+class User:
+    """Changes rows that are known to be there, and never waits for an answer unless told to.
+
+    Every record is told apart by a number that stands in each of its texts, so that none can be taken for
+    another, and one that is half old and half new for neither.
+    """
+
+    def __init__(self, client: Client, ledger: Ledger, source: random.Random) -> None:
+        self._client = client
+        self._ledger = ledger
+        self._source = source
+        self._number = 0
+        self.provisioned_actions: list[int] = []
+        """Actions of others that keys may be bound to."""
+
+    # Many writes
+
+    def write(self) -> None:
+        """Sends one write."""
+        self._ledger.send(self._client, self._next())
+
+    def write_and_wait(self) -> None:
+        self.write()
+        self._ledger.settle()
+
+    def write_all(self, count: int) -> float:
+        """Sends so many writes at once, waits for all the answers, and tells how long that took."""
+        begin = time.monotonic()
+        for _ in range(count):
+            self.write()
+        self._ledger.settle()
+        return time.monotonic() - begin
+
+    def write_until(self, moment: float, count: int) -> None:
+        """Sends so many writes at once, and returns at the given moment, whatever has been done by then."""
+        for _ in range(count):
+            if time.monotonic() >= moment:
+                return
+            self.write()
+        self._client.connection.flush()
+        time.sleep(max(0.0, moment - time.monotonic()))
+
+    # One write
+
+    def _next(self) -> Write:
+        kinds: dict[Callable[[], Write], int] = {self._delete_key: 3, self._delete_action: 1}
+        if len(self._ledger.presumed) < CROWD:
+            kinds |= {self._add_action: 3, self._create_key: 5}
+            kinds |= {self._modify_action: 3, self._modify_key: 3, self._move_keys: 3}
+        (make,) = self._source.choices(list(kinds), list(kinds.values()))
+        return make()
+
+    def _add_action(self) -> Write:
+        return writes.add_action(self._any_action(-1))
+
+    def _create_key(self) -> Write:
+        return writes.create_key(self._any_key(-1))
+
+    def _modify_action(self) -> Write:
+        numbers = self._numbers(Action)
+        if not numbers:
+            return self._add_action()
+        return writes.modify_action(self._any_action(self._source.choice(numbers)))
+
+    def _modify_key(self) -> Write:
+        numbers = self._numbers(Key)
+        if not numbers:
+            return self._create_key()
+        return writes.modify_key(self._any_key(self._source.choice(numbers)))
+
+    def _move_keys(self) -> Write:
+        numbers = self._numbers(Key)
+        if not numbers:
+            return self._create_key()
+        moved = self._source.sample(numbers, self._source.randint(1, min(6, len(numbers))))
+        positions = {number: self._source.randrange(1000) for number in moved}
+        return writes.move_keys([self._ledger.presumed[Key, number] for number in moved], positions)
+
+    def _delete_key(self) -> Write:
+        numbers = self._numbers(Key)
+        if not numbers:
+            return self._create_key()
+        return writes.delete_key(self._source.choice(numbers))
+
+    def _delete_action(self) -> Write:
+        keys = [row for row in self._ledger.presumed.values() if isinstance(row, Key)]
+        unsettled = {key.idAction for key in keys if key.idKey < 0}
+        numbers = [number for number in self._numbers(Action) if number not in unsettled]
+        if not numbers:
+            return self._add_action()
+        number = self._source.choice(numbers)
+        return writes.delete_action(number, [key.idKey for key in keys if key.idAction == number])
+
+    def _numbers(self, kind: type) -> list[int]:
+        """The ids of the rows that can be named: those just being created have none yet."""
+        rows = self._ledger.presumed
+        return [number for row_kind, number in rows if row_kind is kind and number > 0]
+
+    # Records
+
+    def _text(self) -> str:
+        return f"{self._number}." + "x" * self._source.choice(LENGTHS)
+
+    def _any_action(self, number: int) -> Action:
+        self._number += 1
+        texts = (self._text() for _ in range(5))
+        return Action(number, "", self._number, *texts)
+
+    def _any_key(self, number: int) -> Key:
+        self._number += 1
+        bound_to = self._source.choice([-1, *self._numbers(Action), *self.provisioned_actions])
+        place = (self._source.randrange(100), self._text(), self._source.randrange(2))
+        return Key(number, "", bound_to, self._text(), *place, self._number, self._number)
