@@ -37,6 +37,16 @@ bool BusConnection::open()
     return true;
 }
 
+bool BusConnection::isLost()
+{
+    return !QDBusConnection::systemBus().isConnected();
+}
+
+QString BusConnection::lostMessage()
+{
+    return QStringLiteral("The connection to the system bus is lost; ending");
+}
+
 QString BusConnection::busId()
 {
     const QDBusReply<QString> reply =
@@ -69,7 +79,7 @@ void BusConnection::release(const QString &serviceName)
 
 void BusConnection::lost()
 {
-    logger().error(QStringLiteral("The connection to the system bus is lost; ending"));
+    logger().error(lostMessage());
     QCoreApplication::exit(EXIT_FAILURE);
 }
 

@@ -17,6 +17,10 @@ public:
     /// False, with a log line, if the bus cannot be reached.
     bool open();
 
+    /// The bus is gone; what it did not answer since then says nothing.
+    static bool isLost();
+    static QString lostMessage();
+
     /// The identifier of the bus, the same for all who are connected to it.
     static QString busId();
 

@@ -20,6 +20,12 @@ bool refuse(const QString &why)
     return false;
 }
 
+// A bus that is gone refuses everything; that it is gone is then the reason.
+bool refuseForBus(const QString &why)
+{
+    return refuse(BusConnection::isLost() ? BusConnection::lostMessage() : why);
+}
+
 QString nameIsTaken(const QString &name)
 {
     return QStringLiteral("The name %1 is taken on the bus; is the module running already?")
@@ -65,7 +71,7 @@ bool ModuleRunner::ensureRunningAlone()
     const QString name = serviceName(m_module.getModuleName());
     const bool isFirst = m_lock.acquire(name + QLatin1Char('@') + BusConnection::busId());
     if (BusConnection::isTaken(name))
-        return refuse(nameIsTaken(name));
+        return refuseForBus(nameIsTaken(name));
     return isFirst ||
            refuse(QStringLiteral("Another process is starting the module, and about to take the "
                                  "name %1 on the bus")
@@ -75,20 +81,24 @@ bool ModuleRunner::ensureRunningAlone()
 bool ModuleRunner::ensureData()
 {
     const DataDirectory directory(ZELApplication::dataRoot() + m_module.getModuleName());
-    // Asked before `check`, which may leave new, still meaningless files behind.
+    // Asked before `check`, which may leave new, still meaningless files behind, and may fail for a
+    // lock that is gone once it has.
     const bool heldData = directory.holdsData();
+    const std::optional<pid_t> earlyHolder = exclusiveLockHolder(directory.path());
     if (m_module.check())
         return true;
-    return heldData ? deployOver(directory) : runHook("deploy", &ZELModule::deploy);
+    if (!heldData)
+        return runHook("deploy", &ZELModule::deploy);
+    const std::optional<pid_t> lateHolder = exclusiveLockHolder(directory.path());
+    if (earlyHolder || lateHolder)
+        return refuse(QStringLiteral("The data failed its check while process %1 had it locked; it "
+                                     "is left as it is")
+                          .arg(earlyHolder ? *earlyHolder : *lateHolder));
+    return deployOver(directory);
 }
 
 bool ModuleRunner::deployOver(const DataDirectory &directory)
 {
-    // Sound data fails its check, too, while somebody else keeps it locked.
-    if (const auto holder = exclusiveLockHolder(directory.path()))
-        return refuse(QStringLiteral("The data failed its check while process %1 has it locked; it "
-                                     "is left as it is")
-                          .arg(*holder));
     const QString copy = directory.copyAside();
     if (copy.isEmpty())
         return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
@@ -128,13 +138,13 @@ bool ModuleRunner::appearOnBus()
     QDBusConnection bus = QDBusConnection::systemBus();
     const QString path = objectPath(m_module.getModuleName());
     if (!bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors))
-        return refuse(QStringLiteral("Cannot register the object %1").arg(path));
+        return refuseForBus(QStringLiteral("Cannot register the object %1").arg(path));
     const QString name = serviceName(m_module.getModuleName());
     const BusConnection::Claim claim = BusConnection::claim(name);
     if (claim == BusConnection::Claim::Taken)
-        return refuse(nameIsTaken(name));
+        return refuseForBus(nameIsTaken(name));
     return claim == BusConnection::Claim::Granted ||
-           refuse(QStringLiteral("The bus does not give this process the name %1").arg(name));
+           refuseForBus(QStringLiteral("The bus does not give this process the name %1").arg(name));
 }
 
 void ModuleRunner::leaveBus()

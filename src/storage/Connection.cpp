@@ -56,7 +56,9 @@ bool canShareMemory(const QString &fileName)
 
 bool chooseJournal()
 {
-    if (canShareMemory(current().databaseName())) {
+    // Found out before the database takes its first lock: closing the file drops all locks on it.
+    static const bool isShareable = canShareMemory(current().databaseName());
+    if (isShareable) {
         const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
         if (!mode || *mode == QLatin1String("wal"))
             return mode.has_value();

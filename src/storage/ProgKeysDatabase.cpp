@@ -57,6 +57,7 @@ bool ProgKeysDatabase::checkTables()
         logging::info("Table Action is not correct. Check fails");
         return false;
     }
+    probe.finish(); // the journal cannot be chosen while a statement reads
     connection::ensureDurable();
     return true;
 }

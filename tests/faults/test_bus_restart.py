@@ -11,16 +11,16 @@ from typing import Callable, Iterator
 import pytest
 
 from database import RESERVED_ACTION
-from lived_in import PROVISIONED_ACTIONS, SETTINGS, STORED, USER_ACTION, USER_KEYS
-from phones import Phone
+from peers.lived_in import PROVISIONED_ACTIONS, SETTINGS, STORED, USER_ACTION, USER_KEYS
+from peers.phones import Phone
 from samples import CALL, action_created, key_created
 from sandbox.client import PendingReply
 from sandbox.loop import wait_until
 from sandbox.names import SERVICE, bus_name
 from sandbox.records import ACTION, KEY
-from selective_peer import INVALID_REPLY
+from peers.selective_peer import INVALID_REPLY
 
-pytest_plugins = ["several_phones"]
+pytest_plugins = ["peers.several_phones"]
 
 LOST = "The connection to the system bus is lost; ending"
 NO_BUS = "Cannot reach the system bus: "

@@ -10,9 +10,9 @@ from pathlib import Path
 
 import pytest
 
-from crowd import Result, read_result
+from peers.crowd import Result, read_result
 from database import RESERVED_ACTION
-from event_notes import EventNotes
+from peers.event_notes import EventNotes
 from sandbox.loop import LIMIT, wait_until
 from sandbox.processes import Process, clean_environment
 
@@ -28,7 +28,7 @@ def run_crowd(address: str, seed: int, seconds: int, directory: Path) -> list[Re
         parts = [
             stack.enter_context(
                 Process(
-                    [sys.executable, str(HERE / "crowd.py"), address, str(seed)]
+                    [sys.executable, str(HERE / "peers/crowd.py"), address, str(seed)]
                     + [str(part * MEMBERS), str(MEMBERS), str(seconds), str(directory / f"{part}")],
                     environment,
                     directory / f"{part}.log",

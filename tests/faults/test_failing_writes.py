@@ -7,11 +7,11 @@ from typing import Any, Callable, Iterator, NamedTuple, Optional
 
 import pytest
 
-import stock
-import writes
+from writing import stock
+from writing import writes
 from database import Database
-from ledger import possible_states
-from restarts import RestartedService, rows_in
+from writing.ledger import possible_states
+from writing.restarts import RestartedService, rows_in
 from samples import (
     CALL,
     action_created,
@@ -25,8 +25,8 @@ from sandbox.client import Client
 from sandbox.events import Event, EventRecorder
 from sandbox.names import SERVICE
 from sandbox.records import Action, Key
-from tracing import Fault, Tracer, failing
-from writes import Rows, Write, rows_of
+from writing.tracing import Fault, Tracer, failing
+from writing.writes import Rows, Write, rows_of
 
 CALLS = ("pwrite64", "fdatasync", "ftruncate", "fsync,fallocate")
 """What the database writes and syncs with; the service itself uses none of them."""

@@ -8,7 +8,7 @@ import dbus
 import pytest
 from dbus.lowlevel import ErrorMessage, SignalMessage
 
-from hostile_events import (
+from peers.hostile_events import (
     ANSWERED,
     BODIES_OF_OTHER_NAMES,
     BODIES_OF_OTHER_SHAPES,

@@ -6,11 +6,11 @@ import time
 
 import pytest
 
-from ledger import Ledger
-from restarts import NOTHING_MADE, RestartedService
+from writing.ledger import Ledger
+from writing.restarts import NOTHING_MADE, RestartedService
 from sandbox.client import BusError, Client
-from tracing import Tracer, fatal
-from user import MOST_IN_FLIGHT, SEED, TO_REPEAT, User
+from writing.tracing import Tracer, fatal
+from writing.user import MOST_IN_FLIGHT, SEED, TO_REPEAT, User
 
 KILLED_IN_ITS_START = 0.1
 """The share of the kills."""

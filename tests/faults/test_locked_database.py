@@ -7,8 +7,8 @@ from typing import Any, Callable, Iterator, NamedTuple
 
 import pytest
 
-from lived_in import SETTINGS, STORED, USER_ACTION, USER_KEYS
-from phones import Phone
+from peers.lived_in import SETTINGS, STORED, USER_ACTION, USER_KEYS
+from peers.phones import Phone
 from samples import (
     MODULE_KEY,
     SET_KEY,
@@ -25,7 +25,7 @@ from sandbox.events import Event
 from sandbox.loop import PATIENCE, GaveUp, wait_until
 from sandbox.records import ACTION, KEY, Action, Key
 
-pytest_plugins = ["several_phones"]
+pytest_plugins = ["peers.several_phones"]
 
 BUSY_LIMIT = 5.0
 REASON = "database is locked"

@@ -11,15 +11,15 @@ from typing import Callable, Iterator
 
 import pytest
 
-from ledger import Ledger
-from power import Disk, NoDisk
-from provisioned import Provisioned, users_own
-from restarts import NOTHING_MADE, RestartedService
+from writing.ledger import Ledger
+from writing.power import Disk, NoDisk
+from writing.provisioned import Provisioned, users_own
+from writing.restarts import NOTHING_MADE, RestartedService
 from rollout import random_rollout
 from sandbox.client import Client
 from sandbox.names import LIFECYCLE
 from sandbox.settings import write_settings
-from user import MOST_IN_FLIGHT, SEED, TO_REPEAT, User
+from writing.user import MOST_IN_FLIGHT, SEED, TO_REPEAT, User
 
 CUT_IN_A_START = 0.25
 """The share of the cuts in the midst of work that come while the service starts and merges a rollout."""

@@ -4,8 +4,8 @@ import time
 
 import pytest
 
-from event_notes import EventNotes
-from raw_connection import RawCall, RawConnection
+from peers.event_notes import EventNotes
+from peers.raw_connection import RawCall, RawConnection
 from samples import CALL, SET_KEY
 from sandbox.bus import CONFIGURATION
 from sandbox.client import Client, PendingReply

@@ -7,8 +7,8 @@ from typing import Callable, NamedTuple
 import pytest
 
 from database import RESERVED_ACTION
-from phones import Phone
-from lived_in import (
+from peers.phones import Phone
+from peers.lived_in import (
     PROVISIONED_ACTIONS,
     PROVISIONED_KEYS,
     SETTINGS,
@@ -21,10 +21,10 @@ from rollout import Rollout
 from samples import DATABASE_FULL, DATABASE_RESET, MODULE_KEY, SET_KEY, key_created
 from sandbox.loop import LIMIT, wait_until
 from sandbox.records import Action
-from selective_peer import ILL_MANNERS, INVALID_REPLY, SelectivePeer
-from waits import CREATION, RESTORE, RESTORE_AT_LIMIT, START_AT_LIMIT, WAITS, Wait
+from peers.selective_peer import ILL_MANNERS, INVALID_REPLY, SelectivePeer
+from peers.waits import CREATION, RESTORE, RESTORE_AT_LIMIT, START_AT_LIMIT, WAITS, Wait
 
-pytest_plugins = ["several_phones"]
+pytest_plugins = ["peers.several_phones"]
 
 SKIPPED_ACTION, SKIPPED_KEY = "Skipping invalid dm action: ", "Skipping invalid dm key: "
 MEBIBYTE = 2**20

@@ -1,6 +1,5 @@
-"""Storage that is full, read-only, locked, damaged or not there."""
+"""Storage that is full, read-only, locked or not there."""
 
-import random
 import resource
 from contextlib import contextmanager
 from pathlib import Path
@@ -8,7 +7,7 @@ from typing import Iterator
 
 import pytest
 
-from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
 from mounts import memory_file_system, read_only
 from samples import CALL, SET_KEY, action_created, key_created
 from sandbox.names import SERVICE
@@ -251,116 +250,20 @@ def test_a_lock_at_the_start_does_not_make_later_writes_less_durable(
     figures("1 start on a locked file: durable once the lock was gone")
 
 
-# Damaged
-
-
-def fill(path: Path, rows: int) -> None:
-    database = Database(path)
-    database.create(KEY_SCHEMA, ACTION_SCHEMA)
-    actions = [CALL._replace(idAction=number + 1, label="z" * 200) for number in range(rows)]
-    keys = [SET_KEY._replace(idKey=number + 1, idAction=number + 1) for number in range(rows)]
-    database.insert(RESERVED_ACTION, *actions, *keys)
-
-
-def damage(source: random.Random, whole: bytes) -> bytes:
-    """The file cut short, with random bytes somewhere, or with a page in another's place."""
-    kind = source.randrange(4)
-    if kind == 0:
-        return whole[: source.randrange(1, len(whole))]
-    place = source.randrange(len(whole))
-    length = source.choice((1, 16, 512, 4096))
-    if kind == 1:
-        return whole[:place] + source.randbytes(length) + whole[place + length :]
-    if kind == 2:
-        return source.randbytes(len(whole))
-    other = source.randrange(len(whole) // 4096) * 4096
-    page = place // 4096 * 4096
-    return whole[:page] + whole[other : other + 4096] + whole[page + 4096 :]
-
-
-def call_everything(client) -> None:
-    """Every operation once; whatever it answers, it answers."""
-    client.get_all_actions()
-    client.get_all_programmable_keys()
-    client.get_programmable_keys_by_container("main")
-    for number in (1, 7, 40):
-        client.get_action(number)
-        client.get_programmable_key(number)
-        client.modify_action(CALL._replace(idAction=number))
-        client.modify_programmable_key(SET_KEY._replace(idKey=number, idAction=number))
-        client.change_programmable_keys_position({number: 3})
-        client.set_label_state_for_key(number, 1)
-        client.delete_action(number)
-        client.delete_programmable_key(number)
-    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
-
-
-def is_kept(database: Path, damaged: bytes) -> bool:
-    """Whether the damaged file is still to be found in one of the places where it may be put."""
-    return any(path.read_bytes() == damaged for path in database.parents[1].rglob(database.name))
-
-
-def test_damaged_files_crash_nothing_and_are_never_lost(
-    launch, client, data_root, settings, tmp_path, amount, figures
+def test_a_lock_at_the_start_does_not_undo_what_is_written_after_it(
+    launch, start, client, database, figures
 ):
-    fill(tmp_path / "whole", 60)
-    whole = (tmp_path / "whole").read_bytes()
-    seed = 20260112
-    source = random.Random(seed)
-    went_on = begun_afresh = 0
-    tries = amount(25, 500)
-    for number in range(tries):
-        root = data_root / str(number)
-        path = root / SERVICE / "zelprogrammablekeys.data"
-        path.parent.mkdir(parents=True)
-        damaged = damage(source, whole)
-        path.write_bytes(damaged)
-        what = f"damage {number} of seed {seed}"
-        service = launch(data_root=root)
-        owner = client.watch_owner("com.velmora.Tessaro." + SERVICE)
-        wait_until(lambda: owner.current or not service.running, what)
-        if not service.running:
-            assert service.status == 1, f"{what}: {service.log.raw()}"
-            assert "set aside to" in service.log.texts("error")[-1], what
-            assert is_kept(path, damaged), what
-            begun_afresh += 1
-            service = launch(data_root=root)
-            service.wait_until_ready(client)
-            assert client.get_all_actions() == [RESERVED_ACTION], what
-        elif "ZelProgrammableKeys deploying..." in service.log.texts():
-            assert is_kept(path, damaged), what
-            begun_afresh += 1
-        else:
-            went_on += 1
-        call_everything(client)
-        service.stop()
-    assert begun_afresh > 0
-    figures(
-        f"{tries} damaged files (seed {seed}): {went_on} served on, {begun_afresh} begun afresh "
-        "with the old file kept, 0 crashes, 0 files lost"
-    )
-
-
-@pytest.mark.parametrize(
-    "content",
-    [b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080)],
-    ids=["nothing", "garbage", "a header and no more"],
-)
-def test_a_file_of_nothing_or_of_garbage_is_begun_afresh_within_two_starts(
-    launch, client, events, data_root, database, settings, content, figures
-):
-    database.path.parent.mkdir(parents=True)
-    database.path.write_bytes(content)
-    starts = 1
-    service = launch()
-    owner = client.watch_owner("com.velmora.Tessaro." + SERVICE)
-    wait_until(lambda: owner.current or not service.running, "the service is up or has ended")
-    if not service.running:
-        assert service.status == 1
-        starts = 2
+    first = start()
+    client.add_action(CALL)
+    first.kill()
+    with database.kept_open() as other:
+        other.execute("PRAGMA locking_mode=EXCLUSIVE")
+        other.execute("UPDATE ACTION SET type = 5 WHERE idAction = 1")
         service = launch()
-        service.wait_until_ready(client)
-    assert_serves(client, events)
-    service.stop()
-    assert starts == 1 if not content else is_kept(database.path, content)
-    figures(f"serves after {starts} start(s), old file kept")
+        wait_until(lambda: service.log.texts("error"), "the write-ahead log is refused")
+    service.wait_until_ready(client)
+    database.actions()  # another program opens and closes the file
+    written = client.add_action(CALL)
+    service.kill()
+    assert written in [action.idAction for action in database.actions()]
+    figures("1 start on a locked log: 0 acknowledged writes lost")

@@ -203,7 +203,7 @@ def test_data_locked_beyond_the_busy_time_is_left_as_it_is_and_good_again_afterw
         refused = launch()
         assert refused.wait_for_exit() == 1
         other.execute("ROLLBACK")
-    assert "has it locked" in refused.log.texts("error")[-1]
+    assert "had it locked" in refused.log.texts("error")[-1]
     assert "ZelProgrammableKeys deploying..." not in refused.log.texts()
     assert [path.name for path in data_root.iterdir()] == [SERVICE]
     start()

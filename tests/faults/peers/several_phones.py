@@ -6,7 +6,7 @@ from typing import Callable, Iterator, Mapping
 
 import pytest
 
-from phones import ROOMY, Phone
+from peers.phones import ROOMY, Phone
 
 
 @pytest.fixture

@@ -1,6 +1,6 @@
 """A phone on which the user has made rows beside provisioned ones."""
 
-from phones import ROOMY
+from peers.phones import ROOMY
 from rollout import Rollout
 from samples import CALL, SET_KEY
 from sandbox.records import Action, Key

@@ -7,7 +7,7 @@ from collections import Counter
 from pathlib import Path
 from typing import NamedTuple
 
-from crowd_member import Member
+from peers.crowd_member import Member
 from sandbox.loop import LIMIT, wait_until
 from sandbox.records import Action, Key
 

@@ -2,7 +2,7 @@
 
 from rollout import Rollout
 from sandbox.records import Action, Key
-from writes import Rows, with_id
+from writing.writes import Rows, with_id
 
 
 def users_own(rows: Rows) -> Rows:

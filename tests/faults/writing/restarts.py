@@ -9,7 +9,7 @@ from sandbox.client import Client
 from sandbox.loop import wait_until
 from sandbox.names import SERVICE, bus_name
 from sandbox.processes import Module
-from writes import Rows, rows_of
+from writing.writes import Rows, rows_of
 
 CHECKING = "ZelProgrammableKeys checking..."
 DEPLOYING = "ZelProgrammableKeys deploying..."

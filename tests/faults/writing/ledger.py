@@ -9,7 +9,7 @@ from typing import Iterator, NamedTuple, Optional
 
 from sandbox.client import Client
 from sandbox.loop import wait_until
-from writes import Record, RowId, Rows, Write, apply
+from writing.writes import Record, RowId, Rows, Write, apply
 
 
 class State(NamedTuple):

@@ -5,11 +5,11 @@ import random
 import time
 from typing import Callable
 
-import writes
-from ledger import Ledger
+from writing import writes
+from writing.ledger import Ledger
 from sandbox.client import Client
 from sandbox.records import Action, Key
-from writes import Write
+from writing.writes import Write
 
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
 SEED = int(os.environ.get(SEED_VARIABLE) or 20240531)

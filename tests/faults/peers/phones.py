@@ -12,7 +12,7 @@ from sandbox.names import SERVICE, object_path
 from sandbox.processes import Module, start_service
 from sandbox.records import Action, Key
 from sandbox.settings import NO_DEFAULTS
-from selective_peer import SelectivePeer
+from peers.selective_peer import SelectivePeer
 
 ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
 

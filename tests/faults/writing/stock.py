@@ -4,11 +4,11 @@ import shutil
 from pathlib import Path
 from typing import NamedTuple
 
-from restarts import RestartedService
+from writing.restarts import RestartedService
 from samples import CALL, SET_KEY
 from sandbox.client import Client
 from sandbox.records import Action, Key
-from writes import Rows
+from writing.writes import Rows
 
 FRAME = 24 + 4096
 """What one page takes in the write-ahead log."""

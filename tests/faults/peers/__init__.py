@@ -1,0 +1,1 @@
+"""Peers that hang, crash, send nonsense, never read or come in crowds."""
