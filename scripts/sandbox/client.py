@@ -74,7 +74,11 @@ class NameOwner:
     def __init__(self, connection: dbus.bus.BusConnection, name: str) -> None:
         self.name = name
         self.current = ""
-        connection.watch_name_owner(name, self._changed)
+        self._watch = connection.watch_name_owner(name, self._changed)
+
+    def close(self) -> None:
+        """Follows no more; the bus allows a connection only some hundreds of such matches."""
+        self._watch.cancel()
 
     def _changed(self, owner: str) -> None:
         self.current = str(owner)

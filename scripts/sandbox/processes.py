@@ -101,11 +101,22 @@ class Module(Process):
 
     def wait_until_ready(self, client: Client, limit: float = LIMIT) -> None:
         """Returns once this very process owns its name; fails as soon as it has ended instead."""
+        is_up = self.comes_up(client, limit)
+        assert is_up, f"{self} ended with status {self.status}; its log:\n{self.log.raw()}"
+        name = bus_name(self.name)
+        owned_by = client.process_of(name)
+        assert owned_by == self.pid, f"{name} belongs to process {owned_by}, not to {self}"
+
+    def comes_up(self, client: Client, limit: float = LIMIT) -> bool:
+        """Waits until its name is owned or it has ended; whether it goes on."""
         owner = client.watch_owner(bus_name(self.name))
-        wait_until(lambda: owner.current or not self.running, f"{self} claims {owner.name}", limit)
-        assert self.running, f"{self} ended with status {self.status}; its log:\n{self.log.raw()}"
-        owned_by = client.process_of(owner.name)
-        assert owned_by == self.pid, f"{owner.name} belongs to process {owned_by}, not to {self}"
+        try:
+            wait_until(
+                lambda: owner.current or not self.running, f"{self} claims {owner.name}", limit
+            )
+        finally:
+            owner.close()
+        return self.running
 
 
 def start_service(

@@ -30,6 +30,8 @@ ROOM_FOR_A_VARIANT = 8
 """Levels that are left for what is in it."""
 LARGE = 0.001
 MANY_ITEMS = 20_000
+MOST_FILES_IN_VARIANTS = 16
+"""A message may hold hundreds of variants, but the bus takes few files with one."""
 A_FILE = 0
 """The descriptor that is passed along where one is asked for."""
 
@@ -39,6 +41,7 @@ class ValueMaker:
 
     def __init__(self, source: random.Random) -> None:
         self._source = source
+        self._files_in_variants = 0
         self._simple: Mapping[str, Callable[[], Any]] = {
             "b": lambda: dbus.Boolean(source.random() < 0.5),
             "d": lambda: dbus.Double(source.choice(DOUBLES)),
@@ -49,7 +52,11 @@ class ValueMaker:
         }
 
     def values(self, signature: str, room: int = DEEPEST_OF_ALL) -> tuple[Any, ...]:
-        """One value for each complete type; there is room for so many levels."""
+        """What a message holds: one value for each complete type; there is room for so many levels."""
+        self._files_in_variants = 0
+        return self._values(signature, room)
+
+    def _values(self, signature: str, room: int) -> tuple[Any, ...]:
         return tuple(self.value(str(kind), room) for kind in dbus.Signature(signature))
 
     def value(self, kind: str, room: int = DEEPEST_OF_ALL) -> Any:
@@ -63,7 +70,7 @@ class ValueMaker:
             return self._dictionary(kind[2:-1], room - 2)
         if kind.startswith("a"):
             return self._array(kind[1:], room - 1)
-        return dbus.Struct(self.values(kind[1:-1], room - 1), signature=kind[1:-1])
+        return dbus.Struct(self._values(kind[1:-1], room - 1), signature=kind[1:-1])
 
     def _integer(self, make: Callable[[int], Any], least: int, most: int) -> Any:
         if self._source.random() < 0.5:
@@ -83,6 +90,9 @@ class ValueMaker:
         deep = self._source.random() < 0.05
         level = self._source.randint(1, room - ROOM_FOR_A_VARIANT + 1) if deep else 1
         kind = self.kind(2).replace("v", "i")
+        self._files_in_variants += kind.count("h")
+        if self._files_in_variants > MOST_FILES_IN_VARIANTS:
+            kind = kind.replace("h", "i")
         if kind == "h":
             return dbus.types.UnixFd(A_FILE, variant_level=level)
         return _in_variants(self.value(kind, room - level), level)
