@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QTemporaryFile>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -23,6 +24,40 @@ bool syncFileSystemOf(const QString &path)
     const bool synced = ::syncfs(descriptor) == 0;
     ::close(descriptor);
     return synced;
+}
+
+bool succeeds(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    return process.waitForFinished(-1) && process.exitStatus() == QProcess::NormalExit &&
+           process.exitCode() == 0;
+}
+
+// What a link points at is left alone.
+bool discard(const QString &path)
+{
+    return QFileInfo(path).isSymLink() ? QFile::remove(path) : QDir(path).removeRecursively();
+}
+
+struct Names
+{
+    QString last; // empty if none is taken
+    QString free;
+};
+
+// Of `first`, `first.1`, `first.2`, ...
+Names namesAfter(const QString &first)
+{
+    Names names{QString(), first};
+    for (int number = 1; QFileInfo::exists(names.free) || QFileInfo(names.free).isSymLink();
+         ++number) {
+        names.last = names.free;
+        names.free = first + QLatin1Char('.') + QString::number(number);
+    }
+    return names;
 }
 
 } // namespace
@@ -43,36 +78,45 @@ bool DataDirectory::holdsData() const
     return false;
 }
 
+bool DataDirectory::isWritable() const
+{
+    constexpr int size = 64 * 1024;
+    QTemporaryFile probe(m_path + QStringLiteral("/probe"));
+    return probe.open() && probe.write(QByteArray(size, ' ')) == size && probe.flush() &&
+           ::fsync(probe.handle()) == 0;
+}
+
 // By another process: the module has its database open by now, and closing the same file here once
 // more would drop the locks that all of this process holds on it.
 QString DataDirectory::copyAside() const
 {
-    QString copy = freeName(QStringLiteral(".before-deploy"));
-    const int status = QProcess::execute(
-        QStringLiteral("cp"), {QStringLiteral("-a"), QStringLiteral("--"), m_path, copy});
-    if (status == 0 && syncFileSystemOf(copy))
-        return copy;
-    if (!QDir(copy).removeRecursively())
-        logger().warning(QStringLiteral("A part of a copy is left behind in %1").arg(copy));
+    const Names names = namesAfter(m_path + QStringLiteral(".before-deploy"));
+    if (!names.last.isEmpty() && isSameAs(names.last))
+        return names.last;
+    // Complete before it gets its name, however this process ends meanwhile.
+    const QString part = m_path + QStringLiteral(".copying");
+    discard(part);
+    const bool isCopied = succeeds(QStringLiteral("cp"), {QStringLiteral("-aL"), m_path, part}) &&
+                          syncFileSystemOf(part) && QDir().rename(part, names.free);
+    if (isCopied && syncFileSystemOf(names.free))
+        return names.free;
+    if (!discard(part))
+        logger().warning(QStringLiteral("A part of a copy is left behind in %1").arg(part));
     return {};
+}
+
+bool DataDirectory::isSameAs(const QString &copy) const
+{
+    return succeeds(QStringLiteral("diff"), {QStringLiteral("-rq"), m_path, copy});
 }
 
 QString DataDirectory::setAside() const
 {
-    QString name = freeName(QStringLiteral(".unusable"));
+    const QString name = namesAfter(m_path + QStringLiteral(".unusable")).free;
     if (!QDir().rename(m_path, name))
         return {};
     // A renaming that a power cut undoes is made again at the next start.
     static_cast<void>(syncFileSystemOf(name));
-    return name;
-}
-
-QString DataDirectory::freeName(const QString &suffix) const
-{
-    const QString first = m_path + suffix;
-    QString name = first;
-    for (int number = 1; QFileInfo::exists(name); ++number)
-        name = first + QLatin1Char('.') + QString::number(number);
     return name;
 }
 

@@ -26,6 +26,15 @@ bool refuseForBus(const QString &why)
     return refuse(BusConnection::isLost() ? BusConnection::lostMessage() : why);
 }
 
+bool refuseForLock(pid_t holder)
+{
+    const QString who =
+        holder > 0 ? QStringLiteral("process %1").arg(holder) : QStringLiteral("another process");
+    return refuse(
+        QStringLiteral("The data failed its check while %1 had it locked; it is left as it is")
+            .arg(who));
+}
+
 QString nameIsTaken(const QString &name)
 {
     return QStringLiteral("The name %1 is taken on the bus; is the module running already?")
@@ -84,33 +93,46 @@ bool ModuleRunner::ensureData()
     // Asked before `check`, which may leave new, still meaningless files behind, and may fail for a
     // lock that is gone once it has.
     const bool heldData = directory.holdsData();
-    const std::optional<pid_t> earlyHolder = exclusiveLockHolder(directory.path());
+    const std::optional<pid_t> holder = exclusiveLockHolder(directory.path());
     if (m_module.check())
         return true;
     if (!heldData)
         return runHook("deploy", &ZELModule::deploy);
-    const std::optional<pid_t> lateHolder = exclusiveLockHolder(directory.path());
-    if (earlyHolder || lateHolder)
-        return refuse(QStringLiteral("The data failed its check while process %1 had it locked; it "
-                                     "is left as it is")
-                          .arg(earlyHolder ? *earlyHolder : *lateHolder));
+    if (holder)
+        return refuseForLock(*holder);
     return deployOver(directory);
 }
 
+// Only when nothing but the data itself can be the reason: sound data fails its check, too, while
+// another process has it locked, or while it cannot be written.
 bool ModuleRunner::deployOver(const DataDirectory &directory)
 {
+    if (!isFreeToWrite(directory))
+        return false;
     const QString copy = directory.copyAside();
     if (copy.isEmpty())
         return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
                                      "it is left as it is"));
     logger().warning(QStringLiteral("The data failed its check; copied aside to %1").arg(copy));
-    return runHook("deploy", &ZELModule::deploy) &&
-           (ZELApplication::isEnding() || m_module.check() || giveUp(directory));
+    if (!isFreeToWrite(directory) || !runHook("deploy", &ZELModule::deploy))
+        return false;
+    return ZELApplication::isEnding() || m_module.check() || giveUp(directory);
+}
+
+bool ModuleRunner::isFreeToWrite(const DataDirectory &directory)
+{
+    if (const auto holder = exclusiveLockHolder(directory.path()))
+        return refuseForLock(*holder);
+    return directory.isWritable() ||
+           refuse(QStringLiteral("The data failed its check while its directory cannot be written; "
+                                 "it is left as it is"));
 }
 
 // The next start finds no directory, and begins afresh.
 bool ModuleRunner::giveUp(const DataDirectory &directory)
 {
+    if (!isFreeToWrite(directory))
+        return false;
     const QString aside = directory.setAside();
     if (aside.isEmpty())
         return refuse(QStringLiteral("The data fails its check even after deploy, and could not be "

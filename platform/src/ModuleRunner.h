@@ -26,6 +26,7 @@ private:
     bool ensureRunningAlone();
     bool ensureData();
     bool deployOver(const DataDirectory &directory);
+    static bool isFreeToWrite(const DataDirectory &directory);
     bool giveUp(const DataDirectory &directory);
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
     bool appearOnBus();

@@ -20,12 +20,8 @@ namespace {
 // phone's flash, long enough that few writes pay for it.
 constexpr int CheckpointPages = 100;
 
-QSqlDatabase current()
-{
-    return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
-}
-
-bool isDurable = false;
+// How long a statement waits for another process's lock; the driver's own default.
+constexpr int BusyMilliseconds = 5000;
 
 // What the pragma answers; nothing, after a log line, if it failed.
 std::optional<QString> pragma(const QString &text)
@@ -54,19 +50,30 @@ bool canShareMemory(const QString &fileName)
     return isShared;
 }
 
+// A file that has a log already can be read without shared memory by its only user.
+bool keepJournalAlone()
+{
+    pragma(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
+    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    pragma(QStringLiteral("PRAGMA locking_mode=NORMAL"));
+    return mode.has_value();
+}
+
+// Whether the choice is the last one.
 bool chooseJournal()
 {
     // Found out before the database takes its first lock: closing the file drops all locks on it.
     static const bool isShareable = canShareMemory(current().databaseName());
-    if (isShareable) {
-        const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
-        if (!mode || *mode == QLatin1String("wal"))
-            return mode.has_value();
-    }
-    // A file that has a log already can be read without shared memory by its only user.
-    pragma(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
-    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
-    pragma(QStringLiteral("PRAGMA locking_mode=NORMAL"));
+    if (!isShareable)
+        return keepJournalAlone();
+    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
+    if (mode && *mode == QLatin1String("wal"))
+        return true;
+    // Another process that reads keeps the log from being taken, but not the journal from being
+    // kept; one that lets nobody read has been waited for already.
+    pragma(QStringLiteral("PRAGMA busy_timeout=0"));
+    pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    pragma(QStringLiteral("PRAGMA busy_timeout=%1").arg(BusyMilliseconds));
     return mode.has_value();
 }
 
@@ -80,6 +87,11 @@ void close()
 }
 
 } // namespace
+
+QSqlDatabase current()
+{
+    return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+}
 
 bool open(const QString &directory, const QString &fileName)
 {
@@ -101,13 +113,14 @@ bool open(const QString &directory, const QString &fileName)
 // journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
 void ensureDurable()
 {
+    static bool isDurable = false;
     if (isDurable)
         return;
-    if (!chooseJournal())
+    isDurable = chooseJournal();
+    if (!isDurable)
         return; // locked, or no database at all
     pragma(QStringLiteral("PRAGMA synchronous=FULL"));
     pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
-    isDurable = true;
 }
 
 } // namespace connection

@@ -1,6 +1,8 @@
 #include "storage/ProgKeysDatabase.h"
 #include "storage/Statement.h"
 
+#include <iterator>
+
 namespace {
 
 class KeyColumns
@@ -70,7 +72,14 @@ int ProgKeysDatabase::updateKey(const Key &key)
 bool ProgKeysDatabase::updateKeyPositions(const QMapIntInt &positions)
 {
     static Statement statement("UPDATE KEY SET position=? WHERE idKey=?");
+    // Qt 5 keeps all entries of an id that came more than once, the last one first; that one
+    // counts.
+    const auto isRepeated = [&positions](QMapIntInt::const_iterator entry) {
+        return entry != positions.cbegin() && std::prev(entry).key() == entry.key();
+    };
     for (auto entry = positions.cbegin(); entry != positions.cend(); ++entry) {
+        if (isRepeated(entry))
+            continue;
         if (statement.change({entry.value(), entry.key()}) == StorageCode::Failed)
             return false;
     }

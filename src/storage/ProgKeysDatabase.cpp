@@ -23,6 +23,13 @@ QString dataRoot()
     return root.isEmpty() ? QStringLiteral("/data/ZELApplication/") : root;
 }
 
+bool failedForLock(const QSqlQuery &query)
+{
+    constexpr int kindOfError = 0xff;
+    constexpr int busy = 5; // SQLITE_BUSY
+    return (query.lastError().nativeErrorCode().toInt() & kindOfError) == busy;
+}
+
 } // namespace
 
 ProgKeysDatabase &ProgKeysDatabase::instance()
@@ -62,26 +69,29 @@ bool ProgKeysDatabase::checkTables()
     return true;
 }
 
-// Kept or undone as a whole: a phone that is unplugged meanwhile would pass its next check without
-// the reserved action. A step that fails still leaves the others done.
+// In one transaction, because a phone that is unplugged in the middle would pass its next check
+// without the reserved action. A step that fails does not keep the others from being done, unless
+// it fails for another process's lock, which may be gone at the next step: then all is left as it
+// was.
 void ProgKeysDatabase::resetTables()
 {
-    QSqlDatabase database = QSqlDatabase::database();
+    QSqlDatabase database = connection::current();
     const bool isOneUnit = database.transaction();
-    dropTables();
-    runStatement(QLatin1String(schema::CreateKeys));
-    runStatement(QLatin1String(schema::CreateActions));
-    runStatement(QLatin1String(schema::InsertReservedAction));
-    if (isOneUnit && !database.commit()) {
+    bool isLocked = dropTables();
+    for (const char *sql :
+         {schema::CreateKeys, schema::CreateActions, schema::InsertReservedAction})
+        isLocked |= failedForLock(runStatement(QLatin1String(sql)));
+    if (!isOneUnit || (!isLocked && database.commit()))
+        return;
+    if (!isLocked)
         logging::error("Error: COMMIT %1", [&] { return database.lastError().text(); });
-        database.rollback();
-    }
+    database.rollback();
 }
 
-void ProgKeysDatabase::dropTables()
+bool ProgKeysDatabase::dropTables()
 {
-    runStatement(QLatin1String(schema::DropKeys));
-    runStatement(QLatin1String(schema::DropActions));
+    const bool areKeysLocked = failedForLock(runStatement(QLatin1String(schema::DropKeys)));
+    return failedForLock(runStatement(QLatin1String(schema::DropActions))) || areKeysLocked;
 }
 
 QSqlQuery ProgKeysDatabase::runStatement(const QString &sql)

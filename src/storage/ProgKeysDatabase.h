@@ -69,6 +69,7 @@ private:
     ProgKeysDatabase();
 
     bool openConnection();
-    void dropTables();
+    /// Returns whether another process's lock was in the way.
+    bool dropTables();
     QSqlQuery runStatement(const QString &sql);
 };

@@ -1,6 +1,7 @@
 #include "storage/Statement.h"
 
 #include "logging.h"
+#include "storage/Connection.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -18,9 +19,7 @@ std::vector<Statement *> &allStatements()
 
 QString connectionError()
 {
-    return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
-        .lastError()
-        .text();
+    return connection::current().lastError().text();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 """Creating, reading, modifying, moving and deleting keys."""
 
+import dbus
 import pytest
 
 from database import refusing
@@ -298,6 +299,27 @@ def test_moving_no_key_is_true_and_does_not_touch_the_database(service, client, 
 def test_moving_an_unknown_key_is_no_failure(client, database, set_key):
     assert client.change_programmable_keys_position({99: 1, set_key.idKey: 2, -5: 3}) is True
     assert database.keys() == [set_key._replace(position=2)]
+
+
+class RepeatedId(int):
+    """An id that a dictionary takes as often as it comes."""
+
+    __hash__ = object.__hash__
+
+    def __eq__(self, other: object) -> bool:
+        return self is other
+
+
+def test_the_last_position_of_an_id_that_comes_more_than_once_counts(client, database, set_key):
+    positions = {RepeatedId(set_key.idKey): position for position in (11, 22, 33)}
+    database.execute(
+        "CREATE TABLE moves (position)",
+        "CREATE TRIGGER moved AFTER UPDATE ON KEY"
+        " BEGIN INSERT INTO moves VALUES (NEW.position); END",
+    )
+    assert client.change_programmable_keys_position(positions) is True
+    assert database.rows("SELECT position FROM moves") == [(33,)]
+    assert client.get_programmable_key(set_key.idKey) == [set_key._replace(position=33)]
 
 
 def test_keys_are_moved_in_ascending_order_of_their_ids(client, database, action):

@@ -13,6 +13,8 @@ INVALID_REPLY = (
     "ERROR: While calling method getSettingValue of module SettingsManager, reply is invalid"
 )
 
+BUS_NAME = "org.freedesktop.DBus"
+
 Manner = Callable[[FakeSettingsManager], None]
 
 BODIES = {
@@ -93,12 +95,15 @@ class SelectivePeer(FakeSettingsManager):
 
         def answer(message: Any) -> Any:
             self._leave_soon()
+            self.hang()  # the next read may come before it has left
             return self._from_values(message)
 
         self._for((name,), answer)
 
     def _leave_soon(self) -> None:
         def leave() -> bool:
+            # The bus has dealt with the answer by then; else it may drop it with the connection.
+            self._connection.get_name_owner(BUS_NAME)
             self.close()
             return GLib.SOURCE_REMOVE
 

@@ -20,6 +20,9 @@ private slots:
     void onlyAFileThatIsNotEmptyIsData();
     void aCopyHoldsWhatTheDirectoryHolds();
     void eachCopyHasANameOfItsOwn();
+    void theSameDataIsNotCopiedTwice();
+    void aLinkToNowhereIsNoFreeName();
+    void whatIsLeftOfAnInterruptedCopyIsNotTakenForOne();
     void aFailedCopyLeavesNothingBehind();
     void aDirectorySetAsideIsThereWholeUnderItsNewName();
     void aDirectoryThatIsNotThereIsNotSetAside();
@@ -97,6 +100,43 @@ void DataDirectoryTest::eachCopyHasANameOfItsOwn()
         QVERIFY(copied.open(QIODevice::ReadOnly));
         QCOMPARE(copied.readAll(), QByteArray(number));
     }
+}
+
+void DataDirectoryTest::theSameDataIsNotCopiedTwice()
+{
+    const zel::DataDirectory directory(path(QStringLiteral("Module")));
+    put(QStringLiteral("Module/sub/a"), "first");
+    const QString first = directory.copyAside();
+    QCOMPARE(directory.copyAside(), first);
+    put(QStringLiteral("Module/sub/a"), "second");
+    const QString second = directory.copyAside();
+    QVERIFY(second != first);
+    QCOMPARE(directory.copyAside(), second);
+    QCOMPARE(QDir(m_place->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
+}
+
+void DataDirectoryTest::aLinkToNowhereIsNoFreeName()
+{
+    put(QStringLiteral("Module/a"), "x");
+    for (const char *suffix : {".before-deploy", ".unusable"})
+        QVERIFY(QFile::link(path(QStringLiteral("nowhere")),
+                            path(QStringLiteral("Module") + QLatin1String(suffix))));
+    put(QStringLiteral("Elsewhere/a"), "kept");
+    QVERIFY(QFile::link(path(QStringLiteral("Elsewhere")), path(QStringLiteral("Module.copying"))));
+    const zel::DataDirectory directory(path(QStringLiteral("Module")));
+    QCOMPARE(directory.copyAside(), path(QStringLiteral("Module.before-deploy.1")));
+    QVERIFY(QFileInfo::exists(path(QStringLiteral("Elsewhere/a"))));
+    QCOMPARE(directory.setAside(), path(QStringLiteral("Module.unusable.1")));
+}
+
+void DataDirectoryTest::whatIsLeftOfAnInterruptedCopyIsNotTakenForOne()
+{
+    put(QStringLiteral("Module/a"), "x");
+    put(QStringLiteral("Module.copying/b"), "left behind");
+    const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
+    QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
+    QVERIFY(!QFileInfo::exists(path(QStringLiteral("Module.copying"))));
+    QVERIFY(!QFileInfo::exists(copy + QStringLiteral("/b")));
 }
 
 void DataDirectoryTest::aFailedCopyLeavesNothingBehind()
