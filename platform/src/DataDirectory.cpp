@@ -112,7 +112,7 @@ bool DataDirectory::isSameAs(const QString &copy) const
 
 QString DataDirectory::setAside() const
 {
-    const QString name = namesAfter(m_path + QStringLiteral(".unusable")).free;
+    QString name = namesAfter(m_path + QStringLiteral(".unusable")).free;
     if (!QDir().rename(m_path, name))
         return {};
     // A renaming that a power cut undoes is made again at the next start.

@@ -7,8 +7,9 @@
 
 namespace zel {
 
-/// Catches SIGTERM and SIGINT, which end the process no other way from then on. SIGPIPE is ignored:
-/// a log that nobody reads any more is no reason to end.
+/// Catches SIGTERM and SIGINT, which end the process no other way from then on. SIGPIPE and
+/// SIGXFSZ are ignored: neither a log that nobody reads any more nor a file that may not grow is a
+/// reason to end.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

@@ -74,11 +74,7 @@ class NameOwner:
     def __init__(self, connection: dbus.bus.BusConnection, name: str) -> None:
         self.name = name
         self.current = ""
-        self._watch = connection.watch_name_owner(name, self._changed)
-
-    def close(self) -> None:
-        """Follows no more; the bus allows a connection only some hundreds of such matches."""
-        self._watch.cancel()
+        connection.watch_name_owner(name, self._changed)
 
     def _changed(self, owner: str) -> None:
         self.current = str(owner)
