@@ -70,10 +70,6 @@ class Process:
         wait_until(lambda: not self.running, f"{self} ends", limit)
         return self._child.returncode
 
-    def wait_for_line(self, text: str, limit: float = LIMIT) -> None:
-        """Returns once a log line with exactly this text has been written, now or earlier."""
-        wait_until(lambda: text in self.log.texts(), f"{self} logs {text!r}", limit)
-
     def stop(self, number: int = signal.SIGTERM, status: int = 0, limit: float = LIMIT) -> None:
         """Asks the process to end and holds it to its exit status."""
         if self.running:
@@ -109,13 +105,13 @@ class Module(Process):
 
     def comes_up(self, client: Client, limit: float = LIMIT) -> bool:
         """Waits until its name is owned or it has ended; whether it goes on."""
-        owner = client.watch_owner(bus_name(self.name))
-        try:
-            wait_until(
-                lambda: owner.current or not self.running, f"{self} claims {owner.name}", limit
-            )
-        finally:
-            owner.close()
+        name = bus_name(self.name)
+        # Asked, not watched: the bus allows a connection only some hundreds of matches.
+        wait_until(
+            lambda: client.connection.name_has_owner(name) or not self.running,
+            f"{self} claims {name}",
+            limit,
+        )
         return self.running
 
 

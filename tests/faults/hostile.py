@@ -1,11 +1,21 @@
 """Values that others stumble over."""
 
+import math
+
 MEBIBYTE = 2**20
 INT_MIN, INT_MAX = -(2**31), 2**31 - 1
 LONG_MIN, LONG_MAX = -(2**63), 2**63 - 1
 
 INTS = (INT_MIN, INT_MIN + 1, -3, -2, -1, 0, 1, 2, 255, 65536, INT_MAX - 1, INT_MAX)
-LONGS = (LONG_MIN, LONG_MIN + 1, INT_MIN - 1, -(2**32), 2**32, 2**32 + 1, LONG_MAX - 1, LONG_MAX)
+LONGS = (
+    *(LONG_MIN, LONG_MIN + 1, -(2**32), INT_MIN - 1),
+    *(2**31, 2**32 - 1, 2**32, 2**32 + 1, LONG_MAX - 1, LONG_MAX),
+)
+# Negative ones halfway between two numbers are left out: one version of Qt rounds up, another down.
+DOUBLES = (
+    *(0.0, -0.0, 5e-324, 0.5, 1.4, 1.5, 5.0, -0.4, -0.6, -1.4, 2.0**31, 1e300, -1e300),
+    *(INT_MAX + 0.4, INT_MAX + 0.5, INT_MIN - 0.4, INT_MIN - 0.6, math.inf, -math.inf, math.nan),
+)
 
 # A mark of byte order at the very beginning of a text does not survive the bus library, and two
 # characters that are none do not survive SQLite: they are left out.
@@ -38,6 +48,7 @@ TEXTS = (
     '<arg type="x"/>&amp;]]>',
 )
 
+# Blanks beyond ASCII around a number are left out: one version of Qt reads over them, another does not.
 NUMBERS = (
     "0",
     "1",
@@ -48,9 +59,10 @@ NUMBERS = (
     "-0",
     " 5 ",
     "\t5\n",
-    "\u00a05\u3000",
     "2147483647",
     "2147483648",
+    "4294967295",
+    "4294967301",
     "-2147483648",
     "-2147483649",
     "9223372036854775808",

@@ -10,8 +10,8 @@ from pathlib import Path
 
 import pytest
 
-from peers.crowd import Result, read_result
 from database import RESERVED_ACTION
+from peers.crowd import Result, read_result
 from peers.event_notes import EventNotes
 from sandbox.loop import LIMIT, wait_until
 from sandbox.processes import Process, clean_environment

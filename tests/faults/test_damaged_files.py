@@ -40,7 +40,7 @@ def damage(source: random.Random, whole: bytes) -> bytes:
 
 
 def call_everything(client) -> None:
-    """Every operation once; whatever it answers, it answers."""
+    """Every operation, on rows that may be there or not; whatever it answers, it answers."""
     client.get_all_actions()
     client.get_all_programmable_keys()
     client.get_programmable_keys_by_container("main")
@@ -50,10 +50,14 @@ def call_everything(client) -> None:
         client.modify_action(CALL._replace(idAction=number))
         client.modify_programmable_key(SET_KEY._replace(idKey=number, idAction=number))
         client.change_programmable_keys_position({number: 3})
+        client.set_icon_state_for_key(number, 1, 1)
         client.set_label_state_for_key(number, 1)
         client.delete_action(number)
         client.delete_programmable_key(number)
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
+    for list_id in (None, 1):
+        client.get_capabilities(list_id)
+        client.get_capability("x", list_id)
 
 
 def is_kept(database: Path, damaged: bytes) -> bool:
@@ -112,7 +116,7 @@ def test_damaged_files_crash_nothing_and_are_never_lost(
     ids=["nothing", "garbage", "a header and no more"],
 )
 def test_a_file_of_nothing_or_of_garbage_is_begun_afresh_within_two_starts(
-    launch, client, events, data_root, database, settings, content, figures
+    launch, client, events, database, settings, content, figures
 ):
     database.path.parent.mkdir(parents=True)
     database.path.write_bytes(content)

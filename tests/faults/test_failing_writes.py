@@ -1,17 +1,11 @@
 """The disk fails, or is full, at any write or sync of an operation: at that one, or for good from there on."""
 
 import itertools
-import shutil
 from pathlib import Path
 from typing import Any, Callable, Iterator, NamedTuple, Optional
 
 import pytest
 
-from writing import stock
-from writing import writes
-from database import Database
-from writing.ledger import possible_states
-from writing.restarts import RestartedService, rows_in
 from samples import (
     CALL,
     action_created,
@@ -25,6 +19,9 @@ from sandbox.client import Client
 from sandbox.events import Event, EventRecorder
 from sandbox.names import SERVICE
 from sandbox.records import Action, Key
+from writing import stock, writes
+from writing.ledger import possible_states
+from writing.restarts import RestartedService
 from writing.tracing import Fault, Tracer, failing
 from writing.writes import Rows, Write, rows_of
 
@@ -131,7 +128,7 @@ class Bench:
         with Tracer(self._service.module.pid, fault, self._directory) as tracer:
             write.send(self._client)
             answer = write.answer()
-            left = self._what_a_kill_would_leave()
+            left = self._service.left()
             announced = self._events.take()
             told = self._service.told()
 
@@ -146,14 +143,6 @@ class Bench:
         assert told == rows
         self._go_on(rows)
         return Outcome(done, left == after.rows, tracer.files_hit())
-
-    def _what_a_kill_would_leave(self) -> Rows:
-        database = Database(self._directory / "copy" / self._service.database.path.name)
-        shutil.copytree(self._service.database.path.parent, database.path.parent)
-        database.path.with_name(f"{database.path.name}-shm").unlink()
-        rows = rows_in(database)
-        shutil.rmtree(database.path.parent)
-        return rows
 
     def _go_on(self, rows: Rows) -> None:
         """With a disk in order the service works as ever, and keeps what it should."""

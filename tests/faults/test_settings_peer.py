@@ -7,7 +7,6 @@ from typing import Callable, NamedTuple
 import pytest
 
 from database import RESERVED_ACTION
-from peers.phones import Phone
 from peers.lived_in import (
     PROVISIONED_ACTIONS,
     PROVISIONED_KEYS,
@@ -17,12 +16,13 @@ from peers.lived_in import (
     USER_KEYS,
     without_id,
 )
+from peers.phones import Phone
+from peers.selective_peer import ILL_MANNERS, INVALID_REPLY, SelectivePeer
+from peers.waits import CREATION, RESTORE, RESTORE_AT_LIMIT, START_AT_LIMIT, WAITS, Wait
 from rollout import Rollout
 from samples import DATABASE_FULL, DATABASE_RESET, MODULE_KEY, SET_KEY, key_created
 from sandbox.loop import LIMIT, wait_until
 from sandbox.records import Action
-from peers.selective_peer import ILL_MANNERS, INVALID_REPLY, SelectivePeer
-from peers.waits import CREATION, RESTORE, RESTORE_AT_LIMIT, START_AT_LIMIT, WAITS, Wait
 
 pytest_plugins = ["peers.several_phones"]
 

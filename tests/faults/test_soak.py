@@ -20,10 +20,11 @@ MOST_GROWTH_KIB = 256
 def test_a_service_in_long_use_ends_cleanly_and_leaks_nothing(bin_dir, tmp_path, amount, figures):
     count = amount(4000, 200_000)
     with Phone(bin_dir, tmp_path, LOG_LEVEL) as phone:
-        Soak(phone, SEED).use(count)
+        soak = Soak(phone, SEED)
+        soak.use(count)
         end_cleanly(phone.service)
     watched = "under sanitizers" if is_sanitized(program(bin_dir)) else "plain"
-    figures(f"seed {SEED}: {count} operations, {watched}; a clean end")
+    figures(f"seed {SEED}: {done(soak, count)}, {watched}; a clean end")
 
 
 def test_a_service_in_long_use_takes_no_more_memory(bin_dir, tmp_path, amount, figures):
@@ -37,8 +38,12 @@ def test_a_service_in_long_use_takes_no_more_memory(bin_dir, tmp_path, amount, f
         soak.use(count - warm_up)
         after = private_kibibytes(phone.service.pid)
         end_cleanly(phone.service)
-    figures(f"seed {SEED}: {count} operations; {before} KiB at first, {after} KiB at the end")
+    figures(f"seed {SEED}: {done(soak, count)}; {before} KiB at first, {after} KiB at the end")
     assert after - before < MOST_GROWTH_KIB, f"{after - before} KiB more"
+
+
+def done(soak: Soak, count: int) -> str:
+    return f"{count} operations, {soak.provisioned} rows provisioned"
 
 
 def program(bin_dir: Path) -> Path:

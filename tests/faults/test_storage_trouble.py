@@ -10,8 +10,8 @@ import pytest
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
 from mounts import memory_file_system, read_only
 from samples import CALL, SET_KEY, action_created, key_created
-from sandbox.names import SERVICE
 from sandbox.loop import wait_until
+from sandbox.names import SERVICE
 
 LONG = CALL._replace(label="x" * 8000)
 LIMITED = 256 * 1024
@@ -122,7 +122,7 @@ def test_a_start_on_a_full_disk_touches_no_data_and_a_later_one_finds_it(
     with filled(full_disk):
         refused = launch()
         assert refused.wait_for_exit() == 1
-        assert "could not be copied aside" in refused.log.texts("error")[-1]
+        assert "left as it is" in refused.log.texts("error")[-1]
         names = sorted(path.name for path in full_disk.iterdir())
         assert names == [SERVICE, "filler"]
         assert (full_disk / SERVICE / "zelprogrammablekeys.data").read_bytes() == before
@@ -132,7 +132,7 @@ def test_a_start_on_a_full_disk_touches_no_data_and_a_later_one_finds_it(
 
 
 def test_a_first_start_on_a_full_disk_is_well_once_there_is_room(
-    launch, start, client, events, settings, full_disk, figures
+    start, client, events, full_disk, figures
 ):
     with filled(full_disk):
         crippled = start()
@@ -188,8 +188,10 @@ def test_a_directory_that_cannot_be_made_refuses_everything_until_a_start_can_ma
     assert client.create_programmable_key(SET_KEY._replace(idAction=-1)) == -2
     assert client.get_all_actions() == []
     assert events.take() == []
-    crippled.stop()
     data_root.unlink()
+    client.restore_default()
+    assert client.add_action(CALL) == -3, "the connection is not attempted again"
+    crippled.stop()
     start()
     assert_serves(client, events)
     figures("1 start without a directory: 2 writes refused, no crash, the next one well")

@@ -41,6 +41,18 @@ def all_mutants() -> list[Mutant]:
         return [Mutant(**entry) for entry in tomllib.load(file)["mutant"]]
 
 
+def misplaced(mutants: Sequence[Mutant]) -> list[str]:
+    """What is to be said of the mutants that do not have one place where they go."""
+    complaints = []
+    for mutant in mutants:
+        file = CHECKOUT / mutant.file
+        count = file.read_text(encoding="utf-8").count(mutant.find) if file.is_file() else 0
+        if count != 1:
+            where = f"{mutant.file}: for '{mutant.fault}'"
+            complaints.append(f"{where}, stands there {count} times, not once: {mutant.find!r}")
+    return complaints
+
+
 class Workshop:
     """A copy of the checkout with a build of its own, in which faults come and go."""
 
@@ -59,7 +71,9 @@ class Workshop:
             if copy.is_file() and copy.read_bytes() == original.read_bytes():
                 continue
             copy.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(original, copy)
+            # As of now, not as old as the original: what was built of a fault is built anew.
+            shutil.copyfile(original, copy)
+            shutil.copymode(original, copy)
 
     @staticmethod
     def _git(*words: str) -> str:
@@ -91,8 +105,6 @@ class Workshop:
     def try_out(self, mutant: Mutant) -> Verdict:
         file = self.source / mutant.file
         whole = file.read_text(encoding="utf-8")
-        if whole.count(mutant.find) != 1:
-            raise SystemExit(f"{mutant.file}: not exactly once: {mutant.find!r}")
         begin = time.monotonic()
         file.write_text(whole.replace(mutant.find, mutant.replace), encoding="utf-8")
         try:
@@ -122,6 +134,16 @@ def verdicts(workshop: Workshop, mutants: Sequence[Mutant]) -> Iterator[Verdict]
         yield verdict
 
 
+def summed_up(tried: Sequence[Verdict], chosen: int) -> list[Mutant]:
+    """Tells what became of the faults, also when not all were tried; returns the survivors."""
+    survivors = [verdict.mutant for verdict in tried if verdict.killer is None]
+    killed = len(tried) - len(survivors)
+    print(f"{len(tried)} of {chosen} faults tried: {killed} killed, {len(survivors)} survived")
+    for mutant in survivors:
+        print(f"  survived: {mutant.file}: {mutant.fault}")
+    return survivors
+
+
 def main() -> int:
     parser = argparse.ArgumentParser(prog="scripts/mutants", description=__doc__)
     parser.add_argument("words", nargs="*", help="only the faults or files that contain one of these")
@@ -131,15 +153,20 @@ def main() -> int:
         for mutant in all_mutants()
         if not words or any(word in mutant.fault or word in mutant.file for word in words)
     ]
+    complaints = misplaced(chosen)
+    if complaints:
+        print(*complaints, sep="\n", file=sys.stderr)
+        return 1
     workshop = Workshop(CHECKOUT / "build" / "mutants")
     if not workshop.build() or workshop.failing_test():
         print(f"Without any fault the tests must pass; see {workshop.log}", file=sys.stderr)
         return 1
-    tried = list(verdicts(workshop, chosen))
-    survivors = [verdict.mutant for verdict in tried if verdict.killer is None]
-    print(f"{len(tried)} faults: {len(tried) - len(survivors)} killed, {len(survivors)} survived")
-    for mutant in survivors:
-        print(f"  survived: {mutant.file}: {mutant.fault}")
+    tried: list[Verdict] = []
+    try:
+        for verdict in verdicts(workshop, chosen):
+            tried.append(verdict)
+    finally:
+        survivors = summed_up(tried, len(chosen))
     return 1 if survivors or not tried else 0
 
 

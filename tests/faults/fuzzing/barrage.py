@@ -23,7 +23,6 @@ class Fault(AssertionError):
     def __init__(self, what: str, calls: Sequence[Call]) -> None:
         shown = "\n".join(str(call) for call in calls[:SHOWN])
         super().__init__(f"{what}; {len(calls)} calls, first:\n{shown}")
-        self.calls = calls
 
 
 class Sent(NamedTuple):
@@ -60,12 +59,21 @@ class Barrage:
         self._client = client
         self._counter = ReplyCounter(address, client.connection.get_unique_name())
         self._serials: dict[int, Call] = {}
+        self.since_reset: list[Call] = []
+        """Everything that was sent since the data were reset."""
 
     def close(self) -> None:
         self._counter.close()
 
+    def reset(self) -> None:
+        """Resets the data, once each call was answered once."""
+        self.check_that_each_was_answered_once()
+        self._client.restore_factory()
+        self.since_reset.clear()
+
     def fire(self, calls: Sequence[Call]) -> None:
         """Sends them all and waits for the replies; fails if one is missing or wrong."""
+        self.since_reset += calls
         burst = [self._send(call) for call in calls]
         try:
             wait_until(lambda: all(sent.replies for sent in burst), "a reply to each", 2 * LIMIT)
@@ -81,6 +89,7 @@ class Barrage:
 
     def send_events(self, events: Sequence[Call]) -> None:
         """Sends them all; fails if the service answers no more."""
+        self.since_reset += events
         for event in events:
             self._client.send_raw_event(event.signature, *event.values)
         try:

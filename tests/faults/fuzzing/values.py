@@ -1,13 +1,12 @@
 """Values of any type that the bus can carry, at the edges of the type."""
 
-import math
 import random
 from typing import Any, Callable, Mapping
 
 import dbus
 import dbus.types
 
-from hostile import INTS, LARGE_TEXTS, LONGS, TEXTS
+from hostile import DOUBLES, INTS, LARGE_TEXTS, LONGS, TEXTS
 
 BASIC_TYPES = "ybnqiuxtdsog"
 INTEGERS = {
@@ -19,7 +18,6 @@ INTEGERS = {
     "x": (dbus.Int64, -(2**63), 2**63 - 1),
     "t": (dbus.UInt64, 0, 2**64 - 1),
 }
-DOUBLES = (0.0, -0.0, 5.0, 5.5, 1e300, 5e-324, 2.0**31, math.inf, -math.inf, math.nan)
 PATHS = ("/", "/a", "/com/velmora/Tessaro/ZelProgrammableKeys", "/_" * 500)
 SIGNATURES = ("", "i", "a{sv}", "(xsxsisiii)", "a" * 32 + "y", "y" * 255)
 DEEPEST = 32

@@ -94,6 +94,6 @@ def _value(value: Any, key: Translate, action: Translate) -> Any:
         return value._replace(idKey=key(value.idKey), idAction=action(value.idAction))
     if isinstance(value, Action):
         return value._replace(idAction=action(value.idAction))
-    if isinstance(value, dict):
-        return {key(id_key): position for id_key, position in value.items()}
+    if isinstance(value, list):
+        return [(key(id_key), position) for id_key, position in value]
     return value

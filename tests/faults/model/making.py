@@ -3,7 +3,7 @@
 import random
 from typing import Any, Callable, Mapping, NamedTuple
 
-from hostile import INT_MAX, INT_MIN, INTS, LARGE_TEXTS, LONGS, NUMBERS, TEXTS
+from hostile import DOUBLES, INT_MAX, INT_MIN, INTS, LARGE_TEXTS, LONGS, NUMBERS, TEXTS
 from model.provisioning import provisioning_text
 from model.reference import Reference
 from model.steps import (
@@ -14,6 +14,7 @@ from model.steps import (
     SETTINGS_MANNER,
     WITH_ERRORS,
     WITH_NUMBERS,
+    Moves,
     Step,
 )
 from rollout import DM_IDS
@@ -167,9 +168,13 @@ class StepMaker:
     def container(self) -> tuple[str]:
         return (self._container(),)
 
-    def positions(self) -> tuple[dict[int, int]]:
-        ids = (min(max(self._key_id(), INT_MIN), INT_MAX) for _ in range(self._source.randrange(6)))
-        return ({id_key: self._int() for id_key in ids},)
+    def moves(self) -> tuple[Moves]:
+        """Often with an id that comes more than once, among others."""
+        count = self._source.randrange(6)
+        ids = [min(max(self._key_id(), INT_MIN), INT_MAX) for _ in range(count)]
+        if self._source.random() < 0.3:
+            ids = self._source.choices(ids[:3], k=6) if ids else []
+        return ([(id_key, self._int()) for id_key in ids],)
 
     def icon(self) -> tuple[int, int, int]:
         return self._module_key_id(), self._int(), self._int()
@@ -202,9 +207,12 @@ class StepMaker:
         return self._source.choice(
             (
                 [],
-                [(name, "s", self._source.choice((*NUMBERS, *TEXTS)))],
+                [(name, "s", self._source.choice(NUMBERS))],
+                [(name, "s", self._source.choice(TEXTS))],
                 [(name, "x", long)],
-                [(name, "t", abs(long))],
+                [(name, "t", long % 2**64)],
+                [(name, "u", long % 2**32)],
+                [(name, "d", self._source.choice((*DOUBLES, float(long))))],
                 [(name, "y", self._source.randrange(256))],
                 [(f"{name} ", "i", 1)],
             )
@@ -226,7 +234,7 @@ class StepMaker:
 MAKERS: Mapping[str, Callable[[StepMaker], tuple[Any, ...]]] = {
     "createProgrammableKey": StepMaker.key,
     "modifyProgrammableKey": StepMaker.key,
-    "changeProgrammableKeysPosition": StepMaker.positions,
+    "changeProgrammableKeysPosition": StepMaker.moves,
     "deleteProgrammableKey": StepMaker.key_id,
     "getProgrammableKey": StepMaker.key_id,
     "getProgrammableKeysByContainer": StepMaker.container,

@@ -21,6 +21,7 @@ from model.steps import (
     Step,
 )
 from operations import HOOKS, METHODS, Operation
+from replaying import CHECKOUT
 from sandbox.bus import PrivateBus
 from sandbox.client import Client, PendingReply
 from sandbox.events import EventRecorder
@@ -30,7 +31,6 @@ from sandbox.processes import Module, start_service
 from sandbox.records import Action, Key
 from sandbox.settings import NO_DEFAULTS, FakeSettingsManager
 
-CHECKOUT = Path(__file__).resolve().parents[3]
 FIRST_SETTINGS = {**NO_DEFAULTS, "ProgKeysMax": "30"}
 PRESS_EVENT = "AOM_KEY_PRESS_EVENT"
 NUMBERS_ON_THE_WIRE = {
@@ -41,8 +41,18 @@ NUMBERS_ON_THE_WIRE = {
     "u": dbus.UInt32,
     "x": dbus.Int64,
     "t": dbus.UInt64,
+    "d": dbus.Double,
     "s": dbus.String,
 }
+
+
+class RepeatableId(int):
+    """A key of a dictionary that stands beside others of the same value."""
+
+    __hash__ = int.__hash__
+
+    def __eq__(self, other: object) -> bool:
+        return self is other
 
 
 def bin_dir_of_this_run() -> Path:
@@ -59,6 +69,13 @@ def operation_of(step: Step) -> Optional[Operation]:
 
 def _arity(signature: str) -> int:
     return len(list(dbus.Signature(signature)))
+
+
+def _on_the_wire(value: Any) -> Any:
+    """The value as the bus library sends it: pairs as a dictionary, which keeps their order."""
+    if isinstance(value, list):
+        return {RepeatableId(id_key): position for id_key, position in value}
+    return value
 
 
 class GrowingLog:
@@ -189,7 +206,8 @@ class Phone:
     def send(self, operation: Operation, step: Step) -> PendingReply:
         """Calls without waiting for the reply."""
         where = {"interface": operation.interface}
-        return self.client.send(operation.name, operation.takes, *step.values, **where)
+        values = map(_on_the_wire, step.values)
+        return self.client.send(operation.name, operation.takes, *values, **where)
 
     def value(self, operation: Operation, reply: PendingReply) -> Any:
         """What a call was answered with, held to the signature that it must have."""

@@ -1,8 +1,10 @@
 """References that are wrong on purpose: what they do not expect of the service must be found."""
 
-from typing import Optional
+import math
+from typing import Any, Optional
 
 from model.reference import Reference
+from model.steps import Moves
 from sandbox.records import Action, Key
 
 
@@ -45,8 +47,22 @@ class KeepsTheLabel(Reference):
 class MovesNoKey(Reference):
     """Says that keys were moved, and moves none."""
 
-    def changeProgrammableKeysPosition(self, positions: dict[int, int]) -> bool:
+    def changeProgrammableKeysPosition(self, _moves: Moves) -> bool:
         return True
+
+
+class HoldsToTheFirstMove(Reference):
+    """Of an id that comes repeatedly, takes the first position and not the last."""
+
+    def changeProgrammableKeysPosition(self, moves: Moves) -> bool:
+        return super().changeProgrammableKeysPosition(moves[::-1])
+
+
+class TruncatesDoubles(Reference):
+    """Takes a double in a press without what comes after the point."""
+
+    def press(self, *arguments: tuple[str, str, Any]) -> None:
+        super().press(*(_truncated(*argument) for argument in arguments))
 
 
 class GivesIdsAgain(Reference):
@@ -65,3 +81,8 @@ class ReadsNoLimit(Reference):
         if name == "ProgKeysMax":
             self._settings_read.remove(name)
         return text
+
+
+def _truncated(name: str, signature: str, value: Any) -> tuple[str, str, Any]:
+    is_finite = signature == "d" and math.isfinite(value)
+    return name, signature, float(math.trunc(value)) if is_finite else value

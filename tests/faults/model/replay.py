@@ -11,6 +11,8 @@ from model.trial import try_steps
 from replaying import script_text
 
 IMPORTS = (
+    "from math import inf, nan",
+    "",
     "from model.replay import replay",
     "from model.steps import Step",
     "from sandbox.records import Action, Key",

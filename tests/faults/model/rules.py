@@ -1,10 +1,12 @@
 """The rules of keys, actions and module keys: what an operation answers, sends, logs and stores."""
 
+import math
 from typing import Any, Optional
 
 from database import RESERVED_ACTION
 from hostile import INT_MAX, INT_MIN
 from model.defaults import number_or_zero, whole_number
+from model.steps import Moves
 from samples import (
     DATABASE_FULL,
     action_created,
@@ -98,9 +100,11 @@ class Rules:
             self._set_icon(key)
         return 0
 
-    def changeProgrammableKeysPosition(self, positions: dict[int, int]) -> bool:
-        for id_key in positions.keys() & self.keys.keys():
-            self.keys[id_key] = self.keys[id_key]._replace(position=positions[id_key])
+    def changeProgrammableKeysPosition(self, moves: Moves) -> bool:
+        """The last position that is sent for an id counts."""
+        for id_key, position in moves:
+            if id_key in self.keys:
+                self.keys[id_key] = self.keys[id_key]._replace(position=position)
         return True
 
     def deleteProgrammableKey(self, id_key: int) -> int:
@@ -239,4 +243,6 @@ class Rules:
 def _number_of_press(signature: str, value: Any) -> Optional[int]:
     if signature == "s":
         return whole_number(value)
-    return value if signature and INT_MIN <= value <= INT_MAX else None
+    if signature == "d":
+        value = math.floor(value + 0.5) if math.isfinite(value) else None
+    return value if value is not None and INT_MIN <= value <= INT_MAX else None

@@ -18,6 +18,9 @@ PROPERLY, WITH_ERRORS, WITH_NUMBERS = "properly", "with errors", "with numbers"
 MANY_CHARACTERS = 200
 LONGEST_UNIT = 32
 
+Moves = list[tuple[int, int]]
+"""What changeProgrammableKeysPosition is called with: ids and positions as sent, ids repeated or not."""
+
 
 class Step(NamedTuple):
     """A method of the service or of its lifecycle, named as on the bus, or one of the above."""

@@ -5,6 +5,7 @@ from pathlib import Path
 from typing import Mapping, Union
 
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
+from peers.selective_peer import SelectivePeer
 from sandbox.bus import PrivateBus
 from sandbox.client import Client
 from sandbox.events import EventRecorder
@@ -12,7 +13,6 @@ from sandbox.names import SERVICE, object_path
 from sandbox.processes import Module, start_service
 from sandbox.records import Action, Key
 from sandbox.settings import NO_DEFAULTS
-from peers.selective_peer import SelectivePeer
 
 ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
 

@@ -1,14 +1,20 @@
 """A connection to the bus that sends whatever it likes, and need not read what comes back."""
 
+import fcntl
 import os
 import socket
 import struct
+import sys
+import termios
 from typing import NamedTuple
 
 from sandbox.loop import LIMIT
 
 BUS = "org.freedesktop.DBus"
-METHOD_CALL = 1
+METHOD_CALL, METHOD_RETURN, SIGNAL = 1, 2, 4
+HEAD = struct.Struct("<xBxxIxxxxI")
+"""The type, the length of the body and that of the fields: how each message begins."""
+
 PATH, INTERFACE, MEMBER, DESTINATION, SIGNATURE = 1, 2, 3, 6, 8
 
 
@@ -48,8 +54,16 @@ def _aligned(written: bytes, width: int) -> bytes:
     return written + b"\0" * (-len(written) % width)
 
 
+class RawMessage(NamedTuple):
+    """What can be told of a message without understanding it."""
+
+    kind: int
+    size: int
+    """Bytes of its body."""
+
+
 class RawConnection:
-    """Greets the bus; after that it reads nothing any more."""
+    """Greets the bus; after that it reads nothing unless told to."""
 
     def __init__(self, address: str) -> None:
         self._serial = 0
@@ -62,6 +76,7 @@ class RawConnection:
         assert answer.startswith(b"OK "), answer
         self._socket.sendall(b"BEGIN\r\n")
         self.send(RawCall(BUS, "/", BUS, "Hello"))
+        assert [self.read().kind, self.read().kind] == [METHOD_RETURN, SIGNAL], "no name"
 
     def __enter__(self) -> "RawConnection":
         return self
@@ -79,3 +94,23 @@ class RawConnection:
 
     def subscribe(self, rule: str) -> None:
         self.send(RawCall(BUS, "/", BUS, "AddMatch", rule))
+        assert self.read().kind == METHOD_RETURN
+
+    @property
+    def unread(self) -> int:
+        """Bytes that wait to be read; the bus keeps what has no room here."""
+        return int.from_bytes(fcntl.ioctl(self._socket, termios.FIONREAD, bytes(4)), sys.byteorder)
+
+    def read(self) -> RawMessage:
+        """The next message, once it is there."""
+        kind, size, fields = HEAD.unpack(self._receive(HEAD.size))
+        self._receive(len(_aligned(bytes(fields), 8)) + size)
+        return RawMessage(kind, size)
+
+    def _receive(self, length: int) -> bytes:
+        received = bytearray()
+        while len(received) < length:
+            piece = self._socket.recv(length - len(received))
+            assert piece, "the bus has hung up"
+            received += piece
+        return bytes(received)

@@ -3,13 +3,13 @@
 import time
 from typing import Callable, Sequence, Union
 
-from peers.phones import Phone
 from peers.lived_in import PROVISIONED_KEYS, USER_ACTION
+from peers.phones import Phone
+from peers.selective_peer import INVALID_REPLY, SelectivePeer
 from samples import MODULE_KEY
 from sandbox.loop import LIMIT
 from sandbox.names import LIFECYCLE, SERVICE, bus_name
 from sandbox.records import KEY, Action, Key
-from peers.selective_peer import INVALID_REPLY, SelectivePeer
 
 READ_LIMIT = 5.0
 

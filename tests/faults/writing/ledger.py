@@ -70,7 +70,9 @@ class Ledger:
         self.acknowledged = 0
         self.in_doubt = 0
         self.done_in_doubt = 0
-        self.cut_in_two = 0
+        self.deletions_cut = 0
+        """Of actions, whose keys were not all gone."""
+        self.moves_cut = 0
         self.refused: list[str] = []
         self.lost: list[str] = []
         self.half: list[str] = []
@@ -122,7 +124,8 @@ class Ledger:
         states = list(possible_states(self.confirmed, self.doubtful, found))
         nearest = min(states, key=lambda state: len(differences(state.rows, found)))
         self.done_in_doubt += nearest.done
-        self.cut_in_two += nearest.begun
+        if nearest.begun:
+            self._count_cut(self.doubtful[nearest.done])
         in_doubt = {change.row for write in self.doubtful for change in write.changes}
         for row in differences(nearest.rows, found):
             faults = self.half if row in in_doubt else self.lost
@@ -134,6 +137,12 @@ class Ledger:
         self.confirmed = dict(found)
         self._presume()
 
+    def _count_cut(self, write: Write) -> None:
+        if write.method == "deleteAction":
+            self.deletions_cut += 1
+        else:
+            self.moves_cut += 1
+
     # The verdict
 
     def summary(self) -> str:
@@ -141,7 +150,8 @@ class Ledger:
             f"{self.acknowledged:,} acknowledged writes: {len(self.lost)} lost, "
             f"{len(self.half)} half there, {len(self.used_twice)} ids used twice; "
             f"{self.in_doubt:,} not acknowledged: {self.done_in_doubt} done, "
-            f"{self.cut_in_two} over several rows done for the first of them"
+            f"{self.deletions_cut} deletions of an action cut before its keys were gone, "
+            f"{self.moves_cut} moves of several keys cut before the last of them"
         )
 
     def assert_balanced(self) -> None:

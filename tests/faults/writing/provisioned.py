@@ -16,6 +16,10 @@ class Provisioned:
         self._numbers: dict[str, int] = {}
         self._contents: dict[str, list[Action]] = {}
         """What the action of an identifier may be by now, if it was rolled out no more."""
+        self._keys: list[Key] = []
+        """The keys of the last rollout that went through."""
+        self._cut_short: list[Rollout] = []
+        """Those that did not, after it."""
         self._former_keys: set[int] = set()
 
     @property
@@ -23,33 +27,50 @@ class Provisioned:
         return sorted(self._numbers.values())
 
     def cut_short(self, rollout: Rollout) -> None:
-        """The rollout may have got through to some of the actions."""
+        """The rollout may have got through to some of the actions, or of the keys."""
+        self._cut_short.append(rollout)
         for action in rollout.actions:
             self._contents.setdefault(action.dmId, []).append(action)
 
+    def check_left(self, found: Rows) -> None:
+        """After a cut some may be missing, but each row is whole, and no key lacks its action."""
+        numbers = self._checked_numbers(found)
+        keys = _keys_in(found)
+        if keys != self._keys:
+            made = [with_id(key, -1) for key in keys]
+            begun = [_keys_of(rollout, numbers)[: len(made)] for rollout in self._cut_short]
+            assert made in begun, "neither the keys as they were nor the first ones of a rollout"
+
     def check(self, rollout: Rollout, found: Rows) -> None:
         """The rollout is there, wholly, and no more than is left of those before it."""
-        provisioned = [record for record in found.values() if record.dmId]
-        self._check_actions(rollout, [row for row in provisioned if isinstance(row, Action)])
-        self._check_keys(rollout, sorted(row for row in provisioned if isinstance(row, Key)))
-
-    def _check_actions(self, rollout: Rollout, found: list[Action]) -> None:
-        numbers = {action.dmId: action.idAction for action in found}
-        assert len(numbers) == len(found), "an identifier stands there twice"
-        assert {**numbers, **self._numbers} == numbers, "a number has changed, or is gone"
         self._contents.update({action.dmId: [action] for action in rollout.actions})
-        assert {action.dmId for action in rollout.actions} <= numbers.keys(), "one is missing"
-        for action in found:
-            assert with_id(action, -1) in self._contents.get(action.dmId, []), "not as rolled out"
-        self._numbers = numbers
-
-    def _check_keys(self, rollout: Rollout, found: list[Key]) -> None:
-        expected = [
-            key._replace(idAction=self._numbers[key.dmId])
-            for key in rollout.keys
-            if key.dmId in self._numbers
-        ]
-        assert [with_id(key, -1) for key in found] == expected, "not the keys of the rollout"
-        numbers = {key.idKey for key in found}
+        self._numbers = self._checked_numbers(found)
+        assert {action.dmId for action in rollout.actions} <= self._numbers.keys(), "one is missing"
+        keys = _keys_in(found)
+        expected = _keys_of(rollout, self._numbers)
+        assert [with_id(key, -1) for key in keys] == expected, "not the keys of the rollout"
+        numbers = {key.idKey for key in keys}
         assert not numbers & self._former_keys, "a key was made anew under an old number"
         self._former_keys |= numbers
+        self._keys, self._cut_short = keys, []
+
+    def _checked_numbers(self, found: Rows) -> dict[str, int]:
+        """The ids of the provisioned actions, each of which is whole, and keeps the id it had."""
+        rows = found.values()
+        actions = [row for row in rows if isinstance(row, Action) and row.dmId]
+        numbers = {action.dmId: action.idAction for action in actions}
+        assert len(numbers) == len(actions), "an identifier stands there twice"
+        assert {**numbers, **self._numbers} == numbers, "a number has changed, or is gone"
+        for action in actions:
+            assert with_id(action, -1) in self._contents.get(action.dmId, []), "not as rolled out"
+        return numbers
+
+
+def _keys_in(found: Rows) -> list[Key]:
+    return sorted(row for row in found.values() if isinstance(row, Key) and row.dmId)
+
+
+def _keys_of(rollout: Rollout, numbers: dict[str, int]) -> list[Key]:
+    """The keys that a rollout makes, apart from their ids: those that have an action."""
+    keys = [key for key in rollout.keys if key.dmId in numbers]
+    return [key._replace(idAction=numbers[key.dmId]) for key in keys]

@@ -1,5 +1,7 @@
 """The service, ended by force and started again on the same data, many times over."""
 
+import shutil
+import tempfile
 import time
 from pathlib import Path
 from typing import Callable
@@ -59,6 +61,14 @@ class RestartedService:
         stored = rows_in(self.database)
         assert self.told() == stored
         return stored
+
+    def left(self) -> Rows:
+        """What the next start would find: read in a copy, so that reading it mends nothing."""
+        with tempfile.TemporaryDirectory() as scratch:
+            copy = Path(scratch) / SERVICE
+            without = shutil.ignore_patterns("*-shm")  # which does not outlive the service's memory
+            shutil.copytree(self.database.path.parent, copy, ignore=without)
+            return rows_in(Database(copy / self.database.path.name))
 
     def told(self) -> Rows:
         actions = self._client.get_all_actions()

@@ -4,10 +4,10 @@ import shutil
 from pathlib import Path
 from typing import NamedTuple
 
-from writing.restarts import RestartedService
 from samples import CALL, SET_KEY
 from sandbox.client import Client
 from sandbox.records import Action, Key
+from writing.restarts import RestartedService
 from writing.writes import Rows
 
 FRAME = 24 + 4096

@@ -5,10 +5,10 @@ import random
 import time
 from typing import Callable
 
-from writing import writes
-from writing.ledger import Ledger
 from sandbox.client import Client
 from sandbox.records import Action, Key
+from writing import writes
+from writing.ledger import Ledger
 from writing.writes import Write
 
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
