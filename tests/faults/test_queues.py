@@ -27,8 +27,8 @@ AT_ONCE = 1.0 * PATIENCE
 PROMPT = 5.0 * PATIENCE
 """Seconds in which it has also done what others asked for before."""
 
-MEMORY_LIMIT = 250
-"""MiB that the service may occupy, whatever others do not read."""
+MEMORY_LIMIT = 250 * PATIENCE
+"""MiB that the service may occupy, whatever others do not read; more in a build with sanitizers."""
 
 FULL = 100_000
 """Bytes: a socket that holds so many takes no further message of a megabyte."""

@@ -3,7 +3,7 @@
 import ctypes
 import os
 import subprocess
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
 from functools import cache
 from pathlib import Path
 from typing import Iterator
@@ -26,11 +26,15 @@ def run(*command: str) -> None:
 
 @cache
 def keep_mounts_to_this_process() -> None:
-    """From now on what this process mounts is seen by its children alone, and goes with it however it ends."""
+    """From now on what this process mounts is seen by its children alone, and goes with it however it ends.
+
+    But not in a changed root that is no mount: there the machine sees the mounts, too, while they last.
+    """
     libc = ctypes.CDLL(None, use_errno=True)
     if libc.unshare(CLONE_NEWNS) != 0:
         raise OSError(f"unshare: {os.strerror(ctypes.get_errno())}")
-    run("mount", "--make-rprivate", "/")
+    with suppress(OSError):
+        run("mount", "--make-rprivate", "/")
 
 
 @contextmanager
