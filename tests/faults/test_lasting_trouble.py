@@ -4,14 +4,12 @@ from pathlib import Path
 
 import pytest
 
-from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
+from database import RESERVED_ACTION
 from mounts import memory_file_system
-from samples import CALL, SET_KEY
-from sandbox.loop import wait_until
-from sandbox.names import LIFECYCLE, SERVICE
+from samples import CALL
+from sandbox.names import SERVICE
 
 STARTS = 4
-STATEMENT_OF_THE_LOCK = "Error: DROP TABLE IF EXISTS KEY "
 
 
 def without_roots_privilege(directory: Path, bin_dir: Path) -> Path:
@@ -68,43 +66,3 @@ def test_sound_data_in_a_directory_that_cannot_be_written_is_left_alone(
     start()
     assert client.get_all_actions() == [RESERVED_ACTION, stored]
     figures(f"{STARTS} starts on a directory that cannot be written: nothing aside, 0 rows lost")
-
-
-def test_a_reader_that_stays_for_the_whole_start_does_not_make_writes_less_durable(
-    start, client, database, figures
-):
-    database.create(KEY_SCHEMA, ACTION_SCHEMA)
-    journal = database.path.with_name(f"{database.path.name}-journal")
-    with database.kept_open() as other:
-        other.execute("BEGIN")
-        other.execute("SELECT * FROM ACTION").fetchall()
-        service = start()
-        other.execute("ROLLBACK")
-    assert client.add_action(CALL) == 1
-    # Kept, and not unlinked, which a power cut could undo.
-    assert journal.is_file()
-    service.stop()
-    start()
-    assert database.value("PRAGMA journal_mode") == "wal"
-    figures("1 start beside a reader: a journal that is kept, and the log after the next start")
-
-
-def test_a_reset_that_meets_a_lock_leaves_everything_as_it_was_also_when_the_lock_goes(
-    service, client, database, figures
-):
-    id_action = client.add_action(CALL)
-    id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
-    with database.locked():
-        reply = client.send("restoreDefault", interface=LIFECYCLE)
-        wait_until(
-            lambda: any(
-                line.startswith(STATEMENT_OF_THE_LOCK) for line in service.log.texts("error")
-            ),
-            "the first statement gives up",
-        )
-    reply.wait()
-    assert [action.idAction for action in client.get_all_actions()] == [-1, id_action]
-    assert [key.idKey for key in client.get_all_programmable_keys()] == [id_key]
-    client.restore_default()
-    assert client.get_all_actions() == [RESERVED_ACTION]
-    figures("1 reset during which a lock went: undone as a whole, and the next one done")

@@ -4,7 +4,8 @@ import pytest
 
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
 from samples import CALL, SET_KEY
-from sandbox.names import SERVICE
+from sandbox.loop import wait_until
+from sandbox.names import LIFECYCLE, SERVICE
 
 KEY_COLUMNS = [
     "idKey",
@@ -181,6 +182,44 @@ def test_ids_go_on_after_a_restart(start, client):
 
 
 # Durability and locks
+
+
+def test_a_reader_that_stays_for_the_whole_start_does_not_make_writes_less_durable(
+    start, client, database
+):
+    database.create(KEY_SCHEMA, ACTION_SCHEMA)
+    journal = database.path.with_name(f"{database.path.name}-journal")
+    with database.kept_open() as other:
+        other.execute("BEGIN")
+        other.execute("SELECT * FROM ACTION").fetchall()
+        service = start()
+        other.execute("ROLLBACK")
+    assert client.add_action(CALL) == 1
+    # Kept, and not unlinked, which a power cut could undo.
+    assert journal.is_file()
+    service.stop()
+    start()
+    assert database.value("PRAGMA journal_mode") == "wal"
+
+
+def test_a_reset_that_meets_a_lock_leaves_everything_as_it_was_also_when_the_lock_goes(
+    service, client, database
+):
+    id_action = client.add_action(CALL)
+    id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
+    with database.locked():
+        reply = client.send("restoreDefault", interface=LIFECYCLE)
+        wait_until(
+            lambda: any(
+                line.startswith("Error: DROP TABLE IF EXISTS KEY ") for line in service.log.texts("error")
+            ),
+            "the first statement gives up",
+        )
+    reply.wait()
+    assert [action.idAction for action in client.get_all_actions()] == [-1, id_action]
+    assert [key.idKey for key in client.get_all_programmable_keys()] == [id_key]
+    client.restore_default()
+    assert client.get_all_actions() == [RESERVED_ACTION]
 
 
 def test_the_database_keeps_a_write_ahead_log(service, database):
