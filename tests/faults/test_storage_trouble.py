@@ -197,44 +197,6 @@ def test_a_directory_that_cannot_be_made_refuses_everything_until_a_start_can_ma
     figures("1 start without a directory: 2 writes refused, no crash, the next one well")
 
 
-def without_shared_memory(directory: Path, bin_dir: Path, file: Path) -> Path:
-    """A directory of executables whose service cannot map the file as flash file systems cannot."""
-    directory.mkdir()
-    script = directory / "zelprogrammablekeys"
-    script.write_text(
-        "#!/bin/sh\n"
-        # A build that looks for leaks cannot do so while it is traced.
-        "export ASAN_OPTIONS=detect_leaks=0\n"
-        f"exec strace -D -f -o {directory}/trace -P {file} -P {file}-shm "
-        f"-e trace=mmap -e inject=mmap:error=ENODEV {bin_dir}/zelprogrammablekeys\n"
-    )
-    script.chmod(0o755)
-    return directory
-
-
-@pytest.mark.parametrize("had_a_log", [False, True], ids=["from the first start", "moved there"])
-def test_a_file_system_without_shared_memory_gets_a_journal_that_is_kept(
-    start, client, events, bin_dir, database, tmp_path, had_a_log, figures
-):
-    known = 0
-    if had_a_log:
-        first = start()
-        known = client.add_action(CALL)
-        first.kill()
-    crippled = without_shared_memory(tmp_path / "bin", bin_dir, database.path)
-    service = start(bin_dir=crippled)
-    assert "(INJECTED)" in (crippled / "trace").read_text()
-    assert service.log.texts("error") == []
-    assert_serves(client, events)
-    assert len(client.get_all_actions()) == 2 + known
-    suffixes = {path.suffix for path in database.path.parent.iterdir()}
-    assert ".data-journal" in suffixes and ".data-wal" not in suffixes
-    service.kill()
-    start(bin_dir=crippled)
-    assert len(client.get_all_actions()) == 2 + known
-    figures("2 starts without shared memory: 0 records lost, served throughout")
-
-
 # Locked
 
 

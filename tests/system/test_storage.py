@@ -1,5 +1,7 @@
 """The database file: its place, schema, check, ids and durability."""
 
+from pathlib import Path
+
 import pytest
 
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
@@ -284,3 +286,43 @@ def test_a_store_that_cannot_be_opened_is_not_told_of_and_the_service_goes_on(
     assert client.create_programmable_key(SET_KEY._replace(idAction=-1)) == -2
     assert client.change_programmable_keys_position({}) is True
     assert client.change_programmable_keys_position({1: 1}) is False
+
+
+# A file system without shared memory
+
+
+def without_shared_memory(directory: Path, bin_dir: Path, file: Path) -> Path:
+    """A directory of executables whose service cannot map the file as flash file systems cannot."""
+    directory.mkdir()
+    script = directory / "zelprogrammablekeys"
+    script.write_text(
+        "#!/bin/sh\n"
+        # A build that looks for leaks cannot do so while it is traced.
+        "export ASAN_OPTIONS=detect_leaks=0\n"
+        f"exec strace -D -f -o {directory}/trace -P {file} -P {file}-shm "
+        f"-e trace=mmap -e inject=mmap:error=ENODEV {bin_dir}/zelprogrammablekeys\n"
+    )
+    script.chmod(0o755)
+    return directory
+
+
+@pytest.mark.parametrize("had_a_log", [False, True], ids=["from the first start", "moved there"])
+def test_a_file_system_without_shared_memory_gets_a_journal_that_is_kept(
+    start, client, bin_dir, database, tmp_path, had_a_log
+):
+    known = 0
+    if had_a_log:
+        first = start()
+        known = client.add_action(CALL)
+        first.kill()
+    crippled = without_shared_memory(tmp_path / "bin", bin_dir, database.path)
+    service = start(bin_dir=crippled)
+    assert "(INJECTED)" in (crippled / "trace").read_text()
+    assert service.log.texts("error") == []
+    assert client.add_action(CALL) == known + 1
+    assert len(client.get_all_actions()) == 2 + known
+    suffixes = {path.suffix for path in database.path.parent.iterdir()}
+    assert ".data-journal" in suffixes and ".data-wal" not in suffixes
+    service.kill()
+    start(bin_dir=crippled)
+    assert len(client.get_all_actions()) == 2 + known

@@ -1,5 +1,6 @@
 """A supervisor that starts the service again and again while its storage is in trouble."""
 
+import os
 from pathlib import Path
 
 import pytest
@@ -14,6 +15,8 @@ STARTS = 4
 
 def without_roots_privilege(directory: Path, bin_dir: Path) -> Path:
     """A directory of executables whose service has no leave to write where nobody has."""
+    if os.geteuid() != 0:
+        return bin_dir
     directory.mkdir()
     script = directory / "zelprogrammablekeys"
     privileges = "-dac_override,-dac_read_search"
@@ -44,17 +47,16 @@ def names_in(directory: Path) -> list[str]:
 
 
 def test_damaged_data_that_cannot_be_set_aside_is_copied_once_and_not_at_each_start(
-    refused, settings, data_root, database, figures
+    refused, settings, data_root, database
 ):
     with memory_file_system(database.path.parent, 1 << 20):
         database.path.write_bytes(b"garbage " * 1000)
         refused("could not be set aside")
         assert names_in(data_root) == [SERVICE, f"{SERVICE}.before-deploy"]
-    figures(f"{STARTS} starts on damaged data in a mount point: 1 copy")
 
 
 def test_sound_data_in_a_directory_that_cannot_be_written_is_left_alone(
-    refused, start, client, bin_dir, data_root, database, tmp_path, figures
+    refused, start, client, bin_dir, data_root, database, tmp_path
 ):
     first = start()
     stored = CALL._replace(idAction=client.add_action(CALL))
@@ -65,4 +67,3 @@ def test_sound_data_in_a_directory_that_cannot_be_written_is_left_alone(
     database.path.parent.chmod(0o755)
     start()
     assert client.get_all_actions() == [RESERVED_ACTION, stored]
-    figures(f"{STARTS} starts on a directory that cannot be written: nothing aside, 0 rows lost")
