@@ -1,6 +1,5 @@
 """Creating, reading, modifying, moving and deleting keys."""
 
-import dbus
 import pytest
 
 from database import refusing
