@@ -1,6 +1,6 @@
 #include "CallGuard.h"
 
-#include "BusNames.h"
+#include "zelcore/ZELBusNames.h"
 #include "BusObject.h"
 #include "zelcore/ZELApplication.h"
 #include "zelcore/ZELException.h"

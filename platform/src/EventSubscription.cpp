@@ -1,7 +1,7 @@
 #include "EventSubscription.h"
 
-#include "BusNames.h"
-#include "EventCodec.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELEventCodec.h"
 #include "zelcore/ZELApplication.h"
 #include "zelcore/ZELException.h"
 #include "zelcore/ZELLogger.h"

@@ -1,6 +1,6 @@
 #include "ModuleRunner.h"
 
-#include "BusNames.h"
+#include "zelcore/ZELBusNames.h"
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
 #include "zelcore/ZELApplication.h"

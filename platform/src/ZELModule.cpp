@@ -1,7 +1,7 @@
 #include "zelcore/ZELModule.h"
 
-#include "BusNames.h"
-#include "EventCodec.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELEventCodec.h"
 #include "EventSubscription.h"
 #include "ModuleRunner.h"
 #include "zelcore/ZELApplication.h"

@@ -1,5 +1,5 @@
-#include "BusNames.h"
-#include "EventCodec.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELEventCodec.h"
 #include "MessageMaker.h"
 #include "PrivateLine.h"
 #include "Requirement.h"

@@ -2,7 +2,8 @@
 
 #include <QString>
 
-/// The platform's conventions on the bus. Nothing outside platform/ knows them.
+/// The platform's conventions on the bus, for programs that talk to modules without being one. A
+/// module has no use for them: the framework speaks for it.
 namespace zel {
 
 /// `com.velmora.Tessaro.<module name>`
@@ -13,6 +14,9 @@ QString objectPath(const QString &moduleName);
 
 /// The interface of every module's operations.
 QString operationsInterface();
+
+/// The interface on which every module's lifecycle hooks can be run.
+QString lifecycleInterface();
 
 /// Platform events are the signal `event` of this interface, on the sender's object path.
 QString eventsInterface();

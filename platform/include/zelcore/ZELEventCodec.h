@@ -6,8 +6,8 @@
 
 #include <optional>
 
-/// Platform events as bus signals: `sa(svb)`, the event's name and then its arguments in order,
-/// each as (name, value, flag).
+/// Platform events as bus signals, for programs that are no module: `sa(svb)`, the event's name and
+/// then its arguments in order, each as (name, value, flag).
 namespace zel {
 
 /// The signal that carries the event, sent from the object at `path`; nothing if an argument is of

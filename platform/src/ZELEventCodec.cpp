@@ -1,6 +1,6 @@
-#include "EventCodec.h"
+#include "zelcore/ZELEventCodec.h"
 
-#include "BusNames.h"
+#include "zelcore/ZELBusNames.h"
 #include "QtCompatibility.h"
 
 #include <QDBusArgument>

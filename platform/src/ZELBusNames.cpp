@@ -1,4 +1,4 @@
-#include "BusNames.h"
+#include "zelcore/ZELBusNames.h"
 
 namespace zel {
 
@@ -15,6 +15,11 @@ QString objectPath(const QString &moduleName)
 QString operationsInterface()
 {
     return QStringLiteral("com.velmora.Tessaro.ZELInterface");
+}
+
+QString lifecycleInterface()
+{
+    return QStringLiteral("com.velmora.Tessaro.ZELLifecycle");
 }
 
 QString eventsInterface()
