@@ -70,3 +70,36 @@ def random_rollout(source: random.Random) -> Rollout:
         [_key(source, dm_id) for dm_id in key_ids],
         source.randrange(4),
     )
+
+
+def untidy_rollout(source: random.Random, previous: Rollout) -> Rollout:
+    """What may come after another rollout: much of it as it was, and some records that repeat an identifier or have none."""
+    new = random_rollout(source)
+    actions = [*_kept(source, previous.actions, _action), *new.actions[: source.randrange(4)]]
+    keys = [*_kept(source, previous.keys, _key), *new.keys[: source.randrange(4)]]
+    if source.random() < 0.15:
+        actions.append(_action(source, ""))
+    if source.random() < 0.15:
+        keys.append(_key(source, ""))
+    if source.random() < 0.2:
+        source.shuffle(actions)
+        source.shuffle(keys)
+    return Rollout(actions, keys, new.broken)
+
+
+def _kept(source: random.Random, records: Sequence[Any], make: Any) -> list[Any]:
+    """Most of the records, some of them changed; few of those without an identifier."""
+    return [
+        _or_changed(source, record, make)
+        for record in records
+        if source.random() < (0.8 if record.dmId else 0.3)
+    ]
+
+
+def _or_changed(source: random.Random, record: Any, make: Any) -> Any:
+    """The record, or one that is another in a single field."""
+    if source.random() < 0.7:
+        return record
+    other = make(source, record.dmId)
+    field = source.choice(record._fields)
+    return record._replace(**{field: getattr(other, field)})

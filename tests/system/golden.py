@@ -1,16 +1,15 @@
 """Cases as files that a person can read; golden/README.md tells what they hold."""
 
 import json
-import os
 from pathlib import Path
 from typing import Any, Iterable, NamedTuple, Sequence
 
+from golden_files import check_golden
 from sandbox.events import Event
 from sandbox.log import LogLine
 from sandbox.records import Action, Key
 
 DIRECTORY = Path(__file__).with_name("golden")
-REWRITE = "PROGKEYS_REWRITE_GOLDEN"
 SEPARATOR = " | "
 
 
@@ -39,10 +38,7 @@ class Case(NamedTuple):
 
     def check(self, name: str, found: str) -> None:
         """Holds a text against the file of that name, or makes it the file if so asked."""
-        path = self.directory / name
-        if os.environ.get(REWRITE):
-            path.write_text(found, encoding="utf-8")
-        assert found == path.read_text(encoding="utf-8"), f"other than {path.parent.name}/{name}"
+        check_golden(self.directory / name, found)
 
 
 def cases() -> list[Case]:

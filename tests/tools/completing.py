@@ -1,0 +1,104 @@
+"""Completion in bash: the built script, called as bash does, and bash itself at a terminal."""
+
+import subprocess
+from pathlib import Path
+from typing import Mapping, NamedTuple, Sequence
+
+from progkeysctl import Tool, environment
+from sandbox.loop import LIMIT
+from terminals import Terminal
+
+WORD_BREAKS = " \t\n\"'><=;|&(:"
+BASH_COMPLETION = "/usr/share/bash-completion/bash_completion"
+
+CALL = r"""
+. "$1"
+COMP_WORDBREAKS=$2
+compopt() { told+=" $*"; }
+for COMP_LINE in "${@:3}"; do
+    COMP_POINT=${#COMP_LINE} COMPREPLY=() told=
+    _progkeysctl progkeysctl "${COMP_LINE##*[ =:]}" ""
+    printf '%s\036' "$told" "${COMPREPLY[@]}"
+    printf '\035'
+done
+"""
+
+
+class Completion(NamedTuple):
+    """What the script answers."""
+
+    words: list[str]
+    options: list[str]
+    """What it asks of bash, such as `nospace`."""
+
+
+def script_of(bin_dir: Path) -> Path:
+    return bin_dir.parent / "share" / "bash-completion" / "completions" / "progkeysctl"
+
+
+def shell_environment(tool: Tool, extra: Mapping[str, str]) -> dict[str, str]:
+    own = environment(tool.address, extra)
+    own["PATH"] = f"{tool.executable.parent}:{own['PATH']}"
+    return own
+
+
+class Completer:
+    """The script, called with half-typed lines; the cursor is at the end of each."""
+
+    def __init__(self, tool: Tool) -> None:
+        self.tool = tool
+        self.script = script_of(tool.executable.parent)
+
+    def all(self, lines: Sequence[str], breaks: str = WORD_BREAKS) -> list[Completion]:
+        ended = subprocess.run(
+            ["/bin/bash", "--norc", "-c", CALL, "bash", str(self.script), breaks, *lines],
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            encoding="utf-8",
+            env=shell_environment(self.tool, {}),
+            timeout=3 * LIMIT,
+            check=False,
+        )
+        assert (ended.returncode, ended.stderr) == (0, "")
+        answers = [answer.split("\036")[:-1] for answer in ended.stdout.split("\035")[:-1]]
+        assert len(answers) == len(lines)
+        return [Completion(words, options.replace("-o", "").split()) for options, *words in answers]
+
+    def __call__(self, line: str, breaks: str = WORD_BREAKS) -> Completion:
+        return self.all([line], breaks)[0]
+
+    def words(self, line: str) -> list[str]:
+        return self(line).words
+
+
+class Bash(Terminal):
+    """An interactive bash, in which keys are pressed."""
+
+    def __init__(self, tool: Tool, home: Path, *preparation: str) -> None:
+        extra = {"HOME": str(home), "TERM": "dumb", "PS1": "ready> ", "INPUTRC": "/dev/null"}
+        super().__init__(["/bin/bash", "--norc", "--noprofile", "-i"], shell_environment(tool, extra))
+        self.read_until("ready> ")
+        for line in (
+            "bind 'set show-all-if-ambiguous on'",
+            "bind 'set bell-style none'",
+            f"cd '{home}'",
+            "said() { printf 'said:'; printf '<%s>' \"$@\"; echo; }",
+            *preparation,
+        ):
+            self.line(line)
+            self.read_until("ready> ")
+
+    def complete(self, typed: str) -> str:
+        """Types, presses Tab and Return; the words that the shell makes of the line, in brackets."""
+        self.type(f"{typed}\t\x01said \n".encode())
+        self.read_until("\nsaid:")
+        return self.read_until("\r\n")
+
+    def offered(self, typed: str, last: str) -> str:
+        """Types, presses Tab and gives the line up; what was offered, up to this."""
+        self.type(f"{typed}\t".encode())
+        self.read_until("\r\n")
+        shown = self.read_until(last) + last
+        self.type(b"\x15\x0b\n")
+        self.read_until("ready> ")
+        return shown

@@ -1,0 +1,34 @@
+"""The tool, on the test's own bus or offline."""
+
+from pathlib import Path
+from typing import Callable, Iterator
+
+import pytest
+
+from progkeysctl import Tool
+from sandbox.bus import PrivateBus
+from sandbox.client import Client
+from sandbox.processes import Module
+
+
+@pytest.fixture
+def ctl(bin_dir: Path, bus: PrivateBus) -> Tool:
+    """The tool, for which the private bus is the system bus."""
+    return Tool(bin_dir, bus.address)
+
+
+@pytest.fixture
+def offline(bin_dir: Path) -> Tool:
+    """The tool where there is no bus at all."""
+    return Tool(bin_dir, "unix:path=/nonexistent/bus")
+
+
+@pytest.fixture
+def phone(launch: Callable[..., Module], client: Client, settings_manager: Module) -> Iterator[Module]:
+    """The service beside the real SettingsManager: a fake one in this process could not answer while the tool runs."""
+    assert settings_manager.running
+    module = launch()
+    module.wait_until_ready(client)
+    yield module
+    if module.running:
+        module.stop()

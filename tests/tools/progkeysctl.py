@@ -1,0 +1,126 @@
+"""Runs the tool: without a terminal, or on one of a given width."""
+
+import fcntl
+import json
+import os
+import pty
+import struct
+import subprocess
+import termios
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any, Mapping, Optional
+
+from sandbox.loop import LIMIT
+from sandbox.orphans import die_with_parent
+from sandbox.processes import clean_environment
+
+
+@dataclass
+class Result:
+    """What a run of the tool left."""
+
+    status: int
+    out: str
+    err: str
+
+    @property
+    def json(self) -> Any:
+        """The output, which must be one JSON text."""
+        return json.loads(self.out)
+
+    @property
+    def lines(self) -> list[str]:
+        return self.out.splitlines()
+
+
+def environment(address: Optional[str], extra: Mapping[str, str]) -> dict[str, str]:
+    own = clean_environment()
+    own.pop("NO_COLOR", None)
+    own.pop("COLUMNS", None)
+    own["TERM"] = "xterm"
+    if address:
+        own["DBUS_SYSTEM_BUS_ADDRESS"] = address
+    own.update(extra)
+    return own
+
+
+class Tool:
+    """The built progkeysctl, its system bus being the test's own."""
+
+    def __init__(self, bin_dir: Path, address: Optional[str]) -> None:
+        self.executable = bin_dir / "progkeysctl"
+        self.address = address
+
+    def __call__(
+        self,
+        *words: object,
+        stdin: Optional[str] = None,
+        env: Optional[Mapping[str, str]] = None,
+        limit: float = LIMIT,
+    ) -> Result:
+        """Runs the tool to its end, without a terminal."""
+        ended = subprocess.run(
+            self.command(*words),
+            input=stdin,
+            stdin=subprocess.DEVNULL if stdin is None else None,
+            capture_output=True,
+            encoding="utf-8",
+            env=environment(self.address, env or {}),
+            timeout=limit,
+            check=False,
+        )
+        return Result(ended.returncode, ended.stdout, ended.stderr)
+
+    def json(self, *words: object, status: int = 0) -> Any:
+        """What a command prints as JSON; it must end with that status."""
+        result = self(*words, "--json=short")
+        assert result.status == status, f"status {result.status}: {result.err}"
+        return result.json
+
+    def command(self, *words: object) -> list[str]:
+        return [str(self.executable), *(str(word) for word in words)]
+
+    def start(self, *words: object, env: Optional[Mapping[str, str]] = None) -> subprocess.Popen[str]:
+        """Starts the tool; the caller ends it."""
+        return subprocess.Popen(
+            self.command(*words),
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            encoding="utf-8",
+            env=environment(self.address, env or {}),
+            preexec_fn=die_with_parent,
+        )
+
+    def on_terminal(self, width: int, *words: object, env: Optional[Mapping[str, str]] = None) -> Result:
+        """Runs the tool with its output on a terminal so many columns wide."""
+        ours, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
+        child = subprocess.Popen(
+            self.command(*words),
+            stdin=subprocess.DEVNULL,
+            stdout=theirs,
+            stderr=subprocess.PIPE,
+            env=environment(self.address, env or {}),
+            preexec_fn=die_with_parent,
+        )
+        os.close(theirs)
+        out = read_to_end(ours)
+        assert child.stderr is not None
+        err = child.stderr.read()
+        status = child.wait(LIMIT)
+        return Result(status, out.decode().replace("\r\n", "\n"), err.decode())
+
+
+def read_to_end(descriptor: int) -> bytes:
+    """What is written to a terminal until its last writer has gone."""
+    parts = []
+    try:
+        while part := os.read(descriptor, 65536):
+            parts.append(part)
+    except OSError:
+        pass  # how a terminal says that nobody holds its other end any more
+    finally:
+        os.close(descriptor)
+    return b"".join(parts)

@@ -1,0 +1,104 @@
+"""Sandboxes of the tool, seen from outside."""
+
+import contextlib
+import os
+import signal
+import subprocess
+from pathlib import Path
+from typing import Iterator, Mapping, NamedTuple, Optional
+
+from sandbox.loop import LIMIT, wait_until
+from sandbox.processes import clean_environment
+
+HOLD = "echo $PROGKEYS_SANDBOX; read end"
+"""A command that says where it is, and goes on until its input ends."""
+
+
+class Process(NamedTuple):
+    pid: int
+    name: str
+
+
+def processes_of(directory: str) -> list[Process]:
+    """Every process that runs in the sandbox of that directory, whoever started it."""
+    found = []
+    for entry in Path("/proc").iterdir():
+        with contextlib.suppress(OSError):
+            if entry.name.isdigit() and f"PROGKEYS_SANDBOX={directory}\0".encode() in (entry / "environ").read_bytes():
+                found.append(Process(int(entry.name), os.path.basename(os.readlink(entry / "exe"))))
+    return found
+
+
+def process_named(directory: str, name: str, other_than: Optional[int] = None) -> Optional[int]:
+    """The process of that name in the sandbox."""
+    return next(
+        (process.pid for process in processes_of(directory) if process.name == name and process.pid != other_than),
+        None,
+    )
+
+
+def children_of(parent: int) -> list[int]:
+    found = []
+    for entry in Path("/proc").iterdir():
+        with contextlib.suppress(OSError):
+            if entry.name.isdigit() and int((entry / "stat").read_text().rpartition(")")[2].split()[1]) == parent:
+                found.append(int(entry.name))
+    return found
+
+
+def nothing_is_left(directory: str) -> bool:
+    return not processes_of(directory) and not Path(directory).exists()
+
+
+class Sandbox:
+    """A sandbox that runs until its input ends."""
+
+    def __init__(self, tool: Path, options: tuple[str, ...], command: str) -> None:
+        self.child = subprocess.Popen(
+            [tool, "sandbox", *options, "--", "sh", "-c", command],
+            env=clean_environment(),
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            text=True,
+        )
+        self.directory = self.child.stdout.readline().strip()
+        assert Path(self.directory).is_dir(), self.child.communicate()
+
+    def running(self, name: str, other_than: Optional[int] = None) -> int:
+        """The process of that name, once there is one."""
+        return wait_until(lambda: process_named(self.directory, name, other_than), f"{name} runs")
+
+    def end(self) -> tuple[int, str]:
+        """Ends its input; its exit status and what it wrote to stderr."""
+        _, errors = self.child.communicate(timeout=LIMIT)
+        return self.child.returncode, errors
+
+    def close(self) -> None:
+        if self.child.poll() is None:
+            self.child.send_signal(signal.SIGTERM)
+        self.child.communicate(timeout=LIMIT)
+
+
+@contextlib.contextmanager
+def sandbox(tool: Path, *options: str, command: str = HOLD) -> Iterator[Sandbox]:
+    running = Sandbox(tool, options, command)
+    try:
+        yield running
+    finally:
+        running.close()
+
+
+def run(
+    tool: Path, *words: str, environment: Optional[Mapping[str, str]] = None
+) -> "subprocess.CompletedProcess[str]":
+    """Runs the sandbox command with these words after it, without a terminal, to its end."""
+    return subprocess.run(
+        [tool, "sandbox", *words],
+        env={**clean_environment(), **(environment or {})},
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        text=True,
+        timeout=3 * LIMIT,
+        check=False,
+    )

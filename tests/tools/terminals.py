@@ -1,0 +1,54 @@
+"""A terminal with a program in it."""
+
+import contextlib
+import os
+import pty
+import select
+import time
+from typing import Mapping
+
+from sandbox.loop import LIMIT
+
+CTRL_C = b"\x03"
+CTRL_Z = b"\x1a"
+
+
+class Terminal:
+    """Runs the program from the start, as the leader of the terminal's session."""
+
+    def __init__(self, command: list[str], environment: Mapping[str, str]) -> None:
+        self.pid, self._descriptor = pty.fork()
+        if self.pid == 0:
+            os.execve(command[0], command, environment)
+        self._unread = ""
+
+    def close(self) -> None:
+        """Hangs up."""
+        with contextlib.suppress(OSError):
+            os.close(self._descriptor)
+
+    def type(self, keys: bytes) -> None:
+        os.write(self._descriptor, keys)
+
+    def line(self, text: str) -> None:
+        self.type(f"{text}\n".encode())
+
+    def read_until(self, text: str) -> str:
+        """What came up to this text, which must come."""
+        deadline = time.monotonic() + LIMIT
+        while text not in self._unread:
+            readable, _, _ = select.select([self._descriptor], [], [], max(0, deadline - time.monotonic()))
+            assert readable, f"{text!r} does not come, but {self._unread!r}"
+            try:
+                self._unread += os.read(self._descriptor, 4096).decode(errors="replace")
+            except OSError:
+                raise AssertionError(f"{text!r} has not come, but {self._unread!r}") from None
+        before, _, self._unread = self._unread.partition(text)
+        return before
+
+    def status(self) -> int:
+        """The exit status of the program, which must end."""
+        with contextlib.suppress(OSError):
+            while os.read(self._descriptor, 4096):
+                pass
+        return os.waitstatus_to_exitcode(os.waitpid(self.pid, 0)[1])

@@ -1,0 +1,245 @@
+"""What holds for every command: which bus, in which form, with which status."""
+
+import ctypes
+import json
+import signal
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+from progkeysctl import Tool, environment
+from samples import CALL, SET_KEY
+from sandbox.bus import PrivateBus
+from sandbox.client import Client
+from sandbox.processes import Module
+
+COMMANDS_THAT_CALL = [
+    ["key", "list"],
+    ["key", "show", "1"],
+    ["key", "add", "position=1", "idAction=-1"],
+    ["key", "set", "1", "icon=x"],
+    ["key", "move", "1=2"],
+    ["key", "delete", "1"],
+    ["action", "list"],
+    ["action", "show", "1"],
+    ["action", "add", "type=1"],
+    ["action", "set", "1", "type=1"],
+    ["action", "delete", "1"],
+    ["icon", "1", "0", "0"],
+    ["label", "1", "0"],
+    ["press", "2/5"],
+    ["export"],
+    ["restore", "default", "--yes"],
+    ["defaults", "plan"],
+    ["status"],
+]
+each_command = pytest.mark.parametrize("words", COMMANDS_THAT_CALL, ids=" ".join)
+
+
+@each_command
+def test_without_the_service_every_command_says_so(ctl: Tool, words: list[str]) -> None:
+    result = ctl(*words)
+    assert result.status == 8
+    if words != ["status"]:
+        assert result.out == ""
+        assert "ZelProgrammableKeys is not running on the system bus at" in result.err
+        assert "Start it" in result.err
+
+
+@each_command
+def test_without_a_bus_every_command_says_so(offline: Tool, words: list[str]) -> None:
+    result = offline(*words)
+    assert (result.status, result.out) == (1, "")
+    assert "Cannot reach the system bus at unix:path=/nonexistent/bus" in result.err
+    assert "--address" in result.err
+
+
+@pytest.mark.parametrize("words", [["--version"], ["--help"], ["key", "--help"], ["key", "add", "--help"]], ids=" ".join)
+def test_help_needs_no_phone(offline: Tool, words: list[str]) -> None:
+    result = offline(*words)
+    assert (result.status, result.err) == (0, "")
+    assert result.out
+
+
+@pytest.mark.parametrize(
+    ("words", "message"),
+    [
+        ([], "progkeysctl wants a command"),
+        (["key"], "progkeysctl key wants a command"),
+        (["keys"], 'There is no command "progkeysctl keys"'),
+        (["key", "paint"], 'There is no command "progkeysctl key paint"'),
+        (["key", "list", "--colour"], "The following argument was not expected: --colour"),
+        (["key", "list", "-j", "--terse"], "excludes"),
+        (["key", "list", "--json=long"], "--json"),
+        (["status", "--system", "--session"], "excludes"),
+        (["status", "--timeout", "0"], "--timeout"),
+        (["status", "--timeout", "soon"], "--timeout"),
+        (["restore", "everything", "--yes"], "everything"),
+    ],
+    ids=lambda value: " ".join(value) or "nothing" if isinstance(value, list) else None,
+)
+def test_a_line_that_cannot_be_meant_is_told(offline: Tool, words: list[str], message: str) -> None:
+    result = offline(*words)
+    assert (result.status, result.out) == (2, "")
+    assert result.err.startswith("progkeysctl: error: ")
+    assert message in result.err
+    assert "--help" in result.err
+
+
+@pytest.fixture
+def stocked(client: Client, phone: Module) -> Module:
+    id_action = client.add_action(CALL._replace(label="Empfang: Ü, 受付 ☎", arguments="a:b\\c\nd"))
+    client.create_programmable_key(SET_KEY._replace(idAction=id_action, container="a" * 60, icon="受付" * 20))
+    return phone
+
+
+def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> None:
+    short = ctl("key", "list", "--json=short")
+    pretty = ctl("key", "list", "--json=pretty")
+    assert short.json == pretty.json == [client.get_all_programmable_keys()[0]._asdict()]
+    assert len(short.lines) == 1
+    assert len(pretty.lines) > 9
+    assert ctl("key", "list", "-j").out == short.out
+    assert json.loads(ctl.on_terminal(40, "key", "list", "-j").out) == short.json
+    assert len(ctl.on_terminal(40, "key", "list", "-j").lines) > 9
+
+
+def test_json_has_only_the_fields_asked_for(ctl: Tool, stocked: Module) -> None:
+    assert ctl.json("key", "list", "--fields", "idKey,type") == [{"idKey": 1, "type": 0}]
+
+
+def test_terse_lines_can_be_taken_apart(ctl: Tool, stocked: Module) -> None:
+    listed = ctl("action", "list", "--terse", "--fields", "idAction,arguments,label")
+    assert listed.lines == ["-1::", r"1:a\:b\\c\nd:Empfang\: Ü, 受付 ☎"]
+
+
+def test_a_table_fits_a_narrow_terminal(ctl: Tool, stocked: Module) -> None:
+    for width in (60, 80, 100):
+        shown = ctl.on_terminal(width, "key", "list", env={"NO_COLOR": "1"})
+        assert shown.status == 0
+        assert max(columns(line) for line in shown.lines) <= width
+        assert shown.lines[0].startswith("KEY  DM")
+        assert "…" in shown.lines[1]
+    assert shown.lines[-1] == "1 key"
+
+
+def test_a_wide_terminal_and_none_show_everything(ctl: Tool, stocked: Module) -> None:
+    wide = ctl.on_terminal(300, "key", "list", env={"NO_COLOR": "1"})
+    assert wide.out == ctl("key", "list").out
+    assert "a" * 60 in wide.out
+    assert "受付" * 20 in wide.out
+
+
+def test_a_very_narrow_terminal_shows_row_by_row(ctl: Tool, stocked: Module) -> None:
+    shown = ctl.on_terminal(30, "key", "list", env={"NO_COLOR": "1"})
+    assert [line.split()[0] for line in shown.lines[:3]] == ["KEY", "DM", "ACTION"]
+    assert max(columns(line) for line in shown.lines) <= 30
+
+
+def test_wide_characters_are_counted_right(ctl: Tool, client: Client, stocked: Module) -> None:
+    client.create_programmable_key(SET_KEY._replace(idAction=1, container="b", icon="e\u0301\U0001f44d"))
+    lines = ctl("key", "list", "--no-legend").lines
+    # The last column begins at the same place in both rows.
+    assert [columns(line.removesuffix("0")) for line in lines] == [columns(lines[0].removesuffix("0"))] * 2
+
+
+def test_no_legend_leaves_the_rows(ctl: Tool, stocked: Module) -> None:
+    assert len(ctl("key", "list", "--no-legend").lines) == 1
+    assert len(ctl("key", "list").lines) == 3
+
+
+def test_colour_is_for_terminals_that_want_it(ctl: Tool, stocked: Module) -> None:
+    assert "\x1b[" in ctl.on_terminal(80, "key", "list").out
+    assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"NO_COLOR": "1"}).out
+    assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"TERM": "dumb"}).out
+    assert "\x1b[" not in ctl("key", "list").out
+    assert "\x1b[" not in ctl("key", "show", "7").err
+
+
+def test_texts_cannot_write_on_the_terminal(ctl: Tool, client: Client, phone: Module) -> None:
+    client.add_action(CALL._replace(label="\x1b[2Jgone\r\n\u202eback"))
+    shown = ctl("action", "list")
+    assert r"\x1b[2Jgone\r\n\u202eback" in shown.out
+    assert "\x1b" not in ctl("action", "delete", "1").out
+
+
+# The bus
+
+
+def test_the_session_bus_and_any_address_can_be_meant(offline: Tool, bus: PrivateBus, phone: Module) -> None:
+    by_address = offline("status", "--address", bus.address, "--json=short")
+    assert (by_address.status, by_address.json["bus"]) == (0, f"the bus at {bus.address}")
+    on_session = offline("--session", "--json=short", "status", env={"DBUS_SESSION_BUS_ADDRESS": bus.address})
+    assert (on_session.status, on_session.json["bus"]) == (0, f"the session bus at {bus.address}")
+
+
+def test_an_answer_that_takes_too_long(ctl: Tool, client: Client, phone: Module) -> None:
+    phone.send_signal(signal.SIGSTOP)
+    try:
+        result = ctl("key", "list", "--timeout", "0.2")
+    finally:
+        phone.send_signal(signal.SIGCONT)
+    assert (result.status, result.out) == (3, "")
+    assert "ZelProgrammableKeys did not answer within 0.2 s" in result.err
+
+
+def test_a_policy_that_forbids_the_call(bin_dir: Path, tmp_path: Path) -> None:
+    """The bus lets nobody send anything to the service."""
+    with ForbiddingBus() as forbidding:
+        owner = Client(forbidding.address)
+        owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
+        result = Tool(bin_dir, forbidding.address)("key", "list")
+        owner.close()
+    assert (result.status, result.out) == (5, "")
+    assert "does not let you do this" in result.err
+
+
+class ForbiddingBus(PrivateBus):
+    def __init__(self) -> None:
+        super().__init__()
+        rule = '<deny send_destination="com.velmora.Tessaro.ZelProgrammableKeys"/>\n  </policy>'
+        text = self._configuration.read_text(encoding="utf-8")
+        self._configuration.write_text(text.replace("</policy>", rule), encoding="utf-8")
+
+
+def test_a_service_that_dies_in_the_call_is_not_running(ctl: Tool, bus: PrivateBus) -> None:
+    """A process of the service's name that leaves the bus when it is called."""
+    script = (
+        "import dbus, dbus.bus, os, sys\n"
+        "from dbus.mainloop.glib import DBusGMainLoop\n"
+        "from gi.repository import GLib\n"
+        "bus = dbus.bus.BusConnection(sys.argv[1], mainloop=DBusGMainLoop())\n"
+        "bus.add_message_filter(lambda _, m: os._exit(0) if m.get_member() == 'getAllProgrammableKeys' else 1)\n"
+        "bus.request_name('com.velmora.Tessaro.ZelProgrammableKeys')\n"
+        "print('ready', flush=True)\n"
+        "GLib.MainLoop().run()\n"
+    )
+    with subprocess.Popen([sys.executable, "-c", script, bus.address], stdout=subprocess.PIPE, text=True) as dying:
+        assert dying.stdout.readline() == "ready\n"
+        result = ctl("key", "list")
+    assert (result.status, result.out) == (8, "")
+
+
+def test_output_that_cannot_be_written_is_a_failure(ctl: Tool, stocked: Module) -> None:
+    with open("/dev/full", "wb") as full:
+        ended = subprocess.run(
+            ctl.command("key", "list"), stdout=full, stderr=subprocess.PIPE, encoding="utf-8",
+            env=environment(ctl.address, {}), check=False,
+        )
+    assert ended.returncode == 1
+    assert "The output could not be written: No space left on device" in ended.stderr
+
+
+def columns(text: str) -> int:
+    """How many columns a terminal gives the text, as the C library counts."""
+    libc = ctypes.CDLL(None)
+    libc.setlocale(0, b"C.UTF-8")
+    clusters: list[int] = []
+    for character in text:
+        width = libc.wcwidth(ord(character))
+        if width == 0 and clusters:
+            continue
+        clusters.append(width)
+    return sum(clusters)

@@ -1,0 +1,264 @@
+"""`export` and `import`: what users made, to a file and to a phone again."""
+
+import json
+import signal
+from pathlib import Path
+from typing import Any, Callable
+
+import pytest
+
+from database import Database, refusing
+from progkeysctl import Tool
+from samples import CALL, MODULE_KEY, SET_KEY
+from sandbox.client import Client
+from sandbox.loop import LIMIT, wait_until
+from sandbox.processes import Module
+from sandbox.records import Action, Key
+
+SCHEMA = "com.velmora.Tessaro.ProgrammableKeys.Export"
+PROVISIONED = (
+    "INSERT INTO ACTION (type, action, webAppName, arguments, label, shortLabel, dmId) "
+    "VALUES (3, 'call', '', '7', 'Desk', 'D', '{0}')"
+)
+
+
+def document(actions: list[dict[str, Any]], keys: list[dict[str, Any]]) -> dict[str, Any]:
+    return {"schema": SCHEMA, "version": 1, "actions": actions, "keys": keys}
+
+
+@pytest.fixture
+def brought(ctl: Tool, tmp_path: Path) -> Callable[..., Any]:
+    """Imports a document; the rows told, or the result if it is to fail."""
+    file = tmp_path / "export.json"
+
+    def bring(content: Any, *words: str, status: int = 0) -> Any:
+        file.write_text(content if isinstance(content, str) else json.dumps(content), encoding="utf-8")
+        result = ctl("import", "--json=short", *words, file)
+        assert result.status == status, result.err
+        return result if status else result.json
+
+    return bring
+
+
+def without_ids(actions: list[Action], keys: list[Key]) -> tuple[list[Action], list[Key]]:
+    """The rows with their actions instead of numbers."""
+    by_id = {action.idAction: action for action in actions}
+    return (
+        [action._replace(idAction=0) for action in actions],
+        [key._replace(idKey=0, idAction=by_id[key.idAction]._replace(idAction=0)) for key in keys],
+    )
+
+
+def stock(client: Client, database: Database) -> None:
+    """Rows with gaps between their ids, twins, odd texts, and keys of every kind of action."""
+    database.execute(PROVISIONED.format("D1"))
+    for label in ("one", "two", "three", "two", "\u202eodd \"\\,#\n\U0001f4de"):
+        client.add_action(CALL._replace(label=label))
+    client.delete_action(3)
+    for place, id_action in enumerate((2, 4, 5, 5, 6, 1, -1)):
+        client.create_programmable_key(SET_KEY._replace(idAction=id_action, position=place))
+        client.create_programmable_key(MODULE_KEY._replace(idAction=id_action, position=place))
+    client.create_programmable_key(SET_KEY._replace(idAction=2, position=0))
+    client.create_programmable_key(SET_KEY._replace(idAction=1, position=40, dmId="D1"))
+    client.delete_programmable_key(1)
+
+
+def test_an_empty_phone_gets_the_same_keys_and_actions(
+    ctl: Tool, client: Client, phone: Module, database: Database, tmp_path: Path
+) -> None:
+    stock(client, database)
+    before = without_ids(client.get_all_actions(), [key for key in client.get_all_programmable_keys() if not key.dmId])
+    file = tmp_path / "export.json"
+    assert ctl("export", "-o", file).out == ""
+    assert json.loads(file.read_text(encoding="utf-8")) == ctl("export").json
+
+    assert ctl("restore", "default", "--yes").status == 0
+    database.execute(*(PROVISIONED.format(f"D{number}") for number in (9, 1)))
+    rows = ctl.json("import", file)
+    assert {row["outcome"] for row in rows} == {"done"}
+
+    actions = client.get_all_actions()
+    other = next(action for action in actions if action.dmId == "D9")
+    after = without_ids([action for action in actions if action != other], client.get_all_programmable_keys())
+    assert sorted(after[0]) == sorted(before[0])
+    assert after[1] == before[1]
+
+    again = ctl.json("import", file)
+    assert {row["step"] for row in again} == {"skip"}
+    assert client.get_all_actions() == actions
+
+
+def test_only_what_users_made_is_exported(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
+    stock(client, database)
+    exported = ctl("export", "--json=short")
+    assert len(exported.lines) == 1
+    rows = exported.json
+    assert (rows["schema"], rows["version"]) == (SCHEMA, 1)
+    assert [action["idAction"] for action in rows["actions"]] == [2, 4, 5, 6]
+    assert {key.get("actionDmId") for key in rows["keys"] if "idAction" not in key} == {"D1"}
+    assert all("dmId" not in row for row in rows["actions"] + rows["keys"])
+    assert 40 not in {key["position"] for key in rows["keys"]}
+
+
+def test_a_part_is_exported_with_the_actions_it_needs(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
+    stock(client, database)
+    client.create_programmable_key(SET_KEY._replace(idAction=5, container="other"))
+    rows = ctl("export", "--container", "other").json
+    assert ([action["idAction"] for action in rows["actions"]], len(rows["keys"])) == ([5], 1)
+    on_module = ctl("export", "--module", MODULE_KEY.aom_addr).json
+    assert {key["type"] for key in on_module["keys"]} == {1}
+    assert ctl("export", "--module", 99).json == document([], [])
+
+
+def test_what_would_be_done_is_told_and_not_done(brought, client: Client, phone: Module, database: Database) -> None:
+    database.execute(PROVISIONED.format("D1"))
+    client.add_action(CALL)
+    client.create_programmable_key(SET_KEY._replace(idAction=2, position=1))
+    client.create_programmable_key(SET_KEY._replace(idAction=2, position=2))
+    client.create_programmable_key(SET_KEY._replace(idAction=1, position=3, dmId="D1"))
+    before = (client.get_all_actions(), client.get_all_programmable_keys())
+    same = CALL._asdict() | {"idAction": 70}
+    new = same | {"idAction": 71, "label": "New"}
+    key = SET_KEY._asdict() | {"idKey": 1}
+    content = document(
+        [same, new],
+        [
+            key | {"idKey": 81, "idAction": 70, "position": 1},
+            key | {"idKey": 82, "idAction": 71, "position": 2},
+            key | {"idKey": 83, "idAction": 71, "position": 3},
+            key | {"idKey": 84, "idAction": 71, "position": 4},
+            key | {"idKey": 85, "idAction": -1, "position": 5},
+            {name: value for name, value in key.items() if name != "idAction"} | {"idKey": 86, "actionDmId": "D1", "position": 6},
+            {name: value for name, value in key.items() if name != "idAction"} | {"idKey": 87, "actionDmId": "D7", "position": 7},
+            key | {"idKey": 88, "idAction": 99, "position": 8},
+        ],
+    )
+    told = [
+        ("skip", "action", 70, 2, "already there as action 2"),
+        ("add", "action", 71, None, ""),
+        ("skip", "key", 81, 1, "already there as key 1"),
+        ("change", "key", 82, 2, ""),
+        ("skip", "key", 83, None, "provisioned key 3 has its place"),
+        ("add", "key", 84, None, ""),
+        ("add", "key", 85, None, ""),
+        ("add", "key", 86, None, ""),
+        ("skip", "key", 87, None, 'no provisioned action "D7" here'),
+        ("skip", "key", 88, None, "its action 99 is not in the file"),
+    ]
+    rows = brought(content, "--dry-run")
+    assert [(row["step"], row["what"], row["fileId"], row["id"], row["reason"]) for row in rows] == told
+    assert {row["outcome"] for row in rows if row["step"] != "skip"} == {"planned"}
+    assert (client.get_all_actions(), client.get_all_programmable_keys()) == before
+
+    done = brought(content)
+    assert [(row["step"], row["fileId"]) for row in done] == [(step, file_id) for step, _, file_id, _, _ in told]
+    assert {row["outcome"] for row in done if row["step"] != "skip"} == {"done"}
+    assert client.get_action(3) == [Action(**(new | {"idAction": 3}))]
+    keys = {each.idKey: each for each in client.get_all_programmable_keys()}
+    assert keys[2] == SET_KEY._replace(idKey=2, idAction=3, position=2)
+    assert [(keys[number].position, keys[number].idAction) for number in (4, 5, 6)] == [(4, 3), (5, -1), (6, 1)]
+    assert keys[3] == before[1][2]
+    assert len(keys) == 6
+
+
+def test_an_import_without_room_does_not_begin(
+    brought, client: Client, phone: Module, settings_dir: Path
+) -> None:
+    (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
+    key = SET_KEY._asdict() | {"idAction": -1}
+    refused = brought(document([], [key | {"position": 1}, key | {"position": 2}]), status=1)
+    assert "There would be 2 keys of the set, and ProgKeysMax allows 1; nothing was imported" in refused.err
+    assert client.get_all_programmable_keys() == []
+    assert len(brought(document([], [key | {"position": 1}]))) == 1
+
+
+def test_an_import_that_fails_says_what_was_done(brought, client: Client, phone: Module, database: Database) -> None:
+    database.execute(refusing("INSERT", "KEY", "NEW.position = 2").trigger)
+    key = SET_KEY._asdict() | {"idAction": 5}
+    content = document(
+        [CALL._asdict() | {"idAction": 5}], [key | {"idKey": place, "position": place} for place in (1, 2, 3)]
+    )
+    failed = brought(content, status=1)
+    assert [(row["fileId"], row["outcome"], row["id"]) for row in failed.json] == [
+        (5, "done", 1),
+        (1, "done", 1),
+        (2, "failed", None),
+        (3, "not done", None),
+    ]
+    assert "Key 2 of the file was refused (-2), and the import stopped there" in failed.err
+    assert len(client.get_all_programmable_keys()) == 1
+
+    database.execute("DROP TRIGGER fault")
+    rows = brought(content)
+    assert [row["outcome"] for row in rows] == ["skipped", "skipped", "done", "done"]
+    assert [each.position for each in client.get_all_programmable_keys()] == [1, 2, 3]
+
+
+def test_a_call_that_is_not_answered_leaves_its_outcome_open(brought, client: Client, phone: Module, database: Database) -> None:
+    """The database is locked for longer than the tool waits, but not than the service does."""
+    with database.locked():
+        failed = brought(document([CALL._asdict() | {"idAction": 5}], []), "--timeout", "0.5", status=3)
+    assert [row["outcome"] for row in failed.json] == ["unknown"]
+
+
+def test_an_interrupted_import_says_what_was_done(ctl: Tool, client: Client, phone: Module, tmp_path: Path) -> None:
+    key = SET_KEY._asdict() | {"idAction": -1}
+    file = tmp_path / "many.json"
+    file.write_text(json.dumps(document([], [key | {"idKey": place, "position": place} for place in range(900)])), encoding="utf-8")
+    importing = ctl.start("import", "--json=short", file)
+    wait_until(client.get_all_programmable_keys, "the first key is there")
+    importing.send_signal(signal.SIGINT)
+    out, err = importing.communicate(timeout=LIMIT)
+    rows = json.loads(out)
+    done = [row for row in rows if row["outcome"] == "done"]
+    stored = client.get_all_programmable_keys()
+    assert importing.returncode == 1
+    assert "The import was interrupted" in err
+    assert len(rows) == 900 and 0 < len(done) < 900
+    assert [(row["id"], row["fileId"]) for row in done] == [(each.idKey, each.position) for each in stored]
+
+
+@pytest.mark.parametrize(
+    ("content", "message"),
+    [
+        ("", "is no JSON"),
+        ("[1, 2]", "is no export of programmable keys"),
+        ('{"schema": "x"', "is no JSON"),
+        (document([], []) | {"version": 2}, "is of another version than 1"),
+        (document([], []) | {"colour": 1}, 'there is no "colour" in an export'),
+        ({"schema": SCHEMA, "version": 1, "actions": []}, '"keys" is no list'),
+        (document([1], []), '"actions" has an element that is no object'),  # type: ignore[list-item]
+        (document([{"idAction": 1, "type": 1}], []), "actions[0]: the field action is missing"),
+        (document([{"idAction": 1, "type": "1", "action": ""}], []), "actions[0]: the field type is not a whole number of 32 bits"),
+        (document([{"idAction": 1, "type": 2147483648, "action": ""}], []), "actions[0]: the field type is not"),
+        (document([{"idAction": 1.5, "type": 1, "action": ""}], []), "actions[0]: the field idAction is not"),
+        (document([{"idAction": 1, "type": 1, "action": None}], []), "actions[0]: the field action is not a text"),
+        (document([{"idAction": 1, "type": 1, "action": "", "dmId": "D1"}], []), "actions[0]: its dmId says that it is provisioned"),
+        (document([{"idAction": -1, "type": 1, "action": ""}], []), "actions[0]: -1 is the reserved action"),
+        (document([{"idAction": 1, "type": 1, "action": ""}] * 2, []), "actions[1]: the id 1 stands twice"),
+        (document([], [{"type": 0, "position": 1}]), "keys[0]: either idAction or actionDmId"),
+        (document([], [{"type": 0, "position": 1, "idAction": 1, "actionDmId": "D1"}]), "keys[0]: either idAction or actionDmId"),
+        (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId is no identifier"),
+        (document([], [{"type": 0, "idAction": -1}]), "keys[0]: the field position is missing"),
+        (document([], [{"type": 0, "position": 1, "idAction": -1, "colour": 1}]), "keys[0]: there is no field colour"),
+    ],
+)
+def test_a_file_that_is_no_export_is_refused_whole(brought, client: Client, phone: Module, content: Any, message: str) -> None:
+    refused = brought(content, status=4)
+    assert message in refused.err
+    assert refused.out == ""
+    assert (len(client.get_all_actions()), client.get_all_programmable_keys()) == (1, [])
+
+
+def test_a_file_that_is_not_there(ctl: Tool, phone: Module, tmp_path: Path) -> None:
+    result = ctl("import", tmp_path / "none.json")
+    assert result.status == 1
+    assert "none.json" in result.err
+
+
+def test_an_export_can_be_piped(ctl: Tool, client: Client, phone: Module) -> None:
+    client.add_action(CALL)
+    text = ctl("export").out
+    client.delete_action(1)
+    assert ctl("import", "-", stdin=text).status == 0
+    assert client.get_action(2) == [CALL._replace(idAction=2)]

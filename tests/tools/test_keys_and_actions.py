@@ -1,0 +1,256 @@
+"""`key` and `action`: what is listed, made, changed, moved and deleted, and what is refused and why."""
+
+import pytest
+
+from database import Database, refusing
+from progkeysctl import Tool
+from samples import CALL, MODULE_KEY, SET_KEY
+from sandbox.client import Client
+from sandbox.processes import Module
+from sandbox.records import Action, Key
+
+pytestmark = pytest.mark.usefixtures("phone")
+
+PROVISIONED = "INSERT INTO ACTION (type, action, webAppName, arguments, label, shortLabel, dmId) VALUES (3, 'call', '', '7', 'Desk', 'D', 'D1')"
+
+
+@pytest.fixture
+def action(client: Client, phone: Module) -> Action:
+    return CALL._replace(idAction=client.add_action(CALL))
+
+
+@pytest.fixture
+def key(client: Client, action: Action) -> Key:
+    bound = SET_KEY._replace(idAction=action.idAction)
+    return bound._replace(idKey=client.create_programmable_key(bound))
+
+
+@pytest.fixture
+def module_key(client: Client, action: Action) -> Key:
+    bound = MODULE_KEY._replace(idAction=action.idAction)
+    return bound._replace(idKey=client.create_programmable_key(bound))
+
+
+def provisioned(database: Database, client: Client) -> tuple[Action, Key]:
+    """A provisioned action with a provisioned key, as a merge leaves them."""
+    database.execute(PROVISIONED)
+    desk = next(row for row in client.get_all_actions() if row.dmId)
+    key_id = client.create_programmable_key(SET_KEY._replace(dmId="D1", idAction=desk.idAction, position=9))
+    return desk, client.get_programmable_key(key_id)[0]
+
+
+# Keys
+
+
+def test_keys_are_listed_by_place_and_type(ctl: Tool, key: Key, module_key: Key) -> None:
+    assert ctl.json("key", "list") == [key._asdict(), module_key._asdict()]
+    assert ctl.json("key", "list", "--container", key.container) == [key._asdict()]
+    assert ctl.json("key", "list", "--module", module_key.aom_addr) == [module_key._asdict()]
+    assert ctl.json("key", "list", "--module", 99) == []
+    assert ctl.json("key", "list", "--type", 1) == [module_key._asdict()]
+    assert ctl.json("key", "list", "--type", 1, "--container", key.container) == []
+
+
+def test_one_key_is_shown_with_all_its_fields(ctl: Tool, key: Key) -> None:
+    assert ctl.json("key", "show", key.idKey) == key._asdict()
+    shown = ctl("key", "show", key.idKey)
+    assert [line.split()[-1] for line in shown.lines if line.startswith(("KEY ", "CONTAINER"))] == ["1", "main"]
+
+
+def test_a_key_is_made_from_assignments(ctl: Tool, client: Client, action: Action) -> None:
+    made = ctl("key", "add", "container=my keys", "position=3", f"idAction={action.idAction}", "icon=a=b")
+    assert (made.status, made.out) == (0, "Key 1 is made.\n")
+    expected = Key(1, "", action.idAction, "my keys", 3, "a=b", 0, -1, -1)
+    assert client.get_programmable_key(1) == [expected]
+    in_json = ctl.json("key", "add", "position=4", f"idAction={action.idAction}", "type=1", "aom_type=1", "aom_addr=2")
+    assert in_json == client.get_programmable_key(2)[0]._asdict()
+
+
+def test_a_new_key_prints_just_its_id_for_scripts(ctl: Tool, action: Action) -> None:
+    made = ctl("key", "add", "position=3", f"idAction={action.idAction}", "--terse", "--fields", "idKey")
+    assert (made.status, made.out) == (0, "1\n")
+
+
+def test_fields_of_a_key_are_changed_and_the_others_kept(ctl: Tool, client: Client, key: Key) -> None:
+    changed = ctl("key", "set", key.idKey, "icon=", "position=-7")
+    assert (changed.status, changed.out) == (0, f"Key {key.idKey} is changed.\n")
+    assert client.get_programmable_key(key.idKey) == [key._replace(icon="", position=-7)]
+
+
+def test_keys_change_places(ctl: Tool, client: Client, key: Key, module_key: Key) -> None:
+    moved = ctl.json("key", "move", f"{key.idKey}=8", f"{module_key.idKey}=9")
+    expected = [key._replace(position=8), module_key._replace(position=9)]
+    assert moved == [row._asdict() for row in expected]
+    assert client.get_all_programmable_keys() == expected
+
+
+def test_an_unknown_key_keeps_the_others_from_moving(ctl: Tool, client: Client, key: Key) -> None:
+    moved = ctl("key", "move", f"{key.idKey}=8", "77=1")
+    assert moved.status == 10
+    assert "There is no key 77" in moved.err
+    assert client.get_all_programmable_keys() == [key]
+
+
+def test_keys_are_deleted_and_a_refused_one_does_not_keep_the_others(
+    ctl: Tool, client: Client, database: Database, key: Key
+) -> None:
+    _, fixed = provisioned(database, client)
+    deleted = ctl("key", "delete", 77, fixed.idKey, key.idKey)
+    assert deleted.status == 10
+    assert deleted.out == f"Key {key.idKey} is deleted.\n"
+    assert "There is no key 77" in deleted.err
+    assert f'Key {fixed.idKey} was not deleted: device management provisioned it, as "D1" (-2)' in deleted.err
+    assert client.get_all_programmable_keys() == [fixed]
+
+
+def test_deleted_keys_are_told_in_json(ctl: Tool, key: Key) -> None:
+    assert ctl.json("key", "delete", key.idKey) == [key._asdict()]
+
+
+# Actions
+
+
+def test_actions_are_listed_and_shown(ctl: Tool, client: Client, action: Action) -> None:
+    assert ctl.json("action", "list") == [row._asdict() for row in client.get_all_actions()]
+    assert ctl.json("action", "show", action.idAction) == action._asdict()
+    assert ctl.json("action", "show", -1)["idAction"] == -1
+
+
+def test_an_action_is_added_and_changed(ctl: Tool, client: Client, phone: Module) -> None:
+    added = ctl.json("action", "add", "type=3", "action=call", "arguments=501", "label=Böse, # \\", "shortLabel=B")
+    assert client.get_action(added["idAction"]) == [Action(1, "", 3, "call", "", "501", "Böse, # \\", "B")]
+    assert ctl("action", "set", 1, "label=Reception").out == "Action 1 is changed.\n"
+    assert client.get_action(1)[0].label == "Reception"
+
+
+def test_a_deletion_says_first_which_keys_go_with_it(
+    ctl: Tool, client: Client, database: Database, action: Action, key: Key, module_key: Key
+) -> None:
+    stays = client.create_programmable_key(SET_KEY._replace(dmId="D9", idAction=action.idAction, position=9))
+    said = f'Action {action.idAction} "Reception": keys {key.idKey}, {module_key.idKey} go with it; key {stays} is provisioned and stays, without an action.\n'
+    tried = ctl("action", "delete", action.idAction, "--dry-run")
+    assert (tried.status, tried.out) == (0, said)
+    assert len(client.get_all_programmable_keys()) == 3
+
+    deleted = ctl("action", "delete", action.idAction)
+    assert (deleted.status, deleted.out) == (0, f"{said}Action {action.idAction} is deleted.\n")
+    assert client.get_action(action.idAction) == []
+    assert [left.idKey for left in client.get_all_programmable_keys()] == [stays]
+
+
+def test_a_deletion_tells_its_keys_in_json(ctl: Tool, action: Action, key: Key) -> None:
+    deleted = ctl.json("action", "delete", action.idAction)
+    assert deleted == [{**action._asdict(), "keysDeleted": [key.idKey], "keysLeft": []}]
+
+
+def test_reserved_and_provisioned_actions_are_not_deleted(ctl: Tool, client: Client, database: Database) -> None:
+    desk, _ = provisioned(database, client)
+    refused = ctl("action", "delete", -1, desk.idAction)
+    assert (refused.status, refused.out) == (1, "")
+    assert "Action -1 was not deleted: it is the reserved action that does nothing (-2)" in refused.err
+    assert f'Action {desk.idAction} was not deleted: device management provisioned it, as "D1" (-2)' in refused.err
+    assert desk in client.get_all_actions()
+
+
+# What is refused, and why
+
+
+@pytest.mark.parametrize(
+    "words",
+    [["key", "show", 7], ["key", "set", 7, "icon=x"], ["key", "delete", 7], ["action", "show", 7], ["action", "set", 7, "type=1"], ["action", "delete", 7]],
+    ids=lambda words: " ".join(map(str, words)),
+)
+def test_an_id_that_names_nothing_has_a_status_of_its_own(ctl: Tool, words: list[object]) -> None:
+    result = ctl(*words)
+    assert (result.status, result.out) == (10, "")
+    assert f"There is no {words[0]} 7.\n" in result.err
+    assert f'"progkeysctl {words[0]} list"' in result.err
+
+
+@pytest.mark.parametrize("words", [["add", "position=1", "idAction=7"], ["set", "{key}", "idAction=7"]], ids=["add", "set"])
+def test_a_key_without_an_action_is_refused_in_words(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
+    result = ctl("key", *(word.format(key=key.idKey) for word in words))
+    assert result.status == 10
+    assert "there is no action 7 (-2)" in result.err
+    assert client.get_all_programmable_keys() == [key]
+
+
+def test_a_full_set_is_told_with_its_setting(ctl: Tool, client: Client, key: Key, settings_dir) -> None:
+    (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
+    result = ctl("key", "add", "position=1", f"idAction={key.idAction}")
+    assert result.status == 1
+    assert "ProgKeysMax allows (-1)" in result.err
+    assert client.get_all_programmable_keys() == [key]
+
+
+@pytest.mark.parametrize(
+    ("fault", "words", "message"),
+    [
+        (refusing("INSERT", "KEY"), ["key", "add", "position=1", "idAction=1"], "The key was not made: the database could not be written (-2)"),
+        (refusing("UPDATE", "KEY"), ["key", "set", 1, "icon=x"], "Key 1 was not changed: the database could not be written (-3)"),
+        (refusing("DELETE", "KEY"), ["key", "delete", 1], "Key 1 was not deleted: the database could not be written (-3)"),
+        (refusing("UPDATE", "KEY"), ["key", "move", "1=5"], "A position could not be stored"),
+        (refusing("INSERT", "ACTION"), ["action", "add", "type=1"], "The action was not added: the database could not be written (-3)"),
+        (refusing("UPDATE", "ACTION"), ["action", "set", 1, "type=9"], "Action 1 was not changed: the database could not be written (-3)"),
+        (refusing("DELETE", "ACTION"), ["action", "delete", 1], "Action 1 was not deleted: the database could not be written (-3)"),
+    ],
+    ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
+)
+def test_a_database_that_cannot_be_written_is_named(
+    ctl: Tool, database: Database, key: Key, fault, words: list[object], message: str
+) -> None:
+    database.execute(fault.trigger)
+    result = ctl(*words)
+    assert result.status == 1
+    assert message in result.err
+    assert "log" in result.err
+
+
+# Usage
+
+
+@pytest.mark.parametrize(
+    ("words", "message"),
+    [
+        (["key", "add", "position"], "position is not of the form FIELD=VALUE"),
+        (["key", "add", "=3"], "=3 is not of the form FIELD=VALUE"),
+        (["key", "add", "colour=red"], "There is no field colour"),
+        (["key", "add", "position=x"], 'position wants a whole number of 32 bits, not "x"'),
+        (["key", "add", "position=2147483648"], "position wants a whole number of 32 bits"),
+        (["key", "add", "position=1", "idAction=9223372036854775808"], "idAction wants a whole number of 64 bits"),
+        (["key", "add", "idAction=1"], "A key wants a position from 0 upward"),
+        (["key", "add", "position=1", "idKey=5"], "The service gives a new key its idKey"),
+        (["key", "set", 1, "idKey=5"], "A key keeps its idKey"),
+        (["key", "move", "1"], "1 is not of the form ID=POSITION"),
+        (["key", "move", "1=2", "1=3"], "Key 1 is named twice"),
+        (["key", "move", "4294967297=2"], "4294967297=2 is not of the form ID=POSITION"),
+        (["action", "add", "idAction=5"], "The service gives a new action its idAction"),
+        (["action", "set", 1, "idAction=5"], "An action keeps its idAction"),
+        (["key", "show", "x"], "Could not convert: ID = x"),
+        (["key", "list", "--fields", "idKey,colour"], "--fields: there is no field colour here"),
+    ],
+    ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
+)
+def test_what_cannot_be_meant_is_an_error_of_usage(
+    ctl: Tool, client: Client, key: Key, words: list[object], message: str
+) -> None:
+    result = ctl(*words)
+    assert (result.status, result.out) == (2, "")
+    assert message in result.err
+    assert client.get_all_programmable_keys() == [key]
+
+
+def test_an_identifier_of_device_management_is_warned_of(ctl: Tool, action: Action) -> None:
+    result = ctl("key", "add", "position=1", f"idAction={action.idAction}", "dmId=mine")
+    assert result.status == 0
+    assert "warning: a key with a dmId counts as provisioned" in result.err
+
+
+def test_ids_of_64_bits_are_kept_to_the_last_digit(ctl: Tool, client: Client, database: Database) -> None:
+    wide = 2**62 + 1
+    database.insert(CALL._replace(idAction=wide), SET_KEY._replace(idKey=wide + 1, idAction=wide))
+    assert ctl.json("key", "show", wide + 1)["idAction"] == str(wide)
+    assert ctl("key", "set", wide + 1, "icon=x").status == 0
+    assert client.get_programmable_key(wide + 1) == [SET_KEY._replace(idKey=wide + 1, idAction=wide, icon="x")]
+    assert ctl("action", "delete", wide).out.startswith(f'Action {wide} "Reception": key {wide + 1} goes with it.')
+    assert ctl("key", "list", "--no-legend").out == ""

@@ -1,0 +1,143 @@
+"""The manual pages hold what the tool holds, and nothing else."""
+
+import re
+import shlex
+import subprocess
+from pathlib import Path
+from typing import Any, Iterator
+
+import pytest
+
+from manual import SOURCES, Page, option_line, page_of, pages, synopsis
+from progkeysctl import Tool
+
+CHECKOUT = Path(__file__).resolve().parents[2]
+STATUSES = CHECKOUT / "tools" / "progkeysctl" / "outcome" / "ExitStatus.h"
+EVENTS = CHECKOUT / "docs" / "events.md"
+HELP = "--help"
+
+by_page = pytest.mark.parametrize("page", pages(), ids=lambda page: page.name)
+
+
+@pytest.fixture
+def program(offline: Tool) -> dict[str, Any]:
+    """What the tool tells of itself."""
+    return offline("__commands").json
+
+
+def test_every_command_stands_on_its_page_with_its_arguments(program: dict[str, Any]) -> None:
+    documented = {page.name: sorted(page.commands()) for page in pages()}
+    there: dict[str, list[str]] = {name: [] for name in documented}
+    for command in program["commands"]:
+        there[page_of(command["words"])].append(synopsis(command))
+    assert documented == {name: sorted(lines) for name, lines in there.items()}
+
+
+def test_every_option_stands_at_its_command_with_its_argument(program: dict[str, Any]) -> None:
+    documented = {line: sorted(options) for page in pages() for line, options in page.commands().items()}
+    there = {
+        synopsis(command): sorted(option_line(option) for option in command["options"] if HELP not in option["names"])
+        for command in program["commands"]
+    }
+    assert documented == there
+    assert any(there.values())
+
+
+def test_the_options_of_all_commands_stand_on_the_first_page(program: dict[str, Any]) -> None:
+    assert sorted(Page("progkeysctl").options()) == sorted(option_line(option) for option in program["options"])
+
+
+def test_an_argument_that_is_one_of_some_words_is_called_by_them(program: dict[str, Any]) -> None:
+    takers = [program, *program["commands"]]
+    choosers = [each for taker in takers for each in taker["options"] + taker["positionals"] if each["choices"]]
+    assert choosers
+    for chooser in choosers:
+        assert chooser["argument"] == "|".join(chooser["choices"])
+
+
+def known_statuses() -> set[int]:
+    return {int(number) for number in re.findall(r"^\s+\w+ = (\d+),", STATUSES.read_text(encoding="utf-8"), re.MULTILINE)}
+
+
+def test_the_first_page_has_all_exit_statuses() -> None:
+    documented = Page("progkeysctl").statuses()
+    assert documented == sorted(known_statuses())
+    assert len(documented) > 5
+
+
+@by_page
+def test_a_page_tells_exit_statuses_that_there_are(page: Page) -> None:
+    statuses = page.statuses()
+    assert statuses == sorted(set(statuses))
+    assert {2, 3} <= set(statuses) <= known_statuses()
+
+
+@pytest.mark.parametrize("kind", ["key", "action"])
+def test_the_fields_are_those_of_the_tool(kind: str, offline: Tool) -> None:
+    complaint = offline(kind, "add", "nonsense=1").err
+    fields = re.search(r"The fields are (.*)\.", complaint)
+    assert fields, complaint
+    assert Page(f"progkeysctl-{kind}").terms("DESCRIPTION") == fields[1].split(", ")
+
+
+def test_the_events_are_those_of_the_service() -> None:
+    events = re.findall(r"^\| `(\w+)`", EVENTS.read_text(encoding="utf-8"), re.MULTILINE)
+    documented = [term for term in Page("progkeysctl-monitor").terms("EVENTS") if term.isupper()]
+    assert sorted(documented) == sorted(events)
+
+
+@by_page
+def test_pages_that_are_named_are_there(page: Page) -> None:
+    named = set(re.findall(r"\*(progkeysctl[\w-]*)\*\(1\)", page.text))
+    assert named
+    assert named <= {each.name for each in pages()}
+    assert page.text.startswith(f"{page.name}(1) ")
+
+
+def lines_of_tool(page: Page) -> Iterator[list[str]]:
+    """Each run of the tool in the page's examples, as words."""
+    for literal in page.literals():
+        for line in literal.splitlines():
+            if typed := re.match(r"(?:\(phone\) )?(?:\$ )?(progkeysctl [^:].*)", line):
+                words = shlex.split(re.split(r" \|", typed[1])[0])
+                for end in ("--", "||"):
+                    words = words[: words.index(end)] if end in words else words
+                yield words[1:]
+
+
+@by_page
+def test_examples_use_commands_and_options_that_there_are(page: Page, program: dict[str, Any]) -> None:
+    runs = list(lines_of_tool(page))
+    assert runs
+    for words in runs:
+        commands = [each for each in program["commands"] if words[: len(each["words"])] == each["words"]]
+        assert len(commands) == 1, words
+        options = commands[0]["options"] + program["options"]
+        names = {name for option in options for name in option["names"]}
+        used = {word.partition("=")[0] for word in words if word.startswith("-")}
+        assert used <= names
+
+
+@by_page
+def test_a_backslash_in_an_example_is_written_twice(page: Page) -> None:
+    for literal in page.literals():
+        assert not re.search(r"(?<!\\)(\\\\)*\\(?!\\)", literal)
+
+
+@by_page
+def test_pages_are_made_without_a_word(page: Page) -> None:
+    made = subprocess.run(["scdoc"], input=page.text, capture_output=True, encoding="utf-8", check=False)
+    assert (made.returncode, made.stderr) == (0, "")
+
+
+def test_the_built_pages_are_of_this_version(bin_dir: Path, offline: Tool) -> None:
+    cache = bin_dir.parent / "CMakeCache.txt"
+    if cache.exists() and "PROGKEYS_MAN:BOOL=OFF" in cache.read_text(encoding="utf-8"):
+        pytest.skip("built without manual pages")
+    version = offline("--version").out.strip()
+    built = sorted((bin_dir.parent / "share" / "man" / "man1").glob("*.1"))
+    assert [path.name for path in built] == sorted(path.name.removesuffix(".scd") for path in SOURCES.glob("*.scd"))
+    for path in built:
+        text = path.read_text(encoding="utf-8")
+        assert f'"progkeysctl {version}"' in text
+        assert "@" not in text

@@ -1,0 +1,236 @@
+"""`monitor` and `wait`: what comes over the bus, as it comes."""
+
+import json
+import re
+import signal
+import subprocess
+from pathlib import Path
+from typing import Callable, Iterator
+
+import dbus
+import pytest
+
+from progkeysctl import Tool
+from samples import CALL, MODULE_KEY
+from sandbox.bus import PrivateBus
+from sandbox.client import Client
+from sandbox.loop import LIMIT
+from sandbox.processes import Module
+
+
+@pytest.fixture
+def monitor(ctl: Tool) -> Iterator[Callable[..., subprocess.Popen]]:
+    """Starts monitors that hear everything from now on."""
+    started = []
+
+    def start(*words: object) -> subprocess.Popen:
+        process = ctl.start("monitor", *words)
+        started.append(process)
+        assert "Listening on the system bus" in process.stderr.readline()
+        return process
+
+    yield start
+    for process in started:
+        process.kill()
+        process.communicate()
+
+
+def ended(process: subprocess.Popen) -> tuple[int, list[str]]:
+    """The status and the lines of a monitor that has seen enough."""
+    out, _ = process.communicate(timeout=LIMIT)
+    return process.returncode, out.splitlines()
+
+
+def test_events_are_named_and_decoded(monitor, client: Client, phone: Module) -> None:
+    listening = monitor("--limit", 4, "--json=short")
+    action = CALL._replace(idAction=client.add_action(CALL))
+    key = MODULE_KEY._replace(idAction=action.idAction)
+    key = key._replace(idKey=client.create_programmable_key(key))
+    client.delete_programmable_key(key.idKey)
+    status, lines = ended(listening)
+    assert status == 0
+    events = [json.loads(line) for line in lines]
+    assert [(each["event"], each["arguments"]) for each in events] == [
+        ("ACTION_CREATE_NTF", [{"name": "idAction", "value": action._asdict()}]),
+        ("KEY_CREATE_NTF", [{"name": "idKey", "value": key._asdict()}]),
+        (
+            "AOM_SET_ICON_PROPERTY_REC",
+            [{"name": name, "value": value} for name, value in [("addr", 2), ("aom_type", 1), ("key_num", 5), ("icon_x", 0), ("icon_y", 0)]],
+        ),
+        ("KEY_DELETE_NTF", [{"name": "idKey", "value": key.idKey}]),
+    ]
+    assert {each["module"] for each in events} == {"ZelProgrammableKeys"}
+    assert all(re.fullmatch(r"\d{4}-\d\d-\d\dT[\d:.]+", each["time"]) for each in events)
+
+
+def test_events_are_read_by_people(monitor, client: Client, phone: Module) -> None:
+    listening = monitor("--limit", 1, "--since-start")
+    client.add_action(CALL)
+    status, lines = ended(listening)
+    assert status == 0
+    assert re.fullmatch(
+        r' *\d+\.\d{3}  ACTION_CREATE_NTF  idAction=\{idAction=1 type=3 action="call" webAppName="phonebook" arguments="501" label="Reception" shortLabel="Rec"\}',
+        lines[0],
+    )
+
+
+def test_each_event_is_out_at_once(monitor, client: Client, phone: Module) -> None:
+    listening = monitor("-j")
+    client.add_action(CALL)
+    assert json.loads(listening.stdout.readline())["event"] == "ACTION_CREATE_NTF"
+    client.delete_action(1)
+    assert json.loads(listening.stdout.readline())["event"] == "ACTION_DELETE_NTF"
+
+
+def test_only_events_that_match_are_shown_and_counted(monitor, client: Client, phone: Module) -> None:
+    listening = monitor("--match", "KEY_*", "--match", "ACTION_DELETE_NTF", "--limit", 2, "--terse", "--fields", "event")
+    client.add_action(CALL)
+    client.create_programmable_key(MODULE_KEY._replace(idAction=1))
+    client.delete_action(1)
+    assert ended(listening) == (0, ["KEY_CREATE_NTF", "KEY_DELETE_NTF"])
+
+
+def test_events_of_any_sender_and_any_type_are_shown(monitor, client: Client) -> None:
+    listening = monitor("--limit", 1, "--json=short")
+    values = [
+        ("list", dbus.Array([1, 2], signature="i"), True),
+        ("map", dbus.Dictionary({"a": dbus.Array(["b"], signature="s")}, signature="sas"), False),
+        ("structure", dbus.Struct((dbus.Int32(1), "x", dbus.Struct((dbus.Boolean(True),)))), True),
+        ("variant", dbus.String("inner", variant_level=2), True),
+        ("path", dbus.ObjectPath("/a/b"), True),
+        ("signature", dbus.Signature("a{sv}"), True),
+        ("bytes", dbus.ByteArray(b"\x00\xff"), True),
+        ("byte", dbus.Byte(7), True),
+        ("double", dbus.Double(0.5), True),
+        ("wide", dbus.Int64(2**53 + 1), True),
+        ("unsigned", dbus.UInt64(2**53), True),
+        ("widest", dbus.UInt64(2**64 - 1), True),
+        ("text", "a\n\x1b[31mb", True),
+        ("text", "again", True),
+    ]
+    client.send_raw_event("sa(svb)", "STRANGE", values)
+    status, lines = ended(listening)
+    event = json.loads(lines[0])
+    assert status == 0
+    assert event["module"] == "Client"
+    assert [(each["name"], each["value"]) for each in event["arguments"]] == [
+        ("list", [1, 2]),
+        ("map", {"a": ["b"]}),
+        ("structure", [1, "x", [True]]),
+        ("variant", "inner"),
+        ("path", "/a/b"),
+        ("signature", "a{sv}"),
+        ("bytes", "00ff"),
+        ("byte", 7),
+        ("double", 0.5),
+        ("wide", str(2**53 + 1)),
+        ("unsigned", 2**53),
+        ("widest", str(2**64 - 1)),
+        ("text", "a\n\x1b[31mb"),
+        ("text", "again"),
+    ]
+
+
+def test_an_event_cannot_write_on_the_terminal(monitor, client: Client) -> None:
+    listening = monitor("--limit", 1)
+    client.send_event("EVIL\x1b[2J", text="a\n\x1b[31mb\u202ec")
+    _, lines = ended(listening)
+    assert len(lines) == 1
+    assert lines[0].endswith(r'EVIL\x1b[2J  text="a\n\x1b[31mb\u202ec"')
+
+
+def test_what_is_no_event_is_warned_of_and_passed_over(monitor, client: Client) -> None:
+    listening = monitor("--limit", 1, "--terse", "--fields", "event")
+    client.send_raw_event("su", "NONE", 1)
+    client.send_event("ONE")
+    out, err = listening.communicate(timeout=LIMIT)
+    assert out == "ONE\n"
+    assert 'wrong signature "su"' in err
+
+
+def test_a_monitor_may_run_out_of_time(ctl: Tool) -> None:
+    result = ctl("monitor", "--timeout", "0.2")
+    assert (result.status, result.out) == (3, "")
+
+
+def test_a_lost_bus_ends_the_monitor(monitor, bus: PrivateBus) -> None:
+    listening = monitor()
+    bus.stop()
+    _, err = listening.communicate(timeout=LIMIT)
+    assert listening.returncode == 1
+    assert "The connection to the system bus" in err and "is lost" in err
+
+
+def test_ctrl_c_ends_the_monitor(monitor) -> None:
+    listening = monitor()
+    listening.send_signal(signal.SIGINT)
+    assert listening.wait(LIMIT) == -signal.SIGINT
+
+
+# wait
+
+
+def test_who_waits_is_told_when_the_service_is_up(ctl: Tool, client: Client, settings_manager: Module, launch) -> None:
+    waiting = ctl.start("wait")
+    module = launch()
+    out, _ = waiting.communicate(timeout=LIMIT)
+    assert (waiting.returncode, out) == (0, "The service is up.\n")
+    assert client.get_all_actions()
+    assert ctl.json("wait") == {"running": True}
+    module.stop()
+
+
+def test_waiting_runs_out_of_time(ctl: Tool) -> None:
+    result = ctl("wait", "--timeout", "0.2")
+    assert (result.status, result.out) == (3, "")
+    assert "The service is still not there" in result.err
+
+
+def test_names_of_other_modules_do_not_end_the_wait(ctl: Tool, bus: PrivateBus, settings_manager: Module) -> None:
+    assert ctl("wait", "--timeout", "0.2").status == 3
+
+
+# status
+
+
+def test_the_status_tells_what_there_is(ctl: Tool, client: Client, phone: Module, bus: PrivateBus, settings_dir: Path) -> None:
+    client.add_action(CALL)
+    client.create_programmable_key(MODULE_KEY._replace(idAction=1))
+    assert ctl.json("status") == {
+        "running": True,
+        "bus": f"the system bus at {bus.address}",
+        "setKeys": 0,
+        "moduleKeys": 1,
+        "otherKeys": 0,
+        "provisionedKeys": 0,
+        "limit": 1000,
+        "userActions": 1,
+        "provisionedActions": 0,
+        "peers": ["SettingsManager", "ZelProgrammableKeys"],
+    }
+    (settings_dir / "ProgKeysMax").unlink()
+    assert ctl.json("status")["limit"] is None
+
+
+def test_the_status_of_a_phone_without_the_service(ctl: Tool, settings_manager: Module) -> None:
+    result = ctl.json("status", status=8)
+    assert result["running"] is False
+    assert result["peers"] == ["SettingsManager"]
+
+
+# restore
+
+
+@pytest.mark.parametrize("what", ["default", "factory"])
+def test_a_restore_deletes_everything(ctl: Tool, client: Client, phone: Module, what: str) -> None:
+    client.add_action(CALL)
+    client.create_programmable_key(MODULE_KEY._replace(idAction=1))
+    asked = ctl("restore", what)
+    assert (asked.status, asked.out) == (2, "")
+    assert "This deletes every key and action, 1 key and 1 action now" in asked.err
+    assert client.get_all_programmable_keys()
+
+    restored = ctl("restore", what, "--yes")
+    assert (restored.status, restored.out) == (0, "Restored; there are 0 keys and 0 actions now.\n")
+    assert client.get_all_programmable_keys() == []
+    assert ctl.json("restore", what, "--yes") == {"restored": what, "keys": 0, "actions": 0}

@@ -1,0 +1,118 @@
+"""The user's shell in a sandbox, at a terminal."""
+
+import contextlib
+import os
+import signal
+from pathlib import Path
+from typing import Iterator
+
+import pytest
+
+from sandbox.loop import wait_until
+from sandbox.processes import clean_environment
+from sandboxes import nothing_is_left, processes_of
+from terminals import CTRL_C, CTRL_Z, Terminal
+
+@pytest.fixture
+def environment(tmp_path: Path) -> dict[str, str]:
+    return {**clean_environment(), "HOME": str(tmp_path), "SHELL": "/bin/bash", "TERM": "dumb"}
+
+
+@pytest.fixture
+def tool(bin_dir: Path) -> str:
+    return str(bin_dir / "progkeysctl")
+
+
+@pytest.fixture
+def shell(tool: str, environment: dict[str, str]) -> Iterator[Terminal]:
+    terminal = Terminal([tool, "sandbox"], environment)
+    yield terminal
+    terminal.close()
+    with contextlib.suppress(ChildProcessError):
+        os.waitpid(terminal.pid, 0)
+
+
+def directory_of(shell: Terminal) -> str:
+    shell.line("echo at=$PROGKEYS_SANDBOX=")
+    shell.read_until("at=/")
+    return "/" + shell.read_until("=")
+
+
+def test_it_says_what_is_there_and_how_to_leave(shell: Terminal) -> None:
+    greeting = shell.read_until("(phone)")
+    for words in ("unix:path=", "settings", "data", "progkeysctl status", "exit"):
+        assert words in greeting
+    shell.line("exit 5")
+    assert shell.status() == 5
+
+
+def test_the_users_own_start_file_is_read_and_the_tool_stays_found(
+    shell: Terminal, tmp_path: Path, tool: str, environment: dict[str, str]
+) -> None:
+    (tmp_path / ".bashrc").write_text("PATH=/usr/bin:/bin\nPS1='mine> '\n", encoding="utf-8")
+    second = Terminal([tool, "sandbox"], environment)
+    second.read_until("(phone) mine>")
+    second.line("command -v progkeysctl; exit")
+    second.read_until(tool)
+    assert second.status() == 0
+
+
+def test_ctrl_c_ends_what_runs_in_the_shell_and_not_the_sandbox(shell: Terminal) -> None:
+    shell.read_until("(phone)")
+    shell.line("sh -c 'echo go''ing; exec sleep 1000'")
+    shell.read_until("going")
+    shell.type(CTRL_C)
+    shell.read_until("(phone)")
+    shell.line("progkeysctl status --terse --fields running; exit 3")
+    shell.read_until("yes")
+    assert shell.status() == 3
+
+
+def test_jobs_can_be_stopped_and_go_on(shell: Terminal) -> None:
+    shell.read_until("(phone)")
+    shell.line("sh -c 'echo go''ing; read line; echo got $line'")
+    shell.read_until("going")
+    shell.type(CTRL_Z)
+    shell.read_until("Stopped")
+    shell.read_until("(phone)")
+    shell.line("fg")
+    shell.read_until("sh -c")
+    shell.line("this")
+    shell.read_until("got this")
+    shell.line("exit")
+    assert shell.status() == 0
+
+
+def test_a_terminal_that_hangs_up_ends_everything(shell: Terminal) -> None:
+    directory = directory_of(shell)
+    assert processes_of(directory)
+    shell.close()
+    wait_until(lambda: nothing_is_left(directory), "everything has ended")
+
+
+def test_a_shell_that_is_asked_to_end_does(shell: Terminal) -> None:
+    directory = directory_of(shell)
+    os.kill(shell.pid, signal.SIGTERM)
+    assert shell.status() == 128 + signal.SIGHUP
+    assert nothing_is_left(directory)
+
+
+def test_the_sandbox_is_a_job_of_the_shell_it_was_started_from(tool: str, environment: dict[str, str]) -> None:
+    outer = Terminal(["/bin/bash", "--norc", "-i"], {**environment, "PS1": "outer> "})
+    outer.read_until("outer>")
+    outer.line(f"{tool} sandbox")
+    outer.read_until("(phone)")
+    outer.line("suspend")
+    outer.read_until("outer>")
+    outer.line("fg")
+    outer.line("exit 7")
+    outer.read_until("outer>")
+    outer.line("echo status=$?")
+    outer.read_until("status=7")
+    outer.line(f"{tool} sandbox -- sh -c 'echo go''ing; exec sleep 1000'")
+    outer.read_until("going")
+    outer.type(CTRL_C)
+    outer.read_until("outer>")
+    outer.line("echo status=$?; exit 0")
+    outer.read_until(f"status={128 + signal.SIGINT}")
+    assert outer.status() == 0

@@ -1,0 +1,131 @@
+#include "commands/MonitorCommand.h"
+
+#include "events/EventListener.h"
+#include "events/EventText.h"
+#include "outcome/Failure.h"
+#include "output/TextWidth.h"
+
+#include <zelcore/ZELBusNames.h>
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace commands {
+namespace {
+
+struct Given
+{
+    std::vector<std::string> names;
+    int limit = 0; ///< 0: none
+    bool isSinceStart = false;
+};
+
+class Patterns
+{
+public:
+    explicit Patterns(const std::vector<std::string> &names)
+    {
+        for (const std::string &name : names)
+            m_patterns.append(QRegularExpression(
+                QRegularExpression::wildcardToRegularExpression(QString::fromStdString(name))));
+    }
+
+    bool admit(const QString &name) const
+    {
+        return m_patterns.isEmpty() || std::any_of(m_patterns.begin(), m_patterns.end(),
+                                                   [&](const QRegularExpression &each) {
+                                                       return each.match(name).hasMatch();
+                                                   });
+    }
+
+private:
+    QList<QRegularExpression> m_patterns;
+};
+
+QList<output::Column> columns()
+{
+    return {{QStringLiteral("time"), QStringLiteral("TIME")},
+            {QStringLiteral("event"), QStringLiteral("EVENT")},
+            {QStringLiteral("module"), QStringLiteral("MODULE")},
+            {QStringLiteral("arguments"), QStringLiteral("ARGUMENTS")}};
+}
+
+QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
+{
+    if (isSinceStart)
+        return static_cast<double>(sinceStart.elapsed()) / 1000;
+    return QDateTime::currentDateTime().toString(Qt::ISODateWithMs);
+}
+
+QString timeText(const QJsonValue &time)
+{
+    return time.isString() ? time.toString().section(QLatin1Char('T'), 1)
+                           : QStringLiteral("%1").arg(time.toDouble(), 9, 'f', 3);
+}
+
+QString lineText(const output::Terminal &terminal, const QJsonObject &row)
+{
+    const QString event = output::printable(row.value(QStringLiteral("event")).toString());
+    QStringList parts = {terminal.dim(timeText(row.value(QStringLiteral("time")))),
+                         terminal.bold(event)};
+    const QString arguments = events::argumentsText(row);
+    if (!arguments.isEmpty())
+        parts.append(arguments);
+    return parts.join(QStringLiteral("  "));
+}
+
+// On stderr, so that it is no event; whoever starts the monitor knows by it that none is missed.
+void sayListening(const client::Bus &bus)
+{
+    std::fputs(QStringLiteral("Listening on %1.\n").arg(bus.description()).toUtf8().constData(),
+               stderr);
+    std::fflush(stderr);
+}
+
+ExitStatus monitor(cli::Session &session, const Given &given)
+{
+    constexpr double NoTimeout = -1;
+    const Patterns patterns(given.names);
+    client::Bus &bus = session.bus();
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    events::EventListener listener(bus);
+    sayListening(bus);
+    int shown = 0;
+    const auto take = [&](const events::ReceivedEvent &received) {
+        if (!patterns.admit(received.event.getEvtName()))
+            return false;
+        QJsonObject row = events::toJson(received);
+        row.insert(QStringLiteral("time"), timeValue(sinceStart, given.isSinceStart));
+        session.out().stream(lineText(session.out().terminal(), row), columns(), row);
+        return ++shown == given.limit;
+    };
+    const double seconds = session.options().timeout.value_or(NoTimeout);
+    const bool isEnough = listener.listen(seconds < 0 ? -1 : session.timeoutMs(seconds), take);
+    return isEnough ? ExitStatus::Done : ExitStatus::TimeRanOut;
+}
+
+} // namespace
+
+void addMonitorCommand(cli::CommandLine &line)
+{
+    const auto given = std::make_shared<Given>();
+    CLI::App *command =
+        line.addCommand("monitor", "show every event on the bus as it comes",
+                        [given](cli::Session &session) { return monitor(session, *given); });
+    command
+        ->add_option("--match", given->names, "only events of these names; * stands for anything")
+        ->type_name(cli::type::Event);
+    command->add_option("--limit", given->limit, "end after so many events")
+        ->type_name(cli::type::Number)
+        ->check(CLI::Range(1, 1'000'000'000));
+    command->add_flag("--since-start", given->isSinceStart,
+                      "tell the seconds since the start of the monitor, not the time of day");
+}
+
+} // namespace commands

@@ -1,0 +1,118 @@
+#include "commands/Press.h"
+
+#include "events/EventListener.h"
+#include "events/EventText.h"
+#include "fields/Fields.h"
+#include "outcome/Failure.h"
+#include "output/TextWidth.h"
+
+#include <zelcore/ZELBusNames.h>
+#include <zelcore/ZELEventCodec.h>
+
+#include <QDBusArgument>
+
+namespace commands {
+namespace {
+
+constexpr double AnswerSeconds = 5;
+
+void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
+{
+    ZELEvent event;
+    event.setEvtName(QStringLiteral("AOM_KEY_PRESS_EVENT"));
+    event.addArgument(place.number, QStringLiteral("aom_key_num"), true);
+    event.addArgument(place.moduleType, QStringLiteral("aom_type"), true);
+    event.addArgument(place.addr, QStringLiteral("addr"), true);
+    const auto message = zel::encodeEvent(zel::objectPath(QStringLiteral("progkeysctl")), event);
+    if (!message || !bus.connection().send(*message))
+        throw Failure{ExitStatus::Failed,
+                      QStringLiteral("The press could not be sent on %1").arg(bus.description()),
+                      {}};
+}
+
+bool isAnswer(const events::ReceivedEvent &received, const ModuleKeyPlace &place)
+{
+    if (received.event.getEvtName() != QLatin1String("AOMKEY_PRESS_NTF") ||
+        received.module != client::ProgrammableKeys::moduleName())
+        return false;
+    const Key key = qdbus_cast<Key>(received.event.getArgument(QStringLiteral("key")));
+    return key.position == place.number && key.aom_type == place.moduleType &&
+           key.aom_addr == place.addr;
+}
+
+QString sentence(const Key &key, const Action &action, bool exists)
+{
+    if (!exists)
+        return QStringLiteral("No key is programmed there.");
+    const QString shown = QString::number(key.idKey);
+    if (action.idAction == Action().idAction && key.idAction != action.idAction)
+        return QStringLiteral("Key %1 is there, but its action %2 is not.")
+            .arg(shown, QString::number(key.idAction));
+    return QStringLiteral("Key %1: action %2 \"%3\", type %4, %5 %6")
+        .arg(shown, QString::number(action.idAction), action.label, QString::number(action.type),
+             action.action, action.arguments)
+        .trimmed();
+}
+
+QList<output::Column> answerColumns()
+{
+    return {{QStringLiteral("exists"), QStringLiteral("Programmed")},
+            {QStringLiteral("idKey"), QStringLiteral("Key"), true},
+            {QStringLiteral("idAction"), QStringLiteral("Action"), true}};
+}
+
+void tell(cli::Session &session, const ZELEvent &answer)
+{
+    const Key key = qdbus_cast<Key>(answer.getArgument(QStringLiteral("key")));
+    const Action action = qdbus_cast<Action>(answer.getArgument(QStringLiteral("action")));
+    const bool exists = answer.getArgument(QStringLiteral("exists")).toBool();
+    session.out().done(sentence(key, action, exists), answerColumns(),
+                       {{QStringLiteral("exists"), exists},
+                        {QStringLiteral("idKey"), output::jsonNumber(key.idKey)},
+                        {QStringLiteral("idAction"), output::jsonNumber(key.idAction)},
+                        {QStringLiteral("key"), fields::toJson(key)},
+                        {QStringLiteral("action"), fields::toJson(action)}});
+}
+
+[[noreturn]] void throwUnanswered(const client::Bus &bus)
+{
+    throw Failure{
+        ExitStatus::TimeRanOut,
+        QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
+        QStringLiteral("Its log may say why; give it longer with --timeout.")};
+}
+
+} // namespace
+
+ModuleKeyPlace placeOf(const QString &text, int moduleType)
+{
+    bool hasAddress = false;
+    bool hasNumber = false;
+    const ModuleKeyPlace place{text.section(QLatin1Char('/'), 0, 0).toInt(&hasAddress),
+                               text.section(QLatin1Char('/'), 1).toInt(&hasNumber), moduleType};
+    if (!hasAddress || !hasNumber)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("%1 is not of the form MODULE/NUMBER").arg(text),
+                      QStringLiteral("For the key 5 of the module at address 2 say 2/5.")};
+    return place;
+}
+
+ExitStatus press(cli::Session &session, const ModuleKeyPlace &place)
+{
+    client::Bus &bus = session.bus();
+    if (!session.service().isRunning())
+        client::throwNotRunning(bus, client::ProgrammableKeys::moduleName());
+    events::EventListener listener(bus);
+    sendPress(bus, place);
+    const auto take = [&](const events::ReceivedEvent &received) {
+        if (!isAnswer(received, place))
+            return false;
+        tell(session, received.event);
+        return true;
+    };
+    if (!listener.listen(session.timeoutMs(AnswerSeconds), take))
+        throwUnanswered(bus);
+    return ExitStatus::Done;
+}
+
+} // namespace commands

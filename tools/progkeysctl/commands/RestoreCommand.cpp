@@ -1,0 +1,78 @@
+#include "commands/RestoreCommand.h"
+
+#include "client/Lifecycle.h"
+#include "commands/Words.h"
+#include "outcome/Failure.h"
+
+#include <memory>
+
+namespace commands {
+namespace {
+
+struct Given
+{
+    std::string what;
+    bool isYes = false;
+};
+
+QList<output::Column> columns()
+{
+    return {{QStringLiteral("restored"), QStringLiteral("Restored to")},
+            {QStringLiteral("keys"), QStringLiteral("Keys"), true},
+            {QStringLiteral("actions"), QStringLiteral("Actions"), true}};
+}
+
+struct Counts
+{
+    int keys = 0;
+    int actions = 0; ///< without the reserved one
+};
+
+Counts counts(client::ProgrammableKeys &service)
+{
+    return {static_cast<int>(service.keys().size()),
+            static_cast<int>(service.actions().size()) - 1};
+}
+
+QString text(const Counts &counts)
+{
+    return QStringLiteral("%1 and %2")
+        .arg(counted(counts.keys, "key"), counted(counts.actions, "action"));
+}
+
+ExitStatus restore(cli::Session &session, const Given &given)
+{
+    if (!given.isYes)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("This deletes every key and action, %1 now, also those that "
+                                     "users made, and merges the provisioned defaults afresh")
+                          .arg(text(counts(session.service()))),
+                      QStringLiteral("If that is meant, say --yes; \"progkeysctl export\" keeps "
+                                     "what users made.")};
+    const bool isFactory = given.what == "factory";
+    client::runHook(session.bus(), isFactory ? QStringLiteral("restoreFactory")
+                                             : QStringLiteral("restoreDefault"));
+    const Counts now = counts(session.service());
+    session.out().done(QStringLiteral("Restored; there are %1 now.").arg(text(now)), columns(),
+                       {{QStringLiteral("restored"), QString::fromStdString(given.what)},
+                        {QStringLiteral("keys"), now.keys},
+                        {QStringLiteral("actions"), now.actions}});
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+void addRestoreCommand(cli::CommandLine &line)
+{
+    const auto given = std::make_shared<Given>();
+    CLI::App *command =
+        line.addCommand("restore", "delete everything and merge the provisioned defaults afresh",
+                        [given](cli::Session &session) { return restore(session, *given); });
+    command->add_option("WHAT", given->what, "to which state; both do the same in this service")
+        ->required()
+        ->type_name("default|factory")
+        ->check(CLI::IsMember({"default", "factory"}));
+    command->add_flag("--yes", given->isYes, "yes, delete everything");
+}
+
+} // namespace commands

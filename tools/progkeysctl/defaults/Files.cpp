@@ -1,0 +1,47 @@
+#include "defaults/Files.h"
+
+#include "outcome/Failure.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cstdio>
+
+namespace defaults {
+namespace {
+
+[[noreturn]] void throwReadFailure(const QString &file, const QString &reason)
+{
+    throw Failure{
+        ExitStatus::Failed, QStringLiteral("%1 cannot be read: %2").arg(file, reason), {}};
+}
+
+} // namespace
+
+QByteArray readAll(const QString &file)
+{
+    if (QFileInfo(file).isDir())
+        throwReadFailure(file, QStringLiteral("it is a directory"));
+    QFile source(file);
+    const bool isOpen = file == StandardStream ? source.open(stdin, QIODevice::ReadOnly)
+                                               : source.open(QIODevice::ReadOnly);
+    if (!isOpen)
+        throwReadFailure(file, source.errorString());
+    QByteArray bytes = source.readAll();
+    if (source.error() != QFileDevice::NoError)
+        throwReadFailure(file, source.errorString());
+    return bytes;
+}
+
+void writeWhole(const QString &file, const QByteArray &bytes)
+{
+    QSaveFile target(file);
+    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
+        !target.commit())
+        throw Failure{ExitStatus::Failed,
+                      QStringLiteral("%1 cannot be written: %2").arg(file, target.errorString()),
+                      {}};
+}
+
+} // namespace defaults

@@ -1,0 +1,75 @@
+#include "defaults/PlanTarget.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace defaults {
+
+PlanTarget::PlanTarget(ListAction actions, ListKey keys, std::optional<int> limit)
+    : m_stored(std::move(actions)), m_keys(std::move(keys)), m_limit(limit),
+      m_nextId(std::numeric_limits<qlonglong>::min())
+{
+    for (int place = 0; place < m_stored.size(); ++place)
+        m_places.insert(m_stored.at(place).idAction, place);
+}
+
+// The database numbers new rows upward, so they come after those that are there.
+ListAction PlanTarget::actionsWithDmId(const QString &dmId)
+{
+    ListAction found;
+    for (const ListAction &actions : {m_stored, m_added}) {
+        for (const Action &action : actions) {
+            if (action.dmId == dmId)
+                found.append(action);
+        }
+    }
+    return found;
+}
+
+void PlanTarget::addAction(const Action &action)
+{
+    while (m_places.contains(m_nextId))
+        ++m_nextId;
+    Action added = action;
+    added.idAction = m_nextId++;
+    m_added.append(added);
+}
+
+void PlanTarget::modifyAction(const Action &action)
+{
+    const auto place = m_places.constFind(action.idAction);
+    if (place == m_places.cend())
+        return;
+    m_stored[*place] = action;
+    m_modified.insert(action.idAction);
+}
+
+// Only provisioned ones are asked to go, and those are never deleted.
+void PlanTarget::deleteAction(qlonglong idAction)
+{
+    m_toBeDeleted.insert(idAction);
+}
+
+void PlanTarget::deleteProvisionedKeys()
+{
+    const auto isProvisioned = [](const Key &key) { return !key.dmId.isEmpty(); };
+    m_keys.erase(std::remove_if(m_keys.begin(), m_keys.end(), isProvisioned), m_keys.end());
+}
+
+void PlanTarget::createKey(const Key &key)
+{
+    const int setKeys = countSetKeys();
+    const bool isMade = key.type != KeyType::Set || !m_limit || setKeys < *m_limit;
+    m_keyRequests.append({key, isMade, setKeys});
+    if (isMade)
+        m_keys.append(key);
+}
+
+int PlanTarget::countSetKeys() const
+{
+    const auto isOfTheSet = [](const Key &key) { return key.type == KeyType::Set; };
+    return static_cast<int>(std::count_if(m_keys.cbegin(), m_keys.cend(), isOfTheSet));
+}
+
+} // namespace defaults

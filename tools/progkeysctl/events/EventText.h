@@ -1,0 +1,17 @@
+#pragma once
+
+#include "events/EventListener.h"
+
+#include <QJsonObject>
+
+namespace events {
+
+/// The event as an object: its name, who sent it, and its arguments in order, each with name and
+/// value.
+QJsonObject toJson(const ReceivedEvent &received);
+
+/// The arguments of such an object on one line: `idKey={idKey=3 container="home" ...}`. Texts that
+/// are empty are left out of records.
+QString argumentsText(const QJsonObject &object);
+
+} // namespace events

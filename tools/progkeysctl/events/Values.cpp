@@ -1,0 +1,113 @@
+#include "events/Values.h"
+
+#include "fields/Fields.h"
+#include "output/Listing.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusSignature>
+#include <QDBusUnixFileDescriptor>
+#include <QDBusVariant>
+#include <QJsonArray>
+
+#include <limits>
+
+namespace events {
+namespace {
+
+QJsonValue arrayToJson(const QDBusArgument &argument)
+{
+    QJsonArray array;
+    argument.beginArray();
+    while (!argument.atEnd())
+        array.append(toJson(argument.asVariant()));
+    argument.endArray();
+    return array;
+}
+
+QJsonValue structureToJson(const QDBusArgument &argument)
+{
+    QJsonArray array;
+    argument.beginStructure();
+    while (!argument.atEnd())
+        array.append(toJson(argument.asVariant()));
+    argument.endStructure();
+    return array;
+}
+
+QJsonValue mapToJson(const QDBusArgument &argument)
+{
+    QJsonObject object;
+    argument.beginMap();
+    while (!argument.atEnd()) {
+        argument.beginMapEntry();
+        const QVariant name = argument.asVariant();
+        object.insert(name.toString(), toJson(argument.asVariant()));
+        argument.endMapEntry();
+    }
+    argument.endMap();
+    return object;
+}
+
+template <typename Record>
+QJsonValue recordToJson(const QDBusArgument &argument)
+{
+    return fields::toJson(qdbus_cast<Record>(argument));
+}
+
+QJsonValue argumentToJson(const QDBusArgument &argument)
+{
+    const QString signature = argument.currentSignature();
+    if (signature == QLatin1String("(xsxsisiii)"))
+        return recordToJson<Key>(argument);
+    if (signature == QLatin1String("(xsisssss)"))
+        return recordToJson<Action>(argument);
+    switch (argument.currentType()) {
+    case QDBusArgument::ArrayType:
+        return arrayToJson(argument);
+    case QDBusArgument::StructureType:
+        return structureToJson(argument);
+    case QDBusArgument::MapType:
+        return mapToJson(argument);
+    case QDBusArgument::BasicType:
+    case QDBusArgument::VariantType:
+        return toJson(argument.asVariant());
+    default:
+        return {};
+    }
+}
+
+QJsonValue wideToJson(qulonglong number)
+{
+    if (number > static_cast<qulonglong>(std::numeric_limits<qint64>::max()))
+        return QString::number(number);
+    return output::jsonNumber(static_cast<qlonglong>(number));
+}
+
+} // namespace
+
+QJsonValue toJson(const QVariant &value)
+{
+    const int type = value.userType();
+    if (type == qMetaTypeId<QDBusArgument>())
+        return argumentToJson(value.value<QDBusArgument>());
+    if (type == qMetaTypeId<QDBusVariant>())
+        return toJson(value.value<QDBusVariant>().variant());
+    if (type == qMetaTypeId<QDBusObjectPath>())
+        return value.value<QDBusObjectPath>().path();
+    if (type == qMetaTypeId<QDBusSignature>())
+        return value.value<QDBusSignature>().signature();
+    if (type == qMetaTypeId<QDBusUnixFileDescriptor>())
+        return QStringLiteral("file descriptor");
+    if (type == QMetaType::UChar || type == QMetaType::Short || type == QMetaType::UShort)
+        return value.toInt();
+    if (type == QMetaType::LongLong)
+        return output::jsonNumber(value.toLongLong());
+    if (type == QMetaType::ULongLong)
+        return wideToJson(value.toULongLong());
+    if (type == QMetaType::QByteArray)
+        return QString::fromLatin1(value.toByteArray().toHex());
+    return QJsonValue::fromVariant(value);
+}
+
+} // namespace events

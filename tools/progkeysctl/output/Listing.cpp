@@ -1,0 +1,39 @@
+#include "output/Listing.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace output {
+
+QJsonValue jsonNumber(qlonglong number)
+{
+    constexpr qlonglong Safe = 1LL << 53;
+    if (number < -Safe || number > Safe)
+        return QString::number(number);
+    return number;
+}
+
+QString displayText(const QJsonValue &value)
+{
+    switch (value.type()) {
+    case QJsonValue::Bool:
+        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+    case QJsonValue::Double:
+        return value.toVariant().toString();
+    case QJsonValue::Array: {
+        QStringList parts;
+        const QJsonArray array = value.toArray();
+        for (const QJsonValue &part : array)
+            parts.append(displayText(part));
+        return parts.join(QStringLiteral(", "));
+    }
+    case QJsonValue::Object:
+        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
+    case QJsonValue::Null:
+        return QStringLiteral("-");
+    default:
+        return value.toString();
+    }
+}
+
+} // namespace output

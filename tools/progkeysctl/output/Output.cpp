@@ -1,0 +1,189 @@
+#include "output/Output.h"
+
+#include "output/Table.h"
+#include "output/TextWidth.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace output {
+namespace {
+
+// One value of a line for scripts: what separates values and lines is escaped, and nothing else.
+QString terseText(const QJsonValue &value)
+{
+    QString text = displayText(value);
+    return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char(':'), QLatin1String("\\:"))
+        .replace(QLatin1Char('\n'), QLatin1String("\\n"));
+}
+
+QByteArray terseLine(const QList<Column> &columns, const QJsonObject &row)
+{
+    QStringList values;
+    for (const Column &column : columns)
+        values.append(terseText(row.value(column.name)));
+    return values.join(QLatin1Char(':')).toUtf8() + '\n';
+}
+
+QString names(const QList<Column> &columns)
+{
+    QStringList all;
+    for (const Column &column : columns)
+        all.append(column.name);
+    return all.join(QStringLiteral(", "));
+}
+
+template <typename Document>
+QByteArray jsonText(const Document &content, bool isPretty)
+{
+    const QByteArray text =
+        QJsonDocument(content).toJson(isPretty ? QJsonDocument::Indented : QJsonDocument::Compact);
+    return isPretty ? text : text + '\n';
+}
+
+// Where stderr cannot be written there is nobody left to tell.
+void sayOnStderr(const QString &text)
+{
+    std::fputs((text + QLatin1Char('\n')).toUtf8().constData(), stderr);
+}
+
+[[noreturn]] void throwWriteFailure()
+{
+    throw Failure{ExitStatus::Failed,
+                  QStringLiteral("The output could not be written: %1")
+                      .arg(QString::fromLocal8Bit(std::strerror(errno))),
+                  {}};
+}
+
+} // namespace
+
+Output::Output(Manner manner) : m_manner(std::move(manner)), m_terminal(Terminal::of(STDOUT_FILENO))
+{
+}
+
+bool Output::isJson() const
+{
+    return m_manner.form == Form::JsonPretty || m_manner.form == Form::JsonShort;
+}
+
+void Output::list(const Listing &listing)
+{
+    Listing shown = listing;
+    shown.columns = chosen(listing.columns);
+    if (isJson()) {
+        QJsonArray rows;
+        for (const QJsonObject &row : listing.rows)
+            rows.append(selected(row, shown.columns));
+        write(jsonText(rows, m_manner.form == Form::JsonPretty));
+    } else if (m_manner.form == Form::Terse) {
+        for (const QJsonObject &row : listing.rows)
+            write(terseLine(shown.columns, row));
+    } else {
+        write(tableText(shown, m_terminal, m_manner.hasLegend).toUtf8());
+    }
+}
+
+void Output::record(const QList<Column> &columns, const QJsonObject &row)
+{
+    const QList<Column> shown = chosen(columns);
+    if (isJson())
+        write(jsonText(selected(row, shown), m_manner.form == Form::JsonPretty));
+    else if (m_manner.form == Form::Terse)
+        write(terseLine(shown, row));
+    else
+        write(recordText(shown, row, m_terminal).toUtf8());
+}
+
+void Output::done(const QString &sentence, const QList<Column> &columns, const QJsonObject &row)
+{
+    if (isForPeople())
+        say(printable(sentence));
+    else
+        record(columns, row);
+}
+
+void Output::stream(const QString &line, const QList<Column> &columns, const QJsonObject &row)
+{
+    const QList<Column> shown = chosen(columns);
+    if (isJson())
+        write(jsonText(selected(row, shown), false));
+    else if (m_manner.form == Form::Terse)
+        write(terseLine(shown, row));
+    else
+        write(line.toUtf8() + '\n');
+    flush();
+}
+
+void Output::say(const QString &line)
+{
+    if (isForPeople())
+        write(line.toUtf8() + '\n');
+}
+
+void Output::raw(const QByteArray &bytes)
+{
+    write(bytes);
+}
+
+void Output::flush()
+{
+    if (std::fflush(stdout) != 0)
+        throwWriteFailure();
+}
+
+QList<Column> Output::chosen(const QList<Column> &columns) const
+{
+    if (m_manner.fields.isEmpty())
+        return columns;
+    QList<Column> result;
+    for (const QString &name : m_manner.fields) {
+        const auto column = std::find_if(columns.begin(), columns.end(),
+                                         [&](const Column &each) { return each.name == name; });
+        if (column == columns.end())
+            throw Failure{ExitStatus::Usage,
+                          QStringLiteral("--fields: there is no field %1 here").arg(name),
+                          QStringLiteral("The fields are %1.").arg(names(columns))};
+        result.append(*column);
+    }
+    return result;
+}
+
+QJsonObject Output::selected(const QJsonObject &row, const QList<Column> &columns) const
+{
+    if (m_manner.fields.isEmpty())
+        return row;
+    QJsonObject result;
+    for (const Column &column : columns)
+        result.insert(column.name, row.value(column.name));
+    return result;
+}
+
+void Output::write(const QByteArray &bytes)
+{
+    const auto size = static_cast<std::size_t>(bytes.size());
+    if (std::fwrite(bytes.constData(), 1, size, stdout) != size)
+        throwWriteFailure();
+}
+
+void warn(const QString &text)
+{
+    const QString label = Terminal::of(STDERR_FILENO).yellow(QStringLiteral("warning:"));
+    sayOnStderr(QStringLiteral("progkeysctl: %1 %2").arg(label, printable(text)));
+}
+
+void sayFailure(const Failure &failure)
+{
+    const QString label = Terminal::of(STDERR_FILENO).red(QStringLiteral("error:"));
+    sayOnStderr(QStringLiteral("progkeysctl: %1 %2.").arg(label, printable(failure.message)));
+    if (!failure.advice.isEmpty())
+        sayOnStderr(printable(failure.advice));
+}
+
+} // namespace output
