@@ -1,0 +1,119 @@
+# Sourced by the scripts beside it: shows commands with what comes of them, and holds them to it.
+set -euo pipefail
+export LC_ALL=C.UTF-8
+
+bold='' dim='' red='' plain=''
+if [[ -t 1 && -z ${NO_COLOR:-} && ${TERM:-dumb} != dumb ]]; then
+    bold=$'\e[1m' dim=$'\e[2m' red=$'\e[31m' plain=$'\e[0m'
+fi
+
+heading() {
+    printf '\n%s%s%s\n' "$bold" "$*" "$plain"
+}
+
+fail() {
+    printf '%sNot as it should be:%s %s\n' "$red" "$plain" "$*" >&2
+    exit 1
+}
+
+# The words as one would type them.
+as_typed() {
+    local word
+    for word; do
+        if [[ $word =~ ^[[:alnum:]_./:=-]+$ ]]; then
+            printf ' %s' "$word"
+        else
+            printf " '%s'" "$word"
+        fi
+    done
+}
+
+prompt() {
+    printf '\n%s$%s%s\n' "$dim" "$plain" "$(as_typed "$@")"
+}
+
+# Runs a command that must do what it is for.
+runs() {
+    prompt "$@"
+    "$@" || fail "the status is $?"
+}
+
+# Runs a command that must be refused with that status.
+refused() {
+    local wanted=$1 status=0
+    shift
+    prompt "$@"
+    "$@" 2>&1 || status=$?
+    ((status == wanted)) || fail "the status is $status, not $wanted"
+}
+
+is() {
+    [[ $2 == "$3" ]] || fail "$1: $3, not $2"
+}
+
+# A field of the service's status.
+status_of() {
+    progkeysctl status --terse --fields "$1"
+}
+
+# The records that users made, one a line.
+rows_of_users() {
+    progkeysctl action list --terse --fields dmId,idAction,type,action,arguments,label | grep '^:' | grep -v '^:-1:'
+    progkeysctl key list --terse --fields dmId,idKey,idAction,container,position,icon | grep '^:'
+}
+
+# From now on every event on the bus becomes a line of a file, which `heard` reads.
+listen() {
+    local lines=$PROGKEYS_SANDBOX/events told=$PROGKEYS_SANDBOX/listening
+    progkeysctl monitor >"$lines" 2>"$told" &
+    until [[ -s $told ]]; do
+        kill -0 $! 2>/dev/null || fail 'nobody listens to the events'
+        sleep 0.02
+    done
+    exec {events}<"$lines"
+}
+
+# The next event, once it is there: its time, two blanks, its name, two blanks, the rest.
+next_event() {
+    local part tries
+    event=
+    for ((tries = 0; tries < 500; ++tries)); do
+        if IFS= read -r part <&"$events"; then
+            event+=$part
+            event=${event#*  }
+            return
+        fi
+        event+=$part
+        sleep 0.02
+    done
+    fail "no event comes, but $1 should"
+}
+
+# Exactly these events come next, in this order.
+heard() {
+    local name event
+    for name; do
+        next_event "$name"
+        [[ ${event%%  *} == "$name" ]] || fail "the event is $event, not $name"
+        printf '  %s↳%s %s\n' "$dim" "$plain" "$event"
+    done
+}
+
+# So many of each come next, in any order: NAME COUNT...
+heard_in_all() {
+    local event name count sum=0
+    local -A found=()
+    for ((count = 2; count <= $#; count += 2)); do
+        sum=$((sum + ${!count}))
+    done
+    for ((count = 0; count < sum; ++count)); do
+        next_event "one of $sum"
+        name=${event%%  *}
+        found[$name]=$((${found[$name]:-0} + 1))
+    done
+    while (($# > 0)); do
+        is "number of events $1" "$2" "${found[$1]:-0}"
+        printf '  %s↳%s %d × %s\n' "$dim" "$plain" "$2" "$1"
+        shift 2
+    done
+}
