@@ -21,7 +21,7 @@ From the checkout's root: PROGKEYS_BIN_DIR=build/qt5/bin /usr/bin/python3 THIS_F
 
 import sys
 
-sys.path[:0] = ["scripts", "tests/phone", "tests/faults"]
+sys.path[:0] = ["tests", "tests/phone", "tests/faults"]
 
 {imports}
 

@@ -22,7 +22,7 @@ HERE = Path(__file__).resolve().parent
 
 def run_crowd(address: str, seed: int, seconds: int, directory: Path) -> list[Result]:
     """The crowd in its processes, each of which ends with this one."""
-    paths = [HERE.parents[1] / "scripts", HERE]
+    paths = [HERE.parent, HERE]
     environment = {**clean_environment(), "PYTHONPATH": os.pathsep.join(map(str, paths))}
     with ExitStack() as stack:
         parts = [

@@ -1,4 +1,4 @@
-"""Holds the includes of each folder of src/ against the folders that its CMakeLists.txt names.
+"""Holds the includes of each folder of src/ and of the tool against the folders that its CMakeLists.txt names.
 
 Arrows run one way: app wires, the others stand on what they name. The one arrow that may run back up goes to the module
 class, from the folders that define its slots.
@@ -19,23 +19,42 @@ def includes(folder: Path) -> list[tuple[Path, str]]:
 
 
 def named_arrows(folder: Path) -> set[str]:
-    return set(re.findall(r"\bprogkeys_(\w+)", (folder / "CMakeLists.txt").read_text(encoding="utf-8")))
+    prefix = "progkeysctl" if folder.parent.name == "progkeysctl" else "progkeys"
+    return set(re.findall(rf"\b{prefix}_(\w+)", (folder / "CMakeLists.txt").read_text(encoding="utf-8")))
 
 
-def faults_of_service(src: Path) -> list[str]:
-    folders = {path.name for path in src.iterdir() if path.is_dir()}
+def folders_of(house: Path) -> list[str]:
+    """Those that hold code."""
+    return sorted(path.name for path in house.iterdir() if path.is_dir() and includes(path))
+
+
+def unnamed_arrows(house: Path) -> list[str]:
+    folders = folders_of(house)
     faults = []
-    for folder in sorted(folders):
-        allowed = named_arrows(src / folder) | {folder}
-        for path, name in includes(src / folder):
+    for folder in folders:
+        allowed = named_arrows(house / folder) | {folder}
+        for path, name in includes(house / folder):
             target = name.split("/")[0]
-            if target in folders and target not in allowed and name != MODULE_CLASS:
-                faults.append(f"{path.relative_to(src)} includes {name}, an arrow that its CMakeLists.txt does not name")
+            is_own = (house / name).exists()
+            if is_own and target in folders and target not in allowed and name != MODULE_CLASS:
+                faults.append(f"{path.relative_to(house)} includes {name}, an arrow that its CMakeLists.txt does not name")
     return faults
 
 
+def faults_of_tool(root: Path) -> list[str]:
+    """The tool is a client: of the service it may know the records and the rules of the defaults."""
+    tool = root / "tools" / "progkeysctl"
+    return [
+        f"{path.relative_to(root)} includes {name}, which is the service's own"
+        for path, name in includes(tool)
+        if (root / "src" / name).exists()
+        and not (tool / name).exists()
+        and name.split("/")[0] not in ("records", "provisioning")
+    ]
+
+
 def circles(src: Path) -> list[str]:
-    arrows = {path.name: named_arrows(path) for path in src.iterdir() if path.is_dir()}
+    arrows = {name: named_arrows(src / name) for name in folders_of(src)}
     reach = {name: set(targets & arrows.keys()) - {name} for name, targets in arrows.items()}
     for _ in arrows:
         reach = {name: targets.union(*(reach[target] for target in targets)) for name, targets in reach.items()}
@@ -58,8 +77,11 @@ def faults_of_platform(root: Path) -> list[str]:
 
 def main() -> int:
     root = Path(sys.argv[1])
-    faults = faults_of_service(root / "src") + circles(root / "src") + faults_of_platform(root)
-    print("\n".join(faults) or f"{len(includes(root / 'src'))} includes of src/, every one along a named arrow")
+    houses = [root / "src", root / "tools" / "progkeysctl"]
+    faults = [fault for house in houses for fault in unnamed_arrows(house) + circles(house)]
+    faults += faults_of_platform(root) + faults_of_tool(root)
+    count = sum(len(includes(house)) for house in houses)
+    print("\n".join(faults) or f"{count} includes of src/ and the tool, every one along a named arrow")
     return 1 if faults else 0
 
 

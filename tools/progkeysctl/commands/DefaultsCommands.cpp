@@ -1,10 +1,10 @@
 #include "commands/DefaultsCommands.h"
 
 #include "commands/DefaultsPlanCommand.h"
-#include "defaults/Files.h"
 #include "defaults/Report.h"
 #include "defaults/Rollout.h"
 #include "defaults/Table.h"
+#include "files/Files.h"
 #include "outcome/Failure.h"
 
 #include <QFile>
@@ -106,9 +106,9 @@ defaults::Table read(const ConvertArguments &arguments)
     const std::optional<defaults::Kind> kind = kindOf(arguments.kind);
     if (arguments.from == "text") {
         const defaults::Kind known = kindOfText(file, kind);
-        return defaults::readText(defaults::readAll(file), file, known);
+        return defaults::readText(files::readAll(file), file, known);
     }
-    const QByteArray bytes = defaults::readAll(file);
+    const QByteArray bytes = files::readAll(file);
     return arguments.from == "csv" ? defaults::readCsv(bytes, file, kind)
                                    : defaults::readJson(bytes, file, kind);
 }
@@ -124,10 +124,10 @@ ExitStatus convert(cli::Session &session, const ConvertArguments &arguments)
 {
     const QByteArray bytes = written(read(arguments), arguments.to);
     const QString target = pathOf(arguments.output);
-    if (target == defaults::StandardStream)
+    if (target == files::StandardStream)
         session.out().raw(bytes);
     else
-        defaults::writeWhole(target, bytes);
+        files::writeWhole(target, bytes);
     return ExitStatus::Done;
 }
 

@@ -3,8 +3,8 @@
 #include "client/Settings.h"
 #include "commands/KeyFilter.h"
 #include "commands/Words.h"
-#include "defaults/Files.h"
 #include "exchange/ImportRun.h"
+#include "files/Files.h"
 
 #include <cstdio>
 #include <memory>
@@ -66,10 +66,10 @@ ExitStatus exportTo(cli::Session &session, const KeyFilter &filter, const std::s
 {
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
     const QByteArray text = exchange::toJson(collect(session.service(), filter), isPretty);
-    if (file.empty())
+    if (file.empty() || file == "-")
         session.out().raw(text);
     else
-        defaults::writeWhole(QString::fromStdString(file), text);
+        files::writeWhole(QString::fromStdString(file), text);
     return ExitStatus::Done;
 }
 
@@ -130,7 +130,7 @@ QString summary(const exchange::ImportResult &result, bool isDryRun)
 ExitStatus import(cli::Session &session, const std::string &file, bool isDryRun)
 {
     const QString name = QString::fromStdString(file);
-    const exchange::Document document = exchange::fromJson(defaults::readAll(name), name);
+    const exchange::Document document = exchange::fromJson(files::readAll(name), name);
     client::ProgrammableKeys &service = session.service();
     const exchange::ImportPlan plan =
         exchange::planImport(document, service.actions(), service.keys());
@@ -155,7 +155,9 @@ void addExport(cli::CommandLine &line)
         "export", "write what users made as JSON: keys, and the actions that they trigger",
         [given](cli::Session &session) { return exportTo(session, given->filter, given->file); });
     addPlaceOptions(command, given->filter);
-    command->add_option("-o,--output", given->file, "write to this file, whole or not at all")
+    command
+        ->add_option("-o,--output", given->file,
+                     "write to this file, whole or not at all; - is stdout")
         ->type_name(cli::type::File);
 }
 

@@ -1,7 +1,7 @@
 #include "defaults/PlanFiles.h"
 
-#include "defaults/Files.h"
 #include "defaults/Setting.h"
+#include "files/Files.h"
 #include "outcome/Failure.h"
 
 #include <QDir>
@@ -43,7 +43,7 @@ FilesBySetting givenFiles(const PlanSources &sources)
         give(files, ActionsSetting, *sources.actions);
     if (sources.keys)
         give(files, KeysSetting, *sources.keys);
-    if (sources.actions == StandardStream && sources.keys == StandardStream)
+    if (sources.actions == files::StandardStream && sources.keys == files::StandardStream)
         throw Failure{ExitStatus::Usage,
                       QStringLiteral("Actions and keys cannot both come from stdin"),
                       QStringLiteral("Name a file for one of them.")};
@@ -54,7 +54,7 @@ FilesBySetting givenFiles(const PlanSources &sources)
 
 QString textOf(const QString &file)
 {
-    const Setting setting = readSetting(file, std::nullopt, readAll(file));
+    const Setting setting = readSetting(file, std::nullopt, files::readAll(file));
     if (!setting.findings.isEmpty())
         throw Failure{ExitStatus::InvalidText,
                       QStringLiteral("%1 cannot be delivered to a phone: %2")

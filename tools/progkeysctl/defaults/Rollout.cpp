@@ -1,8 +1,8 @@
 #include "defaults/Rollout.h"
 
-#include "defaults/Files.h"
 #include "defaults/RecordChecks.h"
 #include "defaults/RolloutChecks.h"
+#include "files/Files.h"
 #include "outcome/Failure.h"
 
 #include <QDir>
@@ -17,7 +17,7 @@ const QString LimitName = QStringLiteral("ProgKeysMax");
 
 QString directoryOf(const QString &file)
 {
-    return file == StandardStream ? QString() : QFileInfo(file).absolutePath();
+    return file == files::StandardStream ? QString() : QFileInfo(file).absolutePath();
 }
 
 bool isLimit(const QString &file)
@@ -40,9 +40,9 @@ Kind kindOf(const QString &file, const CheckRequest &request)
 Setting readFile(const QString &file, const CheckRequest &request)
 {
     if (isLimit(file))
-        return readSetting(file, std::nullopt, readAll(file));
+        return readSetting(file, std::nullopt, files::readAll(file));
     const Kind kind = kindOf(file, request);
-    return readSetting(file, kind, readAll(file));
+    return readSetting(file, kind, files::readAll(file));
 }
 
 // The limit of a directory is part of its rollout even if nobody named it.
@@ -56,11 +56,11 @@ void addLimits(QList<Setting> &settings)
     const QList<Setting> given = settings;
     for (const Setting &setting : given) {
         const QString limit = QFileInfo(setting.file).dir().filePath(LimitName);
-        if (setting.kind != Kind::Keys || setting.file == StandardStream ||
+        if (setting.kind != Kind::Keys || setting.file == files::StandardStream ||
             directories.contains(directoryOf(setting.file)) || !QFileInfo::exists(limit))
             continue;
         directories.append(directoryOf(setting.file));
-        settings.append(readSetting(QDir::cleanPath(limit), std::nullopt, readAll(limit)));
+        settings.append(readSetting(QDir::cleanPath(limit), std::nullopt, files::readAll(limit)));
     }
 }
 

@@ -31,6 +31,14 @@ Terminal Terminal::of(int descriptor)
     return terminal;
 }
 
+Terminal Terminal::ofWidth(int width)
+{
+    Terminal terminal;
+    terminal.m_isTerminal = width > 0;
+    terminal.m_width = width;
+    return terminal;
+}
+
 QString Terminal::bold(const QString &text) const
 {
     return styled(text, "1");

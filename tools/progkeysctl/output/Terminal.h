@@ -11,6 +11,9 @@ public:
     /// Of an open file descriptor.
     static Terminal of(int descriptor);
 
+    /// One without colours, so many columns wide; 0 for none at all.
+    static Terminal ofWidth(int width);
+
     bool isTerminal() const { return m_isTerminal; }
 
     /// Columns; 0 for no limit, where there is no terminal.

@@ -74,8 +74,7 @@ bool isHarmless(uint codePoint)
 {
     const QChar::Category category = QChar::category(codePoint);
     return category != QChar::Other_Control && category != QChar::Separator_Line &&
-           category != QChar::Separator_Paragraph && category != QChar::Other_Surrogate &&
-           !turnsDirection(codePoint);
+           category != QChar::Separator_Paragraph && !turnsDirection(codePoint);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-namespace defaults {
+namespace files {
 
 /// Stands for stdin, or stdout, in the place of a file.
 const QLatin1String StandardStream("-");
@@ -14,4 +14,4 @@ QByteArray readAll(const QString &file);
 /// Makes these bytes the content of the file: all of them or, with a Failure, none.
 void writeWhole(const QString &file, const QByteArray &bytes);
 
-} // namespace defaults
+} // namespace files

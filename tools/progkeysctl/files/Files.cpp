@@ -1,4 +1,4 @@
-#include "defaults/Files.h"
+#include "files/Files.h"
 
 #include "outcome/Failure.h"
 
@@ -8,7 +8,7 @@
 
 #include <cstdio>
 
-namespace defaults {
+namespace files {
 namespace {
 
 [[noreturn]] void throwReadFailure(const QString &file, const QString &reason)
@@ -44,4 +44,4 @@ void writeWhole(const QString &file, const QByteArray &bytes)
                       {}};
 }
 
-} // namespace defaults
+} // namespace files
