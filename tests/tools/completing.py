@@ -92,7 +92,10 @@ class Bash(Terminal):
         """Types, presses Tab and Return; the words that the shell makes of the line, in brackets."""
         self.type(f"{typed}\t\x01said \n".encode())
         self.read_until("\nsaid:")
-        return self.read_until("\r\n")
+        words = self.read_until("\r\n")
+        # What is typed before the prompt is there may be lost.
+        self.read_until("ready> ")
+        return words
 
     def offered(self, typed: str, last: str) -> str:
         """Types, presses Tab and gives the line up; what was offered, up to this."""

@@ -33,22 +33,27 @@ class Terminal:
     def line(self, text: str) -> None:
         self.type(f"{text}\n".encode())
 
+    def _read(self, deadline: float) -> bytes:
+        """What has come, once something has; nothing when the program has let go of the terminal."""
+        readable, _, _ = select.select([self._descriptor], [], [], max(0, deadline - time.monotonic()))
+        assert readable, f"nothing comes any more after {self._unread!r}"
+        with contextlib.suppress(OSError):
+            return os.read(self._descriptor, 4096)
+        return b""
+
     def read_until(self, text: str) -> str:
         """What came up to this text, which must come."""
         deadline = time.monotonic() + LIMIT
         while text not in self._unread:
-            readable, _, _ = select.select([self._descriptor], [], [], max(0, deadline - time.monotonic()))
-            assert readable, f"{text!r} does not come, but {self._unread!r}"
-            try:
-                self._unread += os.read(self._descriptor, 4096).decode(errors="replace")
-            except OSError:
-                raise AssertionError(f"{text!r} has not come, but {self._unread!r}") from None
+            came = self._read(deadline)
+            assert came, f"{text!r} has not come, but {self._unread!r}"
+            self._unread += came.decode(errors="replace")
         before, _, self._unread = self._unread.partition(text)
         return before
 
     def status(self) -> int:
         """The exit status of the program, which must end."""
-        with contextlib.suppress(OSError):
-            while os.read(self._descriptor, 4096):
-                pass
+        deadline = time.monotonic() + LIMIT
+        while self._read(deadline):
+            pass
         return os.waitstatus_to_exitcode(os.waitpid(self.pid, 0)[1])

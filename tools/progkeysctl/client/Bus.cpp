@@ -13,6 +13,14 @@ namespace {
 // A name of its own: a connection of the same name would be shared.
 const QString ConnectionName = QStringLiteral("progkeysctl");
 
+// Who did not answer, where it was the bus itself.
+const QString TheBus = QStringLiteral("The bus");
+
+bool hasNoOwner(const QDBusError &error)
+{
+    return error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
+
 QDBusConnection connectTo(const BusChoice &choice)
 {
     switch (choice.kind) {
@@ -65,7 +73,7 @@ QStringList Bus::names() const
 {
     const QDBusReply<QStringList> reply = m_connection.interface()->registeredServiceNames();
     if (!reply.isValid())
-        throwCallFailure(*this, QStringLiteral("the bus"), reply.error());
+        throwCallFailure(*this, TheBus, reply.error());
     QStringList names;
     const QStringList all = reply.value();
     for (const QString &name : all)
@@ -77,22 +85,30 @@ QStringList Bus::names() const
 
 bool Bus::hasOwner(const QString &name) const
 {
-    const QDBusReply<bool> reply = m_connection.interface()->isServiceRegistered(name);
-    if (!reply.isValid())
-        throwCallFailure(*this, QStringLiteral("the bus"), reply.error());
+    return !ownerOf(name).isEmpty();
+}
+
+QString Bus::ownerOf(const QString &name) const
+{
+    const QDBusReply<QString> reply = m_connection.interface()->serviceOwner(name);
+    if (!reply.isValid() && !hasNoOwner(reply.error()))
+        throwCallFailure(*this, TheBus, reply.error());
     return reply.value();
 }
 
 namespace {
 
 // The service's last words are lost if it ends while it is called; the bus then says NoReply at
-// once, as it does when nothing came in time.
+// once, as it does when nothing came in time. A bus that does not answer either leaves it open.
 bool isNotRunning(const Bus &bus, const QString &module, const QDBusError &error)
 {
-    if (error.type() == QDBusError::ServiceUnknown ||
-        error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner"))
+    if (error.type() == QDBusError::ServiceUnknown || hasNoOwner(error))
         return true;
-    return error.type() == QDBusError::NoReply && !bus.hasOwner(zel::serviceName(module));
+    if (error.type() != QDBusError::NoReply || module == TheBus)
+        return false;
+    const QDBusReply<bool> isThere =
+        bus.connection().interface()->isServiceRegistered(zel::serviceName(module));
+    return isThere.isValid() && !isThere.value();
 }
 
 } // namespace
@@ -104,12 +120,18 @@ void throwNotRunning(const Bus &bus, const QString &module)
                   QStringLiteral("Start it; \"progkeysctl wait\" tells when it is up.")};
 }
 
+void throwLost(const Bus &bus)
+{
+    throw Failure{ExitStatus::Failed,
+                  QStringLiteral("The connection to %1 is lost").arg(bus.description()),
+                  QStringLiteral("Try again once the bus and the service are up; \"progkeysctl "
+                                 "status\" tells what is there.")};
+}
+
 void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &error)
 {
     if (error.type() == QDBusError::Disconnected || !bus.connection().isConnected())
-        throw Failure{ExitStatus::Failed,
-                      QStringLiteral("The connection to %1 is lost").arg(bus.description()),
-                      {}};
+        throwLost(bus);
     if (error.type() == QDBusError::AccessDenied)
         throw Failure{ExitStatus::AccessDenied,
                       QStringLiteral("%1 does not let you do this: %2")

@@ -35,6 +35,9 @@ public:
     QStringList names() const;
     bool hasOwner(const QString &name) const;
 
+    /// The unique name of the connection that owns the name; empty if nobody does.
+    QString ownerOf(const QString &name) const;
+
 private:
     QDBusConnection m_connection;
     QString m_description;
@@ -43,6 +46,9 @@ private:
 
 /// Throws that the module is not running.
 [[noreturn]] void throwNotRunning(const Bus &bus, const QString &module);
+
+/// Throws that the connection to the bus is lost.
+[[noreturn]] void throwLost(const Bus &bus);
 
 /// Throws what a failed call of a peer means to people: access denied, time ran out, not running,
 /// or a failure. `module` is the peer's name without what all names begin with.

@@ -41,6 +41,7 @@ void warnOfIdentifier(const Action &action)
 
 ExitStatus add(cli::Session &session, const QStringList &assignments)
 {
+    session.out().requireFields(fields::columns<Action>());
     Action action;
     fields::assign(action, assignments);
     if (action.idAction != Action().idAction)
@@ -59,6 +60,7 @@ ExitStatus add(cli::Session &session, const QStringList &assignments)
 
 ExitStatus set(cli::Session &session, qlonglong idAction, const QStringList &assignments)
 {
+    session.out().requireFields(fields::columns<Action>());
     Action action = actionOf(session.service(), idAction);
     fields::assign(action, assignments);
     if (action.idAction != idAction)

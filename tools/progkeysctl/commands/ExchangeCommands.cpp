@@ -135,7 +135,10 @@ ExitStatus import(cli::Session &session, const std::string &file, bool isDryRun)
     const exchange::ImportPlan plan =
         exchange::planImport(document, service.actions(), service.keys());
     requireRoom(session.bus(), plan);
-    exchange::ImportResult result = isDryRun ? exchange::describe(plan) : carryOut(session, plan);
+    exchange::ImportResult result = exchange::describe(plan);
+    session.out().requireFields(result.steps.columns);
+    if (!isDryRun)
+        result = carryOut(session, plan);
     result.steps.legend = summary(result, isDryRun);
     session.out().list(result.steps);
     if (result.failure)

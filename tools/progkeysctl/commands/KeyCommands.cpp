@@ -37,7 +37,7 @@ void warnOfIdentifier(const Key &key)
                                     "of the service removes it"));
 }
 
-// A key of the set, unless the assignments say otherwise; one that has a module's address is on it.
+// A key of the set, unless the assignments say otherwise.
 Key newKey(const QStringList &assignments)
 {
     Key key;
@@ -54,6 +54,7 @@ Key newKey(const QStringList &assignments)
 
 ExitStatus add(cli::Session &session, const QStringList &assignments)
 {
+    session.out().requireFields(fields::columns<Key>());
     Key key = newKey(assignments);
     warnOfIdentifier(key);
     const qlonglong result = session.service().createKey(key);
@@ -67,6 +68,7 @@ ExitStatus add(cli::Session &session, const QStringList &assignments)
 
 ExitStatus set(cli::Session &session, qlonglong idKey, const QStringList &assignments)
 {
+    session.out().requireFields(fields::columns<Key>());
     Key key = keyOf(session.service(), idKey);
     fields::assign(key, assignments);
     if (key.idKey != idKey)
@@ -105,6 +107,7 @@ QMapIntInt positionsOf(const QStringList &moves)
 // The service passes over an id that is not there, and says nothing; people want to know.
 ExitStatus move(cli::Session &session, const QStringList &moves)
 {
+    session.out().requireFields(fields::columns<Key>());
     const QMapIntInt positions = positionsOf(moves);
     for (auto move = positions.begin(); move != positions.end(); ++move)
         keyOf(session.service(), move.key());

@@ -28,6 +28,7 @@ void sayAsked(cli::Session &session, const Key &key, const QString &what, QJsonO
 
 ExitStatus icon(cli::Session &session, qlonglong idKey, int x, int y)
 {
+    session.out().requireFields(displayColumns());
     const Key key = keyOf(session.service(), idKey);
     const int code = session.service().setIconState(idKey, x, y);
     if (code != 0)
@@ -39,6 +40,7 @@ ExitStatus icon(cli::Session &session, qlonglong idKey, int x, int y)
 
 ExitStatus label(cli::Session &session, qlonglong idKey, int state)
 {
+    session.out().requireFields(displayColumns());
     const Key key = keyOf(session.service(), idKey);
     const int code = session.service().setLabelState(idKey, state);
     if (code != 0)

@@ -25,14 +25,22 @@ struct Given
     bool isSinceStart = false;
 };
 
+// Nothing but * and ? stands for something else; no name of an event is a pattern that is broken.
+QRegularExpression patternOf(const QString &name)
+{
+    QString pattern = QRegularExpression::escape(name);
+    pattern.replace(QLatin1String("\\*"), QLatin1String(".*"))
+        .replace(QLatin1String("\\?"), QLatin1String("."));
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+}
+
 class Patterns
 {
 public:
     explicit Patterns(const std::vector<std::string> &names)
     {
         for (const std::string &name : names)
-            m_patterns.append(QRegularExpression(
-                QRegularExpression::wildcardToRegularExpression(QString::fromStdString(name))));
+            m_patterns.append(patternOf(QString::fromStdString(name)));
     }
 
     bool admit(const QString &name) const
@@ -90,6 +98,7 @@ void sayListening(const client::Bus &bus)
 ExitStatus monitor(cli::Session &session, const Given &given)
 {
     constexpr double NoTimeout = -1;
+    session.out().requireFields(columns());
     const Patterns patterns(given.names);
     client::Bus &bus = session.bus();
     QElapsedTimer sinceStart;

@@ -30,10 +30,12 @@ void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
                       {}};
 }
 
-bool isAnswer(const events::ReceivedEvent &received, const ModuleKeyPlace &place)
+// Any peer can send an event of that name: the service's own is known by its connection.
+bool isAnswer(const events::ReceivedEvent &received, const QString &service,
+              const ModuleKeyPlace &place)
 {
     if (received.event.getEvtName() != QLatin1String("AOMKEY_PRESS_NTF") ||
-        received.module != client::ProgrammableKeys::moduleName())
+        received.sender != service)
         return false;
     const Key key = qdbus_cast<Key>(received.event.getArgument(QStringLiteral("key")));
     return key.position == place.number && key.aom_type == place.moduleType &&
@@ -74,8 +76,11 @@ void tell(cli::Session &session, const ZELEvent &answer)
                         {QStringLiteral("action"), fields::toJson(action)}});
 }
 
-[[noreturn]] void throwUnanswered(const client::Bus &bus)
+[[noreturn]] void throwUnanswered(cli::Session &session)
 {
+    const client::Bus &bus = session.bus();
+    if (!session.service().isRunning())
+        client::throwNotRunning(bus, client::ProgrammableKeys::moduleName());
     throw Failure{
         ExitStatus::TimeRanOut,
         QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
@@ -99,19 +104,22 @@ ModuleKeyPlace placeOf(const QString &text, int moduleType)
 
 ExitStatus press(cli::Session &session, const ModuleKeyPlace &place)
 {
+    session.out().requireFields(answerColumns());
     client::Bus &bus = session.bus();
-    if (!session.service().isRunning())
-        client::throwNotRunning(bus, client::ProgrammableKeys::moduleName());
+    const QString module = client::ProgrammableKeys::moduleName();
+    const QString service = bus.ownerOf(zel::serviceName(module));
+    if (service.isEmpty())
+        client::throwNotRunning(bus, module);
     events::EventListener listener(bus);
     sendPress(bus, place);
     const auto take = [&](const events::ReceivedEvent &received) {
-        if (!isAnswer(received, place))
+        if (!isAnswer(received, service, place))
             return false;
         tell(session, received.event);
         return true;
     };
     if (!listener.listen(session.timeoutMs(AnswerSeconds), take))
-        throwUnanswered(bus);
+        throwUnanswered(session);
     return ExitStatus::Done;
 }
 

@@ -42,6 +42,7 @@ QString text(const Counts &counts)
 
 ExitStatus restore(cli::Session &session, const Given &given)
 {
+    session.out().requireFields(columns());
     if (!given.isYes)
         throw Failure{ExitStatus::Usage,
                       QStringLiteral("This deletes every key and action, %1 now, also those that "

@@ -80,6 +80,7 @@ ExitStatus removeEach(cli::Session &session, const std::vector<qlonglong> &ids,
                       const QList<output::Column> &columns,
                       const std::function<QJsonObject(qlonglong)> &remove)
 {
+    session.out().requireFields(columns);
     ExitStatus status = ExitStatus::Done;
     output::Listing removed;
     removed.columns = columns;

@@ -40,9 +40,7 @@ bool EventListener::listen(int timeoutMs, const std::function<bool(const Receive
             if (take(m_waiting.takeFirst()))
                 return true;
         if (m_isLost)
-            throw Failure{ExitStatus::Failed,
-                          QStringLiteral("The connection to %1 is lost").arg(m_bus.description()),
-                          {}};
+            client::throwLost(m_bus);
         if (hasExpired)
             return false;
         loop.processEvents(QEventLoop::WaitForMoreEvents);

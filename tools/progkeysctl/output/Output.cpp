@@ -73,6 +73,11 @@ bool Output::isJson() const
     return m_manner.form == Form::JsonPretty || m_manner.form == Form::JsonShort;
 }
 
+void Output::requireFields(const QList<Column> &columns) const
+{
+    chosen(columns);
+}
+
 void Output::list(const Listing &listing)
 {
     Listing shown = listing;

@@ -27,6 +27,10 @@ class Output
 public:
     explicit Output(Manner manner);
 
+    /// Throws a Failure of status Usage if --fields names one that is none of the columns. What
+    /// changes something asks first: a mistake in the line is told before anything is done.
+    void requireFields(const QList<Column> &columns) const;
+
     /// Rows: a table that fits the terminal, a line a row, or an array of objects.
     void list(const Listing &listing);
 
