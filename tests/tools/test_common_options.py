@@ -76,6 +76,7 @@ def test_help_needs_no_phone(offline: Tool, words: list[str]) -> None:
         (["status", "--system", "--session"], "excludes"),
         (["status", "--timeout", "0"], "--timeout"),
         (["status", "--timeout", "soon"], "--timeout"),
+        (["status", "--timeout", "nan"], "--timeout"),
         (["restore", "everything", "--yes"], "everything"),
     ],
     ids=lambda value: " ".join(value) or "nothing" if isinstance(value, list) else None,
@@ -183,6 +184,16 @@ def test_an_answer_that_takes_too_long(ctl: Tool, client: Client, phone: Module)
         phone.send_signal(signal.SIGCONT)
     assert (result.status, result.out) == (3, "")
     assert "ZelProgrammableKeys did not answer within 0.2 s" in result.err
+
+
+def test_where_nobody_answers_the_rest_is_not_tried(ctl: Tool, phone: Module) -> None:
+    phone.send_signal(signal.SIGSTOP)
+    try:
+        result = ctl("key", "delete", "1", "2", "3", "--timeout", "0.2")
+    finally:
+        phone.send_signal(signal.SIGCONT)
+    assert result.status == 3
+    assert result.err.count("error:") == 1
 
 
 def test_a_policy_that_forbids_the_call(bin_dir: Path, tmp_path: Path) -> None:

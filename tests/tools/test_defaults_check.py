@@ -80,6 +80,7 @@ def test_a_dash_is_stdin(offline: Tool) -> None:
     assert result.status == 4
     assert result.lines[0].startswith("-:2:0:1: error: 1 field instead of 7")
     assert offline("defaults", "check", "-", stdin=GOOD_ACTION).status == 2
+    assert offline("defaults", "check", "--kind", "actions", "-", "-", stdin=GOOD_ACTION).status == 2
 
 
 def test_every_complaint_is_a_line_that_editors_understand(offline: Tool) -> None:

@@ -3,6 +3,7 @@
 import csv
 import io
 import json
+import os
 from pathlib import Path
 
 import pytest
@@ -132,6 +133,20 @@ def test_files_that_cannot_be_used_are_a_failure(offline: Tool, tmp_path: Path) 
     result = convert(offline, "text", "csv", "-o", nowhere, FILES[0])
     assert (result.status, result.out) == (1, "")
     assert f"{nowhere} cannot be written" in result.err
+
+
+def test_a_pipe_is_written_to_and_stays_one(offline: Tool, tmp_path: Path) -> None:
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
+    try:
+        source = "D1,main,0,ic1,1,0,0\n"
+        result = convert(offline, "text", "text", "--kind", "keys", "-o", pipe, stdin=source)
+        assert (result.status, result.out, result.err) == (0, "", "")
+        assert os.read(reader, 1000).decode() == source
+    finally:
+        os.close(reader)
+    assert pipe.is_fifo()
 
 
 def test_forms_must_be_known_and_given(offline: Tool) -> None:

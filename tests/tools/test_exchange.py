@@ -185,7 +185,7 @@ def test_an_import_that_fails_says_what_was_done(brought, client: Client, phone:
         (2, "failed", None),
         (3, "not done", None),
     ]
-    assert "Key 2 of the file was refused (-2), and the import stopped there" in failed.err
+    assert "Key 2 of the file was refused (-2), and the import stopped there: the database could not be written" in failed.err
     assert len(client.get_all_programmable_keys()) == 1
 
     database.execute("DROP TRIGGER fault")
@@ -232,10 +232,14 @@ def test_an_interrupted_import_says_what_was_done(ctl: Tool, client: Client, pho
         (document([{"idAction": 1, "type": "1", "action": ""}], []), "actions[0]: the field type is not a whole number of 32 bits"),
         (document([{"idAction": 1, "type": 2147483648, "action": ""}], []), "actions[0]: the field type is not"),
         (document([{"idAction": 1.5, "type": 1, "action": ""}], []), "actions[0]: the field idAction is not"),
+        (document([{"idAction": 2**63, "type": 1, "action": ""}], []), "actions[0]: the field idAction is not"),
+        (document([{"idAction": 1, "type": 1, "action": "a\0b"}], []), "actions[0]: the field action is not a text that the bus can carry"),
+        (document([{"idAction": 1, "type": 1, "action": "\ud800"}], []), "actions[0]: the field action is not a text that the bus can carry"),
         (document([{"idAction": 1, "type": 1, "action": None}], []), "actions[0]: the field action is not a text"),
         (document([{"idAction": 1, "type": 1, "action": "", "dmId": "D1"}], []), "actions[0]: its dmId says that it is provisioned"),
         (document([{"idAction": -1, "type": 1, "action": ""}], []), "actions[0]: -1 is the reserved action"),
         (document([{"idAction": 1, "type": 1, "action": ""}] * 2, []), "actions[1]: the id 1 stands twice"),
+        (document([], [{"type": 0, "position": 1, "idAction": -1, "idKey": 4}] * 2), "keys[1]: the id 4 stands twice"),
         (document([], [{"type": 0, "position": 1}]), "keys[0]: either idAction or actionDmId"),
         (document([], [{"type": 0, "position": 1, "idAction": 1, "actionDmId": "D1"}]), "keys[0]: either idAction or actionDmId"),
         (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId is no identifier"),

@@ -1,13 +1,16 @@
 """`icon`, `label` and `press`: what an add-on module is sent, and what a finger on it brings about."""
 
+import json
 import signal
 
+import dbus
 import pytest
 
 from progkeysctl import Tool
 from samples import CALL, MODULE_KEY, SET_KEY, icon_set, label_set
 from sandbox.client import Client
 from sandbox.events import EventRecorder
+from sandbox.loop import LIMIT
 from sandbox.names import SERVICE, object_path
 from sandbox.processes import Module
 from sandbox.records import Action, Key
@@ -98,3 +101,32 @@ def test_a_press_that_is_not_answered_runs_out_of_time(ctl: Tool, phone: Module)
         phone.send_signal(signal.SIGCONT)
     assert result.status == 3
     assert "did not answer the press" in result.err
+
+
+def test_only_the_service_answers_a_press(ctl: Tool, client: Client, phone: Module, key: Key) -> None:
+    """Another peer, with an object of the service's name, says first that there is no such key."""
+    forger = Client(ctl.address, SERVICE)
+    presses = EventRecorder(client)
+    forged = dbus.Struct([dbus.Int64(0), "", dbus.Int64(0), "", 5, "", 1, 1, 2], signature="xsxsisiii")
+    phone.send_signal(signal.SIGSTOP)
+    try:
+        process = ctl.start("press", "2/5", "--json=short")
+        presses.wait_for("AOM_KEY_PRESS_EVENT")
+        forger.send_event("AOMKEY_PRESS_NTF", key=forged, exists=False)
+        forger.bus_round_trip()
+    finally:
+        phone.send_signal(signal.SIGCONT)
+    out, _ = process.communicate(timeout=LIMIT)
+    forger.close()
+    assert (process.returncode, json.loads(out)["exists"]) == (0, True)
+
+
+def test_a_service_that_ends_at_a_press_is_not_running(ctl: Tool, client: Client, phone: Module) -> None:
+    presses = EventRecorder(client)
+    phone.send_signal(signal.SIGSTOP)
+    process = ctl.start("press", "2/5", "--timeout", "1")
+    presses.wait_for("AOM_KEY_PRESS_EVENT")
+    phone.kill()
+    _, err = process.communicate(timeout=LIMIT)
+    assert process.returncode == 8
+    assert "ZelProgrammableKeys is not running" in err

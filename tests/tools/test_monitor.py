@@ -14,7 +14,7 @@ from progkeysctl import Tool
 from samples import CALL, MODULE_KEY
 from sandbox.bus import PrivateBus
 from sandbox.client import Client
-from sandbox.loop import LIMIT
+from sandbox.loop import LIMIT, wait_until
 from sandbox.processes import Module
 
 
@@ -80,6 +80,13 @@ def test_each_event_is_out_at_once(monitor, client: Client, phone: Module) -> No
     assert json.loads(listening.stdout.readline())["event"] == "ACTION_CREATE_NTF"
     client.delete_action(1)
     assert json.loads(listening.stdout.readline())["event"] == "ACTION_DELETE_NTF"
+
+
+def test_a_name_is_no_pattern_that_is_broken(monitor, client: Client, bus: PrivateBus) -> None:
+    listening = monitor("--limit", 2, "--terse", "--fields", "event", "--match", "[", "A?C*")
+    for name in ("ABD", "[", "xABC", "ABC(1)/2"):
+        client.send_event(name)
+    assert ended(listening) == (0, ["[", "ABC(1)/2"])
 
 
 def test_only_events_that_match_are_shown_and_counted(monitor, client: Client, phone: Module) -> None:
@@ -188,6 +195,16 @@ def test_waiting_runs_out_of_time(ctl: Tool) -> None:
 
 def test_names_of_other_modules_do_not_end_the_wait(ctl: Tool, bus: PrivateBus, settings_manager: Module) -> None:
     assert ctl("wait", "--timeout", "0.2").status == 3
+
+
+def test_who_waits_is_told_of_a_lost_bus(ctl: Tool, bus: PrivateBus, client: Client) -> None:
+    alone = len(client.connection.list_names())
+    waiting = ctl.start("wait")
+    wait_until(lambda: len(client.connection.list_names()) > alone, "the tool is on the bus")
+    bus.stop()
+    _, err = waiting.communicate(timeout=LIMIT)
+    assert waiting.returncode == 1
+    assert "is lost" in err
 
 
 # status

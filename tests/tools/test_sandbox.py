@@ -270,6 +270,13 @@ def test_a_file_in_the_way_of_the_data_is_named(tool: Path, tmp_path: Path) -> N
     assert f"Cannot make {tmp_path}/file/data" in result.stderr
 
 
+@pytest.mark.parametrize("option", ["--data", "--logs"])
+def test_a_directory_that_takes_no_file_is_named(tool: Path, option: str) -> None:
+    result = run(tool, option, "/proc", "--", "echo", "ran")
+    assert (result.returncode, result.stdout) == (1, "")
+    assert "Cannot write in /proc." in result.stderr
+
+
 def test_the_end_may_be_asked_for_before_everything_is_up(tool: Path, programs: Path, tmp_path: Path) -> None:
     replace(programs / SERVICE, "#!/bin/sh\necho $PROGKEYS_SANDBOX >\"$0.started\"\nexec sleep 1000\n")
     told = programs / f"{SERVICE}.started"

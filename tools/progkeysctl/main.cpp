@@ -1,12 +1,31 @@
 #include "cli/CommandLine.h"
 #include "commands/Commands.h"
+#include "outcome/ExitStatus.h"
 
 #include <QCoreApplication>
 
 #include <clocale>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// Where a standard stream is closed, the next file or socket would take its place, and be written
+// to. What stands in for it can only fail.
+void occupyStandardStreams()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) == -1 &&
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) != descriptor)
+            std::_Exit(static_cast<int>(ExitStatus::Failed));
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
+    occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("progkeysctl"));
     // The width of characters is that of UTF-8, which is what is written, whatever the locale says.

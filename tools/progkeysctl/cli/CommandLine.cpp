@@ -1,14 +1,17 @@
 #include "cli/CommandLine.h"
 
+#include "cli/Checks.h"
 #include "cli/HelpText.h"
 #include "outcome/Failure.h"
 
+#include <cmath>
 #include <cstdio>
 #include <unistd.h>
 
 namespace cli {
 namespace {
 
+constexpr const char *CommandsHeading = "Commands";
 constexpr const char *CommonGroup = "Options of all commands";
 constexpr double LongestTimeout = 2'000'000;
 
@@ -47,7 +50,8 @@ void CommandLine::addCommonOptions()
     auto *session = m_app.add_flag("--session", m_given.session, "talk on the session bus");
     auto *address =
         m_app.add_option("--address", m_given.address, "talk on the bus at this address")
-            ->type_name(type::Address);
+            ->type_name(type::Address)
+            ->check(notEmpty());
     system->excludes(session)->excludes(address);
     session->excludes(address);
     auto *timeout = m_app.add_option("--timeout", m_given.timeout, "wait so long at most")
@@ -63,7 +67,8 @@ void CommandLine::addCommonOptions()
     terse->excludes(json)->excludes(j);
     auto *fields =
         m_app.add_option("--fields", m_given.fields, "print these fields, in this order")
-            ->type_name("FIELD,...");
+            ->type_name("FIELD,...")
+            ->check(notEmpty());
     auto *legend = m_app.add_flag("--no-legend", m_given.noLegend, "print no headings and no sums");
     for (CLI::Option *option : {system, session, address, timeout, json, j, terse, fields, legend})
         option->group(CommonGroup);
@@ -75,6 +80,9 @@ void CommandLine::readCommonOptions()
         m_options.bus.kind = client::BusChoice::Session;
     if (!m_given.address.empty())
         m_options.bus = {client::BusChoice::Address, toText(m_given.address)};
+    if (std::isnan(m_given.timeout))
+        throw Failure{ExitStatus::Usage, QStringLiteral("--timeout wants a number of seconds"),
+                      toText(whereToReadOn(m_app))};
     if (m_given.timeout > 0)
         m_options.timeout = m_given.timeout;
     if (m_given.j || !m_given.json.empty())
@@ -89,6 +97,7 @@ void CommandLine::readCommonOptions()
 CLI::App *CommandLine::addGroup(const std::string &name, const std::string &description)
 {
     CLI::App *group = m_app.add_subcommand(name, description);
+    group->group(CommandsHeading);
     group->require_subcommand(1);
     return group;
 }
@@ -102,6 +111,7 @@ CLI::App *CommandLine::addCommand(CLI::App *group, const std::string &name,
                                   const std::string &description, Run run)
 {
     CLI::App *command = group->add_subcommand(name, description);
+    command->group(CommandsHeading);
     command->callback([this, run = std::move(run)] { m_chosen = run; });
     return command;
 }

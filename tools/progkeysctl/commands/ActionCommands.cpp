@@ -1,5 +1,6 @@
 #include "commands/ActionCommands.h"
 
+#include "cli/Checks.h"
 #include "commands/Refusals.h"
 #include "commands/Shapes.h"
 #include "commands/Words.h"
@@ -158,7 +159,8 @@ void addDelete(cli::CommandLine &line, CLI::App *group)
         });
     command->add_option("IDS", given->ids, "their identifiers")
         ->required()
-        ->type_name(cli::type::ActionId);
+        ->type_name(cli::type::ActionId)
+        ->transform(cli::wholeNumber());
     command->add_flag("--dry-run", given->isDryRun, "say which keys would go, and delete nothing");
 }
 

@@ -1,10 +1,13 @@
 #include "commands/ExchangeCommands.h"
 
+#include "cli/Checks.h"
 #include "client/Settings.h"
 #include "commands/KeyFilter.h"
 #include "commands/Words.h"
 #include "exchange/ImportRun.h"
 #include "files/Files.h"
+
+#include <QFile>
 
 #include <cstdio>
 #include <memory>
@@ -69,7 +72,7 @@ ExitStatus exportTo(cli::Session &session, const KeyFilter &filter, const std::s
     if (file.empty() || file == "-")
         session.out().raw(text);
     else
-        files::writeWhole(QString::fromStdString(file), text);
+        files::writeWhole(QFile::decodeName(file.c_str()), text);
     return ExitStatus::Done;
 }
 
@@ -121,15 +124,14 @@ exchange::ImportResult carryOut(cli::Session &session, const exchange::ImportPla
 
 QString summary(const exchange::ImportResult &result, bool isDryRun)
 {
-    return QStringLiteral("%1 %2 added, %3 changed, %4 skipped")
-        .arg(QString::number(result.added),
-             isDryRun ? QStringLiteral("would be") : QStringLiteral("rows"),
+    return QStringLiteral("%1%2 added, %3 changed, %4 skipped")
+        .arg(isDryRun ? QStringLiteral("would be: ") : QString(), QString::number(result.added),
              QString::number(result.changed), QString::number(result.skipped));
 }
 
 ExitStatus import(cli::Session &session, const std::string &file, bool isDryRun)
 {
-    const QString name = QString::fromStdString(file);
+    const QString name = QFile::decodeName(file.c_str());
     const exchange::Document document = exchange::fromJson(files::readAll(name), name);
     client::ProgrammableKeys &service = session.service();
     const exchange::ImportPlan plan =
@@ -161,7 +163,8 @@ void addExport(cli::CommandLine &line)
     command
         ->add_option("-o,--output", given->file,
                      "write to this file, whole or not at all; - is stdout")
-        ->type_name(cli::type::File);
+        ->type_name(cli::type::File)
+        ->check(cli::notEmpty());
 }
 
 void addImport(cli::CommandLine &line)

@@ -1,5 +1,6 @@
 #include "commands/KeyCommands.h"
 
+#include "cli/Checks.h"
 #include "commands/KeyFilter.h"
 #include "commands/Refusals.h"
 #include "commands/Shapes.h"
@@ -146,7 +147,8 @@ void addList(cli::CommandLine &line, CLI::App *group)
                         [filter](cli::Session &session) { return list(session, *filter); });
     addPlaceOptions(command, *filter);
     command->add_option("--type", filter->type, "only keys of this type")
-        ->type_name(cli::type::Number);
+        ->type_name(cli::type::Number)
+        ->transform(cli::wholeNumber());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "commands/ModuleCommands.h"
 
+#include "cli/Checks.h"
 #include "commands/Press.h"
 #include "commands/Refusals.h"
 #include "fields/Fields.h"
@@ -62,13 +63,18 @@ void addIcon(cli::CommandLine &line)
     CLI::App *command = line.addCommand(
         "icon", "ask the add-on module of a key to show an icon",
         [given](cli::Session &session) { return icon(session, given->idKey, given->x, given->y); });
-    command->add_option("ID", given->idKey, "the key")->required()->type_name(cli::type::KeyId);
+    command->add_option("ID", given->idKey, "the key")
+        ->required()
+        ->type_name(cli::type::KeyId)
+        ->transform(cli::wholeNumber());
     command->add_option("X", given->x, "icon_x, for the module to understand")
         ->required()
-        ->type_name(cli::type::Number);
+        ->type_name(cli::type::Number)
+        ->transform(cli::wholeNumber());
     command->add_option("Y", given->y, "icon_y, for the module to understand")
         ->required()
-        ->type_name(cli::type::Number);
+        ->type_name(cli::type::Number)
+        ->transform(cli::wholeNumber());
 }
 
 void addLabel(cli::CommandLine &line)
@@ -82,10 +88,14 @@ void addLabel(cli::CommandLine &line)
     CLI::App *command = line.addCommand(
         "label", "ask the add-on module of a key to show its action's short label",
         [given](cli::Session &session) { return label(session, given->idKey, given->state); });
-    command->add_option("ID", given->idKey, "the key")->required()->type_name(cli::type::KeyId);
+    command->add_option("ID", given->idKey, "the key")
+        ->required()
+        ->type_name(cli::type::KeyId)
+        ->transform(cli::wholeNumber());
     command->add_option("STATE", given->state, "label_state, for the module to understand")
         ->required()
-        ->type_name(cli::type::Number);
+        ->type_name(cli::type::Number)
+        ->transform(cli::wholeNumber());
 }
 
 void addPress(cli::CommandLine &line)
@@ -105,7 +115,8 @@ void addPress(cli::CommandLine &line)
         ->required()
         ->type_name(cli::type::ModuleKey);
     command->add_option("--module-type", given->moduleType, "kind of add-on module, else 1")
-        ->type_name(cli::type::Number);
+        ->type_name(cli::type::Number)
+        ->transform(cli::wholeNumber());
 }
 
 } // namespace

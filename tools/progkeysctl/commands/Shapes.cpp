@@ -1,5 +1,6 @@
 #include "commands/Shapes.h"
 
+#include "cli/Checks.h"
 #include "outcome/Failure.h"
 
 #include <memory>
@@ -17,7 +18,10 @@ QStringList toTexts(const std::vector<std::string> &words)
 
 void takeId(CLI::App *command, qlonglong &id, const char *type)
 {
-    command->add_option("ID", id, "its identifier")->required()->type_name(type);
+    command->add_option("ID", id, "its identifier")
+        ->required()
+        ->type_name(type)
+        ->transform(cli::wholeNumber());
 }
 
 void takeAssignments(CLI::App *command, std::vector<std::string> &words, const char *type)
@@ -43,7 +47,10 @@ CLI::App *addIdsCommand(cli::CommandLine &line, CLI::App *group, const Naming &n
     CLI::App *command =
         line.addCommand(group, naming.name, naming.description,
                         [ids, run](cli::Session &session) { return run(session, *ids); });
-    command->add_option("IDS", *ids, "their identifiers")->required()->type_name(naming.idType);
+    command->add_option("IDS", *ids, "their identifiers")
+        ->required()
+        ->type_name(naming.idType)
+        ->transform(cli::wholeNumber());
     return command;
 }
 
@@ -76,6 +83,16 @@ CLI::App *addIdAndAssignmentsCommand(cli::CommandLine &line, CLI::App *group, co
     return command;
 }
 
+namespace {
+
+/// Is it about the one row, so that the next one may well go?
+bool isOfOneRow(const Failure &failure)
+{
+    return failure.status == ExitStatus::Failed || failure.status == ExitStatus::NotFound;
+}
+
+} // namespace
+
 ExitStatus removeEach(cli::Session &session, const std::vector<qlonglong> &ids,
                       const QList<output::Column> &columns,
                       const std::function<QJsonObject(qlonglong)> &remove)
@@ -88,6 +105,8 @@ ExitStatus removeEach(cli::Session &session, const std::vector<qlonglong> &ids,
         try {
             removed.rows.append(remove(id));
         } catch (const Failure &failure) {
+            if (!isOfOneRow(failure))
+                throw;
             session.out().flush();
             output::sayFailure(failure);
             if (status == ExitStatus::Done)

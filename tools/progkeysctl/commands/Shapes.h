@@ -32,7 +32,8 @@ CLI::App *addIdAndAssignmentsCommand(cli::CommandLine &line, CLI::App *group, co
                                      OnIdAndAssignments run);
 
 /// Deletes one row after the other with `remove`, which returns the row it deleted. One that is
-/// refused is told on stderr and does not keep the others; its status is the result then.
+/// refused is told on stderr and does not keep the others; its status is the result then. Where the
+/// service does not answer any more the rest is not tried.
 ExitStatus removeEach(cli::Session &session, const std::vector<qlonglong> &ids,
                       const QList<output::Column> &columns,
                       const std::function<QJsonObject(qlonglong)> &remove);

@@ -12,6 +12,8 @@ namespace commands {
 namespace {
 
 constexpr double WaitSeconds = 30;
+// How soon a lost bus is noticed.
+constexpr int PulseMs = 100;
 
 QList<output::Column> columns()
 {
@@ -30,7 +32,16 @@ bool comesUp(cli::Session &session)
     if (session.service().isRunning())
         return true;
     QTimer::singleShot(session.timeoutMs(WaitSeconds), &loop, [&loop] { loop.exit(0); });
-    return loop.exec() == 1;
+    QTimer pulse;
+    QObject::connect(&pulse, &QTimer::timeout, &loop, [&] {
+        if (!session.bus().connection().isConnected())
+            loop.exit(0);
+    });
+    pulse.start(PulseMs);
+    const bool isUp = loop.exec() == 1;
+    if (!session.bus().connection().isConnected())
+        client::throwLost(session.bus());
+    return isUp;
 }
 
 ExitStatus wait(cli::Session &session)

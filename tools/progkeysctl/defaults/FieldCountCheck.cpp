@@ -41,20 +41,27 @@ void mark(Finding &finding, const QList<GuessedComma> &commas)
         finding.alsoMarked.append(comma.place);
 }
 
-// Records that stand on lines of their own, without the hashes between them.
-bool guessLineBreak(const Setting &setting, const Record &record, Finding &finding)
+// Two records that were meant to be parted within what is the last field of the first: by a line
+// break, or by a hash behind a field that ends in a backslash.
+bool guessRecordEnd(const Setting &setting, const Record &record, Finding &finding)
 {
     if (fieldsOf(record) < 2 * FieldCount - 1)
         return false;
     const Span last = spanOf(record.fields.at(FieldCount - 1));
-    const auto at = setting.text.mid(last.start, last.length).indexOf(QLatin1Char('\n'));
-    if (at < 0)
+    const QString text = setting.text.mid(last.start, last.length);
+    const auto lineBreak = text.indexOf(QLatin1Char('\n'));
+    const auto hash = text.indexOf(QLatin1String("\\#"));
+    if (lineBreak < 0 && hash < 0)
         return false;
     finding.field = FieldCount;
-    finding.place = {last.start + static_cast<int>(at), 1};
-    finding.message = QStringLiteral("%1: is the line break meant as the end of the record? write "
-                                     "`#` in its place")
-                          .arg(countText(record));
+    finding.place = {last.start + static_cast<int>(lineBreak >= 0 ? lineBreak : hash),
+                     lineBreak >= 0 ? 1 : 2};
+    finding.message +=
+        lineBreak >= 0
+            ? QStringLiteral(": is the line break meant as the end of the record? write `#` in its "
+                             "place")
+            : QStringLiteral(": is the `\\#` meant as the end of the record? it is a hash in the "
+                             "text, and a field cannot end in a backslash");
     return true;
 }
 
@@ -144,7 +151,7 @@ Finding wrongFieldCount(const Setting &setting, int index, const Habits &habits)
     Finding finding = complaint(Severity::Error, "field-count", record);
     finding.message = countText(record);
     const bool hasTooMany = fieldsOf(record) > FieldCount;
-    if (hasTooMany ? guessLineBreak(setting, record, finding) : guessHash(setting, index, finding))
+    if (hasTooMany ? guessRecordEnd(setting, record, finding) : guessHash(setting, index, finding))
         return finding;
     const QList<GuessedComma> commas = guessCommas(setting, record, habits);
     if (commas.isEmpty())

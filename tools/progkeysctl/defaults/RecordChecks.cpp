@@ -87,14 +87,14 @@ void checkWord(Setting &setting, const Record &record, int field, const QString 
     }
 }
 
-void checkLineBreak(Setting &setting, const Record &record, int field)
+bool checkLineBreak(Setting &setting, const Record &record, int field)
 {
     const Span place = spanOf(record.fields.at(field - 1));
     int at = place.start;
     while (at < place.end() && !isLineBreak(setting.text.at(at)))
         ++at;
     if (at == place.end())
-        return;
+        return false;
     Finding finding = complaint(Severity::Warning, "line-break", record, field);
     finding.place = {at, 1};
     finding.message =
@@ -102,13 +102,22 @@ void checkLineBreak(Setting &setting, const Record &record, int field)
     if (!isNumberField(*setting.kind, field))
         finding.message += QStringLiteral(", and stays part of its text");
     setting.findings.append(finding);
+    return true;
 }
 
-void checkText(Setting &setting, const Record &record, int field)
+// Of a refused record only the first: one that is made of very many lines has as many breaks.
+void checkLineBreaks(Setting &setting, const Record &record)
+{
+    for (int field = 1; field <= record.fields.size(); ++field) {
+        if (checkLineBreak(setting, record, field) && !record.isAccepted())
+            return;
+    }
+}
+
+void checkWords(Setting &setting, const Record &record, int field)
 {
     checkWord(setting, record, field, QStringLiteral("escComa"), QStringLiteral("comma"));
     checkWord(setting, record, field, QStringLiteral("escSharp"), QStringLiteral("hash"));
-    checkLineBreak(setting, record, field);
 }
 
 void checkAccepted(Setting &setting, const Record &record)
@@ -134,7 +143,8 @@ void checkRecords(Setting &setting)
         else
             setting.findings.append(wrongFieldCount(setting, index, habits));
         for (int field = 1; field <= record.fields.size(); ++field)
-            checkText(setting, record, field);
+            checkWords(setting, record, field);
+        checkLineBreaks(setting, record);
     }
 }
 

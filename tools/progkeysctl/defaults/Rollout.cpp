@@ -110,6 +110,9 @@ void sort(QList<Finding> &findings)
 
 CheckResult checkFiles(const CheckRequest &request)
 {
+    if (request.files.count(files::StandardStream) > 1)
+        throw Failure{ExitStatus::Usage, QStringLiteral("Standard input can be read only once"),
+                      QStringLiteral("Name the files.")};
     CheckResult result;
     for (const QString &file : request.files)
         result.settings.append(readFile(file, request));

@@ -137,6 +137,11 @@ QString placeOf(const QString &name, const QString &member, qsizetype index)
     return QStringLiteral("%1: %2[%3]").arg(name, member, QString::number(index));
 }
 
+[[noreturn]] void throwTwice(const QString &where, qlonglong id)
+{
+    throwInvalid(QStringLiteral("%1: the id %2 stands twice").arg(where, QString::number(id)));
+}
+
 ListAction actionsOf(const QJsonObject &object, const QString &name)
 {
     ListAction actions;
@@ -149,12 +154,27 @@ ListAction actionsOf(const QJsonObject &object, const QString &name)
             throwInvalid(QStringLiteral("%1: -1 is the reserved action").arg(where),
                          QStringLiteral("Leave it out; keys may name it all the same."));
         if (ids.contains(action.idAction))
-            throwInvalid(QStringLiteral("%1: the id %2 stands twice")
-                             .arg(where, QString::number(action.idAction)));
+            throwTwice(where, action.idAction);
         ids.insert(action.idAction);
         actions.append(action);
     }
     return actions;
+}
+
+QList<ExportedKey> keysOf(const QJsonObject &object, const QString &name)
+{
+    QList<ExportedKey> keys;
+    QSet<qlonglong> ids;
+    const QList<QJsonObject> objects = objectsOf(object, KeysMember, name);
+    for (const QJsonObject &each : objects) {
+        const QString where = placeOf(name, KeysMember, keys.size());
+        keys.append(keyFromJson(each, where));
+        const qlonglong id = keys.last().key.idKey;
+        if (id != Key().idKey && ids.contains(id))
+            throwTwice(where, id);
+        ids.insert(id);
+    }
+    return keys;
 }
 
 } // namespace
@@ -182,9 +202,7 @@ Document fromJson(const QByteArray &text, const QString &name)
     checkHead(object, name);
     Document document;
     document.actions = actionsOf(object, name);
-    const QList<QJsonObject> keys = objectsOf(object, KeysMember, name);
-    for (const QJsonObject &key : keys)
-        document.keys.append(keyFromJson(key, placeOf(name, KeysMember, document.keys.size())));
+    document.keys = keysOf(object, name);
     return document;
 }
 

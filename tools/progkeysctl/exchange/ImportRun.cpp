@@ -115,20 +115,46 @@ private:
     int m_place = 0;
 };
 
-Failure refusal(const QString &what, qlonglong code)
+/// An answer of the service, so that it is known that the step was not done.
+struct Refusal : Failure
 {
-    return {ExitStatus::Failed,
-            QStringLiteral("%1 was refused (%2), and the import stopped there")
-                .arg(what, QString::number(code)),
-            QStringLiteral("What was done before is told above and stays; import the same file "
-                           "again once the cause is mended, and it goes on from there.")};
+};
+
+Refusal refusal(const QString &what, qlonglong code, const QString &cause)
+{
+    return {{ExitStatus::Failed,
+             QStringLiteral("%1 was refused (%2), and the import stopped there: %3")
+                 .arg(what, QString::number(code), cause),
+             QStringLiteral("What was done before is told above and stays; import the same file "
+                            "again once the cause is mended, and it goes on from there.")}};
+}
+
+QString notStored()
+{
+    return QStringLiteral("the database could not be written, as the service's log says");
+}
+
+// The plan had found room, the action and the key; somebody else was faster.
+QString causeOf(client::ProgrammableKeys &service, const Key &key, const KeyStep &step,
+                qlonglong code)
+{
+    constexpr qlonglong LimitReached = -1;
+    constexpr qlonglong Refused = -2;
+    if (code == LimitReached)
+        return QStringLiteral("the set has as many keys as ProgKeysMax allows");
+    if (code == Refused && !service.action(key.idAction))
+        return QStringLiteral("its action %1 is gone").arg(key.idAction);
+    if (code == Refused && step.kind == StepKind::Change && !service.key(key.idKey))
+        return QStringLiteral("key %1 is gone").arg(key.idKey);
+    return notStored();
 }
 
 qlonglong Importer::doAction(const ActionStep &step)
 {
     const qlonglong id = m_service.addAction(step.action);
     if (id < 0)
-        throw refusal(QStringLiteral("Action %1 of the file").arg(step.action.idAction), id);
+        throw refusal(QStringLiteral("Action %1 of the file").arg(step.action.idAction), id,
+                      notStored());
     m_newIds.insert(step.action.idAction, id);
     return id;
 }
@@ -141,13 +167,13 @@ qlonglong Importer::doKey(const KeyStep &step)
     if (step.kind == StepKind::Add) {
         const qlonglong id = m_service.createKey(key);
         if (id < 0)
-            throw refusal(what, id);
+            throw refusal(what, id, causeOf(m_service, key, step, id));
         return id;
     }
     key.idKey = step.here;
     const int code = m_service.modifyKey(key);
     if (code != 0)
-        throw refusal(what, code);
+        throw refusal(what, code, causeOf(m_service, key, step, code));
     return step.here;
 }
 
@@ -172,9 +198,11 @@ void Importer::doStep(const Step &step, Do perform)
             row.insert(IdMember, output::jsonNumber(perform(step)));
             row.insert(OutcomeMember, Done);
             count(m_result, step.kind);
+        } catch (const Refusal &refusal) {
+            fail(refusal, Failed);
         } catch (const Failure &failure) {
-            // A call that was not answered may have been carried out.
-            fail(failure, failure.status == ExitStatus::Failed ? Failed : Unknown);
+            // A call that was not answered may have been carried out, unless the bus held it back.
+            fail(failure, failure.status == ExitStatus::AccessDenied ? Failed : Unknown);
         }
     } else {
         count(m_result, step.kind);

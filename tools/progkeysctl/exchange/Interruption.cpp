@@ -1,12 +1,7 @@
 #include "exchange/Interruption.h"
 
-#include <array>
-#include <csignal>
-
 namespace exchange {
 namespace {
-
-constexpr std::array Signals = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t theSignal = 0;
 
@@ -15,27 +10,25 @@ void remember(int signal)
     theSignal = signal;
 }
 
-void setHandlers(void (*handler)(int))
-{
-    for (const int signal : Signals) {
-        struct sigaction action = {};
-        action.sa_handler = handler;
-        action.sa_flags = SA_RESTART;
-        sigaction(signal, &action, nullptr);
-    }
-}
-
 } // namespace
 
 Interruption::Interruption()
 {
     theSignal = 0;
-    setHandlers(remember);
+    struct sigaction action = {};
+    action.sa_handler = remember;
+    action.sa_flags = SA_RESTART;
+    for (std::size_t place = 0; place < Signals.size(); ++place) {
+        sigaction(Signals.at(place), nullptr, &m_before.at(place));
+        if (m_before.at(place).sa_handler != SIG_IGN)
+            sigaction(Signals.at(place), &action, nullptr);
+    }
 }
 
 Interruption::~Interruption()
 {
-    setHandlers(SIG_DFL);
+    for (std::size_t place = 0; place < Signals.size(); ++place)
+        sigaction(Signals.at(place), &m_before.at(place), nullptr);
 }
 
 bool Interruption::hasCome() const

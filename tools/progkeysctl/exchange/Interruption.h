@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
+#include <csignal>
+
 namespace exchange {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP do not end the process but are remembered, so that
-/// what is being done can be finished and told.
+/// what is being done can be finished and told. One that is ignored, as nohup does, stays so.
 class Interruption
 {
 public:
@@ -13,6 +16,10 @@ public:
     Interruption &operator=(const Interruption &) = delete;
 
     bool hasCome() const;
+
+private:
+    static constexpr std::array Signals = {SIGINT, SIGTERM, SIGHUP};
+    std::array<struct sigaction, Signals.size()> m_before{};
 };
 
 } // namespace exchange

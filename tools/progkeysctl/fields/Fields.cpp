@@ -40,7 +40,7 @@ QString rangeOf(const qlonglong & /*of*/)
 
 QString rangeOf(const QString & /*of*/)
 {
-    return QStringLiteral("a text");
+    return QStringLiteral("a text that the bus can carry");
 }
 
 bool setFromText(QString &member, const QString &text)
@@ -67,11 +67,19 @@ bool setFromText(qlonglong &member, const QString &text)
     return ok;
 }
 
+// The bus ends a text at its first null character and has nothing for half a surrogate pair: such
+// a text would arrive as another one.
+bool canBeSent(const QString &text)
+{
+    return text.isValidUtf16() && !text.contains(QChar(QChar::Null));
+}
+
 bool setFromValue(QString &member, const QJsonValue &value)
 {
-    if (value.isString())
+    const bool isText = value.isString() && canBeSent(value.toString());
+    if (isText)
         member = value.toString();
-    return value.isString();
+    return isText;
 }
 
 QJsonValue jsonOf(const QString &text)
@@ -93,10 +101,12 @@ bool setFromValue(Number &member, const QJsonValue &value)
     const double rounded = value.toDouble();
     if (!value.isDouble() || std::trunc(rounded) != rounded)
         return false;
-    bool ok = false;
-    const qlonglong number = value.toVariant().toLongLong(&ok);
-    if (!ok || std::abs(rounded) > 9.3e18 || number < std::numeric_limits<Number>::min() ||
-        number > std::numeric_limits<Number>::max())
+    constexpr double ExactUpTo = 9007199254740992.0;
+    const QVariant exact = value.toVariant();
+    if (exact.userType() != QMetaType::LongLong && std::abs(rounded) > ExactUpTo)
+        return false;
+    const qlonglong number = exact.toLongLong();
+    if (number < std::numeric_limits<Number>::min() || number > std::numeric_limits<Number>::max())
         return false;
     member = static_cast<Number>(number);
     return true;

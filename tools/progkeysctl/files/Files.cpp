@@ -17,6 +17,22 @@ namespace {
         ExitStatus::Failed, QStringLiteral("%1 cannot be read: %2").arg(file, reason), {}};
 }
 
+[[noreturn]] void throwWriteFailure(const QString &file, const QFileDevice &target)
+{
+    throw Failure{ExitStatus::Failed,
+                  QStringLiteral("%1 cannot be written: %2").arg(file, target.errorString()),
+                  {}};
+}
+
+// A pipe or a device is written to: to save a file would put that in its place.
+void writeThrough(const QString &file, const QByteArray &bytes)
+{
+    QFile target(file);
+    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
+        !target.flush())
+        throwWriteFailure(file, target);
+}
+
 } // namespace
 
 QByteArray readAll(const QString &file)
@@ -36,12 +52,15 @@ QByteArray readAll(const QString &file)
 
 void writeWhole(const QString &file, const QByteArray &bytes)
 {
+    const QFileInfo there(file);
+    if (there.exists() && !there.isFile() && !there.isDir()) {
+        writeThrough(file, bytes);
+        return;
+    }
     QSaveFile target(file);
     if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
         !target.commit())
-        throw Failure{ExitStatus::Failed,
-                      QStringLiteral("%1 cannot be written: %2").arg(file, target.errorString()),
-                      {}};
+        throwWriteFailure(file, target);
 }
 
 } // namespace files

@@ -11,14 +11,19 @@ namespace {
 
 const QChar Ellipsis(0x2026);
 
-// A character of the writing system may be several code points; a terminal shows it as wide as the
-// widest of them.
+// A character of the writing system may be several code points. Those that stand beside each other,
+// as in Thai and the scripts of India, each take their columns; what joins a picture takes none.
 int graphemeWidth(const QString &grapheme)
 {
+    constexpr int Wide = 2;
     int width = 0;
     const QVector<uint> codePoints = grapheme.toUcs4();
-    for (const uint codePoint : codePoints)
-        width = std::max(width, wcwidth(static_cast<wchar_t>(codePoint)));
+    for (const uint codePoint : codePoints) {
+        const int own = wcwidth(static_cast<wchar_t>(codePoint));
+        if (own == Wide)
+            return Wide;
+        width += std::max(0, own);
+    }
     return width;
 }
 

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryFile>
 
 namespace sandbox {
 namespace {
@@ -34,6 +35,8 @@ Directory::Directory(const Places &places)
     provide(QStringLiteral("settings"), places.settings);
     provide(QStringLiteral("data"), places.data);
     provide(QStringLiteral("logs"), places.logs);
+    requireWritable(QStringLiteral("data"));
+    requireWritable(QStringLiteral("logs"));
     if (!places.settings.isEmpty())
         return;
     write(QStringLiteral("settings/DefaultActions"), "\n");
@@ -48,6 +51,15 @@ void Directory::provide(const QString &name, const QString &place) const
         throw cannotMake(target);
     if (target != file(name) && !QFile::link(target, file(name)))
         throw cannotMake(file(name));
+}
+
+// The service runs without its data, too, and would keep nothing.
+void Directory::requireWritable(const QString &name) const
+{
+    QTemporaryFile trial(file(name) + QStringLiteral("/.trial-XXXXXX"));
+    if (!trial.open())
+        throw Failure{ExitStatus::Failed, QStringLiteral("Cannot write in %1").arg(whereIs(name)),
+                      QStringLiteral("See whether there is room and leave to write.")};
 }
 
 QString Directory::file(const QString &name) const

@@ -19,7 +19,8 @@ struct Places
 class Directory
 {
 public:
-    /// Makes what is missing. Throws a Failure if that cannot be.
+    /// Makes what is missing. Throws a Failure if that cannot be, or if the data or the logs
+    /// cannot be written.
     explicit Directory(const Places &places);
 
     QString path() const { return m_directory.path(); }
@@ -39,6 +40,7 @@ public:
 
 private:
     void provide(const QString &name, const QString &place) const;
+    void requireWritable(const QString &name) const;
 
     QTemporaryDir m_directory;
     bool m_keepsLogs;

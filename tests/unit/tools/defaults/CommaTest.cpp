@@ -103,6 +103,7 @@ void CommaTest::addHashes()
     row("a hash in the label", "D9,1,call,,55,Desk [#]1,D1", 1, 6);
     row("a hash at the end of the last field", "D9,1,call,,55,Desk,D [#]1", 2, 0);
     row("a line break for a hash", "A,1,c,,5,l,s[\n]B,1,c,,5,l,s", 1, 7);
+    row("a hash behind a backslash", "A,1,c,,5,l,s[\\#]B,1,c,,5,l,s", 1, 7);
 }
 
 void CommaTest::theSlipIsGuessed()

@@ -62,6 +62,8 @@ void RecordsTest::eachComplaintHasItsPlace_data()
     action("a line break", "D,1,c,w,a,l\n1,s", "1:6 line-break of \n");
     action("a line break before each record", "D,1,c,w,a,l,s#\nE,1,c,w,a,l,s#\nF,1,c,w,a,l,s",
            "2:1 line-break of \n|3:1 line-break of \n");
+    action("records that are lines, told once", "D,1,c,w,a,l,s\nE,1,c,w,a,l,s\nF,1,c,w,a,l,s",
+           "1:7 field-count of \n|1:7 line-break of \n");
     action("a carriage return", "D,1,c,w,a,l,s\r\n", "1:7 line-break of \r");
     action("U+0000", QByteArray("D,1,c\0,w,a,l,s", 14), "1:3 null-character of \0");
     action("a byte order mark",

@@ -91,12 +91,19 @@ void FieldsTest::wrongJsonIsRefused_data()
     refuse("an unknown field", R"({"colour": 1})", "key 3: there is no field colour");
     refuse("a text for a number", R"({"position": "1"})",
            "key 3: the field position is not a whole number of 32 bits");
-    refuse("a number for a text", R"({"icon": 1})", "key 3: the field icon is not a text");
+    refuse("a number for a text", R"({"icon": 1})",
+           "key 3: the field icon is not a text that the bus can carry");
+    refuse("a text that the bus would cut short", R"({"icon": "a\u0000b"})",
+           "key 3: the field icon is not a text that the bus can carry");
+    refuse("half a character", R"({"icon": "\ud800"})",
+           "key 3: the field icon is not a text that the bus can carry");
     refuse("half a number", R"({"position": 1.5})",
            "key 3: the field position is not a whole number of 32 bits");
     refuse("more than 32 bits", R"({"type": 2147483648})",
            "key 3: the field type is not a whole number of 32 bits");
     refuse("more than 64 bits", R"({"idKey": 1e19})",
+           "key 3: the field idKey is not a whole number of 64 bits");
+    refuse("one more than 64 bits hold", R"({"idKey": 9223372036854775808})",
            "key 3: the field idKey is not a whole number of 64 bits");
     refuse("a text that is no id", R"({"idKey": "seven"})",
            "key 3: the field idKey is not a whole number of 64 bits");

@@ -42,6 +42,9 @@ void TextWidthTest::widthIsThatOfTheTerminal_data()
     QTest::newRow("a combining accent takes none") << utf8("e\u0301a") << 2;
     QTest::newRow("characters of the Far East take two") << utf8("受付") << 4;
     QTest::newRow("a picture takes two") << utf8("\U0001f4de") << 2;
+    QTest::newRow("a vowel of Thai stands beside its consonant") << utf8("\u0e01\u0e33") << 2;
+    QTest::newRow("so does one of Hindi") << utf8("\u0915\u093f") << 2;
+    QTest::newRow("a flag of two letters is one picture") << utf8("\U0001f1e9\U0001f1ea") << 2;
     QTest::newRow("a family joined of three is one picture")
         << utf8("\U0001f468\u200d\U0001f469\u200d\U0001f467") << 2;
 }

@@ -1,0 +1,97 @@
+"""Lines that a script writes by mistake, and streams that are not there: nothing else is meant by them."""
+
+import subprocess
+
+import pytest
+
+from progkeysctl import Tool, environment
+from samples import CALL, SET_KEY
+from sandbox.client import Client
+from sandbox.processes import Module
+from sandbox.records import Key
+
+
+@pytest.fixture
+def key(client: Client, phone: Module) -> Key:
+    """The first key, on the first action."""
+    bound = SET_KEY._replace(idAction=client.add_action(CALL))
+    return bound._replace(idKey=client.create_programmable_key(bound))
+
+
+@pytest.mark.parametrize(
+    "words",
+    [
+        ["key", "add", "position=2", "idAction=-1"],
+        ["key", "set", 1, "icon=new"],
+        ["key", "move", "1=9"],
+        ["key", "delete", 1],
+        ["action", "add", "type=1"],
+        ["action", "set", 1, "label=new"],
+        ["action", "delete", 1],
+        ["restore", "default", "--yes"],
+    ],
+    ids=lambda words: " ".join(map(str, words[:2])),
+)
+def test_a_field_that_there_is_not_is_told_before_anything_is_done(
+    ctl: Tool, client: Client, key: Key, words: list[object]
+) -> None:
+    before = (client.get_all_actions(), client.get_all_programmable_keys())
+    result = ctl(*words, "--json=short", "--fields", "colour")
+    assert (result.status, result.out) == (2, "")
+    assert "--fields: there is no field colour here" in result.err
+    assert (client.get_all_actions(), client.get_all_programmable_keys()) == before
+
+
+@pytest.mark.parametrize("words", [["import", "-"], ["monitor"], ["press", "2/5"]], ids=lambda words: words[0])
+def test_nor_is_anything_waited_for(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
+    result = ctl(*words, "--fields", "colour", stdin=ctl("export").out)
+    assert (result.status, result.out) == (2, "")
+    assert "--fields: there is no field colour here" in result.err
+
+
+@pytest.mark.parametrize("text", ["", "0x1", "1.0", "one", "9223372036854775808", "-9223372036854775809"])
+def test_what_is_no_number_names_no_key(ctl: Tool, client: Client, key: Key, text: str) -> None:
+    for words in (["key", "show", text], ["key", "delete", text], ["action", "delete", text], ["label", text, 1]):
+        result = ctl(*words)
+        assert (result.status, result.out) == (2, "")
+        assert f'"{text}" is no whole number of 64 bits' in result.err
+    assert client.get_all_programmable_keys() == [key]
+
+
+def test_numbers_are_decimal(ctl: Tool, client: Client, key: Key) -> None:
+    assert ctl.json("key", "show", "001") == key._asdict()
+    result = ctl("key", "show", "010")
+    assert result.status == 10
+    assert "There is no key 10" in result.err
+    assert ctl.json("key", "list", "--type", "00") == [key._asdict()]
+
+
+@pytest.mark.parametrize("option", ["--address", "--fields"])
+def test_an_empty_text_is_no_choice(ctl: Tool, phone: Module, option: str) -> None:
+    result = ctl("status", option, "")
+    assert (result.status, result.out) == (2, "")
+    assert option in result.err
+
+
+@pytest.mark.parametrize("words", ["key list", "key set 1 icon=new dmId=D1 -j", "export"])
+def test_a_closed_stdout_is_a_failure(ctl: Tool, client: Client, key: Key, words: str) -> None:
+    ended = closing(ctl, words, "1>&-")
+    assert ended.returncode == 1
+    assert "The output could not be written: Bad file descriptor" in ended.stderr
+
+
+def test_what_is_said_where_nobody_listens_goes_nowhere(ctl: Tool, client: Client, key: Key) -> None:
+    """Without a stream of its own a warning would go into whatever was opened instead: the bus."""
+    closing(ctl, "key set 1 icon=new dmId=D1", "0<&- 1>&- 2>&-")
+    assert client.get_all_programmable_keys() == [key._replace(icon="new", dmId="D1")]
+    ended = closing(ctl, "import -", "0<&-")
+    assert ended.returncode == 1
+    assert "- cannot be read: Bad file descriptor" in ended.stderr
+
+
+def closing(ctl: Tool, words: str, redirections: str) -> subprocess.CompletedProcess[str]:
+    """Runs the tool with streams that the shell has closed."""
+    return subprocess.run(
+        ["sh", "-c", f'exec "$0" {words} {redirections}', ctl.executable],
+        capture_output=True, encoding="utf-8", env=environment(ctl.address, {}), check=False,
+    )
