@@ -49,6 +49,13 @@ QString describe(const BusChoice &choice)
     }
 }
 
+// The bus library has no reason for every failure.
+QString unreachable(const QString &bus, const QString &reason)
+{
+    return reason.isEmpty() ? QStringLiteral("Cannot reach %1").arg(bus)
+                            : QStringLiteral("Cannot reach %1: %2").arg(bus, reason);
+}
+
 } // namespace
 
 Bus::Bus(const BusChoice &choice, int timeoutMs)
@@ -56,8 +63,7 @@ Bus::Bus(const BusChoice &choice, int timeoutMs)
 {
     if (!m_connection.isConnected())
         throw Failure{ExitStatus::Failed,
-                      QStringLiteral("Cannot reach %1: %2")
-                          .arg(m_description, m_connection.lastError().message()),
+                      unreachable(m_description, m_connection.lastError().message()),
                       QStringLiteral("Say where the phone's bus is with --address or in "
                                      "DBUS_SYSTEM_BUS_ADDRESS; \"progkeysctl sandbox\" makes a "
                                      "phone to try.")};

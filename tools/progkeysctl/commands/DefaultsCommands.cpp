@@ -1,9 +1,9 @@
 #include "commands/DefaultsCommands.h"
 
 #include "commands/DefaultsPlanCommand.h"
+#include "converting/Table.h"
 #include "defaults/Report.h"
 #include "defaults/Rollout.h"
-#include "defaults/Table.h"
 #include "files/Files.h"
 #include "outcome/Failure.h"
 

@@ -1,11 +1,11 @@
 #include "commands/DefaultsPlanCommand.h"
 
 #include "client/Settings.h"
-#include "defaults/Plan.h"
-#include "defaults/PlanFiles.h"
-#include "defaults/PlanJson.h"
-#include "defaults/PlanListing.h"
-#include "defaults/PlanText.h"
+#include "planning/Plan.h"
+#include "planning/PlanFiles.h"
+#include "planning/PlanJson.h"
+#include "planning/PlanListing.h"
+#include "planning/PlanText.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
-#include "defaults/Plan.h"
+#include "planning/Plan.h"
 
-#include "defaults/PlanFields.h"
-#include "defaults/PlanKeys.h"
-#include "defaults/PlanTarget.h"
+#include "planning/PlanFields.h"
+#include "planning/PlanKeys.h"
+#include "planning/PlanTarget.h"
 
 #include <zelcore/ZELLogger.h>
 

@@ -1,7 +1,7 @@
-#include "defaults/PlanWarnings.h"
+#include "planning/PlanWarnings.h"
 
 #include "defaults/Messages.h"
-#include "defaults/PlanFiles.h"
+#include "planning/PlanFiles.h"
 
 #include <QStringList>
 

@@ -1,8 +1,8 @@
-#include "defaults/PlanText.h"
+#include "planning/PlanText.h"
 
 #include "defaults/Messages.h"
-#include "defaults/PlanFiles.h"
-#include "defaults/PlanLayout.h"
+#include "planning/PlanFiles.h"
+#include "planning/PlanLayout.h"
 
 #include <algorithm>
 

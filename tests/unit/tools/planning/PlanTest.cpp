@@ -1,6 +1,6 @@
-#include "defaults/Plan.h"
-#include "defaults/PlanListing.h"
-#include "defaults/PlanWarnings.h"
+#include "planning/Plan.h"
+#include "planning/PlanListing.h"
+#include "planning/PlanWarnings.h"
 #include "support/LogCapture.h"
 #include "support/TestMain.h"
 

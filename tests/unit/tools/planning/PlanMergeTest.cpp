@@ -1,4 +1,4 @@
-#include "defaults/Plan.h"
+#include "planning/Plan.h"
 #include "provisioning/RandomPhone.h"
 #include "support/Samples.h"
 #include "support/TestMain.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "defaults/Plan.h"
+#include "planning/Plan.h"
 
 namespace defaults {
 

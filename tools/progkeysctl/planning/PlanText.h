@@ -1,7 +1,7 @@
 #pragma once
 
-#include "defaults/Plan.h"
 #include "output/Terminal.h"
+#include "planning/Plan.h"
 
 #include <QStringList>
 

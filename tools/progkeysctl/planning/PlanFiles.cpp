@@ -1,4 +1,4 @@
-#include "defaults/PlanFiles.h"
+#include "planning/PlanFiles.h"
 
 #include "defaults/Setting.h"
 #include "files/Files.h"

@@ -1,6 +1,6 @@
-#include "defaults/PlanKeys.h"
+#include "planning/PlanKeys.h"
 
-#include "defaults/PlanFields.h"
+#include "planning/PlanFields.h"
 #include "provisioning/ProvisionedRecords.h"
 
 namespace defaults {

@@ -1,4 +1,4 @@
-#include "defaults/PlanLayout.h"
+#include "planning/PlanLayout.h"
 
 #include "output/Listing.h"
 #include "output/TextWidth.h"

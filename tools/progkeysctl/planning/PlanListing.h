@@ -1,7 +1,7 @@
 #pragma once
 
-#include "defaults/Plan.h"
 #include "output/Listing.h"
+#include "planning/Plan.h"
 
 namespace defaults {
 

@@ -1,4 +1,4 @@
-#include "defaults/PlanTarget.h"
+#include "planning/PlanTarget.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "defaults/Plan.h"
-#include "defaults/PlanWarnings.h"
 #include "output/Listing.h"
+#include "planning/Plan.h"
+#include "planning/PlanWarnings.h"
 
 namespace defaults {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "defaults/Plan.h"
-#include "defaults/PlanWarnings.h"
+#include "planning/Plan.h"
+#include "planning/PlanWarnings.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "defaults/Plan.h"
-#include "defaults/PlanTarget.h"
+#include "planning/Plan.h"
+#include "planning/PlanTarget.h"
 #include "provisioning/ProvisioningText.h"
 
 namespace defaults {

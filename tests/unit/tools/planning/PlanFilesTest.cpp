@@ -1,4 +1,4 @@
-#include "defaults/PlanFiles.h"
+#include "planning/PlanFiles.h"
 #include "outcome/Failure.h"
 #include "support/TestMain.h"
 

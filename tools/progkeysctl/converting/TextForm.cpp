@@ -1,7 +1,7 @@
+#include "converting/Table.h"
 #include "defaults/Messages.h"
 #include "defaults/RecordChecks.h"
 #include "defaults/Report.h"
-#include "defaults/Table.h"
 #include "outcome/Failure.h"
 
 #include <cstdio>

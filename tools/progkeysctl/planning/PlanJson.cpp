@@ -1,7 +1,7 @@
-#include "defaults/PlanJson.h"
+#include "planning/PlanJson.h"
 
-#include "defaults/PlanFiles.h"
 #include "fields/Fields.h"
+#include "planning/PlanFiles.h"
 
 #include <QJsonArray>
 

@@ -1,5 +1,5 @@
+#include "converting/Table.h"
 #include "defaults/Messages.h"
-#include "defaults/Table.h"
 #include "defaults/Utf8.h"
 #include "outcome/Failure.h"
 

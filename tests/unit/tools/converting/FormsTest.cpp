@@ -1,4 +1,4 @@
-#include "defaults/Table.h"
+#include "converting/Table.h"
 #include "support/TestMain.h"
 #include "tools/defaults/Findings.h"
 

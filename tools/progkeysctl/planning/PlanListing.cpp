@@ -1,4 +1,4 @@
-#include "defaults/PlanListing.h"
+#include "planning/PlanListing.h"
 
 namespace defaults {
 namespace {
