@@ -37,7 +37,7 @@ bool isAnswer(const events::ReceivedEvent &received, const QString &service,
     if (received.event.getEvtName() != QLatin1String("AOMKEY_PRESS_NTF") ||
         received.sender != service)
         return false;
-    const Key key = qdbus_cast<Key>(received.event.getArgument(QStringLiteral("key")));
+    const auto key = qdbus_cast<Key>(received.event.getArgument(QStringLiteral("key")));
     return key.position == place.number && key.aom_type == place.moduleType &&
            key.aom_addr == place.addr;
 }
@@ -65,8 +65,8 @@ QList<output::Column> answerColumns()
 
 void tell(cli::Session &session, const ZELEvent &answer)
 {
-    const Key key = qdbus_cast<Key>(answer.getArgument(QStringLiteral("key")));
-    const Action action = qdbus_cast<Action>(answer.getArgument(QStringLiteral("action")));
+    const auto key = qdbus_cast<Key>(answer.getArgument(QStringLiteral("key")));
+    const auto action = qdbus_cast<Action>(answer.getArgument(QStringLiteral("action")));
     const bool exists = answer.getArgument(QStringLiteral("exists")).toBool();
     session.out().done(sentence(key, action, exists), answerColumns(),
                        {{QStringLiteral("exists"), exists},
