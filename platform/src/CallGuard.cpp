@@ -1,8 +1,8 @@
 #include "CallGuard.h"
 
-#include "zelcore/ZELBusNames.h"
 #include "BusObject.h"
 #include "zelcore/ZELApplication.h"
+#include "zelcore/ZELBusNames.h"
 #include "zelcore/ZELException.h"
 
 namespace zel {

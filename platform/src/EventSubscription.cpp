@@ -1,8 +1,8 @@
 #include "EventSubscription.h"
 
+#include "zelcore/ZELApplication.h"
 #include "zelcore/ZELBusNames.h"
 #include "zelcore/ZELEventCodec.h"
-#include "zelcore/ZELApplication.h"
 #include "zelcore/ZELException.h"
 #include "zelcore/ZELLogger.h"
 

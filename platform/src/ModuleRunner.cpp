@@ -1,9 +1,9 @@
 #include "ModuleRunner.h"
 
-#include "zelcore/ZELBusNames.h"
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
 #include "zelcore/ZELApplication.h"
+#include "zelcore/ZELBusNames.h"
 #include "zelcore/ZELException.h"
 #include "zelcore/ZELLogger.h"
 #include "zelcore/ZELModule.h"

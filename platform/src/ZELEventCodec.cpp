@@ -1,7 +1,7 @@
 #include "zelcore/ZELEventCodec.h"
 
-#include "zelcore/ZELBusNames.h"
 #include "QtCompatibility.h"
+#include "zelcore/ZELBusNames.h"
 
 #include <QDBusArgument>
 #include <QDBusVariant>

@@ -1,10 +1,10 @@
 #include "zelcore/ZELModule.h"
 
-#include "zelcore/ZELBusNames.h"
-#include "zelcore/ZELEventCodec.h"
 #include "EventSubscription.h"
 #include "ModuleRunner.h"
 #include "zelcore/ZELApplication.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELEventCodec.h"
 #include "zelcore/ZELLogger.h"
 
 #include <QDBusConnection>

@@ -1,8 +1,8 @@
-#include "zelcore/ZELBusNames.h"
-#include "zelcore/ZELEventCodec.h"
 #include "MessageMaker.h"
 #include "PrivateLine.h"
 #include "Requirement.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELEventCodec.h"
 
 #include <QDBusMessage>
 #include <QSemaphore>
