@@ -189,9 +189,9 @@ def test_a_module_that_ends_is_started_again(tool: Path, name: str, number: sign
     with sandbox(tool) as running:
         first = running.running(name)
         os.kill(first, number)
+        log = Path(running.directory, "logs", f"{name}.log")
+        wait_until(lambda: "started again" in log.read_text(), "its end is noticed")
         running.running(name, other_than=first)
-        log = Path(running.directory, "logs", f"{name}.log").read_text()
-        assert "started again" in log
         assert running.end()[1] == ""
 
 
