@@ -252,3 +252,13 @@ def test_a_restore_deletes_everything(ctl: Tool, client: Client, phone: Module, 
     assert (restored.status, restored.out) == (0, "Restored; there are 0 keys and 0 actions now.\n")
     assert client.get_all_programmable_keys() == []
     assert ctl.json("restore", what, "--yes") == {"restored": what, "keys": 0, "actions": 0}
+
+
+def test_a_restore_that_takes_too_long_may_still_happen(ctl: Tool, phone: Module) -> None:
+    phone.send_signal(signal.SIGSTOP)
+    try:
+        result = ctl("restore", "default", "--yes", "--timeout", "0.3")
+    finally:
+        phone.send_signal(signal.SIGCONT)
+    assert (result.status, result.out) == (3, "")
+    assert "It may still be at it" in result.err

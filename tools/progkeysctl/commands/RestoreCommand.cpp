@@ -40,6 +40,18 @@ QString text(const Counts &counts)
         .arg(counted(counts.keys, "key"), counted(counts.actions, "action"));
 }
 
+void runRestore(const client::Bus &bus, const QString &method)
+{
+    try {
+        client::runHook(bus, method);
+    } catch (Failure &failure) {
+        if (failure.status == ExitStatus::TimeRanOut)
+            failure.advice = QStringLiteral("It may still be at it: \"progkeysctl status\" tells "
+                                            "what there is. Give it longer with --timeout.");
+        throw;
+    }
+}
+
 ExitStatus restore(cli::Session &session, const Given &given)
 {
     session.out().requireFields(columns());
@@ -50,9 +62,8 @@ ExitStatus restore(cli::Session &session, const Given &given)
                           .arg(text(counts(session.service()))),
                       QStringLiteral("If that is meant, say --yes; \"progkeysctl export\" keeps "
                                      "what users made.")};
-    const bool isFactory = given.what == "factory";
-    client::runHook(session.bus(), isFactory ? QStringLiteral("restoreFactory")
-                                             : QStringLiteral("restoreDefault"));
+    runRestore(session.bus(), given.what == "factory" ? QStringLiteral("restoreFactory")
+                                                      : QStringLiteral("restoreDefault"));
     const Counts now = counts(session.service());
     session.out().done(QStringLiteral("Restored; there are %1 now.").arg(text(now)), columns(),
                        {{QStringLiteral("restored"), QString::fromStdString(given.what)},
