@@ -87,7 +87,7 @@ class Workshop:
 
     def build(self) -> bool:
         return (
-            self.run("cmake", "--preset", PRESET, "-DCMAKE_BUILD_TYPE=Debug").returncode == 0
+            self.run("cmake", "--preset", PRESET, "-DCMAKE_BUILD_TYPE=Debug", "-DPROGKEYS_TOOLS=OFF").returncode == 0
             and self.run("cmake", "--build", "--preset", PRESET).returncode == 0
         )
 
