@@ -117,16 +117,11 @@ void announce(cli::Session &session, const Action &action, const BoundKeys &boun
     session.out().flush();
 }
 
-bool isDeletable(const Action &action)
-{
-    return action.idAction != ReservedActionId && action.dmId.isEmpty();
-}
-
 QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 {
     const Action action = actionOf(session.service(), idAction);
     const BoundKeys bound = boundKeys(session, idAction);
-    if (!isDeletable(action))
+    if (!fields::isUsers(action))
         throw actionDeletionRefused(session.service(), idAction, -2);
     announce(session, action, bound);
     if (!isDryRun) {

@@ -95,9 +95,7 @@ defaults::Kind kindOfText(const QString &file, std::optional<defaults::Kind> ask
     const std::optional<defaults::Kind> told = asked ? asked : defaults::kindOfFile(file);
     if (told)
         return *told;
-    throw Failure{ExitStatus::Usage,
-                  QStringLiteral("%1 does not tell whether it is of actions or of keys").arg(file),
-                  QStringLiteral("Say so with --kind actions or --kind keys.")};
+    throw defaults::unknownKind(file, QStringLiteral("Say so with --kind actions or --kind keys."));
 }
 
 defaults::Table read(const ConvertArguments &arguments)

@@ -5,6 +5,7 @@
 #include "commands/KeyFilter.h"
 #include "commands/Words.h"
 #include "exchange/ImportRun.h"
+#include "fields/Fields.h"
 #include "files/Files.h"
 
 #include <QFile>
@@ -30,11 +31,6 @@ void take(exchange::Document &document, const Action &action)
         document.actions.append(action);
 }
 
-bool isUsers(const Action &action)
-{
-    return action.dmId.isEmpty() && action.idAction != ReservedActionId;
-}
-
 void takeKey(exchange::Document &document, const Key &key, const ListAction &actions)
 {
     exchange::ExportedKey exported{key, {}};
@@ -44,7 +40,7 @@ void takeKey(exchange::Document &document, const Key &key, const ListAction &act
                          .arg(QString::number(key.idKey), QString::number(key.idAction)));
         return;
     }
-    if (isUsers(*action))
+    if (fields::isUsers(*action))
         take(document, *action);
     exported.actionDmId = action->dmId;
     document.keys.append(exported);
@@ -57,7 +53,7 @@ exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &f
     exchange::Document document;
     if (filter.admitsAll())
         for (const Action &action : actions)
-            if (isUsers(action))
+            if (fields::isUsers(action))
                 document.actions.append(action);
     for (const Key &key : keys)
         if (key.dmId.isEmpty() && filter.admits(key))

@@ -1,6 +1,7 @@
 #include "commands/StatusCommand.h"
 
 #include "client/Settings.h"
+#include "fields/Fields.h"
 
 #include <zelcore/ZELBusNames.h>
 
@@ -58,9 +59,7 @@ void countKeys(QJsonObject &row, const ListKey &keys)
 
 void countActions(QJsonObject &row, const ListAction &actions)
 {
-    row.insert(QStringLiteral("userActions"), countIf(actions, [](const Action &action) {
-                   return action.dmId.isEmpty() && action.idAction != ReservedActionId;
-               }));
+    row.insert(QStringLiteral("userActions"), countIf(actions, fields::isUsers));
     row.insert(QStringLiteral("provisionedActions"),
                countIf(actions, [](const Action &action) { return !action.dmId.isEmpty(); }));
 }

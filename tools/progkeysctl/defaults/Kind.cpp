@@ -58,6 +58,13 @@ std::optional<Kind> kindOfFile(const QString &path)
     return isActions ? Kind::Actions : Kind::Keys;
 }
 
+Failure unknownKind(const QString &file, const QString &advice)
+{
+    return {ExitStatus::Usage,
+            QStringLiteral("%1 does not tell whether it is of actions or of keys").arg(file),
+            advice};
+}
+
 QString describeField(Kind kind, int number)
 {
     const QString text = QStringLiteral("field %1").arg(number);

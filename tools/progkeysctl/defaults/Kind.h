@@ -1,5 +1,7 @@
 #pragma once
 
+#include "outcome/Failure.h"
+
 #include <QList>
 #include <QString>
 
@@ -31,6 +33,9 @@ std::optional<Kind> kindNamed(const QString &name);
 /// The kind that the name of a file tells: it contains "Actions" or "Keys", in any case. Nothing if
 /// it contains neither or both. The directories of its path do not matter.
 std::optional<Kind> kindOfFile(const QString &path);
+
+/// Thrown where nothing tells the kind of a file; `advice` says how to tell it.
+Failure unknownKind(const QString &file, const QString &advice);
 
 /// "field 6, label": for messages; `number` counts from 1, and beyond the last there is no name.
 QString describeField(Kind kind, int number);

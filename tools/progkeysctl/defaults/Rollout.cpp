@@ -32,9 +32,7 @@ Kind kindOf(const QString &file, const CheckRequest &request)
         return *told;
     if (request.kind)
         return *request.kind;
-    throw Failure{ExitStatus::Usage,
-                  QStringLiteral("%1 does not tell whether it is of actions or of keys").arg(file),
-                  QStringLiteral("Say so with --kind actions or --kind keys.")};
+    throw unknownKind(file, QStringLiteral("Say so with --kind actions or --kind keys."));
 }
 
 Setting readFile(const QString &file, const CheckRequest &request)
@@ -124,7 +122,7 @@ CheckResult checkFiles(const CheckRequest &request)
         if (setting.kind == Kind::Actions)
             checkIdentifiers(setting);
         else if (!setting.kind)
-            readLimit(setting);
+            checkLimitText(setting);
     }
     for (Setting &setting : result.settings) {
         if (setting.kind == Kind::Keys)

@@ -161,12 +161,12 @@ void checkLimit(Setting &keys, int limit)
     keys.findings.append(*first);
 }
 
-int readLimit(Setting &limit)
+void checkLimitText(Setting &limit)
 {
     bool isNumber = false;
-    const int value = limit.text.toInt(&isNumber);
+    limit.text.toInt(&isNumber);
     if (isNumber)
-        return value;
+        return;
     Finding finding = complaintAt(limit, Severity::Error, "not-a-number",
                                   {0, static_cast<int>(limit.text.size())});
     finding.shown = finding.place;
@@ -177,7 +177,6 @@ int readLimit(Setting &limit)
                                            "counts as 0, so that no key of the set can be made")
                                 .arg(quoted(limit.text));
     limit.findings.append(finding);
-    return 0;
 }
 
 } // namespace defaults

@@ -19,7 +19,7 @@ void checkActions(Setting &keys, const QList<const Setting *> &actions);
 /// dropped.
 void checkLimit(Setting &keys, int limit);
 
-/// The limit that the text of the setting `ProgKeysMax` is: 0 if it is no number, which is found.
-int readLimit(Setting &limit);
+/// A text of the setting `ProgKeysMax` that is no number, and so counts as 0.
+void checkLimitText(Setting &limit);
 
 } // namespace defaults

@@ -1,15 +1,12 @@
 #include "exchange/ImportPlan.h"
 
+#include "fields/Fields.h"
+
 #include <algorithm>
 #include <tuple>
 
 namespace exchange {
 namespace {
-
-bool isUsers(const Action &action)
-{
-    return action.dmId.isEmpty() && action.idAction != ReservedActionId;
-}
 
 bool hasSameContent(Action left, const Action &right)
 {
@@ -46,7 +43,7 @@ std::optional<Record> takeFirst(QList<Record> &rows, Predicate fits)
 QList<ActionStep> planActions(const Document &document, const ListAction &here)
 {
     ListAction free;
-    std::copy_if(here.begin(), here.end(), std::back_inserter(free), isUsers);
+    std::copy_if(here.begin(), here.end(), std::back_inserter(free), fields::isUsers);
     QList<ActionStep> steps;
     for (const Action &action : document.actions) {
         ActionStep step;

@@ -119,6 +119,11 @@ bool setFromValue(Number &member, const QJsonValue &value)
 
 } // namespace
 
+bool isUsers(const Action &action)
+{
+    return action.dmId.isEmpty() && action.idAction != ReservedActionId;
+}
+
 template <>
 const QList<Field<Key>> &of<Key>()
 {

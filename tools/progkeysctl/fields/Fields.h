@@ -12,6 +12,9 @@
 /// Records by the names of their fields, as they stand in commands, tables and JSON.
 namespace fields {
 
+/// Did a user make it: neither provisioned nor the reserved one?
+bool isUsers(const Action &action);
+
 template <typename Record>
 struct Field
 {

@@ -19,10 +19,7 @@ QString settingNamed(const QString &file)
         return LimitSetting;
     const std::optional<Kind> kind = kindOfFile(file);
     if (!kind)
-        throw Failure{
-            ExitStatus::Usage,
-            QStringLiteral("%1 does not tell whether it is of actions or of keys").arg(file),
-            QStringLiteral("Say so with --actions FILE or --keys FILE.")};
+        throw unknownKind(file, QStringLiteral("Say so with --actions FILE or --keys FILE."));
     return *kind == Kind::Actions ? ActionsSetting : KeysSetting;
 }
 
