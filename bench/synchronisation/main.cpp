@@ -3,127 +3,125 @@
 
 #include "Rollout.h"
 #include "SettingsPeer.h"
+#include "Shares.h"
 #include "app/ZelProgrammableKeys.h"
-#include "events/Notifications.h"
-#include "provisioning/SettingsReader.h"
 #include "storage/ProgKeysDatabase.h"
 
 #include <zelcore/ZELApplication.h>
 
+#include <CLI/CLI.hpp>
 #include <QCoreApplication>
-#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 namespace {
 
-constexpr int Runs = 5;
-
-double medianMs(const std::function<void()> &work)
+struct Options
 {
-    std::vector<double> times;
-    for (int run = 0; run < Runs; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times.at(Runs / 2);
-}
+    std::string settingsManager;
+    std::vector<int> records = {10, 100, 1000};
+    int runs = 7;
+    bool isJson = false;
+};
 
-// The reads of one synchronisation: both texts, and the limit once a key.
-void readSettings(int count)
-{
-    SettingsReader &settings = SettingsReader::instance();
-    settings.getSettingValue(QStringLiteral("DefaultActions"));
-    settings.getSettingValue(QStringLiteral("DefaultKeys"));
-    for (int i = 0; i < count; ++i)
-        settings.getSettingValue(QStringLiteral("ProgKeysMax"));
-}
-
-void runStatements()
-{
-    ProgKeysDatabase &database = ProgKeysDatabase::instance();
-    const ListKey keys = database.allKeys();
-    const ListAction actions = database.allActions();
-    for (const Action &action : actions) {
-        database.action(action.idAction);
-        database.updateAction(action);
-    }
-    database.deleteProvisionedKeys();
-    for (const Key &key : keys) {
-        database.actionsWithDmId(key.dmId);
-        database.action(key.idAction);
-        database.countKeysOfType(KeyType::Set);
-        database.insertKey(key);
-    }
-}
-
-void sendEvents(const ListKey &keys, const ListAction &actions)
-{
-    for (const Action &action : actions) {
-        ZELEvent event;
-        events::actionModified(event, action);
-    }
-    for (const Key &key : keys) {
-        ZELEvent created;
-        events::keyCreated(created, key);
-        ZELEvent icon;
-        events::setModuleIcon(icon, events::placeOf(key), 0, 0);
-    }
-}
-
-void bench(const SettingsPeer &peer, int count, double &previous)
+// What a phone holds that was provisioned before.
+void provision(const SettingsPeer &peer, int count)
 {
     const Rollout rollout = makeRollout(count);
     peer.set(QStringLiteral("DefaultActions"), rollout.actions);
     peer.set(QStringLiteral("DefaultKeys"), rollout.keys);
-    ProgKeysDatabase &database = ProgKeysDatabase::instance();
-    database.resetTables();
+    ProgKeysDatabase::instance().resetTables();
     ZelProgrammableKeys::instance()->syncDmDefaults();
-    const ListKey keys = database.allKeys();
-    if (keys.size() != count)
-        qFatal("The synchronisation made %d keys of %d", int(keys.size()), count);
+    const auto made = ProgKeysDatabase::instance().allKeys().size();
+    if (made != count)
+        qFatal("The synchronisation made %d keys of %d", int(made), count);
+}
 
-    const double whole = medianMs([] { ZelProgrammableKeys::instance()->syncDmDefaults(); });
-    const double settings = medianMs([count] { readSettings(count); });
-    const double statements = medianMs([] { runStatements(); });
-    ListAction actions = database.allActions();
-    actions.removeFirst(); // the reserved one is not provisioned
-    const double sending = medianMs([&] { sendEvents(keys, actions); });
-    const double rest = std::max(0.0, whole - settings - statements - sending);
-    std::printf("%8d %10.2f %9.3f %9.0f%% %9.0f%% %9.0f%% %9.0f%%", count, whole, whole / count,
-                100 * settings / whole, 100 * statements / whole, 100 * sending / whole,
-                100 * rest / whole);
-    if (previous > 0)
-        std::printf(" %9.1f x", whole / previous);
-    std::printf("\n");
-    previous = whole;
+// Sizes take turns, so that whatever else the machine does meets all of them.
+std::map<int, Shares> measure(const SettingsPeer &peer, const Options &options)
+{
+    std::map<int, std::vector<Shares>> runs;
+    for (int run = 0; run < options.runs; ++run) {
+        for (const int count : options.records) {
+            provision(peer, count);
+            runs[count].push_back(measureSynchronisation(count));
+        }
+    }
+    std::map<int, Shares> medians;
+    for (const auto &[count, ofCount] : runs)
+        medians[count] = medianOf(ofCount);
+    return medians;
+}
+
+void printJson(const std::map<int, Shares> &medians)
+{
+    const char *separator = "[";
+    for (const auto &[count, median] : medians) {
+        std::printf("%s{\"records\": %d, \"seconds\": %.6f, \"settings\": %.4f, "
+                    "\"statements\": %.4f, \"events\": %.4f}",
+                    separator, count, median.whole, median.settings / median.whole,
+                    median.statements / median.whole, median.events / median.whole);
+        separator = ", ";
+    }
+    std::printf("]\n");
+}
+
+void printTable(const std::map<int, Shares> &medians)
+{
+    std::printf("%8s %10s %9s %10s %10s %10s %10s %11s\n", "records", "ms", "ms each", "settings",
+                "statements", "events", "rest", "growth");
+    double previous = 0;
+    for (const auto &[count, median] : medians) {
+        const double rest =
+            std::max(0.0, median.whole - median.settings - median.statements - median.events);
+        std::printf("%8d %10.2f %9.3f", count, median.whole * 1e3, median.whole * 1e3 / count);
+        for (const double share : {median.settings, median.statements, median.events, rest})
+            std::printf(" %9.0f%%", 100 * share / median.whole);
+        if (previous > 0)
+            std::printf(" %9.1f x", median.whole / previous);
+        std::printf("\n");
+        previous = median.whole;
+    }
+}
+
+void run(const Options &options)
+{
+    const SettingsPeer peer(QString::fromStdString(options.settingsManager));
+    peer.set(QStringLiteral("ProgKeysMax"), QStringLiteral("100"));
+    registerDBusKey();
+    registerDBusAction();
+    const std::map<int, Shares> medians = measure(peer, options);
+    if (options.isJson)
+        printJson(medians);
+    else
+        printTable(medians);
 }
 
 } // namespace
 
+// What is not an error of usage may end the process.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char **argv)
 {
+    Options options;
+    CLI::App commandLine("Times a synchronisation that updates every action and makes every key "
+                         "anew, in memory and on the bus that is there.");
+    commandLine.add_option("SETTINGSMANAGER", options.settingsManager, "the peer's program")
+        ->required();
+    commandLine.add_option("--records", options.records, "how many actions, and as many keys");
+    commandLine.add_option("--runs", options.runs, "of which the median counts")
+        ->check(CLI::Range(1, 1000));
+    commandLine.add_flag("--json", options.isJson, "a list with one object a number of records");
+    CLI11_PARSE(commandLine, argc, argv);
+
+    // As the platform's own application object has it.
+    qputenv("QT_NO_GLIB", "1");
     QCoreApplication application(argc, argv);
     application.setProperty("dataRoot", ZELApplication::dataRoot());
-    if (argc != 2)
-        qFatal("usage: bench_synchronisation SETTINGSMANAGER");
-    const SettingsPeer peer(QString::fromLocal8Bit(argv[1]));
-    peer.set(QStringLiteral("ProgKeysMax"), QStringLiteral("100"));
-    registerDBusKey();
-    registerDBusAction();
-
-    std::printf("A synchronisation that updates every action and makes every key anew; median of "
-                "%d.\n%8s %10s %9s %10s %10s %10s %10s %11s\n",
-                Runs, "records", "ms", "ms each", "settings", "statements", "events", "rest",
-                "growth");
-    double previous = 0;
-    for (const int count : {10, 100, 1000})
-        bench(peer, count, previous);
+    run(options);
     return 0;
 }

@@ -6,6 +6,12 @@
 #include "zelcore/ZELException.h"
 
 namespace zel {
+namespace {
+
+// A look for signals at every call would show in every call.
+constexpr std::chrono::milliseconds AgeOfNews(10);
+
+} // namespace
 
 CallGuard::CallGuard(QDBusAbstractAdaptor &adaptor, BusObject &object)
     : QDBusAbstractAdaptor(&object), m_adaptor(adaptor), m_object(object)
@@ -20,7 +26,7 @@ const QMetaObject *CallGuard::metaObject() const
 int CallGuard::qt_metacall(QMetaObject::Call call, int id, void **arguments)
 {
     constexpr int handled = -1;
-    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding()) {
+    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding(AgeOfNews)) {
         m_object.answerWithError(invocationFailedError(), QStringLiteral("The module is ending"));
         return handled;
     }

@@ -1,5 +1,6 @@
 #include "ModuleRunner.h"
 
+#include "BatchScheduling.h"
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
 #include "zelcore/ZELApplication.h"
@@ -47,7 +48,12 @@ ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
 {
     // Opened here, so that the bus library begins to dispatch before `run`: a hook that waits for a
     // peer would otherwise never learn that the bus is gone.
-    QDBusConnection::systemBus();
+    {
+        // The library's thread only passes on what others have written. That it lets them finish
+        // first spares every call some switches between processes.
+        const BatchScheduling forTheThread;
+        QDBusConnection::systemBus();
+    }
     QMetaObject::invokeMethod(this, &ModuleRunner::run, Qt::QueuedConnection);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &ModuleRunner::leaveBus);

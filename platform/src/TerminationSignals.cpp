@@ -37,7 +37,7 @@ TerminationSignals::TerminationSignals()
         return;
     }
     m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::poll);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { poll(); });
 }
 
 // The signals stay blocked: a second one must not cut short what is left to do, such as closing a
@@ -49,8 +49,12 @@ TerminationSignals::~TerminationSignals()
         close(m_descriptor);
 }
 
-void TerminationSignals::poll()
+void TerminationSignals::poll(Clock::duration age)
 {
+    const Clock::time_point now = Clock::now();
+    if (now - m_lastLook < age)
+        return;
+    m_lastLook = now;
     bool hasArrived = false;
     signalfd_siginfo received = {};
     while (read(m_descriptor, &received, sizeof received) == sizeof received)

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <memory>
 
 namespace zel {
@@ -18,14 +19,18 @@ public:
     TerminationSignals();
     ~TerminationSignals() override;
 
+    using Clock = std::chrono::steady_clock;
+
     /// Looks whether a signal has arrived, without waiting for the event loop to come round to it.
-    void poll();
+    /// A look costs a system call; one that is no older than `age` counts as this one.
+    void poll(Clock::duration age = {});
 
 signals:
     void arrived();
 
 private:
     int m_descriptor;
+    Clock::time_point m_lastLook;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

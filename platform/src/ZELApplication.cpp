@@ -22,6 +22,14 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &tex
     }
 }
 
+// GLib's event loop is of use to those who share it. Qt's own does the same with less, which shows
+// in every call.
+int &withoutGLib(int &argc)
+{
+    qputenv("QT_NO_GLIB", "1");
+    return argc;
+}
+
 ZELApplication *theApplication()
 {
     return qobject_cast<ZELApplication *>(QCoreApplication::instance());
@@ -30,7 +38,8 @@ ZELApplication *theApplication()
 } // namespace
 
 ZELApplication::ZELApplication(int &argc, char **argv)
-    : QCoreApplication(argc, argv), m_signals(std::make_unique<zel::TerminationSignals>())
+    : QCoreApplication(withoutGLib(argc), argv),
+      m_signals(std::make_unique<zel::TerminationSignals>())
 {
     qInstallMessageHandler(logQtMessage);
     connect(m_signals.get(), &zel::TerminationSignals::arrived, this, &ZELApplication::end);
@@ -59,12 +68,12 @@ void ZELApplication::end()
                               Qt::QueuedConnection);
 }
 
-bool ZELApplication::isEnding()
+bool ZELApplication::isEnding(std::chrono::milliseconds age)
 {
     ZELApplication *application = theApplication();
     if (!application)
         return false;
-    application->m_signals->poll();
+    application->m_signals->poll(age);
     return application->m_isEnding;
 }
 

@@ -59,16 +59,15 @@ void ZelProgrammableKeys::aomKeyPressed(const ZELEvent &event)
         return;
 
     ZELEvent answer;
-    const ListKey keys = ProgKeysDatabase::instance().keysAtPlace(KeyType::AddOnModule, *position,
-                                                                  *aom_type, *aom_addr);
-    if (keys.isEmpty()) {
+    const auto key = ProgKeysDatabase::instance().keyAtPlace(KeyType::AddOnModule, *position,
+                                                             *aom_type, *aom_addr);
+    if (!key) {
         events::moduleKeyPressed(answer, unprogrammedKey(*position, *aom_type, *aom_addr), Action(),
                                  false);
         return;
     }
-    const Key &key = keys.first();
-    const ListAction actions = getAction(key.idAction);
-    events::moduleKeyPressed(answer, key, actions.isEmpty() ? Action() : actions.first(), true);
+    const ListAction actions = getAction(key->idAction);
+    events::moduleKeyPressed(answer, *key, actions.isEmpty() ? Action() : actions.first(), true);
 }
 
 int ZelProgrammableKeys::setIconStateForKey(qlonglong idKey, int icon_x, int icon_y)

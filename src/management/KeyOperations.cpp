@@ -15,15 +15,16 @@ bool actionExists(qlonglong idAction)
 }
 
 // The limit is read for a key of any type, so that a peer sees the same call for each, but it
-// holds only keys of the set. A setting that cannot be read is no limit.
+// holds only keys of the set; counting those takes a walk through the table, which the others are
+// spared. A setting that cannot be read is no limit.
 bool isRoomFor(const Key &key)
 {
-    const int count = ProgKeysDatabase::instance().countKeysOfType(KeyType::Set);
     bool isLimited = true;
     const int limit = SettingsReader::instance()
                           .getSettingValue(QStringLiteral("ProgKeysMax"), &isLimited)
                           .toInt();
-    return key.type != KeyType::Set || !isLimited || count < limit;
+    return key.type != KeyType::Set || !isLimited ||
+           ProgKeysDatabase::instance().countKeysOfType(KeyType::Set) < limit;
 }
 
 void resetModuleIcon(const Key &key)

@@ -80,10 +80,10 @@ void replaceProvisionedKeys(MergeTarget &target, ListKey keys)
 {
     target.deleteProvisionedKeys();
     for (Key &key : keys) {
-        const ListAction actions = target.actionsWithDmId(key.dmId);
-        if (actions.isEmpty())
+        const std::optional<Action> action = target.actionWithDmId(key.dmId);
+        if (!action)
             continue;
-        key.idAction = actions.first().idAction;
+        key.idAction = action->idAction;
         target.createKey(key);
     }
 }

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace provisioning {
 
 /// What a merge reads and changes. The service's own is its operations, so that their checks,
@@ -19,7 +21,7 @@ public:
     virtual ~MergeTarget() = default;
 
     virtual ListAction allActions() = 0;
-    virtual ListAction actionsWithDmId(const QString &dmId) = 0;
+    virtual std::optional<Action> actionWithDmId(const QString &dmId) = 0; ///< the first one
     virtual void addAction(const Action &action) = 0;
     virtual void modifyAction(const Action &action) = 0;
     virtual void deleteAction(qlonglong idAction) = 0;

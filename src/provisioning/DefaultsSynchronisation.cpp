@@ -12,9 +12,9 @@ public:
     explicit ModuleOperations(ZelProgrammableKeys &module) : m_module(module) {}
 
     ListAction allActions() override { return m_module.getAllActions(); }
-    ListAction actionsWithDmId(const QString &dmId) override
+    std::optional<Action> actionWithDmId(const QString &dmId) override
     {
-        return ProgKeysDatabase::instance().actionsWithDmId(dmId);
+        return ProgKeysDatabase::instance().actionWithDmId(dmId);
     }
     void addAction(const Action &action) override { m_module.addAction(action); }
     void modifyAction(const Action &action) override { m_module.modifyAction(action); }

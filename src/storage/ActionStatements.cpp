@@ -76,21 +76,20 @@ ListAction ProgKeysDatabase::action(qlonglong idAction)
     static SelectActions statement(
         "SELECT idAction, DMID, type, action, webAppName, arguments, label, "
         "shortLabel, dmId FROM ACTION WHERE idAction=?");
-    return statement.read({idAction});
+    return zeroOrOne(statement.readFirst({idAction}));
 }
 
-ListAction ProgKeysDatabase::actionsWithDmId(const QString &dmId)
+std::optional<Action> ProgKeysDatabase::actionWithDmId(const QString &dmId)
 {
     static SelectActions statement(
         "SELECT idAction, DMID, type, action, webAppName, arguments, label, "
         "shortLabel FROM ACTION WHERE DMID=?");
-    return statement.read({stored(dmId)});
+    return statement.readFirst({stored(dmId)});
 }
 
 ListAction ProgKeysDatabase::allActions()
 {
-    QSqlQuery query = runStatement(
-        QStringLiteral("SELECT idAction, type, action, webAppName, arguments, label, shortLabel, "
-                       "dmId FROM ACTION"));
-    return readAll<Action, ActionColumns>(query);
+    static SelectActions statement("SELECT idAction, type, action, webAppName, arguments, label, "
+                                   "shortLabel, dmId FROM ACTION");
+    return statement.read({});
 }

@@ -103,7 +103,7 @@ ListKey ProgKeysDatabase::key(qlonglong idKey)
     static SelectKeys statement(
         "SELECT idKey, container, idAction, position, icon, type, aom_type, "
         "aom_addr, dmId FROM KEY WHERE idKey=?");
-    return statement.read({idKey});
+    return zeroOrOne(statement.readFirst({idKey}));
 }
 
 ListKey ProgKeysDatabase::keysInContainer(const QString &container)
@@ -116,10 +116,9 @@ ListKey ProgKeysDatabase::keysInContainer(const QString &container)
 
 ListKey ProgKeysDatabase::allKeys()
 {
-    QSqlQuery query = runStatement(QStringLiteral(
-        "SELECT idKey, container, idAction, position, icon, type, aom_type, aom_addr, "
-        "dmId FROM KEY"));
-    return readAll<Key, KeyColumns>(query);
+    static SelectKeys statement("SELECT idKey, container, idAction, position, icon, type, "
+                                "aom_type, aom_addr, dmId FROM KEY");
+    return statement.read({});
 }
 
 ListKey ProgKeysDatabase::keysOfTypeWithAction(int type, qlonglong idAction)
@@ -129,12 +128,12 @@ ListKey ProgKeysDatabase::keysOfTypeWithAction(int type, qlonglong idAction)
     return statement.read({type, idAction});
 }
 
-ListKey ProgKeysDatabase::keysAtPlace(int type, int position, int aom_type, int aom_addr)
+std::optional<Key> ProgKeysDatabase::keyAtPlace(int type, int position, int aom_type, int aom_addr)
 {
     static SelectKeys statement("SELECT idKey, DMID, container, idAction, position, icon, type, "
                                 "aom_type, aom_addr FROM KEY WHERE type=? and position=? and "
                                 "aom_type=? and aom_addr=?");
-    return statement.read({type, position, aom_type, aom_addr});
+    return statement.readFirst({type, position, aom_type, aom_addr});
 }
 
 QList<qlonglong> ProgKeysDatabase::keyIdsWithAction(qlonglong idAction)
@@ -148,6 +147,5 @@ int ProgKeysDatabase::countKeysOfType(int type)
 {
     static SelectStatement<int, FirstColumn<int>> statement(
         "SELECT COUNT(*) FROM KEY WHERE type=?");
-    const QList<int> counts = statement.read({type});
-    return counts.isEmpty() ? 0 : counts.first();
+    return statement.readFirst({type}).value_or(0);
 }

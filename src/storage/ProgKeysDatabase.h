@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 class QSqlQuery;
 
 /// What a writing statement returns. Failures are negative, so that none can pass for an id.
@@ -26,7 +28,7 @@ struct Insertion
 /// The one store of keys and actions: an SQLite file on Qt's default connection.
 ///
 /// A statement that fails is logged and shows in the result as said there; reads that fail return
-/// an empty list. A file that could not be opened makes every statement fail that way.
+/// nothing. A file that could not be opened makes every statement fail that way.
 class ProgKeysDatabase
 {
 public:
@@ -53,7 +55,8 @@ public:
     ListKey keysInContainer(const QString &container);
     ListKey allKeys();
     ListKey keysOfTypeWithAction(int type, qlonglong idAction);
-    ListKey keysAtPlace(int type, int position, int aom_type, int aom_addr);
+    /// The first one, should there be several.
+    std::optional<Key> keyAtPlace(int type, int position, int aom_type, int aom_addr);
     QList<qlonglong> keyIdsWithAction(qlonglong idAction);
     int countKeysOfType(int type); ///< 0 also if the statement failed
 
@@ -62,7 +65,8 @@ public:
     int deleteAction(qlonglong idAction);
 
     ListAction action(qlonglong idAction); ///< zero or one
-    ListAction actionsWithDmId(const QString &dmId);
+    /// The first one, should there be several.
+    std::optional<Action> actionWithDmId(const QString &dmId);
     ListAction allActions();
 
 private:

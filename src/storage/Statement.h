@@ -55,8 +55,6 @@ template <typename Record, typename Columns>
 QList<Record> readAll(QSqlQuery &query, const Columns &columns)
 {
     QList<Record> records;
-    if (!query.isActive())
-        return records;
     while (query.next())
         records.append(columns.read(query));
     if (query.lastError().isValid()) {
@@ -67,10 +65,24 @@ QList<Record> readAll(QSqlQuery &query, const Columns &columns)
     return records;
 }
 
+/// The first row of a query that was executed, as with `readAll`.
 template <typename Record, typename Columns>
-QList<Record> readAll(QSqlQuery &query)
+std::optional<Record> readFirst(QSqlQuery &query, const Columns &columns)
 {
-    return readAll<Record>(query, Columns(query.record()));
+    std::optional<Record> record;
+    if (query.next())
+        record = columns.read(query);
+    else if (query.lastError().isValid())
+        logFailure(query, query.lastQuery());
+    query.finish();
+    return record;
+}
+
+/// What reads as a list for its callers, though there can be only one.
+template <typename Record>
+QList<Record> zeroOrOne(const std::optional<Record> &record)
+{
+    return record ? QList<Record>{*record} : QList<Record>();
 }
 
 /// For a statement that selects a single value.
@@ -94,13 +106,26 @@ public:
     {
         if (!m_statement.execute(values))
             return {};
-        QSqlQuery &query = m_statement.query();
-        if (!m_columns)
-            m_columns.emplace(query.record());
-        return readAll<Record>(query, *m_columns);
+        return readAll<Record>(m_statement.query(), columns());
+    }
+
+    /// The first row for these values, if there is one; the rows after it are not looked for, which
+    /// spares the rest of a table that has no index for the question.
+    std::optional<Record> readFirst(std::initializer_list<QVariant> values)
+    {
+        if (!m_statement.execute(values))
+            return std::nullopt;
+        return ::readFirst<Record>(m_statement.query(), columns());
     }
 
 private:
+    const Columns &columns()
+    {
+        if (!m_columns)
+            m_columns.emplace(m_statement.query().record());
+        return *m_columns;
+    }
+
     Statement m_statement;
     std::optional<Columns> m_columns;
 };

@@ -9,6 +9,7 @@ from database import Fault, ignoring, refusing
 from samples import (
     CALL,
     MODULE_KEY,
+    SET_KEY,
     action_deleted,
     action_modified,
     failed_statement,
@@ -67,8 +68,12 @@ class Stored(NamedTuple):
     action: Action
     key: Key
 
-    def create_key(self) -> int:
+    def create_module_key(self) -> int:
         return self.client.create_programmable_key(self.key)
+
+    def create_set_key(self) -> int:
+        key = SET_KEY._replace(idAction=self.key.idAction)
+        return self.client.create_programmable_key(key)
 
     def modify_key(self) -> int:
         return self.client.modify_programmable_key(self.key._replace(icon="other"))
@@ -128,7 +133,12 @@ Operation = Callable[[Stored], Any]
     "fault, operation, answer, statement, more_lines",
     [
         pytest.param(
-            refusing("INSERT", "KEY"), Stored.create_key, -2, KEY_INSERT, [], id="creating a key"
+            refusing("INSERT", "KEY"),
+            Stored.create_module_key,
+            -2,
+            KEY_INSERT,
+            [],
+            id="creating a key",
         ),
         pytest.param(
             refusing("UPDATE", "KEY"), Stored.modify_key, -3, KEY_UPDATE, [], id="modifying a key"
@@ -219,7 +229,16 @@ def test_a_write_that_matches_no_row_gives_minus_2_and_no_event(
         pytest.param("KEY", Stored.all_keys, [], [KEY_SELECT], id="all keys"),
         pytest.param("KEY", Stored.one_key, [], [BY_KEY_ID], id="one key"),
         pytest.param("KEY", Stored.container, [], [BY_CONTAINER], id="keys of a container"),
-        pytest.param("KEY", Stored.create_key, -2, [KEY_COUNT, KEY_INSERT], id="creating a key"),
+        pytest.param(
+            "KEY",
+            Stored.create_set_key,
+            -2,
+            [KEY_COUNT, KEY_INSERT],
+            id="creating a key of the set",
+        ),
+        pytest.param(
+            "KEY", Stored.create_module_key, -2, [KEY_INSERT], id="creating a module key"
+        ),
         pytest.param("KEY", Stored.modify_key, -3, [BY_KEY_ID, KEY_UPDATE], id="modifying a key"),
         pytest.param("KEY", Stored.move_key, False, [KEY_MOVE], id="moving a key"),
         pytest.param("KEY", Stored.delete_key, -2, [BY_KEY_ID], id="deleting a key"),
@@ -297,7 +316,7 @@ def test_an_action_is_deleted_and_announced_even_when_its_keys_cannot_be_read(
 
 @pytest.mark.parametrize(
     "table, operation, answer",
-    [("KEY", Stored.create_key, -2), ("ACTION", Stored.add_action, -3)],
+    [("KEY", Stored.create_module_key, -2), ("ACTION", Stored.add_action, -3)],
     ids=["key", "action"],
 )
 def test_a_table_that_has_given_its_last_id_refuses_the_record(

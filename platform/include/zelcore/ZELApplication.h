@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 class ZELException;
@@ -30,8 +31,9 @@ public:
     /// bus calls that still wait are refused, because each may block for seconds.
     static void end();
 
-    /// Is the process on its way out, or a termination signal there that says so?
-    static bool isEnding();
+    /// Is the process on its way out, or a termination signal there that says so? The news about
+    /// signals may be as old as `age`.
+    static bool isEnding(std::chrono::milliseconds age = {});
 
     /// Logs the exception at error level and deletes it.
     static void dispose(ZELException *exception);

@@ -44,15 +44,14 @@ ListAction MemoryPhone::allActions()
     return m_actions.values();
 }
 
-ListAction MemoryPhone::actionsWithDmId(const QString &dmId)
+std::optional<Action> MemoryPhone::actionWithDmId(const QString &dmId)
 {
-    note(QStringLiteral("actions of '%1'").arg(dmId));
-    ListAction found;
+    note(QStringLiteral("action of '%1'").arg(dmId));
     for (const Action &action : std::as_const(m_actions)) {
         if (action.dmId == dmId)
-            found.append(action);
+            return action;
     }
-    return found;
+    return std::nullopt;
 }
 
 void MemoryPhone::addAction(const Action &action)

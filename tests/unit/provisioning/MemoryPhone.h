@@ -23,7 +23,7 @@ public:
     QString labelThatCannotBeStored; ///< insertions of such actions fail, if not empty
 
     ListAction allActions() override;
-    ListAction actionsWithDmId(const QString &dmId) override;
+    std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
     void modifyAction(const Action &action) override;
     void deleteAction(qlonglong idAction) override;

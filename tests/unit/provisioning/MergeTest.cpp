@@ -173,14 +173,14 @@ void MergeTest::stepsAndLinesComeInTheirOrder()
         QStringLiteral("debug: action of id D2 added"),
         QStringLiteral("warning: Skipping invalid dm key: "),
         QStringLiteral("debug: > delete provisioned keys"),
-        QStringLiteral("debug: > actions of 'D1'"),
+        QStringLiteral("debug: > action of 'D1'"),
         QStringLiteral("debug: > create Key(-1, 'D1', 'main', 4, 0, '', 1, 0, 0)"),
         QStringLiteral("debug: > KEY_CREATE_NTF Key(4, 'D1', 'main', 4, 0, '', 1, 0, 0)"),
         QStringLiteral("debug: > AOM_SET_ICON_PROPERTY_REC 4"),
-        QStringLiteral("debug: > actions of 'D2'"),
+        QStringLiteral("debug: > action of 'D2'"),
         QStringLiteral("debug: > create Key(-1, 'D2', 'main', 10, 0, '', 0, 0, 0)"),
         QStringLiteral("debug: > KEY_CREATE_NTF Key(5, 'D2', 'main', 10, 0, '', 0, 0, 0)"),
-        QStringLiteral("debug: > actions of 'D9'"),
+        QStringLiteral("debug: > action of 'D9'"),
     };
     QCOMPARE(log.take(), expected);
 }

@@ -114,10 +114,10 @@ private:
     void createKeys()
     {
         for (Key key : std::as_const(m_keys)) {
-            const ListAction actions = m_target.actionsWithDmId(key.dmId);
-            if (actions.isEmpty())
+            const std::optional<Action> action = m_target.actionWithDmId(key.dmId);
+            if (!action)
                 continue;
-            key.idAction = actions.first().idAction;
+            key.idAction = action->idAction;
             m_target.createKey(key);
         }
     }

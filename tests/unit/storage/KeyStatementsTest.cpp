@@ -273,8 +273,8 @@ void KeyStatementsTest::aKeyIsReadByItsWholePlace()
     QFETCH(QList<int>, place);
     QFETCH(int, found);
     const Key key = store();
-    QCOMPARE(database().keysAtPlace(place.at(0), place.at(1), place.at(2), place.at(3)),
-             found ? ListKey{key} : ListKey());
+    const auto seen = database().keyAtPlace(place.at(0), place.at(1), place.at(2), place.at(3));
+    QVERIFY(seen == (found ? std::make_optional(key) : std::nullopt));
 }
 
 PROGKEYS_TEST_MAIN(KeyStatementsTest)

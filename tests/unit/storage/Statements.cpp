@@ -32,6 +32,12 @@ QString records(const List &list)
                           : QStringLiteral("%1 record(s)").arg(list.size());
 }
 
+template <typename Record>
+QString records(const std::optional<Record> &record)
+{
+    return records(record ? QList<Record>{*record} : QList<Record>());
+}
+
 QString code(int value)
 {
     return QString::number(value);
@@ -93,7 +99,7 @@ const std::vector<StatementCase> KeyCases = {
     {"reading the key at a place",
      "SELECT idKey, DMID, container, idAction, position, icon, type, aom_type, aom_addr FROM KEY "
      "WHERE type=? and position=? and aom_type=? and aom_addr=?",
-     "KEY", [] { return records(database().keysAtPlace(44, 33, 55, 66)); }, OneRecord, NoRecord},
+     "KEY", [] { return records(database().keyAtPlace(44, 33, 55, 66)); }, OneRecord, NoRecord},
 };
 
 const std::vector<StatementCase> ActionCases = {
@@ -114,7 +120,7 @@ const std::vector<StatementCase> ActionCases = {
     {"reading the actions of a provisioning identifier",
      "SELECT idAction, DMID, type, action, webAppName, arguments, label, shortLabel FROM ACTION "
      "WHERE DMID=?",
-     "ACTION", [] { return records(database().actionsWithDmId(QStringLiteral("dm"))); }, OneRecord,
+     "ACTION", [] { return records(database().actionWithDmId(QStringLiteral("dm"))); }, OneRecord,
      NoRecord},
     {"reading all actions",
      "SELECT idAction, type, action, webAppName, arguments, label, shortLabel, dmId FROM ACTION",

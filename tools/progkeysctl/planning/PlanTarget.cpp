@@ -15,16 +15,15 @@ PlanTarget::PlanTarget(ListAction actions, ListKey keys, std::optional<int> limi
 }
 
 // The database numbers new rows upward, so they come after those that are there.
-ListAction PlanTarget::actionsWithDmId(const QString &dmId)
+std::optional<Action> PlanTarget::actionWithDmId(const QString &dmId)
 {
-    ListAction found;
     for (const ListAction &actions : {m_stored, m_added}) {
         for (const Action &action : actions) {
             if (action.dmId == dmId)
-                found.append(action);
+                return action;
         }
     }
-    return found;
+    return std::nullopt;
 }
 
 void PlanTarget::addAction(const Action &action)

@@ -25,7 +25,7 @@ public:
     PlanTarget(ListAction actions, ListKey keys, std::optional<int> limit);
 
     ListAction allActions() override { return m_stored; }
-    ListAction actionsWithDmId(const QString &dmId) override;
+    std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
     void modifyAction(const Action &action) override;
     void deleteAction(qlonglong idAction) override;

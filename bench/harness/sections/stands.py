@@ -1,0 +1,31 @@
+"""Several stands at once."""
+
+from contextlib import ExitStack, contextmanager
+from pathlib import Path
+from typing import Callable, Iterator
+
+from ..cores import ONE
+from ..runs import ROWS
+from ..setup import Setup
+from ..stand import Stand
+
+Raise = Callable[..., Stand]
+
+
+@contextmanager
+def stands(setup: Setup, title: str) -> Iterator[Raise]:
+    """Raises stands that stay up together until all come down."""
+    with ExitStack() as up:
+
+        def raise_stand(
+            server: str,
+            storage: Path,
+            rows: int = ROWS,
+            cores: str = ONE,
+            with_server: bool = True,
+        ) -> Stand:
+            setup.progress.show(f"{title}: raising a stand for {server}")
+            stand = Stand(setup.programs, server, storage, rows, cores, with_server)
+            return up.enter_context(stand)
+
+        yield raise_stand

@@ -1,0 +1,95 @@
+#include "Shares.h"
+
+#include "app/ZelProgrammableKeys.h"
+#include "events/Notifications.h"
+#include "provisioning/SettingsReader.h"
+#include "storage/ProgKeysDatabase.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+double secondsOf(const std::function<void()> &work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+}
+
+// The reads of one synchronisation: both texts, and the limit once a key.
+void readSettings(int count)
+{
+    SettingsReader &settings = SettingsReader::instance();
+    settings.getSettingValue(QStringLiteral("DefaultActions"));
+    settings.getSettingValue(QStringLiteral("DefaultKeys"));
+    for (int i = 0; i < count; ++i)
+        settings.getSettingValue(QStringLiteral("ProgKeysMax"));
+}
+
+void runStatements()
+{
+    ProgKeysDatabase &database = ProgKeysDatabase::instance();
+    const ListKey keys = database.allKeys();
+    const ListAction actions = database.allActions();
+    for (const Action &action : actions) {
+        database.action(action.idAction);
+        database.updateAction(action);
+    }
+    database.deleteProvisionedKeys();
+    for (const Key &key : keys) {
+        database.actionWithDmId(key.dmId);
+        database.action(key.idAction);
+        if (key.type == KeyType::Set)
+            database.countKeysOfType(KeyType::Set);
+        database.insertKey(key);
+    }
+}
+
+void sendEvents(const ListKey &keys, const ListAction &actions)
+{
+    for (const Action &action : actions) {
+        ZELEvent event;
+        events::actionModified(event, action);
+    }
+    for (const Key &key : keys) {
+        ZELEvent created;
+        events::keyCreated(created, key);
+        ZELEvent icon;
+        events::setModuleIcon(icon, events::placeOf(key), 0, 0);
+    }
+}
+
+double medianOf(const std::vector<Shares> &runs, double Shares::*figure)
+{
+    std::vector<double> values;
+    for (const Shares &run : runs)
+        values.push_back(run.*figure);
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+} // namespace
+
+Shares measureSynchronisation(int count)
+{
+    ProgKeysDatabase &database = ProgKeysDatabase::instance();
+    Shares shares;
+    shares.whole = secondsOf([] { ZelProgrammableKeys::instance()->syncDmDefaults(); });
+    const ListKey keys = database.allKeys();
+    ListAction actions = database.allActions();
+    actions.removeFirst(); // the reserved one is not provisioned
+    shares.settings = secondsOf([count] { readSettings(count); });
+    shares.statements = secondsOf(runStatements);
+    shares.events = secondsOf([&] { sendEvents(keys, actions); });
+    return shares;
+}
+
+Shares medianOf(const std::vector<Shares> &runs)
+{
+    return {medianOf(runs, &Shares::whole), medianOf(runs, &Shares::settings),
+            medianOf(runs, &Shares::statements), medianOf(runs, &Shares::events)};
+}

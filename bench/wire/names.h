@@ -1,0 +1,11 @@
+#pragma once
+
+/// The platform's names on the bus.
+#define SERVICE "com.velmora.Tessaro.ZelProgrammableKeys"
+#define SERVICE_PATH "/com/velmora/Tessaro/ZelProgrammableKeys"
+#define SETTINGS "com.velmora.Tessaro.SettingsManager"
+#define SETTINGS_PATH "/com/velmora/Tessaro/SettingsManager"
+#define OPERATIONS "com.velmora.Tessaro.ZELInterface"
+#define LIFECYCLE "com.velmora.Tessaro.ZELLifecycle"
+#define EVENTS "com.velmora.Tessaro.ZELEvents"
+#define EVENT "event"

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <stdint.h>
+
+/// Keys and actions as they travel. A text that was read belongs to the message it came in.
+#define KEY "xsxsisiii"
+#define ACTION "xsisssss"
+
+struct key
+{
+    int64_t idKey;
+    const char *dmId;
+    int64_t idAction;
+    const char *container;
+    int32_t position;
+    const char *icon;
+    int32_t type;
+    int32_t aom_type;
+    int32_t aom_addr;
+};
+
+struct action
+{
+    int64_t idAction;
+    const char *dmId;
+    int32_t type;
+    const char *action;
+    const char *webAppName;
+    const char *arguments;
+    const char *label;
+    const char *shortLabel;
+};
+
+/// Each returns a negative errno on failure, as the bus library does; reading returns 0 where there
+/// is nothing more to read.
+int append_key(sd_bus_message *message, const struct key *key);
+int append_action(sd_bus_message *message, const struct action *action);
+int read_key(sd_bus_message *message, struct key *key);
+int read_action(sd_bus_message *message, struct action *action);
