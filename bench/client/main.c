@@ -10,8 +10,8 @@
 
 static const char Documentation[] =
     "Does WORK again and again on the service at the system bus, and prints how long it took.\v"
-    "Works: get-action, get-key, get-all-keys, press, modify-action, create-key, noop, "
-    "restore-default; or start, which measures how long COMMAND takes to own its name.";
+    "Works: get-action, get-key, get-all-keys, press, modify-action, create-key, noop; "
+    "or start, which measures how long COMMAND takes to own its name.";
 
 static const struct argp_option Options[] = {
     {"count", 'n', "N", 0, "operations that are timed (1000)", 0},

@@ -10,12 +10,15 @@
 #include <signal.h>
 #include <stdbool.h>
 #include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Without an answer for this long, the command is taken for one that never comes up.
-static const uint64_t LimitMicroseconds = 30 * 1000 * 1000;
+static const double LimitSeconds = 30;
+static const uint64_t LookMicroseconds = 100000; // how often it is looked whether the process lives
 
 static int see_owner(sd_bus_message *change, void *data, sd_bus_error *error)
 {
@@ -28,6 +31,7 @@ static int see_owner(sd_bus_message *change, void *data, sd_bus_error *error)
     return 0;
 }
 
+// The process ends with this one, however that ends.
 static pid_t launch(char **command)
 {
     const pid_t child = fork();
@@ -35,15 +39,22 @@ static pid_t launch(char **command)
         fail("starting a process", -errno);
     if (child > 0)
         return child;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     execvp(command[0], command);
-    fail(command[0], -errno);
+    perror(command[0]);
+    _exit(EXIT_FAILURE);
 }
 
-static void wait_for_owner(sd_bus *bus, const bool *is_owned, bool wanted)
+static void wait_for_owner(sd_bus *bus, const bool *is_owned, bool wanted, pid_t child)
 {
+    const double limit = now() + LimitSeconds;
     while (*is_owned != wanted) {
         const int progress = check(sd_bus_process(bus, NULL), "the bus");
-        if (progress == 0 && check(sd_bus_wait(bus, LimitMicroseconds), "the bus") == 0)
+        if (progress == 0)
+            check(sd_bus_wait(bus, LookMicroseconds), "the bus");
+        if (wanted && waitpid(child, NULL, WNOHANG) == child)
+            fail("the process ended before it had the name", -ECHILD);
+        if (now() > limit)
             fail("waiting for the service's name", -ETIMEDOUT);
     }
 }
@@ -60,11 +71,11 @@ double measure_start(char **command)
           "watching the service's name");
     const double start = now();
     const pid_t child = launch(command);
-    wait_for_owner(bus, &is_owned, true);
+    wait_for_owner(bus, &is_owned, true, child);
     const double seconds = now() - start;
     kill(child, SIGTERM);
     waitpid(child, NULL, 0);
-    wait_for_owner(bus, &is_owned, false);
+    wait_for_owner(bus, &is_owned, false, child);
     sd_bus_flush_close_unref(bus);
     return seconds;
 }

@@ -12,7 +12,8 @@
 #include <unistd.h>
 
 static const int KeysOfModule = 24;
-static const uint64_t LimitMicroseconds = 25 * 1000 * 1000; // the bus library's own for a call
+static const uint64_t LimitMicroseconds =
+    UINT64_C(25) * 1000 * 1000; // the bus library's own for a call
 
 // All over the table, as keys are pressed, not along it.
 static int64_t row(const struct caller *caller, long number)
@@ -21,10 +22,10 @@ static int64_t row(const struct caller *caller, long number)
     return 1 + number * stride % caller->rows;
 }
 
-static sd_bus_message *new_call(struct caller *caller, const char *interface, const char *method)
+static sd_bus_message *new_call(struct caller *caller, const char *method)
 {
     sd_bus_message *call = NULL;
-    check(sd_bus_message_new_method_call(caller->bus, &call, SERVICE, SERVICE_PATH, interface,
+    check(sd_bus_message_new_method_call(caller->bus, &call, SERVICE, SERVICE_PATH, OPERATIONS,
                                          method),
           method);
     return call;
@@ -50,7 +51,7 @@ static void expect(bool is_right, const char *what)
 
 static sd_bus_message *read_row(struct caller *caller, const char *method, int64_t id)
 {
-    sd_bus_message *call = new_call(caller, OPERATIONS, method);
+    sd_bus_message *call = new_call(caller, method);
     check(sd_bus_message_append(call, "x", id), method);
     return answer(caller, call);
 }
@@ -80,7 +81,7 @@ static void get_key(struct caller *caller, long number)
 static void get_all_keys(struct caller *caller, long number)
 {
     (void)number;
-    sd_bus_message *reply = answer(caller, new_call(caller, OPERATIONS, "getAllProgrammableKeys"));
+    sd_bus_message *reply = answer(caller, new_call(caller, "getAllProgrammableKeys"));
     check(sd_bus_message_enter_container(reply, 'a', "(" KEY ")"), "getAllProgrammableKeys");
     int64_t count = 0;
     while (check(sd_bus_message_skip(reply, "(" KEY ")"), "getAllProgrammableKeys") > 0)
@@ -100,7 +101,7 @@ static void modify_action(struct caller *caller, long number)
     snprintf(label, sizeof label, "Office %" PRId64 " %d.%ld", id, (int)getpid(), number);
     snprintf(short_label, sizeof short_label, "Off %" PRId64, id);
     const struct action action = {id, "", 1, "call", "", arguments, label, short_label};
-    sd_bus_message *call = new_call(caller, OPERATIONS, "modifyAction");
+    sd_bus_message *call = new_call(caller, "modifyAction");
     check(append_action(call, &action), "modifyAction");
     sd_bus_message *reply = answer(caller, call);
     int32_t code = -1;
@@ -112,7 +113,7 @@ static void modify_action(struct caller *caller, long number)
 static void create_key(struct caller *caller, long number)
 {
     const struct key key = {-1, "", row(caller, number), "main", (int32_t)number, "phone", 0, 0, 0};
-    sd_bus_message *call = new_call(caller, OPERATIONS, "createProgrammableKey");
+    sd_bus_message *call = new_call(caller, "createProgrammableKey");
     check(append_key(call, &key), "createProgrammableKey");
     sd_bus_message *reply = answer(caller, call);
     int64_t id = -1;
@@ -181,13 +182,7 @@ static void press(struct caller *caller, long number)
 static void do_nothing(struct caller *caller, long number)
 {
     (void)number;
-    sd_bus_message_unref(answer(caller, new_call(caller, OPERATIONS, "doNothing")));
-}
-
-static void restore_default(struct caller *caller, long number)
-{
-    (void)number;
-    sd_bus_message_unref(answer(caller, new_call(caller, LIFECYCLE, "restoreDefault")));
+    sd_bus_message_unref(answer(caller, new_call(caller, "doNothing")));
 }
 
 static const struct work Works[] = {
@@ -198,7 +193,6 @@ static const struct work Works[] = {
     {"modify-action", false, NULL, modify_action, NULL},
     {"create-key", false, NULL, create_key, delete_made_keys},
     {"noop", false, NULL, do_nothing, NULL},
-    {"restore-default", true, NULL, restore_default, NULL},
 };
 
 const struct work *find_work(const char *name)

@@ -9,6 +9,8 @@
 
 int main(int argc, char **argv)
 {
+    // As the platform has it.
+    qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
     database.setDatabaseName(

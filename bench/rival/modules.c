@@ -8,20 +8,22 @@
 static const int SettableModule = 1;
 static const struct action NoAction = {-1, "", 0, "", "", "", "", ""};
 
+enum { AomKeyNum, AomType, Addr, FieldCount };
+
+static const char *const Fields[FieldCount] = {"aom_key_num", "aom_type", "addr"};
+
 struct place
 {
-    int32_t aom_key_num;
-    int32_t aom_type;
-    int32_t addr;
+    int32_t values[FieldCount];
+    bool is_known[FieldCount];
 };
 
-static int32_t *field(struct place *place, const char *name)
+static int find_field(const char *name)
 {
-    if (strcmp(name, "aom_key_num") == 0)
-        return &place->aom_key_num;
-    if (strcmp(name, "aom_type") == 0)
-        return &place->aom_type;
-    return strcmp(name, "addr") == 0 ? &place->addr : NULL;
+    int field = 0;
+    while (field < FieldCount && strcmp(name, Fields[field]) != 0)
+        ++field;
+    return field;
 }
 
 // Any whole number of the bus within 32 bits will do.
@@ -63,32 +65,37 @@ static bool read_number(sd_bus_message *event, int32_t *number)
     return value == *number;
 }
 
-// Reads one argument; arguments that no key is placed by are passed over.
-static int read_argument(sd_bus_message *event, struct place *place, int *found)
+// Reads one argument; of several with the same name the first counts, and those that no key is
+// placed by are passed over.
+static int read_argument(sd_bus_message *event, struct place *place)
 {
     const char *name = NULL;
     int result = sd_bus_message_read(event, "s", &name);
-    int32_t *const value = result > 0 ? field(place, name) : NULL;
-    if (result >= 0 && value)
-        *found += read_number(event, value);
-    else if (result >= 0)
+    if (result < 0)
+        return result;
+    const int field = find_field(name);
+    if (field == FieldCount || place->is_known[field])
         result = sd_bus_message_skip(event, "v");
+    else if (!read_number(event, &place->values[field]))
+        result = -EBADMSG;
+    else
+        place->is_known[field] = true;
     return result < 0 ? result : sd_bus_message_skip(event, "b");
 }
 
 static bool read_place(sd_bus_message *event, struct place *place)
 {
-    int found = 0;
     int result =
         sd_bus_message_has_signature(event, "sa(svb)") ? sd_bus_message_skip(event, "s") : -EBADMSG;
     if (result >= 0)
         result = sd_bus_message_enter_container(event, 'a', "(svb)");
     while (result >= 0 && (result = sd_bus_message_enter_container(event, 'r', "svb")) > 0) {
-        result = read_argument(event, place, &found);
+        result = read_argument(event, place);
         if (result >= 0)
             result = sd_bus_message_exit_container(event);
     }
-    return result >= 0 && found == 3;
+    return result >= 0 && place->is_known[AomKeyNum] && place->is_known[AomType] &&
+           place->is_known[Addr];
 }
 
 static void report_press(sd_bus *bus, const struct key *key)
@@ -103,18 +110,25 @@ static void report_press(sd_bus *bus, const struct key *key)
 int key_pressed(sd_bus_message *event, void *data, sd_bus_error *error)
 {
     (void)data, (void)error;
-    struct place place;
+    struct place place = {0};
     if (!read_place(event, &place))
         return 0;
     sd_bus *const bus = sd_bus_message_get_bus(event);
     struct key key;
-    sqlite3_stmt *const selection =
-        select_keys_at_place(ModuleKey, place.aom_key_num, place.aom_type, place.addr);
+    sqlite3_stmt *const selection = select_keys_at_place(ModuleKey, place.values[AomKeyNum],
+                                                         place.values[AomType], place.values[Addr]);
     if (step_module_key(selection, &key)) {
         report_press(bus, &key);
     } else {
-        key = (struct key){-1,        "", -1, "", place.aom_key_num, "", ModuleKey, place.aom_type,
-                           place.addr};
+        key = (struct key){.idKey = -1,
+                           .dmId = "",
+                           .idAction = -1,
+                           .container = "",
+                           .position = place.values[AomKeyNum],
+                           .icon = "",
+                           .type = ModuleKey,
+                           .aom_type = place.values[AomType],
+                           .aom_addr = place.values[Addr]};
         send_press(bus, &key, &NoAction, false);
     }
     sqlite3_reset(selection);

@@ -5,7 +5,7 @@
 #include <stdint.h>
 #include <stdlib.h>
 
-static const uint64_t LimitMicroseconds = 5 * 1000 * 1000;
+static const uint64_t LimitMicroseconds = UINT64_C(5) * 1000 * 1000;
 
 static bool ask(sd_bus *bus, sd_bus_message *call, int *value)
 {

@@ -1,73 +1,12 @@
 #include "store.h"
 
 #include "fail.h"
+#include "statements.h"
 
 #include <stdio.h>
 #include <sys/stat.h>
 
-#define KEY_COLUMNS "idKey, container, idAction, position, icon, type, aom_type, aom_addr, dmId"
-#define MODULE_KEY_COLUMNS                                                                         \
-    "idKey, DMID, container, idAction, position, icon, type, aom_type, aom_addr"
-
 static sqlite3 *database;
-
-// Made with the tables, so that every statement can be prepared.
-static const char *const Schema =
-    "CREATE TABLE IF NOT EXISTS KEY (idKey     INTEGER PRIMARY KEY AUTOINCREMENT, "
-    "container VARCHAR,idAction  BIGINT,position  INTEGER,icon      VARCHAR,type      INTEGER,"
-    "aom_type  INTEGER,aom_addr  INTEGER,dmId  VARCHAR);"
-    "CREATE TABLE IF NOT EXISTS ACTION (idAction   INTEGER PRIMARY KEY AUTOINCREMENT,"
-    "type       INTEGER,action     VARCHAR,webAppName VARCHAR,arguments  VARCHAR,"
-    "label      VARCHAR,shortLabel VARCHAR,dmId VARCHAR);"
-    "INSERT OR IGNORE INTO ACTION (idAction, type, action, webAppName, arguments, label, "
-    "shortLabel, dmId) VALUES (-1, -1, '', '', '', '', '', '')";
-
-enum statement {
-    SelectKey,
-    SelectKeysInContainer,
-    SelectAllKeys,
-    SelectKeysOfTypeWithAction,
-    SelectKeysAtPlace,
-    SelectKeyIdsWithAction,
-    CountKeysOfType,
-    InsertKey,
-    UpdateKey,
-    UpdatePosition,
-    DeleteKey,
-    SelectAction,
-    SelectAllActions,
-    InsertAction,
-    UpdateAction,
-    DeleteAction,
-    StatementCount
-};
-
-static const char *const Texts[StatementCount] = {
-    [SelectKey] = "SELECT " KEY_COLUMNS " FROM KEY WHERE idKey=?",
-    [SelectKeysInContainer] = "SELECT " KEY_COLUMNS " FROM KEY WHERE container=?",
-    [SelectAllKeys] = "SELECT " KEY_COLUMNS " FROM KEY",
-    [SelectKeysOfTypeWithAction] =
-        "SELECT " MODULE_KEY_COLUMNS " FROM KEY WHERE type=? and idAction=?",
-    [SelectKeysAtPlace] = "SELECT " MODULE_KEY_COLUMNS
-                          " FROM KEY WHERE type=? and position=? and aom_type=? and aom_addr=?",
-    [SelectKeyIdsWithAction] = "SELECT idKey FROM KEY WHERE idAction=?",
-    [CountKeysOfType] = "SELECT COUNT(*) FROM KEY WHERE type=?",
-    [InsertKey] = "INSERT INTO KEY (container, idAction, position, icon, type, aom_type, aom_addr, "
-                  "dmId) VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
-    [UpdateKey] = "UPDATE KEY SET container=?, idAction=?, position=?, icon=?, type=?, aom_type=?, "
-                  "aom_addr=?, dmId=? WHERE idKey=?",
-    [UpdatePosition] = "UPDATE KEY SET position=? WHERE idKey=?",
-    [DeleteKey] = "DELETE FROM KEY WHERE idKey=?",
-    [SelectAction] = "SELECT idAction, DMID, type, action, webAppName, arguments, label, "
-                     "shortLabel, dmId FROM ACTION WHERE idAction=?",
-    [SelectAllActions] = "SELECT idAction, type, action, webAppName, arguments, label, shortLabel, "
-                         "dmId FROM ACTION",
-    [InsertAction] = "INSERT INTO ACTION (type, action, webAppName, arguments, label, shortLabel, "
-                     "dmId) VALUES (?, ?, ?, ?, ?, ?, ?)",
-    [UpdateAction] = "UPDATE ACTION SET type=?, action=?, webAppName=?, arguments=?, label=?, "
-                     "shortLabel=?, dmId=? WHERE idAction=?",
-    [DeleteAction] = "DELETE FROM ACTION WHERE idAction=?",
-};
 
 static sqlite3_stmt *statements[StatementCount];
 
@@ -77,7 +16,9 @@ void store_open(const char *root)
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys", root);
     mkdir(path, 0777);
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys/zelprogrammablekeys.data", root);
-    if (sqlite3_open(path, &database) != SQLITE_OK ||
+    // One thread needs no mutexes.
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    if (sqlite3_open_v2(path, &database, flags, NULL) != SQLITE_OK ||
         sqlite3_busy_timeout(database, 5000) != SQLITE_OK ||
         sqlite3_exec(database, Schema, NULL, NULL, NULL) != SQLITE_OK)
         fail(path, sqlite3_errmsg(database));
@@ -90,7 +31,7 @@ void store_open(const char *root)
 // What is bound lives at least until the statement is reset.
 static void bind_text(sqlite3_stmt *statement, int index, const char *text)
 {
-    sqlite3_bind_text(statement, index, text ? text : "", -1, SQLITE_STATIC);
+    sqlite3_bind_text(statement, index, text, -1, SQLITE_STATIC);
 }
 
 static sqlite3_stmt *select_by_id(enum statement statement, int64_t id)
@@ -150,7 +91,8 @@ sqlite3_stmt *select_all_actions(void)
 
 static const char *text_at(sqlite3_stmt *row, int column)
 {
-    return (const char *)sqlite3_column_text(row, column);
+    const unsigned char *const text = sqlite3_column_text(row, column);
+    return text ? (const char *)text : "";
 }
 
 bool step_key(sqlite3_stmt *selection, struct key *key)

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+/// Whose keys are provisioned: those of add-on modules, or those of the set, which the limit holds.
+enum class Keys { OfModules, OfSet };
+
 /// The defaults of a phone with `count` provisioned actions and as many keys.
 struct Rollout
 {
@@ -9,4 +12,4 @@ struct Rollout
     QString keys;
 };
 
-Rollout makeRollout(int count);
+Rollout makeRollout(int count, Keys kind);

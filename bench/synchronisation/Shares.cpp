@@ -66,6 +66,7 @@ void sendEvents(const ListKey &keys, const ListAction &actions)
 double medianOf(const std::vector<Shares> &runs, double Shares::*figure)
 {
     std::vector<double> values;
+    values.reserve(runs.size());
     for (const Shares &run : runs)
         values.push_back(run.*figure);
     std::sort(values.begin(), values.end());

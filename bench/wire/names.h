@@ -6,6 +6,5 @@
 #define SETTINGS "com.velmora.Tessaro.SettingsManager"
 #define SETTINGS_PATH "/com/velmora/Tessaro/SettingsManager"
 #define OPERATIONS "com.velmora.Tessaro.ZELInterface"
-#define LIFECYCLE "com.velmora.Tessaro.ZELLifecycle"
 #define EVENTS "com.velmora.Tessaro.ZELEvents"
 #define EVENT "event"

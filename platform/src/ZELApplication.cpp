@@ -26,7 +26,8 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &tex
 // in every call.
 int &withoutGLib(int &argc)
 {
-    qputenv("QT_NO_GLIB", "1");
+    if (!qEnvironmentVariableIsSet("QT_NO_GLIB"))
+        qputenv("QT_NO_GLIB", "1");
     return argc;
 }
 

@@ -140,7 +140,10 @@ QDBusMessage ZELModule::syncRemoteCall(const QString &moduleName, const QString 
         QDBusMessage::createMethodCall(zel::serviceName(moduleName), zel::objectPath(moduleName),
                                        zel::operationsInterface(), method);
     call.setArguments(arguments);
-    return QDBusConnection::systemBus().call(call, QDBus::Block, RemoteCallLimitMs);
+    QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, RemoteCallLimitMs);
+    // It may have taken seconds, and what has been heard of signals is as old.
+    static_cast<void>(ZELApplication::isEnding());
+    return reply;
 }
 
 QString ZELModule::getModuleName() const

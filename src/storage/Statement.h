@@ -48,9 +48,9 @@ private:
     std::optional<QSqlQuery> m_query;
 };
 
-/// All rows of a query; none if executing it failed, which is in the log already, or if reading
-/// them fails, which is then logged. `Columns` finds the columns by name in its constructor, from a
-/// QSqlRecord, and reads one row by index in `read`, which costs half as much as by name.
+/// All rows of a query that was executed; none if reading them fails, which is logged. `Columns`
+/// finds the columns by name in its constructor, from a QSqlRecord, and reads one row by index in
+/// `read`, which costs half as much as by name.
 template <typename Record, typename Columns>
 QList<Record> readAll(QSqlQuery &query, const Columns &columns)
 {

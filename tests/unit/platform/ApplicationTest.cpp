@@ -52,6 +52,7 @@ private slots:
     void aTerminationSignalEndsTheLoopWithStatusZero_data();
     void aTerminationSignalEndsTheLoopWithStatusZero();
     void aTerminationSignalIsSeenBeforeTheLoopComesRoundToIt();
+    void newsOfASignalMayBeAsOldAsTheCallerSays();
     void endEndsTheLoopWithStatusZero();
     void aLogThatNobodyReadsAnyMoreDoesNotEndTheProcess();
 };
@@ -143,6 +144,16 @@ void ApplicationTest::aTerminationSignalIsSeenBeforeTheLoopComesRoundToIt()
     raise(SIGTERM);
     QVERIFY(ZELApplication::isEnding());
     QVERIFY(ZELApplication::isEnding());
+}
+
+void ApplicationTest::newsOfASignalMayBeAsOldAsTheCallerSays()
+{
+    const Running running;
+    QVERIFY(!ZELApplication::isEnding());
+    raise(SIGTERM);
+    QVERIFY(!ZELApplication::isEnding(std::chrono::hours(1)));
+    QVERIFY(ZELApplication::isEnding());
+    QVERIFY(ZELApplication::isEnding(std::chrono::hours(1)));
 }
 
 void ApplicationTest::endEndsTheLoopWithStatusZero()

@@ -44,8 +44,8 @@ private slots:
     void aDeletedActionIsGoneAndTheOthersStay();
     void aDeletionOfAnUnknownActionIsToldByItsCode();
     void anActionIsReadByItsId();
-    void actionsAreReadByTheirExactProvisioningIdentifier();
-    void actionsOfUsersAreReadByTheEmptyIdentifier();
+    void theFirstActionIsReadByItsExactProvisioningIdentifier();
+    void theFirstActionOfUsersIsReadByTheEmptyIdentifier();
     void allActionsAreReadWithTheReservedOneAmongThem();
 };
 
@@ -141,7 +141,7 @@ void ActionStatementsTest::anActionIsReadByItsId()
     QCOMPARE(database().action(99), ListAction());
 }
 
-void ActionStatementsTest::actionsAreReadByTheirExactProvisioningIdentifier()
+void ActionStatementsTest::theFirstActionIsReadByItsExactProvisioningIdentifier()
 {
     const Action first = store();
     store([](Action &action) { action.dmId = QStringLiteral("DM"); });
@@ -150,7 +150,7 @@ void ActionStatementsTest::actionsAreReadByTheirExactProvisioningIdentifier()
     QVERIFY(!database().actionWithDmId(QStringLiteral("d%")));
 }
 
-void ActionStatementsTest::actionsOfUsersAreReadByTheEmptyIdentifier()
+void ActionStatementsTest::theFirstActionOfUsersIsReadByTheEmptyIdentifier()
 {
     store();
     QVERIFY(database().actionWithDmId(QString()) == reservedAction());

@@ -117,7 +117,7 @@ const std::vector<StatementCase> ActionCases = {
      "SELECT idAction, DMID, type, action, webAppName, arguments, label, shortLabel, dmId "
      "FROM ACTION WHERE idAction=?",
      "ACTION", [] { return records(database().action(1)); }, OneRecord, NoRecord},
-    {"reading the actions of a provisioning identifier",
+    {"reading the action of a provisioning identifier",
      "SELECT idAction, DMID, type, action, webAppName, arguments, label, shortLabel FROM ACTION "
      "WHERE DMID=?",
      "ACTION", [] { return records(database().actionWithDmId(QStringLiteral("dm"))); }, OneRecord,
