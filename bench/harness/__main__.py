@@ -6,7 +6,8 @@ from pathlib import Path
 BENCH = Path(__file__).resolve().parents[1]
 sys.path[0:1] = [str(BENCH), str(BENCH.parent / "tests")]
 
-from harness.cli import end_in_order, main  # noqa: E402
+from harness.cli import main  # noqa: E402
+from harness.ending import end_in_order  # noqa: E402
 
 end_in_order()
 sys.exit(main(sys.argv[1:]))

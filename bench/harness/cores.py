@@ -13,14 +13,6 @@ LAST = max(ALLOWED)
 BY_NAME = {ONE: frozenset({LAST}), ALL: ALLOWED}
 
 
-def go_first() -> None:
-    """Has this process and what it starts run before others, as far as it may."""
-    try:
-        os.setpriority(os.PRIO_PROCESS, 0, -20)
-    except PermissionError:
-        pass
-
-
 @contextmanager
 def on_cores(name: str) -> Iterator[None]:
     """Meanwhile this process, and for good what it starts, stays on one core or uses all."""

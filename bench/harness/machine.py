@@ -20,7 +20,6 @@ def describe(setup: Setup) -> dict[str, Any]:
         "cpu": _field(Path("/proc/cpuinfo"), "model name") or platform.machine(),
         "cores": len(ALLOWED),
         "core": LAST,
-        "priority": os.getpriority(os.PRIO_PROCESS, 0),
         "memory": _memory(),
         "kernel": f"{platform.system()} {platform.release()} {platform.machine()}",
         "distribution": platform.freedesktop_os_release().get("PRETTY_NAME"),

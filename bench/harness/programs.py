@@ -13,7 +13,7 @@ SERVICE_QT6 = "service-qt6"
 RIVAL = "rival"
 AFTERNOON = "afternoon"
 FRAME = "frame"
-BARE = "bare Qt"
+PRESS = "bare Qt"
 """A press, answered with the libraries and nothing else."""
 
 PYTHON = "/usr/bin/python3"
@@ -49,7 +49,7 @@ class Programs:
             SERVICE_QT6: [self.build_qt6 / "bin" / "zelprogrammablekeys"],
             RIVAL: [self.build / "bench" / "bench_rival"],
             FRAME: [self.build / "bench" / "bench_frame"],
-            BARE: [self.build / "bench" / "bench_press"],
+            PRESS: [self.build / "bench" / "bench_press"],
             AFTERNOON: [PYTHON, CHECKOUT / "bench" / "afternoon" / "afternoon.py"],
         }
         return [str(word) for word in commands[name]]

@@ -3,6 +3,8 @@
 import sys
 from typing import TextIO
 
+from .ending import heed
+
 CLEAR = "\r\x1b[K"
 
 
@@ -14,9 +16,13 @@ class Progress:
         self._is_shown = stream.isatty()
 
     def show(self, text: str) -> None:
+        """Says what comes next, unless that is the end."""
+        heed()
         if self._is_shown:
             self._stream.write(f"{CLEAR}{text}")
             self._stream.flush()
 
     def clear(self) -> None:
-        self.show("")
+        if self._is_shown:
+            self._stream.write(CLEAR)
+            self._stream.flush()

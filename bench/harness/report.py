@@ -6,6 +6,7 @@ from typing import Iterable, Optional, Sequence, TextIO
 
 from .comparing import Comparison, broken
 from .sections.section import Measured
+from .setup import LEAST_ROUNDS
 from .tables import Table, render
 
 
@@ -18,6 +19,13 @@ def room_on(stream: TextIO) -> Optional[int]:
 
 def is_coloured(stream: TextIO) -> bool:
     return stream.isatty() and not os.environ.get("NO_COLOR")
+
+
+def heading(rounds: int, load: float) -> str:
+    """The first line: how much was done, on how busy a machine."""
+    reported = min(rounds, LEAST_ROUNDS)
+    fewer = f", at most {reported} of what has no limit" if reported < rounds else ""
+    return f"{rounds} rounds{fewer}; load average {load:.2f} at the start."
 
 
 def tables_of(measured: Iterable[Measured]) -> list[Table]:

@@ -8,6 +8,7 @@ ROWS = 100
 
 SECONDS = "s"
 BYTES = "B"
+MEBIBYTE = 1024**2
 
 
 @dataclass(frozen=True)

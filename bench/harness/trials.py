@@ -27,6 +27,12 @@ class Trial:
         return Run(self.series, round_, timed.seconds, timed.count)
 
 
+def trial(setup: Setup, section: str, work: str, count: int, stand: Stand) -> Trial:
+    """A work on a stand, by one caller."""
+    series = Series(section, work, stand.server, stand.rows, 1, stand.cores)
+    return Trial(series, stand, setup.count(count))
+
+
 def rotated(items: Sequence[T], by: int) -> list[T]:
     """The items in a circle, begun at another one."""
     if not items:

@@ -14,6 +14,9 @@ REFERENCE = "service"
 SERVERS = (REFERENCE, "rival", "afternoon")
 OTHERS = SERVERS[1:]
 
+PRESS = "press"
+"""Does nothing but answer presses of keys that there are."""
+
 QUIET = "3"
 """The log level at which the service is measured: errors."""
 
@@ -32,6 +35,7 @@ def executable(server: str, bin_dir: Path) -> Path:
         "service": bin_dir / "zelprogrammablekeys",
         "rival": bin_dir.parent / "bench" / "bench_rival",
         "afternoon": BENCH / "afternoon" / "afternoon.py",
+        PRESS: bin_dir.parent / "bench" / "bench_press",
     }
     program = programs[server]
     assert os.access(program, os.X_OK), f"there is no {program.name} in {program.parent}"

@@ -1,30 +1,25 @@
-"""What the harness measures, what it makes of its runs, and what it ends with."""
+"""What the harness measures, in which order, and what it makes of its runs."""
 
-import json
-import os
-import subprocess
 from dataclasses import replace
 from pathlib import Path
 
 import pytest
 
 from database import ACTION_SCHEMA, KEY_SCHEMA, Database
-from harness import cli
+from harness import names
 from harness.comparing import DIFFERENCE, broken, compare
 from harness.failure import MeasurementFailed
 from harness.figures import Spread, differences, ratios, spread
 from harness.programs import AFTERNOON, FRAME, RIVAL, SERVICE, Programs
 from harness.report import verdict
 from harness.runs import BYTES, Run, Runs, Series
-from harness.sections.section import Section
-from harness.sections.showing import limits_table, micro
-from harness.selection import SECTIONS, Selection, select
-from harness.setup import QUICK_ROUNDS
+from harness.sections import calls
+from harness.sections.every import SECTIONS
+from harness.selection import select
 from harness.stock import write_stock
 from harness.storage import file_system_of
 from harness.trials import in_turn
-from made_runs import PRESS, press_limit, presses
-from servers import BENCH
+from made_runs import PRESS, press_limit, presses, runs_of
 
 # Figures
 
@@ -100,19 +95,23 @@ def test_every_server_is_first_in_its_turn() -> None:
     assert [member for round_, member in order if round_ == 2] == ["c", "a", "b", "d", "e"]
 
 
-def names_of(selection: Selection) -> list[str]:
-    return [section.name for section in selection.sections]
-
-
 def test_names_of_measurements() -> None:
-    assert len(names_of(select([]))) == len(SECTIONS)
-    assert "qt6" not in names_of(select([], is_quick=True))
-    assert names_of(select(["qt6"], is_quick=True)) == ["qt6"]
-    assert names_of(select(["frame", "disk"])) == ["disk", "memory", "start", "synchronisation"]
+    assert select([]).sections == names.SECTIONS == tuple(SECTIONS)
+    assert "qt6" not in select([], is_quick=True).sections
+    assert select(["qt6"], is_quick=True).sections == ("qt6",)
+    assert select(["own", "disk"]).sections == ("disk", "memory", "start", "synchronisation")
     assert select(["press"]).works == frozenset({"press"})
-    assert names_of(select(["press", "start"])) == ["tmpfs", "disk", "start"]
+    assert select(["press", "start"]).sections == ("tmpfs", "disk", "start")
     assert select(["press", "limits"]).works is None
-    assert select(["callers"]).servers == {SERVICE, RIVAL, AFTERNOON}
+    assert SECTIONS["callers"].servers == {SERVICE, RIVAL, AFTERNOON}
+
+
+def test_another_work_of_the_rival_is_named() -> None:
+    noop, of_rival = Series("tmpfs", "noop", FRAME), Series("tmpfs", "get-action", RIVAL)
+    runs = Runs([*runs_of(noop, 1, 2, 3), *runs_of(of_rival, 2, 4, 6)])
+    (comparison,) = calls.ON_TMPFS.compare(runs)
+    assert comparison.name == "noop, against get-action"
+    assert comparison.result == Spread(0.5, 0.5, 0.5)
 
 
 def test_a_stock_is_as_many_keys_as_actions(tmp_path: Path) -> None:
@@ -134,89 +133,3 @@ def test_file_systems_are_told_by_the_deepest_mount() -> None:
 def test_what_is_not_built_is_named(tmp_path: Path) -> None:
     with pytest.raises(MeasurementFailed, match="bench_rival"):
         Programs(tmp_path, tmp_path).require([RIVAL])
-
-
-# The command line
-
-
-@pytest.fixture
-def measured(monkeypatch: pytest.MonkeyPatch) -> list[Run]:
-    """The runs that the only section will have made."""
-    runs: list[Run] = []
-    section = Section(
-        "tmpfs",
-        frozenset(),
-        lambda _setup: runs,
-        lambda made: [compare(made, "press", PRESS, PRESS.of(RIVAL), limit=1.7)],
-        lambda _runs, made: [limits_table("Presses", "rival", made, micro)],
-    )
-    monkeypatch.setattr(cli, "select", lambda *_arguments: Selection((section,)))
-    monkeypatch.setattr(Programs, "require", lambda *_arguments: None)
-    return runs
-
-
-def test_the_status_says_whether_the_limits_hold(
-    measured: list[Run], capsys: pytest.CaptureFixture[str]
-) -> None:
-    measured += presses(1, 2, 4)
-    assert cli.main([]) == 0
-    assert capsys.readouterr().out.endswith("Every limit holds.\n")
-    measured[:] = presses(9, 9, 9)
-    assert cli.main([]) == 1
-    shown = capsys.readouterr().out
-    assert "does not hold" in shown and "\x1b" not in shown
-    assert shown.endswith("Not every limit holds: tmpfs: press.\n")
-    assert cli.main(["--quick"]) == 0
-    assert "not judged" in capsys.readouterr().out
-
-
-def test_json_goes_to_a_file_or_in_place_of_the_tables(
-    measured: list[Run], capsys: pytest.CaptureFixture[str], tmp_path: Path
-) -> None:
-    measured += presses(1, 2, 4)
-    target = tmp_path / "measurements.json"
-    assert cli.main(["--json", str(target)]) == 0
-    assert "Presses" in capsys.readouterr().out
-    assert cli.main(["--json", "-"]) == 0
-    written = json.loads(capsys.readouterr().out)
-    assert written["series"] == json.loads(target.read_text(encoding="utf-8"))["series"]
-    assert written["command"] == "scripts/bench --json -"
-    assert set(written["machine"]["versions"]) >= {"Qt 5", "Qt 6", "SQLite", "libsystemd"}
-
-
-@pytest.mark.parametrize(
-    "arguments",
-    [
-        ["--rounds", "6"],
-        ["--rounds", "many"],
-        ["--quick", "--rounds", "8"],
-        ["--only", "nothing"],
-        ["--json", "/nowhere/measurements.json"],
-        ["something"],
-    ],
-)
-def test_misuse(arguments: list[str], capsys: pytest.CaptureFixture[str]) -> None:
-    with pytest.raises(SystemExit) as end:
-        cli.main(arguments)
-    assert end.value.code == 2
-    assert "scripts/bench: error: " in capsys.readouterr().err
-
-
-def test_a_short_measurement(bin_dir: Path) -> None:
-    build = bin_dir.parent
-    command = ["/usr/bin/python3", str(BENCH / "harness"), "--build", str(build)]
-    command += ["--quick", "--only", "get-action", "--json", "-"]
-    try:
-        Programs(build, build).require([SERVICE, RIVAL, AFTERNOON, FRAME])
-    except MeasurementFailed as reason:
-        pytest.skip(str(reason))
-    done = subprocess.run(command, capture_output=True, text=True, env=os.environ, timeout=60)
-    assert done.returncode == 0, done.stderr
-    assert done.stderr == "No limit is judged: these rounds are too few and too short.\n"
-    written = json.loads(done.stdout)
-    servers = (SERVICE, RIVAL, AFTERNOON, FRAME)
-    assert sorted(series["server"] for series in written["series"]) == sorted(servers)
-    for series in written["series"]:
-        assert len(series["totals"]) == QUICK_ROUNDS
-        assert all(0 < seconds < 10 for seconds in series["totals"])
-    assert [each["name"] for each in written["limits"]] == ["get-action"]

@@ -2,6 +2,7 @@
 
 from typing import Iterator, Sequence
 
+from .. import names
 from ..comparing import Comparison, compare
 from ..figures import spread
 from ..programs import AFTERNOON, RIVAL, SERVICE
@@ -13,7 +14,7 @@ from .section import Section
 from .showing import ends, factor
 from .stands import stands
 
-NAME = "callers"
+NAME = names.CALLERS
 SERVERS = (SERVICE, RIVAL, AFTERNOON)
 WORK = "get-action"
 CALLERS = (1, 4, 16)

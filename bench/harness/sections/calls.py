@@ -4,18 +4,19 @@ from pathlib import Path
 from typing import Iterator, Sequence
 
 from ..comparing import Comparison, compare
-from ..programs import AFTERNOON, BARE, FRAME, RIVAL, SERVICE
+from ..names import DISK, TMPFS
+from ..programs import AFTERNOON, FRAME, PRESS, RIVAL, SERVICE
 from ..runs import Run, Runs, Series
 from ..setup import Setup
 from ..tables import Table
-from ..trials import run_trials
+from ..trials import run_trials, trial
 from .section import Section
 from .showing import limits_table, micro, others_table
 from .stands import stands
-from .works import DISK, IN_MEMORY, ON_DISK, TMPFS, Work, trial
+from .works import IN_MEMORY, ON_DISK, Work
 
 CALLED = (SERVICE, RIVAL, AFTERNOON)
-FLOORS = {"get-action": ("noop", FRAME), "press": ("press", BARE)}
+FLOORS = {"get-action": ("noop", FRAME), "press": ("press", PRESS)}
 """What is measured beside a work: the least that Qt's libraries can make of it."""
 
 
@@ -45,10 +46,11 @@ def _compare(runs: Runs, section: str, works: Sequence[Work]) -> list[Comparison
                 compare(runs, work.name, service, rival, limit=work.limit),
                 compare(runs, work.name, service.of(AFTERNOON), rival),
             ]
-    for work, (floor, server) in FLOORS.items():
+    for called, (floor, server) in FLOORS.items():
         least = Series(section, floor, server)
+        name = floor if floor == called else f"{floor}, against {called}"
         if runs.of(least):
-            comparisons.append(compare(runs, floor, least, Series(section, work, RIVAL)))
+            comparisons.append(compare(runs, name, least, Series(section, called, RIVAL)))
     return comparisons
 
 
@@ -64,7 +66,7 @@ def _section(name: str, title: str, works: Sequence[Work]) -> Section:
         if reported:
             yield others_table(f"What others take for it, {title}: µs a call", reported)
 
-    servers = frozenset(CALLED + ((FRAME, BARE) if name == TMPFS else ()))
+    servers = frozenset(CALLED + ((FRAME, PRESS) if name == TMPFS else ()))
     return Section(name, servers, measure, lambda runs: _compare(runs, name, works), tables)
 
 

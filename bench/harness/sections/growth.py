@@ -2,19 +2,19 @@
 
 from typing import Iterator, Sequence
 
+from .. import names
 from ..comparing import Comparison, compare
 from ..figures import spread
 from ..programs import AFTERNOON, RIVAL, SERVICE
 from ..runs import Run, Runs, Series
 from ..setup import Setup
 from ..tables import Column, Table, plain
-from ..trials import run_trials
+from ..trials import run_trials, trial
 from .section import Section
 from .showing import factor, micro
 from .stands import stands
-from .works import trial
 
-NAME = "growth"
+NAME = names.GROWTH
 SERVERS = (SERVICE, RIVAL, AFTERNOON)
 ROWS = (10, 100, 1000, 10000)
 LIST = "get-all-keys"

@@ -2,10 +2,11 @@
 
 from typing import Iterator, Sequence
 
+from .. import names
 from ..comparing import DIFFERENCE, Comparison, compare
 from ..failure import MeasurementFailed
 from ..programs import FRAME, SERVICE
-from ..runs import BYTES, Run, Runs, Series
+from ..runs import BYTES, MEBIBYTE, Run, Runs, Series
 from ..setup import Setup
 from ..stand import Stand
 from ..tables import Table
@@ -13,15 +14,14 @@ from ..trials import in_turn
 from .section import Section
 from .showing import limits_table, mebibytes
 
-NAME = "memory"
+NAME = names.MEMORY
 IDLE = "idle"
 FEW, MANY = 1, 1000
-MEBIBYTE = 1024**2
 
 ANSWER = {SERVICE: "get-action", FRAME: "noop"}
 
-BARE = Series(NAME, IDLE, FRAME, rows=FEW)
-SMALL = BARE.of(SERVICE)
+OF_FRAME = Series(NAME, IDLE, FRAME, rows=FEW)
+SMALL = OF_FRAME.of(SERVICE)
 LARGE = Series(NAME, IDLE, SERVICE, rows=MANY)
 
 
@@ -36,7 +36,7 @@ def proportional_memory(pid: int) -> int:
 
 def _measure(setup: Setup) -> list[Run]:
     runs = []
-    for round_, series in in_turn([[BARE, SMALL, LARGE]], setup.rounds):
+    for round_, series in in_turn([[OF_FRAME, SMALL, LARGE]], setup.rounds):
         setup.progress.show(f"{NAME}: round {round_ + 1} of {setup.rounds}, {series.server}")
         # One stand at a time: what others share of a library lowers everybody's part of it.
         with Stand(setup.programs, series.server, setup.memory, series.rows) as stand:
@@ -47,7 +47,7 @@ def _measure(setup: Setup) -> list[Run]:
 
 def _compare(runs: Runs) -> list[Comparison]:
     return [
-        compare(runs, "idle, against the frame", SMALL, BARE, DIFFERENCE, 1.5 * MEBIBYTE),
+        compare(runs, "idle, against the frame", SMALL, OF_FRAME, DIFFERENCE, 1.5 * MEBIBYTE),
         compare(runs, f"{MANY:,} keys, against one", LARGE, SMALL, DIFFERENCE, 0.5 * MEBIBYTE),
     ]
 

@@ -3,17 +3,18 @@
 from typing import Iterator, Sequence
 
 from ..comparing import Comparison, compare
+from ..names import DISK, QT6, TMPFS
 from ..programs import SERVICE, SERVICE_QT6
 from ..runs import Run, Runs, Series
 from ..setup import Setup
 from ..tables import Table
-from ..trials import run_trials
+from ..trials import run_trials, trial
 from .section import Section
 from .showing import against_table
 from .stands import stands
-from .works import DISK, IN_MEMORY, ON_DISK, TMPFS, trial
+from .works import IN_MEMORY, ON_DISK
 
-NAME = "qt6"
+NAME = QT6
 SERVERS = (SERVICE, SERVICE_QT6)
 PLACES = {TMPFS: IN_MEMORY, DISK: ON_DISK}
 

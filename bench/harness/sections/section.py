@@ -27,7 +27,4 @@ class Measured:
     section: Section
     runs: Runs
     comparisons: Sequence[Comparison]
-
-    @property
-    def tables(self) -> Iterable[Table]:
-        return self.section.tables(self.runs, self.comparisons)
+    tables: Sequence[Table]

@@ -5,10 +5,12 @@ from typing import Callable, Sequence
 from ..comparing import RATIO, Comparison
 from ..figures import Spread
 from ..programs import SERVICE
+from ..runs import MEBIBYTE
 from ..tables import BAD, GOOD, Cell, Column, Table, plain
 
 Formatter = Callable[[float], str]
-MEBIBYTE = 1024**2
+
+NO_LIMIT = "-"
 
 
 def micro(seconds: float) -> str:
@@ -37,6 +39,8 @@ def ends(result: Spread, formatted: Formatter) -> str:
 
 def verdict(comparison: Comparison) -> Cell:
     """Whether a limit holds."""
+    if comparison.limit is None:
+        return Cell("none")
     if not comparison.is_judged:
         return Cell("not judged")
     return Cell("holds", GOOD) if comparison.holds else Cell("does not hold", BAD)
@@ -49,7 +53,7 @@ def limits_table(
     amount: Formatter,
     subject: str = SERVICE,
 ) -> Table:
-    """One row for each limit."""
+    """One row for each limit, or for what stands beside one."""
     is_ratio = all(comparison.relation == RATIO for comparison in comparisons)
     formatted = factor if is_ratio else amount
     rows = [
@@ -59,7 +63,7 @@ def limits_table(
             amount(each.against_median),
             formatted(each.result.median),
             ends(each.result, formatted),
-            formatted(each.limit or 0),
+            NO_LIMIT if each.limit is None else formatted(each.limit),
         )
         + (verdict(each),)
         for each in comparisons

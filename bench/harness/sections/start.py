@@ -2,6 +2,7 @@
 
 from typing import Iterator, Sequence
 
+from .. import names
 from ..comparing import DIFFERENCE, Comparison, compare
 from ..programs import FRAME, SERVICE
 from ..runs import ROWS, Run, Runs, Series
@@ -12,7 +13,7 @@ from .section import Section
 from .showing import limits_table, milli
 from .stands import stands
 
-NAME = "start"
+NAME = names.START
 SERVERS = (SERVICE, FRAME)
 STARTS_OF_ROUND = 3
 

@@ -3,75 +3,96 @@
 from typing import Iterator, Sequence
 
 from sandbox.bus import PrivateBus
-from sandbox.processes import clean_environment
 
+from .. import names
 from ..comparing import Comparison, compare
 from ..cores import ONE, on_cores
-from ..driver import printed_by
+from ..driver import LIMIT, printed_by
+from ..environment import environment_of
 from ..figures import spread
 from ..programs import SERVICE
 from ..runs import Run, Runs, Series
 from ..setup import Setup
 from ..storage import fresh_directory
-from ..tables import Column, Table, plain
+from ..tables import Column, Row, Table, plain
 from .section import Section
 from .showing import limits_table, milli
 
-NAME = "synchronisation"
+NAME = names.SYNCHRONISATION
 FEW, MANY = 100, 1000
-KINDS = ("settings", "statements", "events")
-REPEATS = 3
-"""Each is a median of several runs already."""
+SHARES = ("settings", "statements", "events")
+
+MODULE_KEYS = "module keys"
+SET_KEYS = "set keys"
+OPTIONS: dict[str, tuple[str, ...]] = {MODULE_KEYS: (), SET_KEYS: ("--set-keys",)}
+LIMITS = {MODULE_KEYS: 11.0}
+"""None for keys of the set: each creation counts them all."""
+
+QUICK_RUNS = 2
+REPORTED_RUNS = 3
+SECONDS_OF_RUN = 20
+"""The most that one of each size may take; a few are usual."""
 
 
-def _series(records: int) -> Series:
-    return Series(NAME, NAME, SERVICE, rows=records)
+def _series(keys: str, records: int) -> Series:
+    return Series(NAME, keys, SERVICE, rows=records)
 
 
 def _measure(setup: Setup) -> list[Run]:
+    rounds = QUICK_RUNS if setup.is_quick else setup.rounds
+    runs = _synchronised(setup, MODULE_KEYS, rounds)
+    return runs + _synchronised(setup, SET_KEYS, min(rounds, REPORTED_RUNS))
+
+
+def _synchronised(setup: Setup, keys: str, rounds: int) -> list[Run]:
+    setup.progress.show(f"{NAME}: {rounds} rounds, {keys}")
     programs = setup.programs
     command = [str(programs.synchronisation), str(programs.settings_manager), "--json"]
-    command += ["--records", str(FEW), str(MANY)]
-    repeats = 1 if setup.is_quick else REPEATS
-    runs = []
-    for round_ in range(repeats):
-        setup.progress.show(f"{NAME}: {round_ + 1} of {repeats}")
-        with on_cores(ONE), PrivateBus() as bus, fresh_directory(setup.memory) as data:
-            environment = {
-                **clean_environment(),
-                "DBUS_SYSTEM_BUS_ADDRESS": bus.address,
-                "ZEL_DATA_ROOT": f"{data}/",
-                "ZEL_LOG_LEVEL": "3",
-            }
-            for measured in printed_by(command, environment):
-                shares = {kind: measured[kind] for kind in KINDS}
-                series = _series(measured["records"])
-                runs.append(Run(series, round_, measured["seconds"], shares=shares))
-    return runs
+    command += ["--runs", str(rounds), "--records", str(FEW), str(MANY), *OPTIONS[keys]]
+    with on_cores(ONE), PrivateBus() as bus, fresh_directory(setup.memory) as data:
+        limit = LIMIT + SECONDS_OF_RUN * rounds
+        printed = printed_by(command, environment_of(bus.address, data), limit)
+    return [
+        Run(
+            _series(keys, each["records"]),
+            each["run"],
+            each["seconds"],
+            shares={share: each[share] for share in SHARES},
+        )
+        for each in printed
+    ]
 
 
 def _compare(runs: Runs) -> list[Comparison]:
-    name = "ten times the records"
-    return [compare(runs, name, _series(MANY), _series(FEW), limit=11)]
+    return [
+        compare(
+            runs,
+            f"ten times the {keys}",
+            _series(keys, MANY),
+            _series(keys, FEW),
+            limit=LIMITS.get(keys),
+        )
+        for keys in OPTIONS
+    ]
 
 
 def _tables(runs: Runs, comparisons: Sequence[Comparison]) -> Iterator[Table]:
     yield limits_table("Synchronisation: ms", f"with {FEW}", comparisons, milli, f"with {MANY:,}")
-    headings = ("records", "ms", "ms each", *KINDS, "rest")
-    rows = []
-    for records in (FEW, MANY):
-        of_records = runs.of(_series(records))
-        seconds = spread([run.figure for run in of_records]).median
-        shares = [
-            spread([run.shares[kind] for run in of_records if run.shares]).median for kind in KINDS
-        ]
-        parts = [*shares, max(0.0, 1 - sum(shares))]
-        rows.append(
-            plain(f"{records:,}", milli(seconds), f"{seconds / records * 1e3:.3f}")
-            + plain(*(f"{part:.0%}" for part in parts))
-        )
-    columns = [Column(heading, is_number=True) for heading in headings]
+    headings = ("records", "ms", "ms each", *SHARES, "rest")
+    columns = [Column("keys"), *(Column(heading, is_number=True) for heading in headings)]
+    rows = [_shares(runs, keys, records) for keys in OPTIONS for records in (FEW, MANY)]
     yield Table("Where a synchronisation's time goes", columns, rows)
+
+
+def _shares(runs: Runs, keys: str, records: int) -> Row:
+    of_records = runs.of(_series(keys, records))
+    seconds = spread([run.figure for run in of_records]).median
+    shares = [
+        spread([run.shares[share] for run in of_records if run.shares]).median for share in SHARES
+    ]
+    parts = [*shares, max(0.0, 1 - sum(shares))]
+    each = f"{seconds / records * 1e3:.3f}"
+    return plain(keys, f"{records:,}", milli(seconds), each, *(f"{part:.0%}" for part in parts))
 
 
 SECTION = Section(NAME, frozenset(), _measure, _compare, _tables)

@@ -3,10 +3,7 @@
 from dataclasses import dataclass
 from typing import Optional
 
-from ..runs import ROWS, Series
-from ..setup import Setup
-from ..stand import Stand
-from ..trials import Trial
+from ..runs import ROWS
 
 
 @dataclass(frozen=True)
@@ -17,9 +14,6 @@ class Work:
     count: int
     limit: Optional[float] = None
 
-
-TMPFS = "tmpfs"
-DISK = "disk"
 
 IN_MEMORY = (
     Work("get-action", 2400, 1.7),
@@ -34,9 +28,3 @@ ON_DISK = (
     Work("modify-action", 2 * ROWS, 0.7),
     Work("create-key", 50, 0.7),
 )
-
-
-def trial(setup: Setup, section: str, work: str, count: int, stand: Stand) -> Trial:
-    """A work on a stand, by one caller."""
-    series = Series(section, work, stand.server, stand.rows, 1, stand.cores)
-    return Trial(series, stand, setup.count(count))
