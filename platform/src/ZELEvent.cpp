@@ -1,6 +1,7 @@
 #include "zelcore/ZELEvent.h"
 
 #include <algorithm>
+#include <utility>
 
 void ZELEvent::setEvtName(const QString &name)
 {
@@ -25,7 +26,12 @@ QVariant ZELEvent::getArgument(const QString &name) const
     return found == m_arguments.cend() ? QVariant() : found->value;
 }
 
-const QList<ZELEvent::Argument> &ZELEvent::getArguments() const
+const QVector<ZELEvent::Argument> &ZELEvent::getArguments() const
 {
     return m_arguments;
+}
+
+void ZELEvent::setArguments(QVector<Argument> arguments)
+{
+    m_arguments = std::move(arguments);
 }

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-using Arguments = QList<ZELEvent::Argument>;
+using Arguments = QVector<ZELEvent::Argument>;
 Q_DECLARE_METATYPE(Arguments)
 
 QDBusArgument &operator<<(QDBusArgument &out, const ZELEvent::Argument &argument)
@@ -90,11 +90,9 @@ std::optional<ZELEvent> decodeEvent(const QDBusMessage &message)
     if (message.signature() != QLatin1String("sa(svb)"))
         return std::nullopt;
     const QList<QVariant> parts = message.arguments();
-    const auto arguments = qdbus_cast<Arguments>(parts.at(1));
     ZELEvent event;
     event.setEvtName(parts.at(0).toString());
-    for (const ZELEvent::Argument &argument : arguments)
-        event.addArgument(argument.value, argument.name, argument.flag);
+    event.setArguments(qdbus_cast<Arguments>(parts.at(1)));
     return event;
 }
 

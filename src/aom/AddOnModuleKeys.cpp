@@ -22,9 +22,9 @@ std::optional<int> toInt(const QVariant &value)
     return number;
 }
 
-std::optional<int> readArgument(const ZELEvent &event, const char *name, const char *complaint)
+std::optional<int> readArgument(const ZELEvent &event, const QString &name, const char *complaint)
 {
-    const std::optional<int> number = toInt(event.getArgument(QLatin1String(name)));
+    const std::optional<int> number = toInt(event.getArgument(name));
     if (!number)
         logging::error(complaint, event.getEvtName());
     return number;
@@ -45,16 +45,19 @@ Key unprogrammedKey(int position, int aom_type, int aom_addr)
 
 void ZelProgrammableKeys::aomKeyPressed(const ZELEvent &event)
 {
-    const auto position = readArgument(
-        event, "aom_key_num", "Argument aom_key_num passed to event %1 has got an invalid value.");
+    const auto position =
+        readArgument(event, QStringLiteral("aom_key_num"),
+                     "Argument aom_key_num passed to event %1 has got an invalid value.");
     if (!position)
         return;
-    const auto aom_type = readArgument(
-        event, "aom_type", "Argument aom_type passed to event %1 has got an invalid value.");
+    const auto aom_type =
+        readArgument(event, QStringLiteral("aom_type"),
+                     "Argument aom_type passed to event %1 has got an invalid value.");
     if (!aom_type)
         return;
-    const auto aom_addr = readArgument(
-        event, "addr", "Argument aom_addr passed to event %1 has got an invalid value.");
+    const auto aom_addr =
+        readArgument(event, QStringLiteral("addr"),
+                     "Argument aom_addr passed to event %1 has got an invalid value.");
     if (!aom_addr)
         return;
 

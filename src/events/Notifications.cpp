@@ -11,19 +11,19 @@ namespace events {
 namespace {
 
 template <typename Value>
-void add(ZELEvent &event, const char *name, const Value &value)
+void add(ZELEvent &event, const QString &name, const Value &value)
 {
-    event.addArgument(QVariant::fromValue(value), QLatin1String(name), true);
+    event.addArgument(QVariant::fromValue(value), name, true);
 }
 
-bool send(ZELEvent &event, const char *name)
+bool send(ZELEvent &event, const QString &name)
 {
-    event.setEvtName(QLatin1String(name));
+    event.setEvtName(name);
     return sendNotification(event);
 }
 
 template <typename Value>
-bool send(ZELEvent &event, const char *name, const char *argument, const Value &value)
+bool send(ZELEvent &event, const QString &name, const QString &argument, const Value &value)
 {
     add(event, argument, value);
     return send(event, name);
@@ -31,9 +31,9 @@ bool send(ZELEvent &event, const char *name, const char *argument, const Value &
 
 void addPlace(ZELEvent &event, const KeyPlace &place)
 {
-    add(event, "addr", place.addr);
-    add(event, "aom_type", place.aom_type);
-    add(event, "key_num", place.key_num);
+    add(event, QStringLiteral("addr"), place.addr);
+    add(event, QStringLiteral("aom_type"), place.aom_type);
+    add(event, QStringLiteral("key_num"), place.key_num);
 }
 
 } // namespace
@@ -50,42 +50,42 @@ bool sendNotification(const ZELEvent &event)
 
 bool keyCreated(ZELEvent &event, const Key &key)
 {
-    return send(event, "KEY_CREATE_NTF", "idKey", key);
+    return send(event, QStringLiteral("KEY_CREATE_NTF"), QStringLiteral("idKey"), key);
 }
 
 bool keyModified(ZELEvent &event, const Key &key)
 {
-    return send(event, "KEY_MODIFY_NTF", "idKey", key);
+    return send(event, QStringLiteral("KEY_MODIFY_NTF"), QStringLiteral("idKey"), key);
 }
 
 bool keyDeleted(ZELEvent &event, qlonglong idKey)
 {
-    return send(event, "KEY_DELETE_NTF", "idKey", idKey);
+    return send(event, QStringLiteral("KEY_DELETE_NTF"), QStringLiteral("idKey"), idKey);
 }
 
 bool keysFull(ZELEvent &event)
 {
-    return send(event, "KO_PROGKEYS_DB_FULL");
+    return send(event, QStringLiteral("KO_PROGKEYS_DB_FULL"));
 }
 
 bool actionCreated(ZELEvent &event, const Action &action)
 {
-    return send(event, "ACTION_CREATE_NTF", "idAction", action);
+    return send(event, QStringLiteral("ACTION_CREATE_NTF"), QStringLiteral("idAction"), action);
 }
 
 bool actionModified(ZELEvent &event, const Action &action)
 {
-    return send(event, "ACTION_MODIFY_NTF", "idAction", action);
+    return send(event, QStringLiteral("ACTION_MODIFY_NTF"), QStringLiteral("idAction"), action);
 }
 
 bool actionDeleted(ZELEvent &event, qlonglong idAction)
 {
-    return send(event, "ACTION_DELETE_NTF", "idAction", idAction);
+    return send(event, QStringLiteral("ACTION_DELETE_NTF"), QStringLiteral("idAction"), idAction);
 }
 
 bool databaseReset(ZELEvent &event)
 {
-    return send(event, "DB_RESET_NTF");
+    return send(event, QStringLiteral("DB_RESET_NTF"));
 }
 
 KeyPlace placeOf(const Key &key)
@@ -96,25 +96,25 @@ KeyPlace placeOf(const Key &key)
 bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState, const QString &label)
 {
     addPlace(event, place);
-    add(event, "label_state", labelState);
-    add(event, "label_str", label);
-    return send(event, "AOM_SET_LABEL_PROPERTY_REC");
+    add(event, QStringLiteral("label_state"), labelState);
+    add(event, QStringLiteral("label_str"), label);
+    return send(event, QStringLiteral("AOM_SET_LABEL_PROPERTY_REC"));
 }
 
 bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY)
 {
     addPlace(event, place);
-    add(event, "icon_x", iconX);
-    add(event, "icon_y", iconY);
-    return send(event, "AOM_SET_ICON_PROPERTY_REC");
+    add(event, QStringLiteral("icon_x"), iconX);
+    add(event, QStringLiteral("icon_y"), iconY);
+    return send(event, QStringLiteral("AOM_SET_ICON_PROPERTY_REC"));
 }
 
 bool moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action, bool exists)
 {
-    add(event, "key", key);
-    add(event, "action", action);
-    add(event, "exists", exists);
-    return send(event, "AOMKEY_PRESS_NTF");
+    add(event, QStringLiteral("key"), key);
+    add(event, QStringLiteral("action"), action);
+    add(event, QStringLiteral("exists"), exists);
+    return send(event, QStringLiteral("AOMKEY_PRESS_NTF"));
 }
 
 } // namespace events

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QVariant>
+#include <QVector>
 
 /// A platform event: a name and an ordered list of named arguments.
 class ZELEvent
@@ -27,11 +27,13 @@ public:
     /// received structure or list comes as a QDBusArgument.
     QVariant getArgument(const QString &name) const;
 
-    const QList<Argument> &getArguments() const;
+    /// All arguments at once, in their order.
+    const QVector<Argument> &getArguments() const;
+    void setArguments(QVector<Argument> arguments);
 
 private:
     QString m_name;
-    QList<Argument> m_arguments;
+    QVector<Argument> m_arguments;
 };
 
 Q_DECLARE_METATYPE(ZELEvent)
