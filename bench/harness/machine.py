@@ -21,7 +21,7 @@ def describe(setup: Setup) -> dict[str, Any]:
         "cores": len(ALLOWED),
         "core": LAST,
         "memory": _memory(),
-        "kernel": f"{platform.system()} {platform.release()} {platform.machine()}",
+        "kernel": f"{platform.system()} {_version(platform.release())} {platform.machine()}",
         "distribution": platform.freedesktop_os_release().get("PRETTY_NAME"),
         "load": os.getloadavg()[0],
         "file systems": {
@@ -38,7 +38,7 @@ def _versions(programs: Programs) -> dict[str, Optional[str]]:
         "Qt 6": _qt_of(programs, SERVICE_QT6),
         "SQLite": sqlite3.sqlite_version,
         "libsystemd": _output("pkg-config", "--modversion", "libsystemd"),
-        "dbus-daemon": _first_number(_output("dbus-daemon", "--version")),
+        "dbus-daemon": _version(_output("dbus-daemon", "--version")),
         "Python": platform.python_version(),
     }
 
@@ -65,7 +65,7 @@ def _field(path: Path, name: str) -> Optional[str]:
     return None
 
 
-def _first_number(text: Optional[str]) -> Optional[str]:
+def _version(text: Optional[str]) -> Optional[str]:
     found = re.search(r"\d+(\.\d+)+", text or "")
     return found[0] if found else None
 
