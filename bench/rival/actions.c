@@ -1,5 +1,6 @@
 #include "events.h"
 #include "operations.h"
+#include "reply.h"
 #include "store.h"
 
 #include <stdlib.h>
@@ -7,22 +8,18 @@
 
 static const int64_t ReservedAction = -1;
 
+static int append_next_action(sd_bus_message *reply, sqlite3_stmt *selection)
+{
+    struct action action;
+    if (!step_action(selection, &action))
+        return 0;
+    const int result = append_action(reply, &action);
+    return result < 0 ? result : 1;
+}
+
 static int reply_actions(sd_bus_message *call, sqlite3_stmt *selection)
 {
-    sd_bus_message *reply = NULL;
-    struct action action;
-    int result = sd_bus_message_new_method_return(call, &reply);
-    if (result >= 0)
-        result = sd_bus_message_open_container(reply, 'a', "(" ACTION ")");
-    while (result >= 0 && step_action(selection, &action))
-        result = append_action(reply, &action);
-    sqlite3_reset(selection);
-    if (result >= 0)
-        result = sd_bus_message_close_container(reply);
-    if (result >= 0)
-        result = sd_bus_send(NULL, reply, NULL);
-    sd_bus_message_unref(reply);
-    return result;
+    return reply_rows(call, "(" ACTION ")", selection, append_next_action);
 }
 
 int get_all_actions(sd_bus_message *call, void *data, sd_bus_error *error)

@@ -1,5 +1,6 @@
 #include "events.h"
 #include "operations.h"
+#include "reply.h"
 #include "settings.h"
 #include "store.h"
 
@@ -7,22 +8,18 @@
 #include <stdlib.h>
 #include <string.h>
 
+static int append_next_key(sd_bus_message *reply, sqlite3_stmt *selection)
+{
+    struct key key;
+    if (!step_key(selection, &key))
+        return 0;
+    const int result = append_key(reply, &key);
+    return result < 0 ? result : 1;
+}
+
 static int reply_keys(sd_bus_message *call, sqlite3_stmt *selection)
 {
-    sd_bus_message *reply = NULL;
-    struct key key;
-    int result = sd_bus_message_new_method_return(call, &reply);
-    if (result >= 0)
-        result = sd_bus_message_open_container(reply, 'a', "(" KEY ")");
-    while (result >= 0 && step_key(selection, &key))
-        result = append_key(reply, &key);
-    sqlite3_reset(selection);
-    if (result >= 0)
-        result = sd_bus_message_close_container(reply);
-    if (result >= 0)
-        result = sd_bus_send(NULL, reply, NULL);
-    sd_bus_message_unref(reply);
-    return result;
+    return reply_rows(call, "(" KEY ")", selection, append_next_key);
 }
 
 int get_all_keys(sd_bus_message *call, void *data, sd_bus_error *error)
