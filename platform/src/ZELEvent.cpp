@@ -1,6 +1,5 @@
 #include "zelcore/ZELEvent.h"
 
-#include <algorithm>
 #include <utility>
 
 void ZELEvent::setEvtName(const QString &name)
@@ -20,10 +19,11 @@ void ZELEvent::addArgument(const QVariant &value, const QString &name, bool flag
 
 QVariant ZELEvent::getArgument(const QString &name) const
 {
-    const auto found =
-        std::find_if(m_arguments.cbegin(), m_arguments.cend(),
-                     [&name](const Argument &argument) { return argument.name == name; });
-    return found == m_arguments.cend() ? QVariant() : found->value;
+    for (const Argument &argument : m_arguments) {
+        if (argument.name == name)
+            return argument.value;
+    }
+    return {};
 }
 
 const QVector<ZELEvent::Argument> &ZELEvent::getArguments() const
