@@ -4,10 +4,12 @@ if(PROGKEYS_WERROR)
   add_compile_options(-Werror)
 endif()
 
+# What the linker must be told about instrumented code.
+set(PROGKEYS_INSTRUMENTATION)
 if(PROGKEYS_SANITIZERS)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=address,undefined)
+  list(APPEND PROGKEYS_INSTRUMENTATION -fsanitize=address,undefined)
 endif()
 
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
@@ -17,5 +19,7 @@ if(PROGKEYS_COVERAGE)
   # Statics without a guard against a second thread: that branch would never be taken.
   add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic
                       -fno-threadsafe-statics)
-  add_link_options(--coverage)
+  list(APPEND PROGKEYS_INSTRUMENTATION --coverage)
 endif()
+
+add_link_options(${PROGKEYS_INSTRUMENTATION})

@@ -1,0 +1,227 @@
+"""The example of a peer module, as docs/peer-module.md says: built, run, and asked for its count."""
+
+import os
+import re
+import subprocess
+from pathlib import Path
+from typing import Callable, Iterator, NamedTuple
+
+import pytest
+
+from samples import MODULE_KEY
+from sandbox.client import Client
+from sandbox.loop import LIMIT, PATIENCE
+from sandbox.names import SERVICE
+from sandbox.processes import Module, clean_environment
+
+CHECKOUT = Path(__file__).resolve().parents[2]
+EXAMPLE = CHECKOUT / "examples" / "peer-module"
+GUIDE = CHECKOUT / "docs" / "peer-module.md"
+BUILDING = 240 * PATIENCE
+"""Seconds for what compiles."""
+
+
+class Listing(NamedTuple):
+    """A block of the guide, under its heading."""
+
+    heading: str
+    language: str
+    text: str
+
+
+def listings() -> list[Listing]:
+    found = []
+    text = GUIDE.read_text(encoding="utf-8")
+    for section in re.split(r"^#+ ", text, flags=re.MULTILINE)[1:]:
+        heading = section.partition("\n")[0]
+        for language, listing in re.findall(r"^```(\w*)\n(.*?)^```$", section, re.M | re.S):
+            found.append(Listing(heading, language, listing))
+    return found
+
+
+def listing(language: str, heading: str) -> str:
+    (text,) = [
+        each.text for each in listings() if (each.language, each.heading) == (language, heading)
+    ]
+    return text
+
+
+def build_dir() -> Path:
+    return Path(os.environ.get("PROGKEYS_BUILD_DIR", CHECKOUT / "build" / "qt5")).resolve()
+
+
+def follow(heading: str, directory: Path) -> None:
+    """Does in the directory what the guide says under that heading."""
+    done = subprocess.run(
+        ["bash", "-euo", "pipefail", "-c", listing("sh", heading)],
+        cwd=directory,
+        env=clean_environment(),
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        text=True,
+        timeout=BUILDING,
+        check=False,
+    )
+    assert done.returncode == 0, f"{heading}:\n{done.stdout}{done.stderr}"
+    assert "warning" not in done.stdout + done.stderr
+
+
+@pytest.fixture(scope="module")
+def desk(tmp_path_factory: pytest.TempPathFactory) -> Path:
+    """A directory as the guide expects it: the checkout's examples and this build."""
+    directory = tmp_path_factory.mktemp("desk")
+    (directory / "examples").symlink_to(CHECKOUT / "examples")
+    (directory / "build").mkdir()
+    (directory / "build" / "qt5").symlink_to(build_dir())
+    return directory
+
+
+@pytest.fixture(scope="module")
+def installed(desk: Path) -> Path:
+    """What an integrator gets, moved from where it was installed."""
+    follow("What it is built against", desk)
+    prefix = desk / "build" / "zelcore"
+    elsewhere = desk / "moved"
+    prefix.rename(elsewhere)
+    prefix.symlink_to(elsewhere)
+    return elsewhere
+
+
+@pytest.fixture(scope="module")
+def built_by_cmake(desk: Path, installed: Path) -> Path:
+    assert installed.is_dir()
+    follow("With CMake", desk)
+    return desk / "build" / "peer-module" / "keylog"
+
+
+@pytest.fixture(scope="module")
+def built_by_hand(desk: Path, installed: Path) -> Path:
+    assert installed.is_dir()
+    follow("With pkg-config alone", desk)
+    return desk / "build" / "by-hand" / "keylog"
+
+
+@pytest.fixture(params=["built_by_cmake", "built_by_hand"], ids=["by CMake", "by pkg-config"])
+def keylog(request: pytest.FixtureRequest) -> Path:
+    return request.getfixturevalue(request.param)
+
+
+@pytest.fixture
+def run_module(
+    bus, client: Client, data_root: Path, tmp_path: Path
+) -> Iterator[Callable[..., Module]]:
+    """Runs the module until the test is over; then it must end cleanly."""
+    running: list[Module] = []
+
+    def start(executable: Path) -> Module:
+        environment = clean_environment()
+        environment.update(DBUS_SYSTEM_BUS_ADDRESS=bus.address, ZEL_DATA_ROOT=f"{data_root}/")
+        running.append(Module("KeyLog", [str(executable)], environment, tmp_path / "keylog.log"))
+        running[-1].wait_until_ready(client)
+        return running[-1]
+
+    yield start
+    try:
+        for module in running:
+            module.stop()
+    finally:
+        for module in running:
+            module.kill()
+
+
+def presses(client: Client) -> int:
+    reply = client.call("presses", module="KeyLog")
+    assert reply.signature == "i"
+    return reply.values[0]
+
+
+def press(client: Client, key_number: int) -> None:
+    """Presses a key, and returns once the service has told of it."""
+    client.send_event("AOM_KEY_PRESS_EVENT", aom_key_num=key_number, aom_type=1, addr=2)
+    client.round_trip()
+
+
+def test_the_module_counts_presses_of_programmed_keys(service, client, action, keylog, run_module):
+    client.create_programmable_key(MODULE_KEY._replace(idAction=action.idAction))
+    run_module(keylog)
+    assert presses(client) == 0
+    press(client, MODULE_KEY.position)
+    assert presses(client) == 1
+    press(client, MODULE_KEY.position + 1)
+    assert presses(client) == 1
+    press(client, MODULE_KEY.position)
+    assert presses(client) == 2
+
+
+def test_only_its_operation_and_the_platforms_own_are_on_the_bus(client, keylog, run_module):
+    run_module(keylog)
+    methods = re.findall(r'<method name="(\w+)"', client.introspect("KeyLog"))
+    assert "presses" in methods and "stop" in methods
+    assert "count" not in methods
+
+
+def test_the_guide_shows_the_example_as_it_is():
+    assert listing("cpp", "The module") == (EXAMPLE / "main.cpp").read_text(encoding="utf-8")
+    assert listing("cmake", "With CMake") == (EXAMPLE / "CMakeLists.txt").read_text(
+        encoding="utf-8"
+    )
+
+
+def test_what_is_installed_names_neither_the_build_nor_its_own_place(desk, installed):
+    files = [path for path in installed.rglob("*") if path.is_file()]
+    texts = [path for path in files if path.suffix != ".a"]
+    assert {path.name for path in texts} >= {
+        "ZELModule.h",
+        "zelcore.pc",
+        "zelcoreConfig.cmake",
+        "zelcoreConfigVersion.cmake",
+        "zelcoreTargets.cmake",
+    }
+    assert [path.name for path in files if path.suffix == ".a"] == ["libzelcore.a"]
+    for path in texts:
+        text = path.read_text(encoding="utf-8")
+        for place in (CHECKOUT, build_dir(), desk):
+            assert str(place) not in text, f"{path.name} names {place}"
+
+
+def test_the_headers_installed_are_the_public_ones(installed):
+    public = CHECKOUT / "platform" / "include"
+    assert {path.relative_to(installed / "include") for path in installed.rglob("*.h")} == {
+        path.relative_to(public) for path in public.rglob("*.h")
+    }
+
+
+def test_a_package_of_another_major_version_is_not_taken(desk, installed, tmp_path):
+    (tmp_path / "CMakeLists.txt").write_text(
+        "cmake_minimum_required(VERSION 3.16)\nproject(later LANGUAGES CXX)\n"
+        "find_package(zelcore 2.0 REQUIRED)\n",
+        encoding="utf-8",
+    )
+    done = subprocess.run(
+        ["cmake", "-S", ".", "-B", "build", f"-DCMAKE_PREFIX_PATH={installed}"],
+        cwd=tmp_path,
+        capture_output=True,
+        text=True,
+        timeout=BUILDING,
+        check=False,
+    )
+    assert done.returncode != 0
+    assert re.search(r'compatible with requested\s+version "2.0"', done.stderr), done.stderr
+
+
+def test_the_guides_tour_of_a_private_phone_goes_as_it_says(desk, built_by_cmake):
+    assert built_by_cmake.exists()
+    tour = "Try it on a phone of your own"
+    start, _, typed = listing("sh", tour).partition("\n")
+    done = subprocess.run(
+        start.split(),
+        input=typed,
+        cwd=desk,
+        env={**clean_environment(), "SHELL": "/bin/bash", "NO_COLOR": "1"},
+        capture_output=True,
+        text=True,
+        timeout=3 * LIMIT,
+        check=False,
+    )
+    assert done.returncode == 0, done.stderr
+    assert done.stdout.strip() == listing("", tour).strip(), done.stderr
