@@ -8,10 +8,13 @@
 namespace sandbox {
 namespace {
 
+const QLatin1String ServicesBeside("/../libexec");
+
 QString findModule(const QString &name, const QString &directory)
 {
     const QString place = directory.isEmpty() ? ownDirectory() : directory;
-    QString found = QStandardPaths::findExecutable(name, {place});
+    // A build has all of them in one place; where they are installed, services stand apart.
+    QString found = QStandardPaths::findExecutable(name, {place, place + ServicesBeside});
     if (found.isEmpty() && directory.isEmpty())
         found = QStandardPaths::findExecutable(name);
     if (!found.isEmpty())

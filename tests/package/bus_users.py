@@ -1,0 +1,140 @@
+"""Users of the root's system bus: each call by a process that really has the user's ids."""
+
+import subprocess
+import sys
+from dataclasses import dataclass
+
+from sandbox.names import EVENTS, SERVICE, bus_name, object_path
+from target_root import TargetRoot
+
+NAME = bus_name(SERVICE)
+PATH = object_path(SERVICE)
+
+REQUEST_NAME = ("/org/freedesktop/DBus", "org.freedesktop.DBus.RequestName", f"string:{NAME}", "uint32:4")
+
+# Says a line for each event and for the marker, whose arrival means that all sent before has come, too.
+LISTENER = f"""
+import sys
+import dbus, dbus.mainloop.glib
+from gi.repository import GLib
+
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+bus = dbus.bus.BusConnection(sys.argv[1])
+say = lambda text: print(text, flush=True)
+bus.add_signal_receiver(lambda name, _: say(name), signal_name="event", dbus_interface="{EVENTS}")
+bus.add_signal_receiver(say, signal_name="marker", dbus_interface="org.example.Test")
+bus.get_name_owner("org.freedesktop.DBus")
+say("listening")
+GLib.MainLoop().run()
+"""
+
+# A call that leaves out the interface, as a client may.
+CALL_WITHOUT_INTERFACE = """
+import sys
+import dbus, dbus.lowlevel
+
+bus = dbus.bus.BusConnection(sys.argv[1])
+call = dbus.lowlevel.MethodCallMessage(destination=sys.argv[2], path=sys.argv[3], method=sys.argv[4])
+try:
+    bus.send_message_with_reply_and_block(call)
+    print("answered")
+except dbus.DBusException as error:
+    print(error.get_dbus_name())
+"""
+
+ACCESS_DENIED = "org.freedesktop.DBus.Error.AccessDenied"
+
+
+@dataclass
+class Answer:
+    """What a call came to: its printed reply, or the name of its error."""
+
+    reply: str
+    error: str
+
+    @property
+    def is_denied(self) -> bool:
+        return self.error == ACCESS_DENIED
+
+
+class Listener:
+    """A user who listens to every event, from when it is made."""
+
+    def __init__(self, process: "subprocess.Popen[str]") -> None:
+        self._process = process
+        assert self._line() == "listening"
+
+    def events_until_marker(self) -> list[str]:
+        """The names of the events that came before the next marker."""
+        events = []
+        while (line := self._line()) != "marker":
+            events.append(line)
+        return events
+
+    def close(self) -> None:
+        self._process.kill()
+        self._process.wait(timeout=20)
+
+    def _line(self) -> str:
+        assert self._process.stdout is not None
+        line = self._process.stdout.readline()
+        assert line, "the listener has ended"
+        return line.rstrip("\n")
+
+
+class BusUser:
+    """One user of the root, at its system bus."""
+
+    def __init__(self, root: TargetRoot, name: str) -> None:
+        self._root = root
+        self.name = name
+
+    def call(self, member: str, *arguments: str, destination: str = NAME, path: str = PATH) -> Answer:
+        """A call by dbus-send, with arguments as that writes them."""
+        result = self._root.run(
+            *("dbus-send", "--system", "--print-reply=literal", "--reply-timeout=20000"),
+            *(f"--dest={destination}", path, member, *arguments),
+            user=self.name,
+        )
+        if result.returncode == 0:
+            return Answer(result.stdout, "")
+        name, _, _ = result.stderr.removeprefix("Error ").partition(":")
+        return Answer("", name)
+
+    def request_name(self) -> Answer:
+        path, member, *arguments = REQUEST_NAME
+        return self.call(member, *arguments, destination="org.freedesktop.DBus", path=path)
+
+    def call_without_interface(self, method: str) -> str:
+        """`answered`, or the name of the error."""
+        process = self._python(CALL_WITHOUT_INTERFACE, NAME, PATH, method)
+        output, _ = process.communicate(timeout=60)
+        return output.strip()
+
+    def progkeysctl(self, *arguments: str) -> "subprocess.CompletedProcess[str]":
+        return self._root.run("progkeysctl", *arguments, user=self.name)
+
+    def send_signal(self, member: str, *arguments: str, path: str = "/") -> None:
+        self._root.demand("dbus-send", "--system", "--type=signal", path, member, *arguments, user=self.name)
+
+    def listen(self) -> Listener:
+        return Listener(self._python(LISTENER))
+
+    def _python(self, source: str, *arguments: str) -> "subprocess.Popen[str]":
+        # Given as text: the user may not be able to read the checkout.
+        return subprocess.Popen(
+            [sys.executable, "-c", source, self._root.address, *arguments],
+            user=self._root.user_id(self.name),
+            group=self._root.group_ids(self.name)[0],
+            extra_groups=self._root.group_ids(self.name),
+            env={"PATH": "/usr/bin:/bin"},
+            cwd="/",
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+
+
+def mark(root_user: BusUser) -> None:
+    """Tells every listener that what was sent until now has come."""
+    root_user.send_signal("org.example.Test.marker", "string:marker")

@@ -1,0 +1,53 @@
+"""A root with the packages of this build installed, its bus, and three people at it."""
+
+import os
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Iterator
+
+import pytest
+
+from bus_users import BusUser
+from target_root import TargetRoot
+
+CHECKOUT = Path(__file__).resolve().parents[2]
+IN_ROOT = ("zelprogrammablekeys", "progkeysctl", "zelprogrammablekeys-devtools")
+
+
+@pytest.fixture(scope="session")
+def packages() -> dict[str, Path]:
+    """The built packages by name."""
+    directory = Path(os.environ.get("PROGKEYS_PACKAGES", CHECKOUT / "build/packages"))
+    found = {path.name.partition("_")[0]: path for path in directory.glob("*.deb")}
+    missing = {*IN_ROOT, "libzelcore-dev"} - found.keys()
+    assert not missing, f"no package of {', '.join(sorted(missing))} in {directory}; run scripts/package"
+    return found
+
+
+@pytest.fixture(scope="session")
+def root(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Iterator[TargetRoot]:
+    """A Debian with the service, its command line and the tools for development."""
+    assert os.geteuid() == 0, "only root can make a root and be other users"
+    the_root = TargetRoot(tmp_path_factory.mktemp("root"))
+    the_root.make()
+    the_root.install([packages[name] for name in IN_ROOT])
+    the_root.demand("useradd", "visitor")
+    the_root.demand("useradd", "--groups", "progkeys-admin", "secretary")
+    the_root.start_bus()
+    yield the_root
+    the_root.stop_bus()
+
+
+@dataclass
+class People:
+    """An ordinary user, a member of the group, root, and the service's own user."""
+
+    visitor: BusUser
+    secretary: BusUser
+    root: BusUser
+    service: BusUser
+
+
+@pytest.fixture(scope="session")
+def people(root: TargetRoot) -> People:
+    return People(*(BusUser(root, name) for name in ("visitor", "secretary", "root", "zelprogkeys")))

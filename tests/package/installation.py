@@ -1,0 +1,43 @@
+"""The installed service: whether it runs, and its end."""
+
+from bus_users import NAME, BusUser
+from sandbox.loop import wait_until
+from sandbox.names import LIFECYCLE
+from target_root import TargetRoot
+
+DATABASE = "data/ZELApplication/ZelProgrammableKeys/zelprogrammablekeys.data"
+
+
+def has_owner(user: BusUser, name: str) -> bool:
+    answer = user.call(
+        "org.freedesktop.DBus.NameHasOwner",
+        f"string:{name}",
+        destination="org.freedesktop.DBus",
+        path="/org/freedesktop/DBus",
+    )
+    return "true" in answer.reply
+
+
+def is_running(user: BusUser) -> bool:
+    return has_owner(user, NAME)
+
+
+def stop(root_user: BusUser) -> None:
+    """Ends the service if it runs."""
+    if is_running(root_user):
+        assert not root_user.call(f"{LIFECYCLE}.stop").error
+        wait_until(lambda: not is_running(root_user), "the service has left the bus")
+
+
+def process_owner(root: TargetRoot, root_user: BusUser) -> str:
+    """The user whose process has the service's name."""
+    answer = root_user.call(
+        "org.freedesktop.DBus.GetConnectionUnixUser",
+        f"string:{NAME}",
+        destination="org.freedesktop.DBus",
+        path="/org/freedesktop/DBus",
+    )
+    number = answer.reply.split()[-1]
+    return root.demand("id", "-nu", number).strip()
+
+

@@ -1,0 +1,192 @@
+"""Who may do what on the system bus, under the installed policy and real user ids."""
+
+import re
+from typing import Iterator
+from xml.etree import ElementTree
+
+import pytest
+
+from bus_users import BusUser, mark
+from conftest import People
+from installation import has_owner, is_running, process_owner, stop
+from sandbox.loop import wait_until
+from sandbox.names import INTERFACE, LIFECYCLE, SETTINGS_MANAGER, bus_name, object_path
+from target_root import TargetRoot
+
+READING = {
+    "getAllProgrammableKeys",
+    "getProgrammableKeysByContainer",
+    "getProgrammableKey",
+    "getAllActions",
+    "getAction",
+    "getCapabilities",
+    "getCapability",
+}
+ACCESS_DENIED_STATUS = 5
+LOG_CONTROL = "/org/freedesktop/LogControl1"
+
+
+def methods(root: TargetRoot, interface: str) -> list[str]:
+    """The names of an installed interface's methods, each once."""
+    file = root.path / f"usr/share/dbus-1/interfaces/{interface}.xml"
+    names = [element.attrib["name"] for element in ElementTree.parse(file).iter("method")]
+    assert names, f"{file} has no method"
+    return sorted(set(names))
+
+
+@pytest.fixture(autouse=True)
+def a_running_service(people: People) -> None:
+    assert not people.root.call(f"{INTERFACE}.getAllActions").error
+
+
+def denied(user: BusUser, interface: str, members: list[str]) -> set[str]:
+    """The members that the bus does not let the user call; without arguments, so that nothing happens."""
+    return {member for member in members if user.call(f"{interface}.{member}").is_denied}
+
+
+def test_the_first_call_starts_the_service_as_its_own_user(root: TargetRoot, people: People) -> None:
+    stop(people.root)
+    assert not is_running(people.root)
+    assert not people.visitor.call(f"{INTERFACE}.getAllActions").error
+    assert process_owner(root, people.root) == "zelprogkeys"
+
+
+def test_the_bus_has_nothing_to_say_about_the_policy(root: TargetRoot) -> None:
+    said = [line for line in root.bus_log.splitlines() if line.startswith("dbus-daemon[")]
+    assert [line for line in said if re.search("velmora|zelprogkeys|progkeys-admin", line) and "Activat" not in line] == []
+
+
+def test_everyone_reads_and_nothing_more(root: TargetRoot, people: People) -> None:
+    every = methods(root, INTERFACE)
+    assert denied(people.visitor, INTERFACE, every) == set(every) - READING
+
+
+def test_members_of_the_group_read_and_write(root: TargetRoot, people: People) -> None:
+    assert denied(people.secretary, INTERFACE, methods(root, INTERFACE)) == set()
+
+
+def test_root_reads_and_writes(root: TargetRoot, people: People) -> None:
+    assert denied(people.root, INTERFACE, methods(root, INTERFACE)) == set()
+
+
+def test_a_call_without_an_interface_gets_nobody_further(people: People) -> None:
+    assert people.visitor.call_without_interface("getAllActions").endswith("AccessDenied")
+    assert people.visitor.call_without_interface("deleteAction").endswith("AccessDenied")
+    assert people.root.call_without_interface("getAllActions") == "answered"
+
+
+@pytest.mark.parametrize("who", ["visitor", "secretary", "service"])
+def test_lifecycle_operations_are_for_root_alone(root: TargetRoot, people: People, who: str) -> None:
+    every = methods(root, LIFECYCLE)
+    assert denied(getattr(people, who), LIFECYCLE, every) == set(every)
+    assert not people.root.call(f"{LIFECYCLE}.presentationLoaded").error
+
+
+def test_an_ordinary_user_s_writes_come_to_nothing(people: People) -> None:
+    before = people.root.progkeysctl("key", "list", "--json=short").stdout
+    refused = people.visitor.progkeysctl("key", "add", "idAction=-1", "container=1", "position=3")
+    assert refused.returncode == ACCESS_DENIED_STATUS, refused
+    assert people.visitor.progkeysctl("key", "list", "--json=short").stdout == before
+
+
+def test_a_member_of_the_group_writes_and_everyone_reads_it(people: People) -> None:
+    added = people.secretary.progkeysctl("action", "add", "type=1", "action=call", "label=Reception")
+    assert added.returncode == 0, added
+    assert "Reception" in people.visitor.progkeysctl("action", "list").stdout
+
+
+@pytest.mark.parametrize("who", ["visitor", "secretary", "root"])
+def test_nobody_but_the_service_s_user_gets_its_name(people: People, who: str) -> None:
+    stop(people.root)
+    assert getattr(people, who).request_name().is_denied
+    assert "1" in people.service.request_name().reply.split()
+
+
+def test_the_log_level_is_root_s_to_set_and_everyone_s_to_see(people: People) -> None:
+    level = ("string:org.freedesktop.LogControl1", "string:LogLevel")
+    read, write = "org.freedesktop.DBus.Properties.Get", "org.freedesktop.DBus.Properties.Set"
+    for user in (people.visitor, people.secretary):
+        assert user.call(write, *level, "variant:string:debug", path=LOG_CONTROL).is_denied
+    assert not people.root.call(write, *level, "variant:string:warning", path=LOG_CONTROL).error
+    assert "warning" in people.visitor.call(read, *level, path=LOG_CONTROL).reply
+
+
+@pytest.fixture
+def settings_manager(root: TargetRoot, people: People) -> Iterator[None]:
+    """The SettingsManager with the example settings, run by root."""
+    settings = "/usr/share/doc/zelprogrammablekeys-devtools/examples/settings"
+    process = root.start("settingsmanager", settings)
+    try:
+        name = bus_name(SETTINGS_MANAGER)
+        wait_until(lambda: has_owner(people.root, name), "the SettingsManager is on the bus")
+        yield
+    finally:
+        process.terminate()
+        process.wait(timeout=20)
+
+
+def heard(people: People, who: str, happening: str) -> list[str]:
+    """The events that someone hears while something happens to the service."""
+    listener = getattr(people, who).listen()
+    try:
+        if happening == "a start with defaults":
+            assert not people.root.call(f"{INTERFACE}.getAllActions").error
+        else:
+            added = people.secretary.progkeysctl("action", "add", "type=1", "action=call", "label=Private")
+            assert added.returncode == 0, added
+        mark(people.root)
+        return listener.events_until_marker()
+    finally:
+        listener.close()
+
+
+@pytest.mark.parametrize("who", ["visitor", "service"])
+def test_an_ordinary_user_hears_no_event(people: People, who: str) -> None:
+    assert heard(people, who, "an action is added") == []
+
+
+@pytest.mark.parametrize("who", ["secretary", "root"])
+def test_the_group_and_root_hear_the_events(people: People, who: str) -> None:
+    assert heard(people, who, "an action is added") == ["ACTION_CREATE_NTF"]
+
+
+def empty_the_phone(root: TargetRoot, people: People) -> None:
+    stop(people.root)
+    root.demand("sh", "-c", "rm -f /data/ZELApplication/ZelProgrammableKeys/*")
+
+
+@pytest.mark.parametrize(("who", "hears"), [("visitor", False), ("secretary", True), ("root", True)])
+def test_the_events_of_a_start_reach_no_more_people(
+    root: TargetRoot, people: People, settings_manager: None, who: str, hears: bool
+) -> None:
+    empty_the_phone(root, people)
+    assert ("KEY_CREATE_NTF" in heard(people, who, "a start with defaults")) == hears
+    assert people.root.progkeysctl("key", "list", "--json=short").stdout.count("dmId") > 1
+
+
+def test_the_service_asks_the_settings_manager_and_a_visitor_cannot(
+    root: TargetRoot, people: People, settings_manager: None
+) -> None:
+    empty_the_phone(root, people)
+    assert people.root.progkeysctl("key", "list", "--json=short").stdout.count("dmId") > 1
+    answer = people.visitor.call(
+        f"{INTERFACE}.getSettingValue",
+        "string:ProgKeysMax",
+        destination=bus_name(SETTINGS_MANAGER),
+        path=object_path(SETTINGS_MANAGER),
+    )
+    assert answer.is_denied
+
+
+@pytest.mark.parametrize(("who", "answered"), [("visitor", False), ("secretary", True), ("root", True)])
+def test_a_press_counts_if_it_comes_from_the_group_or_root(people: People, who: str, answered: bool) -> None:
+    listener = people.root.listen()
+    try:
+        pressed = getattr(people, who).progkeysctl("press", "3/12", "--timeout", "2")
+        # Answered after whatever the press made the service send.
+        assert not people.root.call(f"{INTERFACE}.getAllActions").error
+        mark(people.root)
+        assert ("AOMKEY_PRESS_NTF" in listener.events_until_marker()) == answered
+        assert (pressed.returncode == 0) == answered, pressed
+    finally:
+        listener.close()

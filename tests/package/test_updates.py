@@ -1,0 +1,102 @@
+"""What becomes of the database when packages come and go."""
+
+import re
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from conftest import People
+from installation import DATABASE, is_running, stop
+from sandbox.names import INTERFACE
+from target_root import TargetRoot
+
+SERVICE_PACKAGE = "zelprogrammablekeys"
+ALL = (SERVICE_PACKAGE, "zelprogrammablekeys-devtools")
+
+
+@pytest.fixture(scope="module")
+def older(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Path:
+    """The service's package under a lower version: what an update finds installed."""
+    directory = tmp_path_factory.mktemp("older")
+    content, package = directory / "content", directory / f"{SERVICE_PACKAGE}_0.9.0_all.deb"
+    subprocess.run(["dpkg-deb", "--raw-extract", str(packages[SERVICE_PACKAGE]), str(content)], check=True)
+    control = content / "DEBIAN/control"
+    text = control.read_text(encoding="utf-8")
+    control.write_text(re.sub(r"(?m)^Version: .*$", "Version: 0.9.0", text), encoding="utf-8")
+    subprocess.run(["dpkg-deb", "--root-owner-group", "--build", str(content), str(package)], check=True)
+    return package
+
+
+def installed_version(root: TargetRoot) -> str:
+    return root.run("dpkg-query", "--show", "--showformat=${Version}", SERVICE_PACKAGE).stdout
+
+
+def remember_an_action(people: People) -> None:
+    added = people.secretary.progkeysctl("action", "add", "type=1", "action=call", "label=Lena")
+    assert added.returncode == 0, added
+
+
+def remembers_it(people: People) -> bool:
+    return "Lena" in people.visitor.progkeysctl("action", "list").stdout
+
+
+@pytest.fixture
+def an_older_phone_with_an_action(root: TargetRoot, people: People, older: Path) -> None:
+    """Nothing of any version there before; then the older one, used by somebody."""
+    stop(people.root)
+    root.apt("purge", *ALL)
+    root.install([older])
+    assert installed_version(root) == "0.9.0"
+    remember_an_action(people)
+    stop(people.root)
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_an_update_keeps_the_database(root: TargetRoot, people: People, packages: dict[str, Path]) -> None:
+    before = (root.path / DATABASE).read_bytes()
+    root.install([packages[SERVICE_PACKAGE]])
+    assert installed_version(root) != "0.9.0"
+    assert (root.path / DATABASE).read_bytes() == before
+    assert remembers_it(people)
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_an_update_leaves_the_running_service_its_database(
+    root: TargetRoot, people: People, packages: dict[str, Path]
+) -> None:
+    assert not people.root.call(f"{INTERFACE}.getAllActions").error
+    root.install([packages[SERVICE_PACKAGE]])
+    assert is_running(people.root)
+    assert remembers_it(people)
+    stop(people.root)
+    assert remembers_it(people)
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_removal_keeps_the_database_for_the_next_installation(
+    root: TargetRoot, people: People, packages: dict[str, Path]
+) -> None:
+    root.apt("remove", SERVICE_PACKAGE)
+    assert not (root.path / "usr/libexec/zelprogrammablekeys").exists()
+    assert people.visitor.call(f"{INTERFACE}.getAllActions").error
+    assert (root.path / DATABASE).exists()
+    root.install([packages[SERVICE_PACKAGE]])
+    assert remembers_it(people)
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_purge_takes_the_database_and_its_copies_and_nothing_else(root: TargetRoot) -> None:
+    modules = root.path / "data/ZELApplication"
+    (modules / "ZelProgrammableKeys.before-deploy").mkdir()
+    (modules / "ZelProgrammableKeys.unusable.1").mkdir()
+    (modules / "SettingsManager").mkdir(exist_ok=True)
+    root.apt("purge", SERVICE_PACKAGE)
+    assert [path.name for path in modules.iterdir()] == ["SettingsManager"]
+    (modules / "SettingsManager").rmdir()
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_purge_leaves_no_empty_directory(root: TargetRoot) -> None:
+    root.apt("purge", SERVICE_PACKAGE)
+    assert not (root.path / "data").exists()
