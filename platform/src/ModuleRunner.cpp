@@ -42,6 +42,11 @@ QString nameIsTaken(const QString &name)
         .arg(name);
 }
 
+QString cannotRegister(const QString &path)
+{
+    return QStringLiteral("Cannot register the object %1").arg(path);
+}
+
 } // namespace
 
 ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
@@ -155,10 +160,8 @@ bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const
            refuse(QStringLiteral("The module's hook %1 failed").arg(QLatin1String(name)));
 }
 
-bool ModuleRunner::appearOnBus()
+bool ModuleRunner::registerObjects()
 {
-    if (ZELApplication::isEnding())
-        return false;
     if (QDBusAbstractAdaptor *adaptor = m_module.getAdaptor())
         m_object.publish(adaptor);
     m_object.publish(new LifecycleAdaptor(m_module));
@@ -166,7 +169,15 @@ bool ModuleRunner::appearOnBus()
     QDBusConnection bus = QDBusConnection::systemBus();
     const QString path = objectPath(m_module.getModuleName());
     if (!bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors))
-        return refuseForBus(QStringLiteral("Cannot register the object %1").arg(path));
+        return refuseForBus(cannotRegister(path));
+    return bus.registerVirtualObject(LogControl::path(), &m_logControl) ||
+           refuseForBus(cannotRegister(LogControl::path()));
+}
+
+bool ModuleRunner::appearOnBus()
+{
+    if (ZELApplication::isEnding() || !registerObjects())
+        return false;
     const QString name = serviceName(m_module.getModuleName());
     const BusConnection::Claim claim = BusConnection::claim(name);
     if (claim == BusConnection::Claim::Taken)
@@ -184,6 +195,7 @@ void ModuleRunner::leaveBus()
     if (bus.isConnected())
         BusConnection::release(serviceName(m_module.getModuleName()));
     bus.unregisterObject(objectPath(m_module.getModuleName()));
+    bus.unregisterObject(LogControl::path());
 }
 
 } // namespace zel

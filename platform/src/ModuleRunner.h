@@ -4,6 +4,7 @@
 #include "BusObject.h"
 #include "DataDirectory.h"
 #include "InstanceLock.h"
+#include "LogControl.h"
 
 #include <QObject>
 
@@ -29,6 +30,7 @@ private:
     static bool isFreeToWrite(const DataDirectory &directory);
     bool giveUp(const DataDirectory &directory);
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
+    bool registerObjects();
     bool appearOnBus();
     void leaveBus();
 
@@ -36,6 +38,7 @@ private:
     InstanceLock m_lock;
     BusConnection m_connection;
     BusObject m_object;
+    LogControl m_logControl;
 };
 
 } // namespace zel

@@ -1,12 +1,12 @@
 #include "zelcore/ZELLogger.h"
 
+#include "LogStream.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDateTime>
 
 #include <cstdio>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -27,18 +27,6 @@ int &configuredLevel()
     return level;
 }
 
-// systemd names the journal's own stream by device and inode, so that a process whose stderr was
-// redirected elsewhere can tell.
-bool isStderrTheJournal()
-{
-    struct stat status = {};
-    if (fstat(STDERR_FILENO, &status) != 0)
-        return false;
-    const QByteArray stream = QByteArray::number(qulonglong{status.st_dev}) + ':' +
-                              QByteArray::number(qulonglong{status.st_ino});
-    return qgetenv("JOURNAL_STREAM") == stream;
-}
-
 const char *levelName(int level)
 {
     switch (level) {
@@ -55,8 +43,7 @@ const char *levelName(int level)
 
 QByteArray linePrefix(int level)
 {
-    static const bool toJournal = isStderrTheJournal();
-    if (toJournal)
+    if (zel::isStderrTheJournal())
         return '<' + QByteArray::number(level) + '>';
     return QDateTime::currentDateTime().toString(Qt::ISODateWithMs).toUtf8() + ' ' +
            QCoreApplication::applicationName().toUtf8() + '[' +

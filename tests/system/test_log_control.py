@@ -1,0 +1,313 @@
+"""The level of the log of a running process, asked for and set over the bus."""
+
+import os
+import subprocess
+import xml.etree.ElementTree as ElementTree
+
+import dbus
+import pytest
+
+from samples import CALL, sent
+from sandbox.client import INTROSPECTABLE, BusError
+from sandbox.loop import LIMIT
+from sandbox.names import SERVICE, SETTINGS_MANAGER, bus_name
+
+PATH = "/org/freedesktop/LogControl1"
+LOG_CONTROL = "org.freedesktop.LogControl1"
+PROPERTIES = "org.freedesktop.DBus.Properties"
+PEER = "org.freedesktop.DBus.Peer"
+ERROR = "org.freedesktop.DBus.Error"
+
+LEVELS = ["emerg", "alert", "crit", "err", "warning", "notice", "info", "debug"]
+
+
+def proxy(client, module=SERVICE):
+    """The properties as dbus-python offers them, which introspects the object first."""
+    return dbus.Interface(client.connection.get_object(bus_name(module), PATH), PROPERTIES)
+
+
+def call(client, method, signature, *arguments, interface=PROPERTIES):
+    return client.call(method, signature, *arguments, interface=interface, path=PATH)
+
+
+def set_level(client, level):
+    assert call(client, "Set", "ssv", LOG_CONTROL, "LogLevel", level).signature == ""
+
+
+def gdbus(bus, *words):
+    environment = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": bus.address}
+    return subprocess.run(
+        ["gdbus", *words],
+        env=environment,
+        capture_output=True,
+        text=True,
+        timeout=LIMIT,
+        check=False,
+    )
+
+
+def gdbus_call(bus, method, *arguments):
+    where = ["--dest", bus_name(SERVICE), "--object-path", PATH]
+    return gdbus(bus, "call", "--system", *where, "--method", method, *arguments)
+
+
+# What it is
+
+
+def test_all_properties_are_read_at_once(service, client):
+    reply = call(client, "GetAll", "s", LOG_CONTROL)
+    assert reply.signature == "a{sv}"
+    assert reply.values == (
+        {"LogLevel": "debug", "LogTarget": "console", "SyslogIdentifier": SERVICE},
+    )
+
+
+@pytest.mark.parametrize("level", range(8), ids=lambda level: LEVELS[level])
+def test_the_level_is_the_one_the_process_was_started_with(start, client, level):
+    start(log_level=level)
+    assert proxy(client).Get(LOG_CONTROL, "LogLevel") == LEVELS[level]
+
+
+def test_the_target_is_the_journal_where_the_error_output_is(start, client, tmp_path):
+    log = tmp_path / "journal"
+    log.touch()
+    stream = f"{os.stat(log).st_dev}:{os.stat(log).st_ino}"
+    start(log_path=log, extra={"JOURNAL_STREAM": stream})
+    assert proxy(client).Get(LOG_CONTROL, "LogTarget") == "journal"
+    proxy(client).Set(LOG_CONTROL, "LogTarget", "journal")
+    with pytest.raises(BusError, match="NotSupported"):
+        call(client, "Set", "ssv", LOG_CONTROL, "LogTarget", "console")
+
+
+def test_every_module_has_it(settings_manager, client):
+    properties = proxy(client, SETTINGS_MANAGER)
+    assert properties.Get(LOG_CONTROL, "SyslogIdentifier") == SETTINGS_MANAGER
+    properties.Set(LOG_CONTROL, "LogLevel", "err")
+    assert properties.Get(LOG_CONTROL, "LogLevel") == "err"
+
+
+def test_the_object_is_there_as_soon_as_the_name_is(launch, client, settings):
+    for _ in range(5):
+        process = launch()
+        assert process.comes_up(client)
+        assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "debug"
+        process.stop()
+
+
+# Setting it
+
+
+def test_debug_lines_come_and_go_with_the_level(start, client):
+    service = start(log_level=6)
+    client.add_action(CALL)
+    service.log.take()
+    client.add_action(CALL)
+    assert service.log.take() == []
+    set_level(client, "debug")
+    client.add_action(CALL)
+    changed = "The log level changes from info to debug"
+    assert service.log.take() == [changed, *sent("ACTION_CREATE_NTF")]
+    set_level(client, "info")
+    client.add_action(CALL)
+    assert service.log.take() == ["The log level changes from debug to info"]
+
+
+@pytest.mark.parametrize("level", LEVELS)
+def test_a_level_that_is_set_is_the_level(service, client, level):
+    properties = proxy(client)
+    properties.Set(LOG_CONTROL, "LogLevel", level)
+    assert properties.Get(LOG_CONTROL, "LogLevel") == level
+    expected = [] if level == "debug" else [f"The log level changes from debug to {level}"]
+    assert service.log.take("info") == expected
+
+
+def test_errors_are_silenced_too(service, client):
+    set_level(client, "crit")
+    service.log.take()
+    client.delete_action(-1)
+    assert service.log.take() == []
+    set_level(client, "err")
+    client.delete_action(-1)
+    assert len(service.log.take("error")) == 1
+
+
+def test_the_target_may_be_set_to_what_it_is(service, client):
+    proxy(client).Set(LOG_CONTROL, "LogTarget", "console")
+    assert service.log.take() == []
+
+
+def test_a_caller_that_wants_no_reply_is_obeyed(service, client):
+    message = client.message(
+        "Set", "ssv", LOG_CONTROL, "LogLevel", "err", interface=PROPERTIES, path=PATH
+    )
+    message.set_no_reply(True)
+    client.connection.send_message(message)
+    assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "err"
+
+
+# What is refused
+
+VARIANT_LEVEL = ("ssv", LOG_CONTROL, "LogLevel")
+REFUSALS = {
+    "an unknown level": (PROPERTIES, "Set", (*VARIANT_LEVEL, "verbose"), "InvalidArgs"),
+    "an empty level": (PROPERTIES, "Set", (*VARIANT_LEVEL, ""), "InvalidArgs"),
+    "a level by its number": (PROPERTIES, "Set", (*VARIANT_LEVEL, "7"), "InvalidArgs"),
+    "a number": (PROPERTIES, "Set", (*VARIANT_LEVEL, dbus.Int32(7)), "InvalidArgs"),
+    "a path": (PROPERTIES, "Set", (*VARIANT_LEVEL, dbus.ObjectPath("/debug")), "InvalidArgs"),
+    "a signature": (PROPERTIES, "Set", (*VARIANT_LEVEL, dbus.Signature("s")), "InvalidArgs"),
+    "a list": (
+        PROPERTIES,
+        "Set",
+        (*VARIANT_LEVEL, dbus.Array(["debug"], signature="s")),
+        "InvalidArgs",
+    ),
+    "a structure": (
+        PROPERTIES,
+        "Set",
+        (*VARIANT_LEVEL, dbus.Struct(("debug",), signature="s")),
+        "InvalidArgs",
+    ),
+    "a bare text": (PROPERTIES, "Set", ("sss", LOG_CONTROL, "LogLevel", "debug"), "InvalidArgs"),
+    "nothing": (PROPERTIES, "Set", ("",), "InvalidArgs"),
+    "another target": (
+        PROPERTIES,
+        "Set",
+        ("ssv", LOG_CONTROL, "LogTarget", "journal"),
+        "NotSupported",
+    ),
+    "a target that is a number": (
+        PROPERTIES,
+        "Set",
+        ("ssv", LOG_CONTROL, "LogTarget", dbus.Int32(1)),
+        "InvalidArgs",
+    ),
+    "the identifier": (
+        PROPERTIES,
+        "Set",
+        ("ssv", LOG_CONTROL, "SyslogIdentifier", "other"),
+        "PropertyReadOnly",
+    ),
+    "an unknown property": (
+        PROPERTIES,
+        "Set",
+        ("ssv", LOG_CONTROL, "Level", "debug"),
+        "UnknownProperty",
+    ),
+    "an unknown interface": (
+        PROPERTIES,
+        "Set",
+        ("ssv", "a.b", "LogLevel", "debug"),
+        "UnknownInterface",
+    ),
+    "reading an unknown property": (
+        PROPERTIES,
+        "Get",
+        ("ss", LOG_CONTROL, "Level"),
+        "UnknownProperty",
+    ),
+    "reading from an unknown interface": (
+        PROPERTIES,
+        "Get",
+        ("ss", "a.b", "LogLevel"),
+        "UnknownInterface",
+    ),
+    "reading from an interface without properties": (
+        PROPERTIES,
+        "Get",
+        ("ss", PEER, "LogLevel"),
+        "UnknownProperty",
+    ),
+    "reading all of an unknown interface": (
+        PROPERTIES,
+        "GetAll",
+        ("s", "a.b"),
+        "UnknownInterface",
+    ),
+    "reading without saying what": (PROPERTIES, "Get", ("",), "InvalidArgs"),
+    "reading numbers": (PROPERTIES, "Get", ("ii", 1, 2), "InvalidArgs"),
+    "an unknown method": (PROPERTIES, "Put", ("",), "UnknownMethod"),
+    "an unknown method of the interface": (LOG_CONTROL, "LogLevel", ("",), "UnknownMethod"),
+    "an unknown method of the introspection": (INTROSPECTABLE, "Describe", ("",), "UnknownMethod"),
+    "an introspection of something": (INTROSPECTABLE, "Introspect", ("s", "x"), "InvalidArgs"),
+    "an unknown method of the peer": (PEER, "Pong", ("",), "UnknownMethod"),
+    "a method of an unknown interface": ("a.b", "Get", ("",), "UnknownInterface"),
+}
+
+
+@pytest.mark.parametrize("interface, method, arguments, refusal", REFUSALS.values(), ids=REFUSALS)
+def test_what_cannot_be_done_is_refused_with_an_error(
+    service, client, interface, method, arguments, refusal
+):
+    with pytest.raises(BusError) as error:
+        call(client, method, *arguments, interface=interface)
+    assert error.value.name == f"{ERROR}.{refusal}"
+    assert error.value.message
+    assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "debug"
+    assert service.log.take() == []
+
+
+def test_a_refused_level_comes_with_those_there_are(service, client):
+    with pytest.raises(BusError) as error:
+        call(client, "Set", *VARIANT_LEVEL, "verbose")
+    assert error.value.message.endswith(f"there are {', '.join(LEVELS)}")
+
+
+def test_below_the_object_is_nothing(service, client):
+    with pytest.raises(BusError) as error:
+        client.call("GetAll", "s", LOG_CONTROL, interface=PROPERTIES, path=f"{PATH}/below")
+    assert error.value.name == f"{ERROR}.UnknownObject"
+
+
+# Other clients
+
+
+def test_it_says_what_it_is(service, client):
+    (text,) = call(client, "Introspect", "", interface=INTROSPECTABLE).values
+    interfaces = {node.get("name"): node for node in ElementTree.fromstring(text)}
+    assert set(interfaces) == {LOG_CONTROL, PROPERTIES, INTROSPECTABLE, PEER}
+    found = {
+        node.get("name"): (
+            node.get("type"),
+            node.get("access"),
+            {note.get("name"): note.get("value") for note in node},
+        )
+        for node in interfaces[LOG_CONTROL]
+    }
+    silent = {"org.freedesktop.DBus.Property.EmitsChangedSignal": "false"}
+    guarded = {**silent, "org.freedesktop.systemd1.Privileged": "true"}
+    assert found == {
+        "LogLevel": ("s", "readwrite", guarded),
+        "LogTarget": ("s", "readwrite", guarded),
+        "SyslogIdentifier": ("s", "read", silent),
+    }
+
+
+def test_it_is_found_from_the_root(service, client):
+    reply = client.call("Introspect", interface=INTROSPECTABLE, path="/org/freedesktop")
+    nodes = [node.get("name") for node in ElementTree.fromstring(reply.values[0]).iter("node")]
+    assert "LogControl1" in nodes
+
+
+def test_a_peer_can_be_pinged(service, client):
+    assert call(client, "Ping", "", interface=PEER).signature == ""
+    assert call(client, "GetMachineId", "", interface=PEER).signature == "s"
+
+
+def test_gdbus_reads_and_sets_the_level(service, bus, client):
+    get = gdbus_call(bus, f"{PROPERTIES}.Get", LOG_CONTROL, "LogLevel")
+    assert (get.returncode, get.stdout) == (0, "(<'debug'>,)\n"), get.stderr
+    done = gdbus_call(bus, f"{PROPERTIES}.Set", LOG_CONTROL, "LogLevel", "<'notice'>")
+    assert (done.returncode, done.stdout) == (0, "()\n"), done.stderr
+    assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "notice"
+    refused = gdbus_call(bus, f"{PROPERTIES}.Set", LOG_CONTROL, "LogLevel", "<'verbose'>")
+    assert refused.returncode == 1
+    assert f"{ERROR}.InvalidArgs" in refused.stderr
+
+
+def test_gdbus_shows_the_properties(service, bus):
+    where = ["--dest", bus_name(SERVICE), "--object-path", PATH]
+    shown = gdbus(bus, "introspect", "--system", *where)
+    assert shown.returncode == 0, shown.stderr
+    assert "readwrite s LogLevel = 'debug';" in shown.stdout
+    assert "readwrite s LogTarget = 'console';" in shown.stdout
+    assert f"readonly s SyslogIdentifier = '{SERVICE}';" in shown.stdout
