@@ -3,6 +3,7 @@
 #include "BatchScheduling.h"
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
+#include "ServiceManager.h"
 #include "zelcore/ZELApplication.h"
 #include "zelcore/ZELBusNames.h"
 #include "zelcore/ZELException.h"
@@ -182,8 +183,11 @@ bool ModuleRunner::appearOnBus()
     const BusConnection::Claim claim = BusConnection::claim(name);
     if (claim == BusConnection::Claim::Taken)
         return refuseForBus(nameIsTaken(name));
-    return claim == BusConnection::Claim::Granted ||
-           refuseForBus(QStringLiteral("The bus does not give this process the name %1").arg(name));
+    if (claim == BusConnection::Claim::Refused)
+        return refuseForBus(
+            QStringLiteral("The bus does not give this process the name %1").arg(name));
+    tellReady(QStringLiteral("%1 is on the bus").arg(name));
+    return true;
 }
 
 void ModuleRunner::leaveBus()

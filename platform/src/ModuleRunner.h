@@ -5,6 +5,7 @@
 #include "DataDirectory.h"
 #include "InstanceLock.h"
 #include "LogControl.h"
+#include "Watchdog.h"
 
 #include <QObject>
 
@@ -20,6 +21,9 @@ class ModuleRunner : public QObject
 
 public:
     explicit ModuleRunner(ZELModule &module);
+
+    /// To be called by whoever keeps the event loop waiting for long, but gets on.
+    void feedWatchdog() { m_watchdog.feed(); }
 
 private:
     void run();
@@ -39,6 +43,7 @@ private:
     BusConnection m_connection;
     BusObject m_object;
     LogControl m_logControl;
+    Watchdog m_watchdog;
 };
 
 } // namespace zel

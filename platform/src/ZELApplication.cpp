@@ -1,5 +1,6 @@
 #include "zelcore/ZELApplication.h"
 
+#include "ServiceManager.h"
 #include "TerminationSignals.h"
 #include "zelcore/ZELException.h"
 #include "zelcore/ZELLogger.h"
@@ -44,6 +45,11 @@ ZELApplication::ZELApplication(int &argc, char **argv)
 {
     qInstallMessageHandler(logQtMessage);
     connect(m_signals.get(), &zel::TerminationSignals::arrived, this, &ZELApplication::end);
+    // An end that nobody asked for: a start that failed, or a bus that is gone.
+    connect(this, &QCoreApplication::aboutToQuit, this, [this] {
+        if (!m_isEnding)
+            zel::tellStopping();
+    });
 }
 
 ZELApplication::~ZELApplication()
@@ -63,8 +69,11 @@ QString ZELApplication::dataRoot()
 
 void ZELApplication::end()
 {
-    if (ZELApplication *application = theApplication())
+    ZELApplication *application = theApplication();
+    if (application && !application->m_isEnding) {
         application->m_isEnding = true;
+        zel::tellStopping(); // now: what is in hand may take its time
+    }
     QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
                               Qt::QueuedConnection);
 }

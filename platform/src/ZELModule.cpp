@@ -143,6 +143,8 @@ QDBusMessage ZELModule::syncRemoteCall(const QString &moduleName, const QString 
     QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, RemoteCallLimitMs);
     // It may have taken seconds, and what has been heard of signals is as old.
     static_cast<void>(ZELApplication::isEnding());
+    if (m_runner)
+        m_runner->feedWatchdog();
     return reply;
 }
 

@@ -18,7 +18,7 @@ def clean_environment() -> dict[str, str]:
     return {
         name: value
         for name, value in os.environ.items()
-        if not name.startswith(("ZEL_", "DBUS_", "JOURNAL_"))
+        if not name.startswith(("ZEL_", "DBUS_", "JOURNAL_", "NOTIFY_", "WATCHDOG_"))
     }
 
 
@@ -138,11 +138,13 @@ def start_settings_manager(
     settings_dir: Path,
     log_path: Path,
     data_root: Optional[Path] = None,
+    extra: Optional[Mapping[str, str]] = None,
 ) -> Module:
     """Starts the SettingsManager peer on a bus, serving the files of `settings_dir`."""
     environment = clean_environment()
     environment.update(DBUS_SYSTEM_BUS_ADDRESS=address)
     environment.update(ZEL_DATA_ROOT=f"{data_root or log_path.parent}{os.sep}")
+    environment.update(extra or {})
     return Module(
         SETTINGS_MANAGER,
         [str(bin_dir / "settingsmanager"), str(settings_dir)],

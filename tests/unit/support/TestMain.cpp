@@ -17,7 +17,9 @@ Surroundings::Surroundings()
     }
     qputenv("ZEL_DATA_ROOT", dataRoot().toUtf8());
     qputenv("ZEL_LOG_LEVEL", "0"); // a test that looks at the log raises it
-    qunsetenv("JOURNAL_STREAM");
+    for (const char *variable :
+         {"JOURNAL_STREAM", "NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"})
+        qunsetenv(variable);
 }
 
 QString Surroundings::dataRoot() const

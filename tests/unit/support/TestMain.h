@@ -7,8 +7,8 @@
 namespace unit {
 
 /// What a test runs in: a data root of its own below a temporary directory, no variable that would
-/// steer the log, and a private bus. Without such a bus the process ends with status 1, so that no
-/// test ever talks to the developer's own.
+/// steer the log or name a service manager, and a private bus. Without such a bus the process ends
+/// with status 1, so that no test ever talks to the developer's own.
 class Surroundings
 {
 public:
