@@ -10,7 +10,12 @@ from target_root import TargetRoot
 NAME = bus_name(SERVICE)
 PATH = object_path(SERVICE)
 
-REQUEST_NAME = ("/org/freedesktop/DBus", "org.freedesktop.DBus.RequestName", f"string:{NAME}", "uint32:4")
+REQUEST_NAME = (
+    "/org/freedesktop/DBus",
+    "org.freedesktop.DBus.RequestName",
+    f"string:{NAME}",
+    "uint32:4",
+)
 
 # Says a line for each event and for the marker, whose arrival means that all sent before has come, too.
 LISTENER = f"""
@@ -31,15 +36,16 @@ GLib.MainLoop().run()
 # A call that leaves out the interface, as a client may.
 CALL_WITHOUT_INTERFACE = """
 import sys
-import dbus, dbus.lowlevel
+from gi.repository import Gio
 
-bus = dbus.bus.BusConnection(sys.argv[1])
-call = dbus.lowlevel.MethodCallMessage(destination=sys.argv[2], path=sys.argv[3], method=sys.argv[4])
-try:
-    bus.send_message_with_reply_and_block(call)
-    print("answered")
-except dbus.DBusException as error:
-    print(error.get_dbus_name())
+address, destination, path, method = sys.argv[1:]
+flags = Gio.DBusConnectionFlags
+bus = Gio.DBusConnection.new_for_address_sync(
+    address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None
+)
+call = Gio.DBusMessage.new_method_call(destination, path, None, method)
+reply, _ = bus.send_message_with_reply_sync(call, Gio.DBusSendMessageFlags.NONE, 20000, None)
+print(reply.get_error_name() or "answered")
 """
 
 ACCESS_DENIED = "org.freedesktop.DBus.Error.AccessDenied"
@@ -89,7 +95,9 @@ class BusUser:
         self._root = root
         self.name = name
 
-    def call(self, member: str, *arguments: str, destination: str = NAME, path: str = PATH) -> Answer:
+    def call(
+        self, member: str, *arguments: str, destination: str = NAME, path: str = PATH
+    ) -> Answer:
         """A call by dbus-send, with arguments as that writes them."""
         result = self._root.run(
             *("dbus-send", "--system", "--print-reply=literal", "--reply-timeout=20000"),
@@ -115,7 +123,9 @@ class BusUser:
         return self._root.run("progkeysctl", *arguments, user=self.name)
 
     def send_signal(self, member: str, *arguments: str, path: str = "/") -> None:
-        self._root.demand("dbus-send", "--system", "--type=signal", path, member, *arguments, user=self.name)
+        self._root.demand(
+            "dbus-send", "--system", "--type=signal", path, member, *arguments, user=self.name
+        )
 
     def listen(self) -> Listener:
         return Listener(self._python(LISTENER))

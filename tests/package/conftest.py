@@ -1,6 +1,7 @@
 """A root with the packages of this build installed, its bus, and three people at it."""
 
 import os
+import tempfile
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Iterator
@@ -20,15 +21,18 @@ def packages() -> dict[str, Path]:
     directory = Path(os.environ.get("PROGKEYS_PACKAGES", CHECKOUT / "build/packages"))
     found = {path.name.partition("_")[0]: path for path in directory.glob("*.deb")}
     missing = {*IN_ROOT, "libzelcore-dev"} - found.keys()
-    assert not missing, f"no package of {', '.join(sorted(missing))} in {directory}; run scripts/package"
+    assert (
+        not missing
+    ), f"no package of {', '.join(sorted(missing))} in {directory}; run scripts/package"
     return found
 
 
 @pytest.fixture(scope="session")
-def root(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Iterator[TargetRoot]:
+def root(packages: dict[str, Path]) -> Iterator[TargetRoot]:
     """A Debian with the service, its command line and the tools for development."""
     assert os.geteuid() == 0, "only root can make a root and be other users"
-    the_root = TargetRoot(tmp_path_factory.mktemp("root"))
+    # Where every user can reach it; pytest's own directories are root's.
+    the_root = TargetRoot(Path(tempfile.mkdtemp(prefix="phone-root-")))
     the_root.make()
     the_root.install([packages[name] for name in IN_ROOT])
     the_root.demand("useradd", "visitor")
@@ -36,6 +40,7 @@ def root(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) ->
     the_root.start_bus()
     yield the_root
     the_root.stop_bus()
+    the_root.remove()
 
 
 @dataclass
@@ -50,4 +55,6 @@ class People:
 
 @pytest.fixture(scope="session")
 def people(root: TargetRoot) -> People:
-    return People(*(BusUser(root, name) for name in ("visitor", "secretary", "root", "zelprogkeys")))
+    return People(
+        *(BusUser(root, name) for name in ("visitor", "secretary", "root", "zelprogkeys"))
+    )

@@ -39,5 +39,3 @@ def process_owner(root: TargetRoot, root_user: BusUser) -> str:
     )
     number = answer.reply.split()[-1]
     return root.demand("id", "-nu", number).strip()
-
-

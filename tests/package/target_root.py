@@ -29,7 +29,14 @@ def suite() -> str:
 def mirror() -> str:
     """Where this machine's apt has its packages from."""
     targets = subprocess.run(
-        ["apt-get", "indextargets", "--format", "$(REPO_URI)", "Created-By: Packages", f"Codename: {suite()}"],
+        [
+            "apt-get",
+            "indextargets",
+            "--format",
+            "$(REPO_URI)",
+            "Created-By: Packages",
+            f"Codename: {suite()}",
+        ],
         check=True,
         stdout=subprocess.PIPE,
         text=True,
@@ -62,7 +69,14 @@ class TargetRoot:
         mount("--rbind", "/dev", str(self.path / "dev"))
         self.apt("update")
 
-    def run(self, *command: str, user: str = "root", limit: float = 600) -> subprocess.CompletedProcess[str]:
+    def remove(self) -> None:
+        """Its file system goes with the last that uses it."""
+        subprocess.run(["umount", "--recursive", "--lazy", str(self.path)], check=True)
+        self.path.rmdir()
+
+    def run(
+        self, *command: str, user: str = "root", limit: float = 600
+    ) -> subprocess.CompletedProcess[str]:
         """Runs a command in the root, with the ids and groups that the user has there."""
         return subprocess.run(
             ["chroot", f"--userspec={user}", str(self.path), *command],
@@ -94,7 +108,12 @@ class TargetRoot:
 
     def apt(self, *arguments: str) -> str:
         return self.demand(
-            "env", "DEBIAN_FRONTEND=noninteractive", "apt-get", "--yes", "--no-install-recommends", *arguments
+            "env",
+            "DEBIAN_FRONTEND=noninteractive",
+            "apt-get",
+            "--yes",
+            "--no-install-recommends",
+            *arguments,
         )
 
     def install(self, packages: Sequence[Path]) -> str:
@@ -117,7 +136,15 @@ class TargetRoot:
         (self.path / SOCKET.parent).mkdir(parents=True, exist_ok=True)
         self._log = open(self.path / "bus.log", "wb")
         self._bus = subprocess.Popen(
-            ["chroot", str(self.path), "dbus-daemon", "--system", "--nofork", "--nopidfile", "--nosyslog"],
+            [
+                "chroot",
+                str(self.path),
+                "dbus-daemon",
+                "--system",
+                "--nofork",
+                "--nopidfile",
+                "--nosyslog",
+            ],
             env=ENVIRONMENT,
             stdin=subprocess.DEVNULL,
             stdout=self._log,

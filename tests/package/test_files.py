@@ -17,7 +17,9 @@ def test_the_unit_is_without_fault(root: TargetRoot) -> None:
 
 
 def test_the_unit_exposes_as_little_as_it_can(root: TargetRoot) -> None:
-    result = root.run("systemd-analyze", "security", "--offline=true", "--threshold=10", "--no-pager", UNIT)
+    result = root.run(
+        "systemd-analyze", "security", "--offline=true", "--threshold=10", "--no-pager", UNIT
+    )
     assert result.returncode == 0, result.stdout + result.stderr
 
 
@@ -27,7 +29,9 @@ def test_the_data_is_the_service_s_own_and_so_are_its_copies(root: TargetRoot) -
         "root:zelmodules 1775",
         "zelprogkeys:zelprogkeys 700",
     ]
-    root.demand("sh", "-c", "cd /data/ZELApplication && mkdir copy && rmdir copy", user="zelprogkeys")
+    root.demand(
+        "sh", "-c", "cd /data/ZELApplication && mkdir copy && rmdir copy", user="zelprogkeys"
+    )
 
 
 def test_the_manual_pages_are_there(root: TargetRoot) -> None:
@@ -38,7 +42,9 @@ def test_the_manual_pages_are_there(root: TargetRoot) -> None:
 
 def test_the_sandbox_runs_for_an_ordinary_user(root: TargetRoot, people: People) -> None:
     settings = "/usr/share/doc/zelprogrammablekeys-devtools/examples/settings"
-    result = people.visitor.progkeysctl("sandbox", "--settings", settings, "--", "progkeysctl", "status")
+    result = people.visitor.progkeysctl(
+        "sandbox", "--settings", settings, "--", "progkeysctl", "status"
+    )
     assert result.returncode == 0, result.stdout + result.stderr
     assert "58" in result.stdout, result.stdout
 
@@ -47,22 +53,37 @@ def test_the_sandbox_runs_for_an_ordinary_user(root: TargetRoot, people: People)
 def development(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Path:
     """What the package for peer modules holds, unpacked."""
     directory = tmp_path_factory.mktemp("development")
-    subprocess.run(["dpkg-deb", "--extract", str(packages["libzelcore-dev"]), str(directory)], check=True)
+    subprocess.run(
+        ["dpkg-deb", "--extract", str(packages["libzelcore-dev"]), str(directory)], check=True
+    )
     return directory
 
 
 def test_a_peer_module_is_built_against_the_package(development: Path, tmp_path: Path) -> None:
     source = development / "usr/share/doc/libzelcore-dev/examples/peer-module"
     for command in (
-        ["cmake", "-S", str(source), "-B", str(tmp_path), f"-DCMAKE_PREFIX_PATH={development / 'usr'}"],
+        [
+            "cmake",
+            "-S",
+            str(source),
+            "-B",
+            str(tmp_path),
+            f"-DCMAKE_PREFIX_PATH={development / 'usr'}",
+        ],
         ["cmake", "--build", str(tmp_path)],
     ):
-        result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        result = subprocess.run(
+            command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False
+        )
         assert result.returncode == 0, result.stdout
 
 
 def test_no_file_tells_where_it_was_built(development: Path) -> None:
-    files = [path for path in development.rglob("*") if path.is_file() and path.suffix in (".cmake", ".pc")]
+    files = [
+        path
+        for path in development.rglob("*")
+        if path.is_file() and path.suffix in (".cmake", ".pc")
+    ]
     assert files
     for file in files:
         assert str(CHECKOUT) not in file.read_text(encoding="utf-8"), file

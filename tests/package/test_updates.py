@@ -20,11 +20,15 @@ def older(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -
     """The service's package under a lower version: what an update finds installed."""
     directory = tmp_path_factory.mktemp("older")
     content, package = directory / "content", directory / f"{SERVICE_PACKAGE}_0.9.0_all.deb"
-    subprocess.run(["dpkg-deb", "--raw-extract", str(packages[SERVICE_PACKAGE]), str(content)], check=True)
+    subprocess.run(
+        ["dpkg-deb", "--raw-extract", str(packages[SERVICE_PACKAGE]), str(content)], check=True
+    )
     control = content / "DEBIAN/control"
     text = control.read_text(encoding="utf-8")
     control.write_text(re.sub(r"(?m)^Version: .*$", "Version: 0.9.0", text), encoding="utf-8")
-    subprocess.run(["dpkg-deb", "--root-owner-group", "--build", str(content), str(package)], check=True)
+    subprocess.run(
+        ["dpkg-deb", "--root-owner-group", "--build", str(content), str(package)], check=True
+    )
     return package
 
 
@@ -53,7 +57,9 @@ def an_older_phone_with_an_action(root: TargetRoot, people: People, older: Path)
 
 
 @pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_an_update_keeps_the_database(root: TargetRoot, people: People, packages: dict[str, Path]) -> None:
+def test_an_update_keeps_the_database(
+    root: TargetRoot, people: People, packages: dict[str, Path]
+) -> None:
     before = (root.path / DATABASE).read_bytes()
     root.install([packages[SERVICE_PACKAGE]])
     assert installed_version(root) != "0.9.0"

@@ -1,0 +1,77 @@
+"""The root with systemd as its first process."""
+
+import subprocess
+from pathlib import Path
+from typing import Optional
+
+from sandbox.loop import GaveUp, wait_until
+from target_root import ENVIRONMENT, TargetRoot
+
+HERE = Path(__file__).resolve().parent
+BOOT_LIMIT = 60
+
+
+class CannotBoot(Exception):
+    """This machine does not let a systemd run in namespaces; why, as far as that is known."""
+
+
+class BootedSystem:
+    """A root that is up: its units run, and commands run among them."""
+
+    def __init__(self, root: TargetRoot) -> None:
+        self._root = root
+        self._log = root.path / "boot.log"
+        with open(self._log, "wb") as log:
+            self._outer = subprocess.Popen(
+                [str(HERE / "boot-systemd"), str(root.path)],
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+            )
+
+    def wait_until_up(self) -> None:
+        try:
+            wait_until(self._is_up, "systemd is up", BOOT_LIMIT)
+        except GaveUp as error:
+            log = self._log.read_text(encoding="utf-8", errors="replace")
+            raise CannotBoot(f"{error}: {log[-400:]}") from error
+
+    def run(self, *command: str, user: str = "root") -> "subprocess.CompletedProcess[str]":
+        """Runs a command among the system's own processes."""
+        return subprocess.run(
+            ["nsenter", f"--target={self._first_process}", "--all", "--root", "--wd=/"]
+            + ["chroot", f"--userspec={user}", "/", *command],
+            env=ENVIRONMENT,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            text=True,
+            timeout=120,
+            check=False,
+        )
+
+    def demand(self, *command: str, user: str = "root") -> str:
+        result = self.run(*command, user=user)
+        assert result.returncode == 0, f"{' '.join(command)}: {result.stdout}{result.stderr}"
+        return result.stdout.strip()
+
+    def power_off(self) -> None:
+        """Ends the first process, and with it all others."""
+        if (first := self._first_process) is not None:
+            subprocess.run(["kill", "-KILL", str(first)], check=False)
+        self._outer.wait(timeout=20)
+
+    @property
+    def _first_process(self) -> Optional[int]:
+        children = Path(f"/proc/{self._outer.pid}/task/{self._outer.pid}/children")
+        try:
+            numbers = children.read_text(encoding="ascii").split()
+        except FileNotFoundError:
+            return None
+        return int(numbers[0]) if numbers else None
+
+    def _is_up(self) -> bool:
+        if self._outer.poll() is not None or self._first_process is None:
+            return False
+        state = self.run("systemctl", "is-system-running").stdout.strip()
+        return state in ("running", "degraded")

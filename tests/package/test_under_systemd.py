@@ -1,0 +1,169 @@
+"""The unit, run by systemd as on a phone."""
+
+import json
+from pathlib import Path
+from typing import Iterator
+
+import pytest
+
+from booted_system import BootedSystem, CannotBoot
+from conftest import IN_ROOT, People
+from installation import DATABASE, stop
+from sandbox.loop import wait_until
+from target_root import TargetRoot
+
+UNIT = "zelprogrammablekeys.service"
+SCHED_BATCH = "3"
+POLICY_FIELD = 41
+"""Of /proc/PID/stat, counted from 1; the third is the first after the name."""
+
+BUS_OBJECT = (
+    "com.velmora.Tessaro.ZelProgrammableKeys",
+    "/com/velmora/Tessaro/ZelProgrammableKeys",
+    "com.velmora.Tessaro.ZELInterface",
+)
+
+
+@pytest.fixture(scope="module")
+def system(root: TargetRoot, people: People, packages: dict[str, Path]) -> Iterator[BootedSystem]:
+    """The root with the packages of this build, booted."""
+    stop(people.root)
+    root.install([packages[name] for name in IN_ROOT])
+    root.stop_bus()
+    booted = BootedSystem(root)
+    try:
+        booted.wait_until_up()
+        yield booted
+    except CannotBoot as error:
+        pytest.skip(f"systemd does not come up on this machine: {error}")
+    finally:
+        booted.power_off()
+        root.start_bus()
+
+
+def show(system: BootedSystem, name: str) -> str:
+    """A property of the unit."""
+    return system.demand("systemctl", "show", "--value", f"--property={name}", UNIT)
+
+
+def main_process(system: BootedSystem) -> str:
+    wait_until(lambda: show(system, "MainPID") != "0", "the service runs")
+    return show(system, "MainPID")
+
+
+def wait_until_active(system: BootedSystem) -> None:
+    wait_until(lambda: show(system, "ActiveState") == "active", "the unit is active")
+
+
+@pytest.fixture(autouse=True)
+def an_active_unit(system: BootedSystem) -> None:
+    system.run("systemctl", "reset-failed", UNIT)
+    system.demand("systemctl", "start", UNIT)
+
+
+def test_the_unit_is_started_at_boot(system: BootedSystem) -> None:
+    assert system.demand("systemctl", "is-enabled", UNIT) == "enabled"
+    assert show(system, "WantedBy") == "multi-user.target"
+
+
+def test_systemd_knows_that_it_is_ready(system: BootedSystem) -> None:
+    assert show(system, "StatusText") == "com.velmora.Tessaro.ZelProgrammableKeys is on the bus"
+
+
+def test_a_first_call_starts_it_through_systemd(system: BootedSystem) -> None:
+    system.demand("systemctl", "stop", UNIT)
+    assert (show(system, "ActiveState"), show(system, "Result")) == ("inactive", "success")
+    listed = system.demand("busctl", "call", *BUS_OBJECT, "getAllActions", user="visitor")
+    assert listed.startswith("a(xsisssss) 1")
+    assert show(system, "ActiveState") == "active"
+
+
+def test_keys_are_written_where_they_belong(system: BootedSystem) -> None:
+    system.demand(
+        "progkeysctl", "action", "add", "type=1", "action=call", "label=Lena", user="secretary"
+    )
+    assert system.demand("stat", "--format=%U %a", f"/{DATABASE}") == "zelprogkeys 600"
+
+
+def test_the_level_of_the_log_changes_while_it_runs(system: BootedSystem) -> None:
+    system.demand("systemctl", "service-log-level", UNIT, "debug")
+    assert system.demand("systemctl", "service-log-level", UNIT) == "debug"
+    system.demand(
+        "progkeysctl", "action", "add", "type=1", "action=call", "label=Mira", user="secretary"
+    )
+    wait_until(lambda: "ACTION_CREATE_NTF" in debug_lines(system), "the event is in the journal")
+    system.demand("systemctl", "service-log-level", UNIT, "info")
+
+
+def debug_lines(system: BootedSystem) -> str:
+    """What the journal holds of the unit at the level debug, and no other."""
+    journal = system.demand(
+        "journalctl", "--unit", UNIT, "--priority=debug..debug", "--output=json"
+    )
+    return "\n".join(str(json.loads(line)["MESSAGE"]) for line in journal.splitlines())
+
+
+def test_the_bus_library_s_thread_is_a_batch_thread_under_the_filter(system: BootedSystem) -> None:
+    process = main_process(system)
+    statistics = system.demand("sh", "-c", f"cat /proc/{process}/task/*/stat").splitlines()
+    policies = [line.rpartition(")")[2].split()[POLICY_FIELD - 3] for line in statistics]
+    assert sorted(policies) == ["0", SCHED_BATCH]
+
+
+def test_it_comes_back_when_it_is_killed_and_remembers(system: BootedSystem) -> None:
+    system.demand(
+        "progkeysctl", "action", "add", "type=1", "action=call", "label=Nora", user="secretary"
+    )
+    before = main_process(system)
+    system.demand("kill", "-KILL", before)
+    wait_until(lambda: main_process(system) != before, "another process runs")
+    wait_until_active(system)
+    assert "Nora" in system.demand("progkeysctl", "action", "list", user="visitor")
+
+
+@pytest.fixture
+def an_impatient_watchdog(system: BootedSystem, root: TargetRoot) -> Iterator[None]:
+    configuration = f"/run/systemd/system/{UNIT}.d"
+    text = "[Service]\\nWatchdogSec=2s\\nTimeoutAbortSec=1s\\n"
+    system.demand(
+        "sh", "-c", f"mkdir -p {configuration} && printf '{text}' >{configuration}/test.conf"
+    )
+    system.demand("systemctl", "daemon-reload")
+    system.demand("systemctl", "restart", UNIT)
+    yield
+    system.demand("rm", "-r", configuration)
+    system.demand("systemctl", "daemon-reload")
+    system.demand("systemctl", "restart", UNIT)
+
+
+@pytest.mark.usefixtures("an_impatient_watchdog")
+def test_it_comes_back_when_it_stands_still(system: BootedSystem) -> None:
+    before = main_process(system)
+    system.demand("kill", "-STOP", before)
+    wait_until(lambda: main_process(system) != before, "another process runs", 60)
+    wait_until_active(system)
+    journal = system.demand("journalctl", "--unit", UNIT)
+    assert "Watchdog timeout" in journal
+
+
+def test_a_broken_database_is_put_aside_and_the_unit_begins_afresh(system: BootedSystem) -> None:
+    system.demand("systemctl", "stop", UNIT)
+    system.demand("sh", "-c", f"echo 'no database' >/{DATABASE}")
+    system.run("systemctl", "start", UNIT)
+    wait_until(lambda: show(system, "ActiveState") == "active", "the unit is active", 60)
+    assert "zelprogrammablekeys.data" in system.demand(
+        "ls", "/data/ZELApplication/ZelProgrammableKeys.unusable"
+    )
+    system.demand("rm", "-r", "/data/ZELApplication/ZelProgrammableKeys.unusable")
+
+
+def test_it_gives_up_on_what_a_person_must_mend(system: BootedSystem) -> None:
+    system.demand("systemctl", "stop", UNIT)
+    system.demand("chown", "root:", "/data/ZELApplication/ZelProgrammableKeys")
+    system.demand("chmod", "700", "/data/ZELApplication/ZelProgrammableKeys")
+    try:
+        system.run("systemctl", "start", UNIT)
+        wait_until(lambda: show(system, "ActiveState") == "failed", "systemd gives up", 60)
+        assert show(system, "Result") == "start-limit-hit"
+    finally:
+        system.demand("chown", "zelprogkeys:", "/data/ZELApplication/ZelProgrammableKeys")
