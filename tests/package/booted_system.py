@@ -59,19 +59,24 @@ class BootedSystem:
         """Ends the first process, and with it all others."""
         if (first := self._first_process) is not None:
             subprocess.run(["kill", "-KILL", str(first)], check=False)
-        self._outer.wait(timeout=20)
+        self._outer.wait(timeout=60)
 
     @property
     def _first_process(self) -> Optional[int]:
-        children = Path(f"/proc/{self._outer.pid}/task/{self._outer.pid}/children")
-        try:
-            numbers = children.read_text(encoding="ascii").split()
-        except FileNotFoundError:
-            return None
-        return int(numbers[0]) if numbers else None
+        """The child of the one child, which holds the namespaces."""
+        holder = child_of(self._outer.pid)
+        return child_of(holder) if holder is not None else None
 
     def _is_up(self) -> bool:
         if self._outer.poll() is not None or self._first_process is None:
             return False
         state = self.run("systemctl", "is-system-running").stdout.strip()
         return state in ("running", "degraded")
+
+
+def child_of(process: int) -> Optional[int]:
+    try:
+        children = Path(f"/proc/{process}/task/{process}/children").read_text(encoding="ascii")
+    except FileNotFoundError:
+        return None
+    return int(children.split()[0]) if children else None

@@ -33,14 +33,16 @@ def root(packages: dict[str, Path]) -> Iterator[TargetRoot]:
     assert os.geteuid() == 0, "only root can make a root and be other users"
     # Where every user can reach it; pytest's own directories are root's.
     the_root = TargetRoot(Path(tempfile.mkdtemp(prefix="phone-root-")))
-    the_root.make()
-    the_root.install([packages[name] for name in IN_ROOT])
-    the_root.demand("useradd", "visitor")
-    the_root.demand("useradd", "--groups", "progkeys-admin", "secretary")
-    the_root.start_bus()
-    yield the_root
-    the_root.stop_bus()
-    the_root.remove()
+    try:
+        the_root.make()
+        the_root.install([packages[name] for name in IN_ROOT])
+        the_root.demand("useradd", "visitor")
+        the_root.demand("useradd", "--groups", "progkeys-admin", "secretary")
+        the_root.start_bus()
+        yield the_root
+        the_root.stop_bus()
+    finally:
+        the_root.remove()
 
 
 @dataclass
