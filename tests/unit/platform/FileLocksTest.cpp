@@ -79,17 +79,22 @@ void FileLocksTest::nobodyHoldsAnything()
 void FileLocksTest::anExclusiveLockOfAnotherProcessIsFound_data()
 {
     QTest::addColumn<QString>("file");
-    QTest::newRow("on the only file") << QStringLiteral("Module/a");
-    QTest::newRow("on a hidden file") << QStringLiteral("Module/.a");
-    QTest::newRow("on a file further down") << QStringLiteral("Module/sub/a");
+    QTest::addColumn<QString>("kind");
+    const QString whole = QStringLiteral("LOCK_EX");
+    QTest::newRow("on the only file") << QStringLiteral("Module/a") << whole;
+    QTest::newRow("on a hidden file") << QStringLiteral("Module/.a") << whole;
+    QTest::newRow("on a file further down") << QStringLiteral("Module/sub/a") << whole;
+    QTest::newRow("on one byte beyond 2 GiB")
+        << QStringLiteral("Module/a") << QStringLiteral("LOCK_EX, 1, 3 << 30");
 }
 
 void FileLocksTest::anExclusiveLockOfAnotherProcessIsFound()
 {
     QFETCH(QString, file);
+    QFETCH(QString, kind);
     put(QStringLiteral("Module/other"));
     put(file);
-    const auto holder = otherProcess(file, QStringLiteral("LOCK_EX"));
+    const auto holder = otherProcess(file, kind);
     QVERIFY(holder);
     const auto found = zel::exclusiveLockHolder(path(QStringLiteral("Module")));
     QVERIFY(found);
