@@ -1,0 +1,28 @@
+# Debian's cross compilers against a root of the target's packages, PROGKEYS_TARGET_ROOT.
+set(CMAKE_SYSTEM_NAME Linux)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PROGKEYS_TARGET_ROOT)
+set(PROGKEYS_TARGET_ROOT "" CACHE PATH "The root of the target's packages")
+if(NOT EXISTS ${PROGKEYS_TARGET_ROOT}/usr/include)
+  message(FATAL_ERROR "PROGKEYS_TARGET_ROOT names no root of a target; scripts/cross makes one")
+endif()
+
+set(CMAKE_C_COMPILER ${PROGKEYS_TRIPLET}-gcc)
+set(CMAKE_CXX_COMPILER ${PROGKEYS_TRIPLET}-g++)
+set(CMAKE_LIBRARY_ARCHITECTURE ${PROGKEYS_TRIPLET})
+set(CMAKE_SYSROOT ${PROGKEYS_TARGET_ROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# pkg-config runs only while CMake configures, so that this is environment enough.
+set(ENV{PKG_CONFIG_DIR} "")
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${PROGKEYS_TARGET_ROOT})
+set(ENV{PKG_CONFIG_LIBDIR}
+    ${PROGKEYS_TARGET_ROOT}/usr/lib/${PROGKEYS_TRIPLET}/pkgconfig:${PROGKEYS_TARGET_ROOT}/usr/share/pkgconfig)
+
+# QEMU calls the architectures as the kernel does. It looks into the root for what is opened, but not
+# for what is only asked for; so Qt is told where its plugins are.
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    qemu-${CMAKE_SYSTEM_PROCESSOR}-static -L ${PROGKEYS_TARGET_ROOT}
+    -E QT_PLUGIN_PATH=${PROGKEYS_TARGET_ROOT}/usr/lib/${PROGKEYS_TRIPLET}/qt5/plugins)
