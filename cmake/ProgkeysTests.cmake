@@ -1,6 +1,41 @@
+if(CMAKE_CROSSCOMPILING)
+  include(ProgkeysEmulator)
+endif()
+
+# How much slower than usual the processes may be: a factor for the limits in the tests, and one for
+# those of whole tests.
+set(PROGKEYS_PATIENCE 1)
+set(PROGKEYS_TIMEOUT_FACTOR 1)
+if(PROGKEYS_SANITIZERS)
+  set(PROGKEYS_PATIENCE 4)
+elseif(CMAKE_CROSSCOMPILING)
+  set(PROGKEYS_PATIENCE 4)
+  set(PROGKEYS_TIMEOUT_FACTOR 8)
+endif()
+
+# progkeys_started_in(<variable> <directory>): where tests start the executables of a directory.
+function(progkeys_started_in variable directory)
+  if(CMAKE_CROSSCOMPILING)
+    file(RELATIVE_PATH name ${CMAKE_BINARY_DIR} ${directory})
+    set(directory ${PROGKEYS_EMULATED_DIR}/${name})
+  endif()
+  set(${variable} ${directory} PARENT_SCOPE)
+endfunction()
+
 # progkeys_python_tests(<label> <seconds>): one CTest test for each test_*.py of the directory, so
 # that they run side by side.
 function(progkeys_python_tests label seconds)
+  progkeys_started_in(bin_dir ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  math(EXPR limit "${seconds} * ${PROGKEYS_TIMEOUT_FACTOR}")
+  set(environment
+    PROGKEYS_BUILD_DIR=${CMAKE_BINARY_DIR}
+    PROGKEYS_BIN_DIR=${bin_dir}
+    PROGKEYS_QDBUSXML2CPP=$<TARGET_FILE:Qt${QT_VERSION_MAJOR}::qdbusxml2cpp>
+    PROGKEYS_TEST_PATIENCE=${PROGKEYS_PATIENCE}
+    PYTHONDONTWRITEBYTECODE=1)
+  if(CMAKE_CROSSCOMPILING)
+    list(APPEND environment PROGKEYS_EMULATED=1)
+  endif()
   file(GLOB files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/test_*.py)
   foreach(file ${files})
     get_filename_component(name ${file} NAME_WE)
@@ -9,7 +44,7 @@ function(progkeys_python_tests label seconds)
              WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
     set_tests_properties(${name} PROPERTIES
       LABELS ${label}
-      TIMEOUT ${seconds}
-      ENVIRONMENT "PROGKEYS_BUILD_DIR=${CMAKE_BINARY_DIR};PROGKEYS_BIN_DIR=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};PROGKEYS_QDBUSXML2CPP=$<TARGET_FILE:Qt${QT_VERSION_MAJOR}::qdbusxml2cpp>;PYTHONDONTWRITEBYTECODE=1;PROGKEYS_TEST_PATIENCE=$<IF:$<BOOL:${PROGKEYS_SANITIZERS}>,4,1>")
+      TIMEOUT ${limit}
+      ENVIRONMENT "${environment}")
   endforeach()
 endfunction()

@@ -1,0 +1,1 @@
+"""What tests of programs of another architecture need."""
