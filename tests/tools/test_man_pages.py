@@ -135,7 +135,7 @@ def test_the_built_pages_are_of_this_version(bin_dir: Path, offline: Tool) -> No
     if cache.exists() and "PROGKEYS_MAN:BOOL=OFF" in cache.read_text(encoding="utf-8"):
         pytest.skip("built without manual pages")
     version = offline("--version").out.strip()
-    built = sorted((bin_dir.parent / "share" / "man" / "man1").glob("*.1"))
+    built = sorted((bin_dir.parent / "share" / "man" / "man1").glob("progkeysctl*.1"))
     assert [path.name for path in built] == sorted(path.name.removesuffix(".scd") for path in SOURCES.glob("*.scd"))
     for path in built:
         text = path.read_text(encoding="utf-8")
