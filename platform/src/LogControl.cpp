@@ -53,6 +53,15 @@ QVariantMap properties()
             {IdentifierProperty, QCoreApplication::applicationName()}};
 }
 
+// A name out of a call, as an answer repeats it. Whole, an answer could be larger than the call,
+// and what is larger than the bus allows costs the sender its place on it.
+QString quoted(const QString &name)
+{
+    constexpr int longest = 64;
+    return name.size() > longest ? QLatin1Char('"') + name.left(longest) + QStringLiteral("...\"")
+                                 : QLatin1Char('"') + name + QLatin1Char('"');
+}
+
 // Which no other interface here has. The empty name stands for any interface.
 bool hasProperties(const QString &interface)
 {
@@ -80,8 +89,8 @@ QDBusMessage setLevel(const QDBusMessage &call, const QString &name)
     const std::optional<int> level = logLevelNamed(name);
     if (!level)
         return refuse(call, QDBusError::InvalidArgs,
-                      QStringLiteral("There is no log level \"%1\"; there are %2")
-                          .arg(name, logLevelNames().join(QStringLiteral(", "))));
+                      QStringLiteral("There is no log level %1; there are %2")
+                          .arg(quoted(name), logLevelNames().join(QStringLiteral(", "))));
     changeLevel(*level);
     return call.createReply();
 }
@@ -92,8 +101,8 @@ QDBusMessage setTarget(const QDBusMessage &call, const QString &target)
         return call.createReply();
     return refuse(call, QDBusError::NotSupported,
                   QStringLiteral("The log goes to the error output, which is the %1; it cannot be "
-                                 "turned to \"%2\"")
-                      .arg(logTarget(), target));
+                                 "turned to %2")
+                      .arg(logTarget(), quoted(target)));
 }
 
 bool isKnown(const QString &interface)
@@ -105,7 +114,7 @@ bool isKnown(const QString &interface)
 QDBusMessage refuseInterface(const QDBusMessage &call, const QString &interface)
 {
     return refuse(call, QDBusError::UnknownInterface,
-                  QStringLiteral("There is no interface \"%1\" here").arg(interface));
+                  QStringLiteral("There is no interface %1 here").arg(quoted(interface)));
 }
 
 // Why the first arguments of a call, an interface and maybe a property, name nothing here.
@@ -121,8 +130,8 @@ std::optional<QDBusMessage> refuseNames(const QDBusMessage &call)
     if (hasProperties(interface) && properties().contains(property))
         return std::nullopt;
     return refuse(call, QDBusError::UnknownProperty,
-                  QStringLiteral("There is no property \"%1\" of the interface \"%2\"")
-                      .arg(property, interface));
+                  QStringLiteral("There is no property %1 of the interface %2")
+                      .arg(quoted(property), quoted(interface)));
 }
 
 QDBusMessage get(const QDBusMessage &call)

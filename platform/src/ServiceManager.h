@@ -3,7 +3,8 @@
 #include <QString>
 
 /// What the service manager is told that started the process, by the protocol of sd_notify. Where
-/// NOTIFY_SOCKET names none, nothing happens; one that cannot be told is warned of once.
+/// NOTIFY_SOCKET names none, nothing happens; one that cannot be told is warned of, once until it
+/// can be again. One that is there and not read is waited for, as with every datagram.
 namespace zel {
 
 /// The process is up; `status` is a short text for people.

@@ -10,13 +10,6 @@ from target_root import TargetRoot
 NAME = bus_name(SERVICE)
 PATH = object_path(SERVICE)
 
-REQUEST_NAME = (
-    "/org/freedesktop/DBus",
-    "org.freedesktop.DBus.RequestName",
-    f"string:{NAME}",
-    "uint32:4",
-)
-
 # Says a line for each event and for the marker, whose arrival means that all sent before has come, too.
 LISTENER = f"""
 import sys
@@ -109,9 +102,14 @@ class BusUser:
         name, _, _ = result.stderr.removeprefix("Error ").partition(":")
         return Answer("", name)
 
-    def request_name(self) -> Answer:
-        path, member, *arguments = REQUEST_NAME
-        return self.call(member, *arguments, destination="org.freedesktop.DBus", path=path)
+    def request_name(self, name: str = NAME) -> Answer:
+        return self.call(
+            "org.freedesktop.DBus.RequestName",
+            f"string:{name}",
+            "uint32:4",
+            destination="org.freedesktop.DBus",
+            path="/org/freedesktop/DBus",
+        )
 
     def call_without_interface(self, method: str) -> str:
         """`answered`, or the name of the error."""

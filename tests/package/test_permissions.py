@@ -1,12 +1,12 @@
 """Who may do what on the system bus, under the installed policy and real user ids."""
 
 import re
-from typing import Iterator
+from typing import Iterable, Iterator
 from xml.etree import ElementTree
 
 import pytest
 
-from bus_users import BusUser, mark
+from bus_users import ACCESS_DENIED, BusUser, mark
 from conftest import People
 from installation import has_owner, is_running, process_owner, stop
 from sandbox.loop import wait_until
@@ -22,6 +22,7 @@ READING = {
     "getCapabilities",
     "getCapability",
 }
+UNKNOWN_METHOD = "org.freedesktop.DBus.Error.UnknownMethod"
 ACCESS_DENIED_STATUS = 5
 LOG_CONTROL = "/org/freedesktop/LogControl1"
 
@@ -39,9 +40,15 @@ def a_running_service(people: People) -> None:
     assert not people.root.call(f"{INTERFACE}.getAllActions").error
 
 
-def denied(user: BusUser, interface: str, members: list[str]) -> set[str]:
+def denied(user: BusUser, interface: str, members: Iterable[str]) -> set[str]:
     """The members that the bus does not let the user call; without arguments, so that nothing happens."""
-    return {member for member in members if user.call(f"{interface}.{member}").is_denied}
+    found = set()
+    for member in members:
+        answer = user.call(f"{interface}.{member}")
+        assert answer.error in ("", ACCESS_DENIED, UNKNOWN_METHOD), f"{member}: {answer.error}"
+        if answer.is_denied:
+            found.add(member)
+    return found
 
 
 def test_the_first_call_starts_the_service_as_its_own_user(
@@ -72,6 +79,18 @@ def test_members_of_the_group_read_and_write(root: TargetRoot, people: People) -
 
 def test_root_reads_and_writes(root: TargetRoot, people: People) -> None:
     assert denied(people.root, INTERFACE, methods(root, INTERFACE)) == set()
+
+
+@pytest.mark.parametrize(
+    ("member", "arguments"),
+    [
+        ("org.freedesktop.DBus.Introspectable.Introspect", ()),
+        ("org.freedesktop.DBus.Peer.Ping", ()),
+        ("org.freedesktop.DBus.Properties.GetAll", ("string:org.freedesktop.LogControl1",)),
+    ],
+)
+def test_everyone_may_look_around(people: People, member: str, arguments: tuple[str, ...]) -> None:
+    assert people.visitor.call(member, *arguments, path=LOG_CONTROL).error == ""
 
 
 def test_a_call_without_an_interface_gets_nobody_further(people: People) -> None:
@@ -109,6 +128,10 @@ def test_nobody_but_the_service_s_user_gets_its_name(people: People, who: str) -
     stop(people.root)
     assert getattr(people, who).request_name().is_denied
     assert "1" in people.service.request_name().reply.split()
+
+
+def test_the_service_s_user_gets_no_other_name(people: People) -> None:
+    assert people.service.request_name(bus_name("AnotherModule")).is_denied
 
 
 def test_the_log_level_is_root_s_to_set_and_everyone_s_to_see(people: People) -> None:
@@ -177,18 +200,32 @@ def test_the_events_of_a_start_reach_no_more_people(
     assert people.root.progkeysctl("key", "list", "--json=short").stdout.count("dmId") > 1
 
 
-def test_the_service_asks_the_settings_manager_and_a_visitor_cannot(
+def test_the_service_asks_the_settings_manager(
     root: TargetRoot, people: People, settings_manager: None
 ) -> None:
     empty_the_phone(root, people)
     assert people.root.progkeysctl("key", "list", "--json=short").stdout.count("dmId") > 1
-    answer = people.visitor.call(
-        f"{INTERFACE}.getSettingValue",
+
+
+@pytest.mark.parametrize(
+    ("who", "member", "is_denied"),
+    [
+        ("visitor", "getSettingValue", True),
+        ("service", "getSettingValue", False),
+        ("service", "setSettingValue", True),
+    ],
+)
+def test_settings_are_read_by_the_service_and_written_by_root(
+    people: People, settings_manager: None, who: str, member: str, is_denied: bool
+) -> None:
+    answer = getattr(people, who).call(
+        f"{INTERFACE}.{member}",
         "string:ProgKeysMax",
+        *(["string:1"] if member.startswith("set") else []),
         destination=bus_name(SETTINGS_MANAGER),
         path=object_path(SETTINGS_MANAGER),
     )
-    assert answer.is_denied
+    assert answer.error == (ACCESS_DENIED if is_denied else "")
 
 
 @pytest.mark.parametrize(

@@ -9,9 +9,10 @@ import pytest
 from conftest import People
 from installation import DATABASE, is_running, stop
 from sandbox.names import INTERFACE
-from target_root import TargetRoot
+from target_root import TargetRoot, mount
 
 SERVICE_PACKAGE = "zelprogrammablekeys"
+MODULES = "data/ZELApplication"
 ALL = (SERVICE_PACKAGE, "zelprogrammablekeys-devtools")
 
 
@@ -68,14 +69,12 @@ def test_an_update_keeps_the_database(
 
 
 @pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_an_update_leaves_the_running_service_its_database(
+def test_an_update_ends_the_running_service_and_the_next_call_starts_the_new(
     root: TargetRoot, people: People, packages: dict[str, Path]
 ) -> None:
     assert not people.root.call(f"{INTERFACE}.getAllActions").error
     root.install([packages[SERVICE_PACKAGE]])
-    assert is_running(people.root)
-    assert remembers_it(people)
-    stop(people.root)
+    assert not is_running(people.root)
     assert remembers_it(people)
 
 
@@ -93,7 +92,7 @@ def test_a_removal_keeps_the_database_for_the_next_installation(
 
 @pytest.mark.usefixtures("an_older_phone_with_an_action")
 def test_a_purge_takes_the_database_and_its_copies_and_nothing_else(root: TargetRoot) -> None:
-    modules = root.path / "data/ZELApplication"
+    modules = root.path / MODULES
     (modules / "ZelProgrammableKeys.before-deploy").mkdir()
     (modules / "ZelProgrammableKeys.unusable.1").mkdir()
     (modules / "SettingsManager").mkdir(exist_ok=True)
@@ -105,4 +104,35 @@ def test_a_purge_takes_the_database_and_its_copies_and_nothing_else(root: Target
 @pytest.mark.usefixtures("an_older_phone_with_an_action")
 def test_a_purge_leaves_no_empty_directory(root: TargetRoot) -> None:
     root.apt("purge", SERVICE_PACKAGE)
-    assert not (root.path / "data").exists()
+    assert not (root.path / MODULES).exists()
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_purge_while_it_runs_ends_it_first(root: TargetRoot, people: People) -> None:
+    assert not people.root.call(f"{INTERFACE}.getAllActions").error
+    root.apt("purge", SERVICE_PACKAGE)
+    assert not is_running(people.root)
+    assert not (root.path / MODULES).exists()
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_purge_empties_what_it_cannot_remove(root: TargetRoot, people: People) -> None:
+    own = root.path / MODULES / "ZelProgrammableKeys"
+    mount("--bind", str(own), str(own))
+    try:
+        root.apt("purge", SERVICE_PACKAGE)
+        assert list(own.iterdir()) == []
+    finally:
+        subprocess.run(["umount", str(own)], check=True)
+        own.rmdir()
+
+
+@pytest.mark.usefixtures("an_older_phone_with_an_action")
+def test_a_purge_minds_no_link_on_the_way(root: TargetRoot) -> None:
+    (root.path / "data").rename(root.path / "srv/data")
+    (root.path / "data").symlink_to("srv/data")
+    try:
+        root.apt("purge", SERVICE_PACKAGE)
+        assert not (root.path / "srv" / MODULES).exists()
+    finally:
+        (root.path / "data").unlink()

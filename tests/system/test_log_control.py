@@ -252,6 +252,22 @@ def test_a_refused_level_comes_with_those_there_are(service, client):
     assert error.value.message.endswith(f"there are {', '.join(LEVELS)}")
 
 
+@pytest.mark.parametrize(
+    "arguments",
+    [
+        ("Get", "ss", "", "y" * 1_000_000),
+        ("GetAll", "s", "y" * 1_000_000),
+        ("Set", "ssv", LOG_CONTROL, "LogLevel", "y" * 1_000_000),
+        ("Set", "ssv", LOG_CONTROL, "LogTarget", "y" * 1_000_000),
+    ],
+    ids=["a property", "an interface", "a level", "a target"],
+)
+def test_a_refusal_does_not_repeat_all_of_a_long_name(service, client, arguments):
+    with pytest.raises(BusError) as refusal:
+        call(client, *arguments)
+    assert len(str(refusal.value)) < 400
+
+
 def test_below_the_object_is_nothing(service, client):
     with pytest.raises(BusError) as error:
         client.call("GetAll", "s", LOG_CONTROL, interface=PROPERTIES, path=f"{PATH}/below")

@@ -4,6 +4,8 @@
 #include "support/LogCapture.h"
 #include "support/TestMain.h"
 
+#include <QElapsedTimer>
+
 #include <limits>
 
 using zel::Watchdog;
@@ -29,6 +31,7 @@ private slots:
     void theEventLoopFeedsAgainAndAgain();
     void aFeedingThatIsNotNeededYetIsLeftOut();
     void aFeedingThatIsNeededIsNot();
+    void aFeedingIsNeededWellBeforeTheIntervalIsOver();
     void nothingIsFedWhereNobodyWaits_data();
     void nothingIsFedWhereNobodyWaits();
 };
@@ -118,6 +121,25 @@ void WatchdogTest::aFeedingThatIsNeededIsNot()
     watchdog.feed();
     watchdog.feed();
     QCOMPARE(socket.take(), (QStringList{Alive, Alive}));
+}
+
+void WatchdogTest::aFeedingIsNeededWellBeforeTheIntervalIsOver()
+{
+    NotifySocket socket;
+    qputenv("WATCHDOG_USEC", "4000000");
+    Watchdog watchdog;
+    watchdog.feed();
+    QCOMPARE(socket.take(), QStringList{Alive});
+    QElapsedTimer sinceThen;
+    sinceThen.start();
+    // The event loop does not turn meanwhile.
+    QStringList fed;
+    while (fed.isEmpty() && !sinceThen.hasExpired(20000)) {
+        watchdog.feed();
+        fed = socket.take();
+    }
+    QCOMPARE(fed, QStringList{Alive});
+    QVERIFY(sinceThen.elapsed() < 4000);
 }
 
 void WatchdogTest::nothingIsFedWhereNobodyWaits_data()
