@@ -102,14 +102,15 @@ class BusUser:
         name, _, _ = result.stderr.removeprefix("Error ").partition(":")
         return Answer("", name)
 
+    def ask_bus(self, member: str, *arguments: str) -> Answer:
+        """A call of the bus itself."""
+        bus = "org.freedesktop.DBus"
+        path = "/org/freedesktop/DBus"
+        return self.call(f"{bus}.{member}", *arguments, destination=bus, path=path)
+
     def request_name(self, name: str = NAME) -> Answer:
-        return self.call(
-            "org.freedesktop.DBus.RequestName",
-            f"string:{name}",
-            "uint32:4",
-            destination="org.freedesktop.DBus",
-            path="/org/freedesktop/DBus",
-        )
+        do_not_queue = "uint32:4"
+        return self.ask_bus("RequestName", f"string:{name}", do_not_queue)
 
     def call_without_interface(self, method: str) -> str:
         """`answered`, or the name of the error."""

@@ -9,13 +9,7 @@ DATABASE = "data/ZELApplication/ZelProgrammableKeys/zelprogrammablekeys.data"
 
 
 def has_owner(user: BusUser, name: str) -> bool:
-    answer = user.call(
-        "org.freedesktop.DBus.NameHasOwner",
-        f"string:{name}",
-        destination="org.freedesktop.DBus",
-        path="/org/freedesktop/DBus",
-    )
-    return "true" in answer.reply
+    return "true" in user.ask_bus("NameHasOwner", f"string:{name}").reply
 
 
 def is_running(user: BusUser) -> bool:
@@ -31,11 +25,5 @@ def stop(root_user: BusUser) -> None:
 
 def process_owner(root: TargetRoot, root_user: BusUser) -> str:
     """The user whose process has the service's name."""
-    answer = root_user.call(
-        "org.freedesktop.DBus.GetConnectionUnixUser",
-        f"string:{NAME}",
-        destination="org.freedesktop.DBus",
-        path="/org/freedesktop/DBus",
-    )
-    number = answer.reply.split()[-1]
+    number = root_user.ask_bus("GetConnectionUnixUser", f"string:{NAME}").reply.split()[-1]
     return root.demand("id", "-nu", number).strip()

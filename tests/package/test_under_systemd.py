@@ -78,7 +78,7 @@ def test_a_first_call_starts_it_through_systemd(system: BootedSystem) -> None:
     system.demand("systemctl", "stop", UNIT)
     assert (show(system, "ActiveState"), show(system, "Result")) == ("inactive", "success")
     listed = system.demand("busctl", "call", *BUS_OBJECT, "getAllActions", user="visitor")
-    assert listed.startswith("a(xsisssss) 1")
+    assert listed.startswith("a(xsisssss) ")
     assert show(system, "ActiveState") == "active"
 
 
@@ -191,7 +191,7 @@ def test_it_could_write_to_its_data_and_nowhere_else(system: BootedSystem) -> No
     ],
 )
 def test_systemd_has_understood_the_unit(system: BootedSystem, name: str, value: str) -> None:
-    assert show(system, name) == value
+    assert value in show(system, name).split()
 
 
 @pytest.fixture
