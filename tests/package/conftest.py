@@ -37,7 +37,8 @@ def root(packages: dict[str, Path]) -> Iterator[TargetRoot]:
         the_root.make()
         the_root.install([packages[name] for name in IN_ROOT])
         the_root.demand("useradd", "visitor")
-        the_root.demand("useradd", "--groups", "progkeys-admin", "secretary")
+        the_root.demand("useradd", "secretary")
+        the_root.demand("usermod", "--append", "--groups", "progkeys-admin", "secretary")
         the_root.start_bus()
         yield the_root
         the_root.stop_bus()
