@@ -58,8 +58,10 @@ QVariantMap properties()
 QString quoted(const QString &name)
 {
     constexpr int longest = 64;
-    return name.size() > longest ? QLatin1Char('"') + name.left(longest) + QStringLiteral("...\"")
-                                 : QLatin1Char('"') + name + QLatin1Char('"');
+    QString text = QLatin1Char('"') + name.left(longest);
+    if (name.size() > longest)
+        text += QLatin1String("...");
+    return text += QLatin1Char('"');
 }
 
 // Which no other interface here has. The empty name stands for any interface.
@@ -226,7 +228,7 @@ bool LogControl::handleMessage(const QDBusMessage &message, const QDBusConnectio
     if (!reply)
         return false;
     if (message.isReplyRequired() && !connection.send(*reply))
-        logger().warning(QStringLiteral("Cannot answer a call of %1").arg(path()));
+        logger().warning(QStringLiteral("Cannot answer a call of LogControl1"));
     return true;
 }
 

@@ -43,11 +43,6 @@ QString nameIsTaken(const QString &name)
         .arg(name);
 }
 
-QString cannotRegister(const QString &path)
-{
-    return QStringLiteral("Cannot register the object %1").arg(path);
-}
-
 } // namespace
 
 ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
@@ -169,10 +164,10 @@ bool ModuleRunner::registerObjects()
 
     QDBusConnection bus = QDBusConnection::systemBus();
     const QString path = objectPath(m_module.getModuleName());
-    if (!bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors))
-        return refuseForBus(cannotRegister(path));
-    return bus.registerVirtualObject(LogControl::path(), &m_logControl) ||
-           refuseForBus(cannotRegister(LogControl::path()));
+    if (bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors) &&
+        bus.registerVirtualObject(LogControl::path(), &m_logControl))
+        return true;
+    return refuseForBus(QStringLiteral("Cannot register the object %1").arg(path));
 }
 
 bool ModuleRunner::appearOnBus()
