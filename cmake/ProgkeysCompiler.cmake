@@ -1,3 +1,14 @@
+# A compiler cache is used if there is one.
+find_program(PROGKEYS_CCACHE ccache)
+mark_as_advanced(PROGKEYS_CCACHE)
+if(PROGKEYS_CCACHE)
+  foreach(language C CXX)
+    if(NOT CMAKE_${language}_COMPILER_LAUNCHER)
+      set(CMAKE_${language}_COMPILER_LAUNCHER ${PROGKEYS_CCACHE})
+    endif()
+  endforeach()
+endif()
+
 # The warnings and definitions that all code of the project is held to.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(PROGKEYS_WERROR)

@@ -1,15 +1,17 @@
 # Finds Qt 5.15 or Qt 6 and names its parts Qt::Core, Qt::DBus, Qt::Sql and Qt::Test for both.
-# Qt 5.15 comes first: nearest to the phone's, and the smaller and faster of the two here.
-if(PROGKEYS_QT)
-  set(progkeys_qt_names ${PROGKEYS_QT})
-else()
-  set(progkeys_qt_names Qt5 Qt6)
-endif()
-
+# Qt 5.15 is preferred: it is nearest to the phone's, and the smaller and faster of the two.
 if(CMAKE_CROSSCOMPILING)
   include(ProgkeysHostTools)
 endif()
-find_package(QT NAMES ${progkeys_qt_names} REQUIRED COMPONENTS Core DBus Sql)
+if(PROGKEYS_QT)
+  find_package(QT NAMES ${PROGKEYS_QT} REQUIRED COMPONENTS Core DBus Sql)
+else()
+  # One call with both names would take Qt 6 if both are installed.
+  find_package(QT NAMES Qt5 QUIET COMPONENTS Core DBus Sql)
+  if(NOT QT_FOUND)
+    find_package(QT NAMES Qt6 REQUIRED COMPONENTS Core DBus Sql)
+  endif()
+endif()
 if(QT_VERSION VERSION_LESS 5.15)
   message(FATAL_ERROR "Qt 5.15 or Qt 6 is needed; found ${QT_VERSION}")
 endif()
