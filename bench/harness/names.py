@@ -4,6 +4,7 @@ TMPFS = "tmpfs"
 DISK = "disk"
 MEMORY = "memory"
 START = "start"
+PROVISIONED_START = "provisioned-start"
 SYNCHRONISATION = "synchronisation"
 CORES = "cores"
 CALLERS = "callers"
@@ -11,7 +12,7 @@ QT6 = "qt6"
 GROWTH = "growth"
 
 RIVAL = (TMPFS, DISK)
-OWN = (MEMORY, START, SYNCHRONISATION)
+OWN = (MEMORY, START, PROVISIONED_START, SYNCHRONISATION)
 REPORTED = (CORES, CALLERS, QT6, GROWTH)
 SECTIONS = (*RIVAL, *OWN, *REPORTED)
 

@@ -3,7 +3,7 @@
 import signal
 from contextlib import ExitStack, suppress
 from pathlib import Path
-from typing import Optional
+from typing import Mapping, Optional
 
 from sandbox.bus import PrivateBus
 from sandbox.client import Client
@@ -21,7 +21,7 @@ from .runs import ROWS
 from .stock import write_stock
 from .storage import fresh_directory
 
-SETTINGS = {**NO_DEFAULTS, "ProgKeysMax": "1000000"}
+NOTHING_PROVISIONED = {**NO_DEFAULTS, "ProgKeysMax": "1000000"}
 MAKERS = {FRAME: SERVICE, PRESS: SERVICE}
 """Who makes the tables, for servers that do not make them themselves."""
 
@@ -44,6 +44,7 @@ class Stand:
         rows: int = ROWS,
         cores: str = ONE,
         is_server_up: bool = True,
+        settings: Mapping[str, str] = NOTHING_PROVISIONED,
     ) -> None:
         self.server = server
         self.rows = rows
@@ -51,6 +52,7 @@ class Stand:
         self._programs = programs
         self._storage = storage
         self._is_server_up = is_server_up
+        self._settings = settings
         self._environment: dict[str, str] = {}
         self._process: Optional[Module] = None
         self._resources = ExitStack()
@@ -90,7 +92,7 @@ class Stand:
         directory = resources.enter_context(fresh_directory(self._storage))
         bus = resources.enter_context(PrivateBus())
         self._environment = environment_of(bus.address, directory)
-        settings = write_settings(directory / "settings", SETTINGS)
+        settings = write_settings(directory / "settings", self._settings)
         log = directory / "settingsmanager.log"
         manager = start_settings_manager(self._programs.bin_dir, bus.address, settings, log)
         resources.enter_context(manager)

@@ -16,6 +16,19 @@ ADD_KEY = (
 )
 
 
+def provisioned_settings(count: int) -> dict[str, str]:
+    """A rollout of `count` actions and a key for each, on modules of 24 keys."""
+    actions = (f"P{i},1,call,,{500 + i},Office {i},Off {i}" for i in range(count))
+    keys = (
+        f"P{i},module,{i % KEYS_OF_MODULE},phone,1,1,{i // KEYS_OF_MODULE}" for i in range(count)
+    )
+    return {
+        "DefaultActions": "#".join(actions),
+        "DefaultKeys": "#".join(keys),
+        "ProgKeysMax": "1000000",
+    }
+
+
 def write_stock(database: Path, rows: int) -> None:
     """Adds `rows` actions and a key for each to the empty tables of a database."""
     numbers = range(1, rows + 1)

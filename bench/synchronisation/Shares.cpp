@@ -1,7 +1,7 @@
 #include "Shares.h"
 
-#include "app/ZelProgrammableKeys.h"
 #include "events/Notifications.h"
+#include "module/ZelProgrammableKeys.h"
 #include "provisioning/SettingsReader.h"
 #include "storage/ProgKeysDatabase.h"
 
@@ -28,7 +28,7 @@ double secondsOf(int times, const std::function<void()> &work)
 // The reads of one synchronisation: both texts, and the limit once a key.
 void readSettings(int count)
 {
-    SettingsReader &settings = SettingsReader::instance();
+    SettingsReader &settings = SettingsReader::instance(module());
     settings.getSettingValue(QStringLiteral("DefaultActions"));
     settings.getSettingValue(QStringLiteral("DefaultKeys"));
     for (int i = 0; i < count; ++i)
@@ -37,7 +37,7 @@ void readSettings(int count)
 
 void runStatements()
 {
-    ProgKeysDatabase &database = ProgKeysDatabase::instance();
+    ProgKeysDatabase &database = ProgKeysDatabase::instance(module());
     const ListKey keys = database.allKeys();
     const ListAction actions = database.allActions();
     for (const Action &action : actions) {
@@ -48,23 +48,23 @@ void runStatements()
     for (const Key &key : keys) {
         database.actionWithDmId(key.dmId);
         database.action(key.idAction);
-        if (key.type == KeyType::Set)
-            database.countKeysOfType(KeyType::Set);
+        database.countKeysOfType(KeyType::Set);
         database.insertKey(key);
     }
 }
 
 void sendEvents(const ListKey &keys, const ListAction &actions)
 {
+    const Notifications notifications(module());
     for (const Action &action : actions) {
         ZELEvent event;
-        events::actionModified(event, action);
+        notifications.actionModified(event, action);
     }
     for (const Key &key : keys) {
         ZELEvent created;
-        events::keyCreated(created, key);
+        notifications.keyCreated(created, key);
         ZELEvent icon;
-        events::setModuleIcon(icon, events::placeOf(key), 0, 0);
+        notifications.setModuleIcon(icon, placeOf(key), 0, 0);
     }
 }
 
@@ -83,9 +83,9 @@ double medianOf(const std::vector<Shares> &runs, double Shares::*figure)
 Shares measureSynchronisation(int count)
 {
     const int times = std::max(1, RecordsOfARun / count);
-    ProgKeysDatabase &database = ProgKeysDatabase::instance();
+    ProgKeysDatabase &database = ProgKeysDatabase::instance(module());
     Shares shares;
-    shares.whole = secondsOf(times, [] { ZelProgrammableKeys::instance()->syncDmDefaults(); });
+    shares.whole = secondsOf(times, [] { module().syncDmDefaults(); });
     const ListKey keys = database.allKeys();
     ListAction actions = database.allActions();
     actions.removeFirst(); // the reserved one is not provisioned

@@ -4,7 +4,7 @@
 #include "Rollout.h"
 #include "SettingsPeer.h"
 #include "Shares.h"
-#include "app/ZelProgrammableKeys.h"
+#include "module/ZelProgrammableKeys.h"
 #include "storage/ProgKeysDatabase.h"
 
 #include <zelcore/ZELApplication.h>
@@ -38,9 +38,9 @@ void provision(const SettingsPeer &peer, int count, Keys kind)
     const Rollout rollout = makeRollout(count, kind);
     peer.set(QStringLiteral("DefaultActions"), rollout.actions);
     peer.set(QStringLiteral("DefaultKeys"), rollout.keys);
-    ProgKeysDatabase::instance().resetTables();
-    ZelProgrammableKeys::instance()->syncDmDefaults();
-    const auto made = ProgKeysDatabase::instance().allKeys().size();
+    ProgKeysDatabase::instance(module()).resetTables();
+    module().syncDmDefaults();
+    const auto made = ProgKeysDatabase::instance(module()).allKeys().size();
     if (made != count)
         qFatal("The synchronisation made %d keys of %d", int(made), count);
 }

@@ -99,7 +99,13 @@ def test_names_of_measurements() -> None:
     assert select([]).sections == names.SECTIONS == tuple(SECTIONS)
     assert "qt6" not in select([], is_quick=True).sections
     assert select(["qt6"], is_quick=True).sections == ("qt6",)
-    assert select(["own", "disk"]).sections == ("disk", "memory", "start", "synchronisation")
+    assert select(["own", "disk"]).sections == (
+        "disk",
+        "memory",
+        "start",
+        "provisioned-start",
+        "synchronisation",
+    )
     assert select(["press"]).works == frozenset({"press"})
     assert select(["press", "start"]).sections == ("tmpfs", "disk", "start")
     assert select(["press", "limits"]).works is None

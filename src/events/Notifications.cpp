@@ -1,32 +1,17 @@
 #include "events/Notifications.h"
 
 #include "logging.h"
-#include "module.h"
 
 #include <zelcore/ZELModule.h>
 
 #include <QVariant>
 
-namespace events {
 namespace {
 
 template <typename Value>
 void add(ZELEvent &event, const QString &name, const Value &value)
 {
     event.addArgument(QVariant::fromValue(value), name, true);
-}
-
-bool send(ZELEvent &event, const QString &name)
-{
-    event.setEvtName(name);
-    return sendNotification(event);
-}
-
-template <typename Value>
-bool send(ZELEvent &event, const QString &name, const QString &argument, const Value &value)
-{
-    add(event, argument, value);
-    return send(event, name);
 }
 
 void addPlace(ZELEvent &event, const KeyPlace &place)
@@ -38,9 +23,14 @@ void addPlace(ZELEvent &event, const KeyPlace &place)
 
 } // namespace
 
-bool sendNotification(const ZELEvent &event)
+KeyPlace placeOf(const Key &key)
 {
-    const bool sent = theModule().notifyEvent(event);
+    return {key.aom_addr, key.aom_type, key.position};
+}
+
+bool Notifications::sendNotification(const ZELEvent &event) const
+{
+    const bool sent = m_module.notifyEvent(event);
     if (sent)
         logging::debug("event %1 sent", event.getEvtName());
     else
@@ -48,52 +38,60 @@ bool sendNotification(const ZELEvent &event)
     return sent;
 }
 
-bool keyCreated(ZELEvent &event, const Key &key)
+bool Notifications::send(ZELEvent &event, const QString &name) const
 {
-    return send(event, QStringLiteral("KEY_CREATE_NTF"), QStringLiteral("idKey"), key);
+    event.setEvtName(name);
+    return sendNotification(event);
 }
 
-bool keyModified(ZELEvent &event, const Key &key)
+bool Notifications::keyCreated(ZELEvent &event, const Key &key) const
 {
-    return send(event, QStringLiteral("KEY_MODIFY_NTF"), QStringLiteral("idKey"), key);
+    add(event, QStringLiteral("idKey"), key);
+    return send(event, QStringLiteral("KEY_CREATE_NTF"));
 }
 
-bool keyDeleted(ZELEvent &event, qlonglong idKey)
+bool Notifications::keyModified(ZELEvent &event, const Key &key) const
 {
-    return send(event, QStringLiteral("KEY_DELETE_NTF"), QStringLiteral("idKey"), idKey);
+    add(event, QStringLiteral("idKey"), key);
+    return send(event, QStringLiteral("KEY_MODIFY_NTF"));
 }
 
-bool keysFull(ZELEvent &event)
+bool Notifications::keyDeleted(ZELEvent &event, qlonglong idKey) const
+{
+    add(event, QStringLiteral("idKey"), idKey);
+    return send(event, QStringLiteral("KEY_DELETE_NTF"));
+}
+
+bool Notifications::keysFull(ZELEvent &event) const
 {
     return send(event, QStringLiteral("KO_PROGKEYS_DB_FULL"));
 }
 
-bool actionCreated(ZELEvent &event, const Action &action)
+bool Notifications::actionCreated(ZELEvent &event, const Action &action) const
 {
-    return send(event, QStringLiteral("ACTION_CREATE_NTF"), QStringLiteral("idAction"), action);
+    add(event, QStringLiteral("idAction"), action);
+    return send(event, QStringLiteral("ACTION_CREATE_NTF"));
 }
 
-bool actionModified(ZELEvent &event, const Action &action)
+bool Notifications::actionModified(ZELEvent &event, const Action &action) const
 {
-    return send(event, QStringLiteral("ACTION_MODIFY_NTF"), QStringLiteral("idAction"), action);
+    add(event, QStringLiteral("idAction"), action);
+    return send(event, QStringLiteral("ACTION_MODIFY_NTF"));
 }
 
-bool actionDeleted(ZELEvent &event, qlonglong idAction)
+bool Notifications::actionDeleted(ZELEvent &event, qlonglong idAction) const
 {
-    return send(event, QStringLiteral("ACTION_DELETE_NTF"), QStringLiteral("idAction"), idAction);
+    add(event, QStringLiteral("idAction"), idAction);
+    return send(event, QStringLiteral("ACTION_DELETE_NTF"));
 }
 
-bool databaseReset(ZELEvent &event)
+bool Notifications::databaseReset(ZELEvent &event) const
 {
     return send(event, QStringLiteral("DB_RESET_NTF"));
 }
 
-KeyPlace placeOf(const Key &key)
-{
-    return {key.aom_addr, key.aom_type, key.position};
-}
-
-bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState, const QString &label)
+bool Notifications::setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState,
+                                   const QString &label) const
 {
     addPlace(event, place);
     add(event, QStringLiteral("label_state"), labelState);
@@ -101,7 +99,8 @@ bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState, cons
     return send(event, QStringLiteral("AOM_SET_LABEL_PROPERTY_REC"));
 }
 
-bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY)
+bool Notifications::setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX,
+                                  int iconY) const
 {
     addPlace(event, place);
     add(event, QStringLiteral("icon_x"), iconX);
@@ -109,12 +108,11 @@ bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY)
     return send(event, QStringLiteral("AOM_SET_ICON_PROPERTY_REC"));
 }
 
-bool moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action, bool exists)
+bool Notifications::moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action,
+                                     bool exists) const
 {
     add(event, QStringLiteral("key"), key);
     add(event, QStringLiteral("action"), action);
     add(event, QStringLiteral("exists"), exists);
     return send(event, QStringLiteral("AOMKEY_PRESS_NTF"));
 }
-
-} // namespace events

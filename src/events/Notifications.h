@@ -5,28 +5,9 @@
 
 #include <zelcore/ZELEvent.h>
 
-/// The events that the service sends. One builder each: it names the caller's event, adds the
-/// arguments and sends it. All return whether the platform took the event; one that it did not
-/// take is in the log, and nobody tries again.
-namespace events {
+class ZELModule;
 
-/// Hands a finished event to the platform and logs the outcome.
-bool sendNotification(const ZELEvent &event);
-
-/// KEY_CREATE_NTF and KEY_MODIFY_NTF carry the whole key as "idKey", KEY_DELETE_NTF only the
-/// identifier under the same name; listeners count on it. The same holds for actions.
-bool keyCreated(ZELEvent &event, const Key &key);
-bool keyModified(ZELEvent &event, const Key &key);
-bool keyDeleted(ZELEvent &event, qlonglong idKey);
-bool keysFull(ZELEvent &event);
-
-bool actionCreated(ZELEvent &event, const Action &action);
-bool actionModified(ZELEvent &event, const Action &action);
-bool actionDeleted(ZELEvent &event, qlonglong idAction);
-
-bool databaseReset(ZELEvent &event);
-
-/// Where on which add-on module a key is.
+/// The place of a key: which key of which add-on module.
 struct KeyPlace
 {
     int addr;
@@ -37,11 +18,40 @@ struct KeyPlace
 /// The place of a stored key.
 KeyPlace placeOf(const Key &key);
 
-/// Requests to an add-on module to show something on one of its keys.
-bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState, const QString &label);
-bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY);
+/// Builds and sends the events of a module. Each builder sets the name of the caller's event, adds
+/// the arguments and sends it. All return whether the platform accepted the event; a refused event
+/// is logged and not sent again.
+class Notifications
+{
+public:
+    explicit Notifications(ZELModule &module) : m_module(module) {}
 
-/// A key was pressed on an add-on module; `exists` tells whether it is a stored one.
-bool moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action, bool exists);
+    /// Sends a finished event and logs the outcome.
+    bool sendNotification(const ZELEvent &event) const;
 
-} // namespace events
+    /// KEY_CREATE_NTF and KEY_MODIFY_NTF carry the whole key as "idKey". KEY_DELETE_NTF carries
+    /// only the identifier under the same name. Listeners rely on that; actions do the same.
+    bool keyCreated(ZELEvent &event, const Key &key) const;
+    bool keyModified(ZELEvent &event, const Key &key) const;
+    bool keyDeleted(ZELEvent &event, qlonglong idKey) const;
+    bool keysFull(ZELEvent &event) const;
+
+    bool actionCreated(ZELEvent &event, const Action &action) const;
+    bool actionModified(ZELEvent &event, const Action &action) const;
+    bool actionDeleted(ZELEvent &event, qlonglong idAction) const;
+
+    bool databaseReset(ZELEvent &event) const;
+
+    /// Requests to an add-on module to show a label or an icon on one of its keys.
+    bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState,
+                        const QString &label) const;
+    bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY) const;
+
+    /// A key of an add-on module was pressed. `exists` tells whether the key is stored.
+    bool moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action, bool exists) const;
+
+private:
+    bool send(ZELEvent &event, const QString &name) const;
+
+    ZELModule &m_module;
+};

@@ -1,16 +1,16 @@
 #include "provisioning/SettingsReader.h"
 
 #include "logging.h"
-#include "module.h"
 
 #include <zelcore/ZELModule.h>
 
 #include <QDBusReply>
 #include <QVariant>
 
-SettingsReader &SettingsReader::instance()
+SettingsReader &SettingsReader::instance(ZELModule &module)
 {
-    static auto *const reader = new SettingsReader;
+    // Never freed: settings may be read until the end of the process.
+    static auto *const reader = new SettingsReader(module);
     return *reader;
 }
 
@@ -18,7 +18,7 @@ QString SettingsReader::getSettingValue(const QString &key, bool *ok)
 {
     if (ok)
         *ok = false;
-    const QDBusReply<QString> reply = theModule().syncRemoteCall(
+    const QDBusReply<QString> reply = m_module.syncRemoteCall(
         QStringLiteral("SettingsManager"), QStringLiteral("getSettingValue"), {QVariant(key)});
     if (!reply.isValid()) {
         logging::error("ERROR: While calling method getSettingValue of module SettingsManager, "

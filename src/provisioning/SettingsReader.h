@@ -2,17 +2,22 @@
 
 #include <QString>
 
-/// Reads settings from the peer module SettingsManager, one remote call each. It caches nothing,
-/// tries nothing twice and knows no defaults: a caller that needs one applies it itself.
+class ZELModule;
+
+/// Reads settings from the peer module SettingsManager, with one remote call for each read. It does
+/// not cache or retry, and has no defaults: a caller that needs a default applies it itself.
 class SettingsReader
 {
 public:
-    static SettingsReader &instance();
+    /// The single instance. The first call creates it; it calls the peer through that module.
+    static SettingsReader &instance(ZELModule &module);
 
-    /// The setting's text; blocks until the peer has answered or the platform gives up. An empty
-    /// text is both an empty setting and a failed read; `ok`, if given, tells them apart.
+    /// The text of a setting. Blocks until the peer answers or the platform gives up. The text is
+    /// empty if the setting is empty or if the read fails; `ok`, if given, tells these apart.
     QString getSettingValue(const QString &key, bool *ok = nullptr);
 
 private:
-    SettingsReader() = default;
+    explicit SettingsReader(ZELModule &module) : m_module(module) {}
+
+    ZELModule &m_module;
 };

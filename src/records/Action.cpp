@@ -2,39 +2,19 @@
 
 #include <QDBusMetaType>
 
-#include <tuple>
-
-namespace {
-
-auto fields(const Action &action)
-{
-    return std::tie(action.idAction, action.dmId, action.type, action.action, action.webAppName,
-                    action.arguments, action.label, action.shortLabel);
-}
-
-} // namespace
-
 bool operator==(const Action &left, const Action &right)
 {
-    return fields(left) == fields(right);
+    return fields::areEqual(left, right);
 }
 
 QDBusArgument &operator<<(QDBusArgument &argument, const Action &action)
 {
-    argument.beginStructure();
-    argument << action.idAction << action.dmId << action.type << action.action << action.webAppName
-             << action.arguments << action.label << action.shortLabel;
-    argument.endStructure();
-    return argument;
+    return fields::write(argument, action);
 }
 
 const QDBusArgument &operator>>(const QDBusArgument &argument, Action &action)
 {
-    argument.beginStructure();
-    argument >> action.idAction >> action.dmId >> action.type >> action.action >>
-        action.webAppName >> action.arguments >> action.label >> action.shortLabel;
-    argument.endStructure();
-    return argument;
+    return fields::read(argument, action);
 }
 
 void registerDBusAction()

@@ -1,24 +1,36 @@
 #pragma once
 
+#include "records/Fields.h"
+
 #include <QDBusArgument>
 #include <QList>
 #include <QMetaType>
 #include <QString>
 
-/// The action that does nothing: created with the tables, may be changed, is never deleted.
+/// The empty action. It is created with the tables, can be modified, and is never deleted.
 constexpr qlonglong ReservedActionId = -1;
 
-/// What a key does when pressed, `(xsisssss)` on the bus in the order of the fields.
+/// What a key does when it is pressed, `(xsisssss)` on the bus.
 struct Action
 {
     qlonglong idAction = -1; ///< assigned by the database, from 1 upward; -1 is the reserved action
-    QString dmId;            ///< provisioned entry it comes from; empty: made by a user
+    QString dmId;            ///< the provisioned entry it comes from; empty: created by a user
     int type = 0;
     QString action;
-    QString webAppName; ///< the web application it addresses, if any
+    QString webAppName; ///< the web application that the action addresses, if any
     QString arguments;
     QString label;
-    QString shortLabel; ///< what an add-on module shows beside its keys
+    QString shortLabel; ///< the label that an add-on module shows
+
+    /// In the order of the bus signature.
+    static constexpr auto fields()
+    {
+        return std::make_tuple(
+            Field{"idAction", &Action::idAction}, Field{"dmId", &Action::dmId},
+            Field{"type", &Action::type}, Field{"action", &Action::action},
+            Field{"webAppName", &Action::webAppName}, Field{"arguments", &Action::arguments},
+            Field{"label", &Action::label}, Field{"shortLabel", &Action::shortLabel});
+    }
 };
 
 /// `a(xsisssss)` on the bus.
@@ -31,6 +43,6 @@ bool operator==(const Action &left, const Action &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Action &action);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Action &action);
 
-/// Makes `Action` and `ListAction` known by name to the meta-type system and to the bus. To be
-/// called before any call or event carries them; calling it again changes nothing.
+/// Registers `Action` and `ListAction` by name with the meta-type system and the bus. Call it
+/// before any call or event carries them. Further calls change nothing.
 void registerDBusAction();

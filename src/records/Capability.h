@@ -1,5 +1,5 @@
 #pragma once
 
-/// `Capability`, `MapQStringCapability` and `QMapIntInt` come with the module framework, which
-/// answers for capabilities itself; this header only completes the records in one place.
+/// `Capability`, `MapQStringCapability` and `QMapIntInt` belong to the module framework. This
+/// header completes the records in one folder.
 #include <zelcore/ZELTypes.h>

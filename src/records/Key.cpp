@@ -2,39 +2,19 @@
 
 #include <QDBusMetaType>
 
-#include <tuple>
-
-namespace {
-
-auto fields(const Key &key)
-{
-    return std::tie(key.idKey, key.dmId, key.container, key.idAction, key.position, key.icon,
-                    key.type, key.aom_type, key.aom_addr);
-}
-
-} // namespace
-
 bool operator==(const Key &left, const Key &right)
 {
-    return fields(left) == fields(right);
+    return fields::areEqual(left, right);
 }
 
 QDBusArgument &operator<<(QDBusArgument &argument, const Key &key)
 {
-    argument.beginStructure();
-    argument << key.idKey << key.dmId << key.idAction << key.container << key.position << key.icon
-             << key.type << key.aom_type << key.aom_addr;
-    argument.endStructure();
-    return argument;
+    return fields::write(argument, key);
 }
 
 const QDBusArgument &operator>>(const QDBusArgument &argument, Key &key)
 {
-    argument.beginStructure();
-    argument >> key.idKey >> key.dmId >> key.idAction >> key.container >> key.position >>
-        key.icon >> key.type >> key.aom_type >> key.aom_addr;
-    argument.endStructure();
-    return argument;
+    return fields::read(argument, key);
 }
 
 void registerDBusKey()

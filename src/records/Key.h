@@ -1,30 +1,40 @@
 #pragma once
 
+#include "records/Fields.h"
+
 #include <QDBusArgument>
 #include <QList>
 #include <QMetaType>
 #include <QString>
 
-/// What `Key::type` says, as far as this service looks at it. Other values are stored as they come.
+/// The values of `Key::type` that this service tests. It stores other values unchanged.
 namespace KeyType {
 constexpr int Set = 0;         ///< a key of the set itself; only these count against the limit
 constexpr int AddOnModule = 1; ///< a key on an add-on module
 } // namespace KeyType
 
-/// One programmable key, `(xsxsisiii)` on the bus: idKey, dmId, idAction, container, position,
-/// icon, type, aom_type, aom_addr. Mind that idAction and container travel in the other order than
-/// they are declared in.
+/// One programmable key, `(xsxsisiii)` on the bus.
 struct Key
 {
     qlonglong idKey = -1;    ///< assigned by the database, from 1 upward
-    QString dmId;            ///< provisioned entry it comes from; empty: made by a user
+    QString dmId;            ///< the provisioned entry it comes from; empty: created by a user
     QString container;       ///< the container of the user interface that holds it
     qlonglong idAction = -1; ///< the action it triggers
-    int position = -1;       ///< within the container; on an add-on module the key's number
+    int position = -1;       ///< within the container; on an add-on module, the number of the key
     QString icon;
     int type = -1;     ///< see KeyType
-    int aom_type = -1; ///< kind of add-on module
-    int aom_addr = -1; ///< address of the add-on module
+    int aom_type = -1; ///< the kind of add-on module
+    int aom_addr = -1; ///< the address of the add-on module
+
+    /// In the order of the bus signature, in which idAction precedes container.
+    static constexpr auto fields()
+    {
+        return std::make_tuple(
+            Field{"idKey", &Key::idKey}, Field{"dmId", &Key::dmId},
+            Field{"idAction", &Key::idAction}, Field{"container", &Key::container},
+            Field{"position", &Key::position}, Field{"icon", &Key::icon}, Field{"type", &Key::type},
+            Field{"aom_type", &Key::aom_type}, Field{"aom_addr", &Key::aom_addr});
+    }
 };
 
 /// `a(xsxsisiii)` on the bus.
@@ -37,6 +47,6 @@ bool operator==(const Key &left, const Key &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Key &key);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Key &key);
 
-/// Makes `Key` and `ListKey` known by name to the meta-type system and to the bus. To be called
-/// before any call or event carries them; calling it again changes nothing.
+/// Registers `Key` and `ListKey` by name with the meta-type system and the bus. Call it before any
+/// call or event carries them. Further calls change nothing.
 void registerDBusKey();

@@ -3,47 +3,7 @@
 
 namespace {
 
-class ActionColumns
-{
-public:
-    explicit ActionColumns(const QSqlRecord &record)
-        : m_idAction(record.indexOf(QStringLiteral("idAction"))),
-          m_dmId(record.indexOf(QStringLiteral("dmId"))),
-          m_type(record.indexOf(QStringLiteral("type"))),
-          m_action(record.indexOf(QStringLiteral("action"))),
-          m_webAppName(record.indexOf(QStringLiteral("webAppName"))),
-          m_arguments(record.indexOf(QStringLiteral("arguments"))),
-          m_label(record.indexOf(QStringLiteral("label"))),
-          m_shortLabel(record.indexOf(QStringLiteral("shortLabel")))
-    {
-    }
-
-    Action read(const QSqlQuery &row) const
-    {
-        Action action;
-        action.idAction = row.value(m_idAction).toLongLong();
-        action.dmId = row.value(m_dmId).toString();
-        action.type = row.value(m_type).toInt();
-        action.action = row.value(m_action).toString();
-        action.webAppName = row.value(m_webAppName).toString();
-        action.arguments = row.value(m_arguments).toString();
-        action.label = row.value(m_label).toString();
-        action.shortLabel = row.value(m_shortLabel).toString();
-        return action;
-    }
-
-private:
-    int m_idAction;
-    int m_dmId;
-    int m_type;
-    int m_action;
-    int m_webAppName;
-    int m_arguments;
-    int m_label;
-    int m_shortLabel;
-};
-
-using SelectActions = SelectStatement<Action, ActionColumns>;
+using SelectActions = SelectStatement<Action>;
 
 } // namespace
 

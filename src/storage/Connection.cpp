@@ -9,39 +9,24 @@
 #include <QSqlQuery>
 
 #include <fcntl.h>
-#include <optional>
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace connection {
 namespace {
 
-// A write-ahead log of 100 pages (400 KiB) is folded back into the database: short enough for the
-// phone's flash, long enough that few writes pay for it.
-constexpr int CheckpointPages = 100;
-
-// How long a statement waits for another process's lock; the driver's own default.
+// How long a statement waits for the lock of another process; the default of the driver.
 constexpr int BusyMilliseconds = 5000;
 
-// What the pragma answers; nothing, after a log line, if it failed.
-std::optional<QString> pragma(const QString &text)
-{
-    QSqlQuery query(QString(), QSqlDatabase{});
-    query.setForwardOnly(true);
-    if (!query.exec(text)) {
-        logFailure(query, text);
-        return std::nullopt;
-    }
-    return query.next() ? query.value(0).toString() : QString();
-}
+bool hasWriteAheadLog = false;
 
-// A write-ahead log needs memory that processes share through a file. Some file systems, JFFS2 for
-// one, cannot do that; SQLite takes the log there all the same, and then fails at every statement.
+// A write-ahead log needs memory that is shared through a file. Some file systems, such as JFFS2,
+// do not support that: SQLite still accepts the log there, and then fails at every statement.
 bool canShareMemory(const QString &fileName)
 {
     const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CLOEXEC);
     if (descriptor < 0)
-        return true; // whatever is wrong, it is not this
+        return true; // another fault, which opening the file reports
     void *const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     const bool isShared = page != MAP_FAILED;
     if (isShared)
@@ -50,35 +35,36 @@ bool canShareMemory(const QString &fileName)
     return isShared;
 }
 
-// A file that has a log already can be read without shared memory by its only user.
+// Without shared memory, a file that already has a log can be read only under an exclusive lock.
 bool keepJournalAlone()
 {
-    pragma(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
-    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
-    pragma(QStringLiteral("PRAGMA locking_mode=NORMAL"));
+    execute(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
+    const auto mode = execute(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    execute(QStringLiteral("PRAGMA locking_mode=NORMAL"));
     return mode.has_value();
 }
 
-// Whether the choice is the last one.
+// Returns whether the choice is final.
 bool chooseJournal()
 {
-    // Found out before the database takes its first lock: closing the file drops all locks on it.
+    // Tested before the database takes its first lock: closing the file drops all locks on it.
     static const bool isShareable = canShareMemory(current().databaseName());
     if (!isShareable)
         return keepJournalAlone();
-    const auto mode = pragma(QStringLiteral("PRAGMA journal_mode=WAL"));
-    if (mode && *mode == QLatin1String("wal"))
+    const auto mode = execute(QStringLiteral("PRAGMA journal_mode=WAL"));
+    hasWriteAheadLog = mode == QStringLiteral("wal");
+    if (hasWriteAheadLog)
         return true;
-    // Another process that reads keeps the log from being taken, but not the journal from being
-    // kept; one that lets nobody read has been waited for already.
-    pragma(QStringLiteral("PRAGMA busy_timeout=0"));
-    pragma(QStringLiteral("PRAGMA journal_mode=PERSIST"));
-    pragma(QStringLiteral("PRAGMA busy_timeout=%1").arg(BusyMilliseconds));
+    // A process that reads prevents the change to a log, but not a persistent journal. The first
+    // pragma has already waited for a process that holds an exclusive lock.
+    execute(QStringLiteral("PRAGMA busy_timeout=0"));
+    execute(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    execute(QStringLiteral("PRAGMA busy_timeout=%1").arg(BusyMilliseconds));
     return mode.has_value();
 }
 
-// Closing folds the write-ahead log back, which leaves the single database file. The application
-// object runs this as it goes, while the SQL library is still whole.
+// Closing copies the write-ahead log back, which leaves the single database file. The application
+// object calls this in its destructor, while the SQL library is still usable.
 void close()
 {
     Statement::forgetAll();
@@ -93,6 +79,17 @@ QSqlDatabase current()
     return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
 }
 
+std::optional<QString> execute(const QString &text)
+{
+    QSqlQuery query(QString(), QSqlDatabase{});
+    query.setForwardOnly(true);
+    if (!query.exec(text)) {
+        logFailure(query, text);
+        return std::nullopt;
+    }
+    return query.next() ? query.value(0).toString() : QString();
+}
+
 bool open(const QString &directory, const QString &fileName)
 {
     QSqlDatabase database = QSqlDatabase::addDatabase(
@@ -101,7 +98,7 @@ bool open(const QString &directory, const QString &fileName)
 
     const QDir place(directory);
     if (!place.exists())
-        place.mkpath(place.absolutePath()); // where this fails, so does opening the file
+        place.mkpath(place.absolutePath()); // if this fails, opening the file fails too
     database.setDatabaseName(directory + fileName);
     if (!database.open())
         return false;
@@ -109,8 +106,9 @@ bool open(const QString &directory, const QString &fileName)
     return true;
 }
 
-// With SQLite's default journal a power cut can undo an acknowledged write, because the unlinked
-// journal's directory is not synced. A write-ahead log, or a journal that is kept, cannot.
+// With SQLite's default journal a power cut can undo an acknowledged write, because SQLite does not
+// sync the directory after it deletes the journal. A write-ahead log and a persistent journal do
+// not have this fault.
 void ensureDurable()
 {
     static bool isDurable = false;
@@ -118,9 +116,19 @@ void ensureDurable()
         return;
     isDurable = chooseJournal();
     if (!isDurable)
-        return; // locked, or no database at all
-    pragma(QStringLiteral("PRAGMA synchronous=FULL"));
-    pragma(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(CheckpointPages));
+        return; // locked, or not a database
+    execute(QStringLiteral("PRAGMA synchronous=FULL"));
+    checkpointEvery(CheckpointPages);
+}
+
+void checkpointEvery(int pages)
+{
+    execute(QStringLiteral("PRAGMA wal_autocheckpoint=%1").arg(pages));
+}
+
+bool usesWriteAheadLog()
+{
+    return hasWriteAheadLog;
 }
 
 } // namespace connection

@@ -1,3 +1,4 @@
+#include "records/ResultCode.h"
 #include "storage/ProgKeysDatabase.h"
 #include "storage/Statement.h"
 
@@ -5,50 +6,7 @@
 
 namespace {
 
-class KeyColumns
-{
-public:
-    explicit KeyColumns(const QSqlRecord &record)
-        : m_idKey(record.indexOf(QStringLiteral("idKey"))),
-          m_dmId(record.indexOf(QStringLiteral("dmId"))),
-          m_container(record.indexOf(QStringLiteral("container"))),
-          m_idAction(record.indexOf(QStringLiteral("idAction"))),
-          m_position(record.indexOf(QStringLiteral("position"))),
-          m_icon(record.indexOf(QStringLiteral("icon"))),
-          m_type(record.indexOf(QStringLiteral("type"))),
-          m_aomType(record.indexOf(QStringLiteral("aom_type"))),
-          m_aomAddr(record.indexOf(QStringLiteral("aom_addr")))
-    {
-    }
-
-    Key read(const QSqlQuery &row) const
-    {
-        Key key;
-        key.idKey = row.value(m_idKey).toLongLong();
-        key.dmId = row.value(m_dmId).toString();
-        key.container = row.value(m_container).toString();
-        key.idAction = row.value(m_idAction).toLongLong();
-        key.position = row.value(m_position).toInt();
-        key.icon = row.value(m_icon).toString();
-        key.type = row.value(m_type).toInt();
-        key.aom_type = row.value(m_aomType).toInt();
-        key.aom_addr = row.value(m_aomAddr).toInt();
-        return key;
-    }
-
-private:
-    int m_idKey;
-    int m_dmId;
-    int m_container;
-    int m_idAction;
-    int m_position;
-    int m_icon;
-    int m_type;
-    int m_aomType;
-    int m_aomAddr;
-};
-
-using SelectKeys = SelectStatement<Key, KeyColumns>;
+using SelectKeys = SelectStatement<Key>;
 
 } // namespace
 
@@ -72,15 +30,15 @@ int ProgKeysDatabase::updateKey(const Key &key)
 bool ProgKeysDatabase::updateKeyPositions(const QMapIntInt &positions)
 {
     static Statement statement("UPDATE KEY SET position=? WHERE idKey=?");
-    // Qt 5 keeps all entries of an id that came more than once, the last one first; that one
-    // counts.
+    // Qt 5 keeps every entry of an id that was sent more than once, the last one first. Only the
+    // last one applies.
     const auto isRepeated = [&positions](QMapIntInt::const_iterator entry) {
         return entry != positions.cbegin() && std::prev(entry).key() == entry.key();
     };
     for (auto entry = positions.cbegin(); entry != positions.cend(); ++entry) {
         if (isRepeated(entry))
             continue;
-        if (statement.change({entry.value(), entry.key()}) == StorageCode::Failed)
+        if (statement.change({entry.value(), entry.key()}) == ResultCode::Failed)
             return false;
     }
     return true;
@@ -95,7 +53,7 @@ int ProgKeysDatabase::deleteKey(qlonglong idKey)
 void ProgKeysDatabase::deleteProvisionedKeys()
 {
     static Statement statement("DELETE FROM KEY WHERE DMID<>''");
-    statement.change({}); // the log says if it failed
+    statement.change({}); // a failure is in the log
 }
 
 ListKey ProgKeysDatabase::key(qlonglong idKey)
@@ -138,14 +96,14 @@ std::optional<Key> ProgKeysDatabase::keyAtPlace(int type, int position, int aom_
 
 QList<qlonglong> ProgKeysDatabase::keyIdsWithAction(qlonglong idAction)
 {
-    static SelectStatement<qlonglong, FirstColumn<qlonglong>> statement(
+    static SelectStatement<qlonglong, SingleColumn<qlonglong>> statement(
         "SELECT idKey FROM KEY WHERE idAction=?");
     return statement.read({idAction});
 }
 
 int ProgKeysDatabase::countKeysOfType(int type)
 {
-    static SelectStatement<int, FirstColumn<int>> statement(
+    static SelectStatement<int, SingleColumn<int>> statement(
         "SELECT COUNT(*) FROM KEY WHERE type=?");
     return statement.readFirst({type}).value_or(0);
 }

@@ -1,7 +1,6 @@
 #include "storage/ProgKeysDatabase.h"
 
 #include "logging.h"
-#include "module.h"
 #include "storage/Connection.h"
 #include "storage/Schema.h"
 #include "storage/Statement.h"
@@ -16,7 +15,7 @@
 
 namespace {
 
-// The application object says where the phone's data is if it was told so, as in development.
+// In development the application object has a property that overrides the phone's directory.
 QString dataRoot()
 {
     const QString root = QCoreApplication::instance()->property("dataRoot").toString();
@@ -32,22 +31,22 @@ bool failedForLock(const QSqlQuery &query)
 
 } // namespace
 
-ProgKeysDatabase &ProgKeysDatabase::instance()
+ProgKeysDatabase &ProgKeysDatabase::instance(const ZELModule &module)
 {
-    // Never freed: statements may run until the very end of the process.
-    static auto *const database = new ProgKeysDatabase;
+    // Never freed: statements may run until the end of the process.
+    static auto *const database = new ProgKeysDatabase(module);
     return *database;
 }
 
-// A failed open shows in every later statement; it is not tried again.
-ProgKeysDatabase::ProgKeysDatabase()
+// A failed open shows in every later statement. It is not tried again.
+ProgKeysDatabase::ProgKeysDatabase(const ZELModule &module)
 {
-    static_cast<void>(openConnection());
+    static_cast<void>(openConnection(module));
 }
 
-bool ProgKeysDatabase::openConnection()
+bool ProgKeysDatabase::openConnection(const ZELModule &module)
 {
-    const QString directory = dataRoot() + theModule().getModuleName() + QLatin1Char('/');
+    const QString directory = dataRoot() + module.getModuleName() + QLatin1Char('/');
     const QString fileName = QStringLiteral("zelprogrammablekeys.data");
     logging::debug("Connecting to database at %1...", directory + fileName);
     return connection::open(directory, fileName);
@@ -64,15 +63,15 @@ bool ProgKeysDatabase::checkTables()
         logging::info("Table Action is not correct. Check fails");
         return false;
     }
-    probe.finish(); // the journal cannot be chosen while a statement reads
+    probe.finish(); // the journal mode cannot change while a statement reads
     connection::ensureDurable();
     return true;
 }
 
-// In one transaction, because a phone that is unplugged in the middle would pass its next check
-// without the reserved action. A step that fails does not keep the others from being done, unless
-// it fails for another process's lock, which may be gone at the next step: then all is left as it
-// was.
+// One transaction, because a reset that a power cut interrupts would leave tables that pass the
+// next check without the reserved action. If a step fails because of another process's lock, the
+// whole reset is rolled back: the lock may be gone at the next step. After any other failure the
+// remaining steps still run.
 void ProgKeysDatabase::resetTables()
 {
     QSqlDatabase database = connection::current();

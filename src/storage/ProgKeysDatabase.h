@@ -10,15 +10,9 @@
 #include <optional>
 
 class QSqlQuery;
+class ZELModule;
 
-/// What a writing statement returns. Failures are negative, so that none can pass for an id.
-namespace StorageCode {
-constexpr int Success = 0;
-constexpr int NoSuchRow = -2; ///< an update or deletion by id that matched no row
-constexpr int Failed = -3;    ///< the statement could not be prepared or executed; it is in the log
-} // namespace StorageCode
-
-/// The outcome of an insertion: the new row's id, which means nothing unless `code` is Success.
+/// The outcome of an insertion: a ResultCode and, on success, the id of the new row.
 struct Insertion
 {
     qlonglong id;
@@ -27,26 +21,26 @@ struct Insertion
 
 /// The one store of keys and actions: an SQLite file on Qt's default connection.
 ///
-/// A statement that fails is logged and shows in the result as said there; reads that fail return
-/// nothing. A file that could not be opened makes every statement fail that way.
+/// A statement that fails is logged. Writes then return ResultCode::Failed, reads return nothing.
+/// If the file could not be opened, every statement fails that way.
 class ProgKeysDatabase
 {
 public:
-    /// The shared object. The first call creates it, which opens the connection; whether that
-    /// worked shows in the statements.
-    static ProgKeysDatabase &instance();
+    /// The single instance. The first call creates it and opens the connection, on the file in the
+    /// directory of that module. A failed open shows in the statements.
+    static ProgKeysDatabase &instance(const ZELModule &module);
 
-    /// Do both tables answer with the columns they should have? Empty tables do.
+    /// Whether both tables exist with all their columns. Empty tables pass.
     bool checkTables();
 
-    /// Drops both tables and creates them anew with nothing but the reserved action. A step that
-    /// fails is logged and the rest still done.
+    /// Drops both tables and creates them again, with only the reserved action. A step that fails
+    /// is logged and the next steps still run.
     void resetTables();
 
     Insertion insertKey(const Key &key);
     int updateKey(const Key &key);
-    /// Moves keys, by idKey, in ascending order, and stops at the first failure. An id that is not
-    /// there is no failure; an empty map does not touch the database.
+    /// Sets the positions by idKey, in ascending order, and stops at the first failure. An unknown
+    /// id is not a failure. An empty map does not touch the database.
     bool updateKeyPositions(const QMapIntInt &positions);
     int deleteKey(qlonglong idKey);
     void deleteProvisionedKeys();
@@ -55,25 +49,25 @@ public:
     ListKey keysInContainer(const QString &container);
     ListKey allKeys();
     ListKey keysOfTypeWithAction(int type, qlonglong idAction);
-    /// The first one, should there be several.
+    /// The first match.
     std::optional<Key> keyAtPlace(int type, int position, int aom_type, int aom_addr);
     QList<qlonglong> keyIdsWithAction(qlonglong idAction);
-    int countKeysOfType(int type); ///< 0 also if the statement failed
+    int countKeysOfType(int type); ///< also 0 if the statement fails
 
     Insertion insertAction(const Action &action);
     int updateAction(const Action &action);
     int deleteAction(qlonglong idAction);
 
     ListAction action(qlonglong idAction); ///< zero or one
-    /// The first one, should there be several.
+    /// The first match.
     std::optional<Action> actionWithDmId(const QString &dmId);
     ListAction allActions();
 
 private:
-    ProgKeysDatabase();
+    explicit ProgKeysDatabase(const ZELModule &module);
 
-    bool openConnection();
-    /// Returns whether another process's lock was in the way.
+    static bool openConnection(const ZELModule &module);
+    /// Returns whether the lock of another process prevented it.
     bool dropTables();
     QSqlQuery runStatement(const QString &sql);
 };

@@ -1,6 +1,7 @@
 #include "storage/Statement.h"
 
 #include "logging.h"
+#include "records/ResultCode.h"
 #include "storage/Connection.h"
 
 #include <QSqlDatabase>
@@ -10,7 +11,7 @@
 
 namespace {
 
-// Statements are function-local statics, so this list holds them all for the life of the process.
+// Statements are function-local statics, so they live until the process ends.
 std::vector<Statement *> &allStatements()
 {
     static std::vector<Statement *> statements;
@@ -41,8 +42,8 @@ QVariant stored(const QString &text)
 {
     if (text.isNull())
         return QStringLiteral("");
-    // SQLite takes a mark of byte order at the beginning of a text at its word, and drops it; with
-    // one of our own before it, the text arrives as it is.
+    // SQLite removes a byte order mark from the beginning of a text. A second mark in front of it
+    // keeps the text unchanged.
     constexpr QChar mark(0xFEFF);
     constexpr QChar swapped(0xFFFE);
     return text.startsWith(mark) || text.startsWith(swapped) ? mark + text : text;
@@ -87,19 +88,19 @@ QSqlQuery &Statement::query()
 Insertion Statement::insert(std::initializer_list<QVariant> values)
 {
     if (!execute(values))
-        return {-1, StorageCode::Failed};
+        return {-1, ResultCode::Failed};
     const qlonglong id = m_query->lastInsertId().toLongLong();
     m_query->finish();
-    return {id, StorageCode::Success};
+    return {id, ResultCode::Success};
 }
 
 int Statement::change(std::initializer_list<QVariant> values)
 {
     if (!execute(values))
-        return StorageCode::Failed;
+        return ResultCode::Failed;
     const int rows = m_query->numRowsAffected();
     m_query->finish();
-    return rows == 0 ? StorageCode::NoSuchRow : StorageCode::Success;
+    return rows == 0 ? ResultCode::NoSuchRow : ResultCode::Success;
 }
 
 void Statement::forgetAll()

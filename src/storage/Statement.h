@@ -9,36 +9,38 @@
 #include <QString>
 #include <QVariant>
 
+#include <array>
 #include <initializer_list>
 #include <optional>
+#include <tuple>
 
-/// Writes the log line of a statement that failed. Where the connection never opened, the query
-/// knows neither its text nor an error; `text` and the connection's own error stand in.
+/// Logs a statement that failed. If the connection never opened, the query knows neither its text
+/// nor an error; `text` and the error of the connection are logged instead.
 void logFailure(const QSqlQuery &query, const QString &text);
 
-/// A text as the tables hold it: a null one is stored as an empty one, never as NULL.
+/// The value to store for a text: a null text is stored as an empty one, never as NULL.
 QVariant stored(const QString &text);
 
-/// One statement, prepared at its first use and kept. One that could not be prepared is tried
-/// again the next time. It is finished after each use, so that it holds no lock, and outlives a
-/// schema reset.
+/// One statement. It is prepared at its first use and kept; a statement that could not be prepared
+/// is tried again at its next use. It is finished after each use, so that it holds no lock, and it
+/// stays usable after a schema reset.
 class Statement
 {
 public:
     explicit Statement(const char *text);
 
-    /// Binds the values in order and executes; false, after a log line, if that failed. After a
-    /// success the rows are in `query`, which is the caller's to finish.
+    /// Binds the values in order and executes. Returns false, after a log line, if that fails. On
+    /// success `query` has the rows, and the caller finishes it.
     bool execute(std::initializer_list<QVariant> values);
     QSqlQuery &query();
 
     /// Executes an insertion.
     Insertion insert(std::initializer_list<QVariant> values);
 
-    /// Executes an update or deletion; NoSuchRow if it matched none.
+    /// Executes an update or deletion. Returns a ResultCode; NoSuchRow if it matched no row.
     int change(std::initializer_list<QVariant> values);
 
-    /// Forgets every prepared statement, so that the connection can close.
+    /// Drops every prepared statement, so that the connection can close.
     static void forgetAll();
 
 private:
@@ -48,15 +50,59 @@ private:
     std::optional<QSqlQuery> m_query;
 };
 
-/// All rows of a query that was executed; none if reading them fails, which is logged. `Columns`
-/// finds the columns by name in its constructor, from a QSqlRecord, and reads one row by index in
-/// `read`, which costs half as much as by name.
-template <typename Record, typename Columns>
-QList<Record> readAll(QSqlQuery &query, const Columns &columns)
+/// The columns of a record. They are found by name once per statement; rows are then read by index,
+/// which costs half as much as by name.
+template <typename Record>
+class Columns
+{
+public:
+    explicit Columns(const QSqlRecord &columns)
+    {
+        const auto find = [&](const auto &...field) {
+            return Indexes{columns.indexOf(QLatin1String(field.name))...};
+        };
+        m_indexes = std::apply(find, Record::fields());
+    }
+
+    Record read(const QSqlQuery &row) const
+    {
+        Record record;
+        auto index = m_indexes.cbegin();
+        const auto readAll = [&](const auto &...field) {
+            (assign(record.*field.member, row.value(*index++)), ...);
+        };
+        std::apply(readAll, Record::fields());
+        return record;
+    }
+
+private:
+    using Indexes = std::array<int, std::tuple_size_v<decltype(Record::fields())>>;
+
+    template <typename Value>
+    static void assign(Value &field, const QVariant &value)
+    {
+        field = value.value<Value>();
+    }
+
+    Indexes m_indexes;
+};
+
+/// The column of a statement that selects a single value.
+template <typename Value>
+class SingleColumn
+{
+public:
+    explicit SingleColumn(const QSqlRecord & /*columns*/) {}
+    Value read(const QSqlQuery &row) const { return row.value(0).template value<Value>(); }
+};
+
+/// All rows of an executed query. Returns none if reading fails, which is logged.
+template <typename Record, typename Reader>
+QList<Record> readAll(QSqlQuery &query, const Reader &reader)
 {
     QList<Record> records;
     while (query.next())
-        records.append(columns.read(query));
+        records.append(reader.read(query));
     if (query.lastError().isValid()) {
         logFailure(query, query.lastQuery());
         records.clear();
@@ -65,67 +111,59 @@ QList<Record> readAll(QSqlQuery &query, const Columns &columns)
     return records;
 }
 
-/// The first row of a query that was executed, as with `readAll`.
-template <typename Record, typename Columns>
-std::optional<Record> readFirst(QSqlQuery &query, const Columns &columns)
+/// The first row of an executed query. Returns nothing if there is none or if reading fails, which
+/// is logged.
+template <typename Record, typename Reader>
+std::optional<Record> readFirst(QSqlQuery &query, const Reader &reader)
 {
     std::optional<Record> record;
     if (query.next())
-        record = columns.read(query);
+        record = reader.read(query);
     else if (query.lastError().isValid())
         logFailure(query, query.lastQuery());
     query.finish();
     return record;
 }
 
-/// What reads as a list for its callers, though there can be only one.
+/// A list of the record, or an empty list.
 template <typename Record>
 QList<Record> zeroOrOne(const std::optional<Record> &record)
 {
     return record ? QList<Record>{*record} : QList<Record>();
 }
 
-/// For a statement that selects a single value.
-template <typename Value>
-class FirstColumn
-{
-public:
-    explicit FirstColumn(const QSqlRecord & /*record*/) {}
-    Value read(const QSqlQuery &row) const { return row.value(0).template value<Value>(); }
-};
-
-/// A statement that reads records and looks its columns up only once.
-template <typename Record, typename Columns>
+/// A statement that reads records, or single values with a SingleColumn.
+template <typename Record, typename Reader = Columns<Record>>
 class SelectStatement
 {
 public:
     explicit SelectStatement(const char *text) : m_statement(text) {}
 
-    /// The rows for these values; none if the statement failed.
+    /// The rows for these values. Returns none if the statement fails.
     QList<Record> read(std::initializer_list<QVariant> values)
     {
         if (!m_statement.execute(values))
             return {};
-        return readAll<Record>(m_statement.query(), columns());
+        return readAll<Record>(m_statement.query(), reader());
     }
 
-    /// The first row for these values, if there is one; the rows after it are not looked for, which
-    /// spares the rest of a table that has no index for the question.
+    /// The first row for these values, if there is one. The rows after it are not looked up, which
+    /// saves the rest of a table scan.
     std::optional<Record> readFirst(std::initializer_list<QVariant> values)
     {
         if (!m_statement.execute(values))
             return std::nullopt;
-        return ::readFirst<Record>(m_statement.query(), columns());
+        return ::readFirst<Record>(m_statement.query(), reader());
     }
 
 private:
-    const Columns &columns()
+    const Reader &reader()
     {
-        if (!m_columns)
-            m_columns.emplace(m_statement.query().record());
-        return *m_columns;
+        if (!m_reader)
+            m_reader.emplace(m_statement.query().record());
+        return *m_reader;
     }
 
     Statement m_statement;
-    std::optional<Columns> m_columns;
+    std::optional<Reader> m_reader;
 };

@@ -106,6 +106,22 @@ class Phone:
         self._provisioned.cut_short(self._rollout)
         self.lose_power()
 
+    def come_up_and_lose_power(self) -> None:
+        """Loses power as soon as the name is on the bus; the whole rollout has to be on the disk."""
+        self.service.start()
+        self._lose_power_after_a_merge()
+
+    def restore_and_lose_power(self) -> None:
+        """As `come_up_and_lose_power`, as soon as a restore is answered."""
+        self._client.call("restoreDefault", interface=LIFECYCLE)
+        self._begin_anew()
+        self._lose_power_after_a_merge()
+
+    def _lose_power_after_a_merge(self) -> None:
+        rollout = self._rollout
+        self.lose_power()
+        self._provisioned.check(rollout, self.service.left())
+
     # What is left
 
     def come_up(self) -> None:
@@ -135,6 +151,9 @@ class Phone:
         self._provisioned.check(self._rollout, found)
         self.merges_right += 1
         self.user.provisioned_actions = self._provisioned.action_ids
+
+    def report_merges(self, figures: Callable[[str], None], cuts: str) -> None:
+        figures(f"{cuts}: {self.merges_right} merges right, 0 rows lost (seed {SEED})")
 
     def report(self, figures: Callable[[str], None], cuts: str) -> None:
         figures(f"{cuts}, {self.ledger.summary()}; {self.merges_right} merges right (seed {SEED})")
@@ -192,6 +211,41 @@ def test_a_power_cut_in_a_reset_leaves_it_done_wholly_or_not_at_all(phone, amoun
         f"0 tore it (seed {SEED})"
     )
     assert min(resets, cuts - resets) >= amount(0, 1), "all of them undone, or none"
+
+
+# A merge is synced once, at its end
+
+
+def test_a_power_cut_right_after_the_name_appeared_loses_nothing_of_the_merge(
+    phone, amount, figures
+):
+    cuts = amount(10, 100)
+    for _ in range(cuts):
+        phone.lose_power()
+        phone.come_up_and_lose_power()
+        phone.come_up()
+    phone.report_merges(figures, f"{cuts} power cuts right after the name appeared")
+
+
+def test_a_power_cut_right_after_a_restore_was_answered_loses_nothing_of_the_merge(
+    phone, amount, figures
+):
+    cuts = amount(10, 100)
+    for _ in range(cuts):
+        phone.restore_and_lose_power()
+        phone.come_up()
+    phone.report_merges(figures, f"{cuts} power cuts right after a restore was answered")
+
+
+def test_a_write_that_is_answered_directly_after_a_merge_survives_a_power_cut(
+    phone, amount, figures
+):
+    cuts = amount(20, 200)
+    for _ in range(cuts):
+        phone.user.write_and_wait()
+        phone.lose_power()
+        phone.come_up()
+    phone.report(figures, f"{cuts} power cuts right after the first answer after a merge")
 
 
 # That a cut takes what is not on the disk

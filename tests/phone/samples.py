@@ -9,6 +9,11 @@ CALL = Action(-1, "", 3, "call", "phonebook", "501", "Reception", "Rec")
 SET_KEY = Key(-1, "", -1, "main", 4, "bell", 0, 0, 0)
 MODULE_KEY = Key(-1, "", -1, "module", 5, "lamp", 1, 1, 2)
 
+SETTING_NOT_READ = (
+    "ERROR: While calling method getSettingValue of module SettingsManager, reply is invalid"
+)
+"""What the service logs if it cannot read a setting."""
+
 
 def key_event(name: str, key: Key) -> Event:
     return Event(name, (Argument("idKey", KEY, key),))

@@ -88,12 +88,13 @@ def test_the_first_of_several_keys_at_the_place_is_told(client, events, action, 
     assert events.take() == [module_key_pressed(key, action, exists=True)]
 
 
-def test_a_press_of_a_key_whose_action_is_gone_is_told_with_a_default_action(
-    client, events, database, action, key
+def test_a_press_of_a_key_without_its_action_is_logged_and_reported_with_a_default_action(
+    service, client, events, database, action, key
 ):
     database.execute(f"DELETE FROM ACTION WHERE idAction = {action.idAction}")
     client.send_event(PRESS, **PLACE)
     assert events.take() == [module_key_pressed(key, Action(), exists=True)]
+    assert service.log.take("error") == [f"No action found for key of id {action.idAction}"]
 
 
 def test_a_press_writes_nothing(client, events, database, key):

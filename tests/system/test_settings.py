@@ -5,15 +5,12 @@ import time
 
 import pytest
 
-from samples import CALL, DATABASE_FULL, MODULE_KEY, SET_KEY, key_created
+from samples import CALL, DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
 from sandbox.loop import PATIENCE, wait_until
 from sandbox.names import INTERFACE, SETTINGS_MANAGER, UNKNOWN_SETTING, object_path
 from sandbox.records import KEY
 from sandbox.settings import SettingCall, write_settings
 
-INVALID_REPLY = (
-    "ERROR: While calling method getSettingValue of module SettingsManager, reply is invalid"
-)
 READ_LIMIT = 5.0
 
 
@@ -61,7 +58,7 @@ def check_that_there_is_no_limit(service, client, events, new_key):
         key = new_key._replace(idKey=client.create_programmable_key(new_key))
         assert key.idKey > 0
         assert events.take() == [key_created(key)]
-        assert service.log.take("error") == [INVALID_REPLY]
+        assert service.log.take("error") == [SETTING_NOT_READ]
 
 
 @pytest.mark.parametrize(
@@ -128,7 +125,7 @@ def test_a_peer_that_dies_during_the_call_means_no_limit_and_one_error_line(
 
 
 @pytest.mark.parametrize(
-    "level, lines", [(2, []), (3, [INVALID_REPLY])], ids=["level 2", "level 3"]
+    "level, lines", [(2, []), (3, [SETTING_NOT_READ])], ids=["level 2", "level 3"]
 )
 def test_a_failed_read_is_told_of_from_level_3_upward(start, client, settings, level, lines):
     service = start(log_level=level)
@@ -144,7 +141,7 @@ def test_a_failed_read_for_a_key_that_the_limit_does_not_concern_is_told_of_too(
 ):
     settings.fail(UNKNOWN_SETTING)
     assert client.create_programmable_key(MODULE_KEY._replace(idAction=action.idAction)) == 1
-    assert service.log.take("error") == [INVALID_REPLY]
+    assert service.log.take("error") == [SETTING_NOT_READ]
 
 
 # Waiting
@@ -159,7 +156,7 @@ def test_a_peer_that_hangs_is_given_up_after_5_seconds_and_its_late_reply_does_n
     waited = time.monotonic() - begun
     assert READ_LIMIT - 0.5 <= waited <= READ_LIMIT + 2 * PATIENCE
     assert events.take() == [key_created(new_key._replace(idKey=1))]
-    assert service.log.take("error") == [INVALID_REPLY]
+    assert service.log.take("error") == [SETTING_NOT_READ]
     settings.values["ProgKeysMax"] = "1"
     settings.release()
     assert client.create_programmable_key(new_key) == -1
@@ -246,5 +243,5 @@ def test_the_limit_in_a_file_of_the_real_peer_holds(
     assert client.create_programmable_key(key) == 3
     (settings_dir / "ProgKeysMax").unlink()
     assert client.create_programmable_key(key) == 4
-    assert service.log.texts("error") == [INVALID_REPLY]
+    assert service.log.texts("error") == [SETTING_NOT_READ]
     service.stop()

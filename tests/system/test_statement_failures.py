@@ -10,11 +10,13 @@ from samples import (
     CALL,
     MODULE_KEY,
     SET_KEY,
+    SETTING_NOT_READ,
     action_deleted,
     action_modified,
     failed_statement,
     module_key_pressed,
 )
+from sandbox.names import UNKNOWN_SETTING
 from sandbox.records import Action, Key
 
 KEY_SELECT = (
@@ -237,7 +239,11 @@ def test_a_write_that_matches_no_row_gives_minus_2_and_no_event(
             id="creating a key of the set",
         ),
         pytest.param(
-            "KEY", Stored.create_module_key, -2, [KEY_INSERT], id="creating a module key"
+            "KEY",
+            Stored.create_module_key,
+            -2,
+            [KEY_COUNT, KEY_INSERT],
+            id="creating a module key",
         ),
         pytest.param("KEY", Stored.modify_key, -3, [BY_KEY_ID, KEY_UPDATE], id="modifying a key"),
         pytest.param("KEY", Stored.move_key, False, [KEY_MOVE], id="moving a key"),
@@ -282,6 +288,18 @@ def test_a_lost_table_fails_each_statement_with_one_line_until_it_is_back(
     operation(stored)
     stored.client.round_trip()
     assert service.log.take("error") == []
+
+
+@pytest.mark.parametrize("create", [Stored.create_set_key, Stored.create_module_key])
+def test_the_keys_of_the_set_are_counted_before_the_limit_is_read(
+    service, stored, database, settings, create: Operation
+):
+    settings.fail(UNKNOWN_SETTING)
+    database.execute("ALTER TABLE KEY RENAME TO LOST")
+    assert create(stored) == -2
+    count, read, _insert = service.log.take("error")
+    assert failed_statement(count, KEY_COUNT, "no such table: KEY")
+    assert read == SETTING_NOT_READ
 
 
 def test_a_press_is_answered_even_when_the_keys_cannot_be_read(stored, events, database):

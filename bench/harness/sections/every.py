@@ -1,6 +1,6 @@
 """All sections, by their names."""
 
-from . import calls, callers, cores, growth, memory, qt6, start, synchronisation
+from . import calls, callers, cores, growth, memory, provisioned_start, qt6, start, synchronisation
 
 SECTIONS = {
     section.name: section
@@ -9,6 +9,7 @@ SECTIONS = {
         calls.ON_A_DISK,
         memory.SECTION,
         start.SECTION,
+        provisioned_start.SECTION,
         synchronisation.SECTION,
         cores.SECTION,
         callers.SECTION,

@@ -2,12 +2,12 @@
 
 from contextlib import ExitStack, contextmanager
 from pathlib import Path
-from typing import Callable, Iterator
+from typing import Callable, Iterator, Mapping
 
 from ..cores import ONE
 from ..runs import ROWS
 from ..setup import Setup
-from ..stand import Stand
+from ..stand import NOTHING_PROVISIONED, Stand
 
 Raise = Callable[..., Stand]
 
@@ -23,9 +23,10 @@ def stands(setup: Setup, title: str) -> Iterator[Raise]:
             rows: int = ROWS,
             cores: str = ONE,
             with_server: bool = True,
+            settings: Mapping[str, str] = NOTHING_PROVISIONED,
         ) -> Stand:
             setup.progress.show(f"{title}: raising a stand for {server}")
-            stand = Stand(setup.programs, server, storage, rows, cores, with_server)
+            stand = Stand(setup.programs, server, storage, rows, cores, with_server, settings)
             return up.enter_context(stand)
 
         yield raise_stand

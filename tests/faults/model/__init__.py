@@ -1,1 +1,1 @@
-"""The service's contract as a model, and the means to hold a running service against it."""
+"""A model of the service's behaviour, and the means to compare a running service with it."""

@@ -1,4 +1,4 @@
-"""The whole contract, executable: the rules, and the module's life with its provisioned defaults."""
+"""The whole behaviour, executable: the rules, and the module's life with its provisioned defaults."""
 
 from typing import Any
 

@@ -77,8 +77,8 @@ class Rules:
     def createProgrammableKey(self, key: Key) -> int:
         if not self._action_exists(key.idAction):
             return REFUSED
-        limit = self._read_setting("ProgKeysMax")
         count = sum(other.type == 0 for other in self.keys.values())
+        limit = self._read_setting("ProgKeysMax")
         if key.type == 0 and limit is not None and count >= number_or_zero(limit):
             self._send(DATABASE_FULL)
             return FULL
@@ -199,6 +199,8 @@ class Rules:
         place = (1, position, aom_type, aom_addr)
         for key in self.keys.values():
             if (key.type, key.position, key.aom_type, key.aom_addr) == place:
+                if key.idAction not in self.actions:
+                    self._log("error", f"No action found for key of id {key.idAction}")
                 action = self.actions.get(key.idAction, Action())
                 self._send(module_key_pressed(key, action, exists=True))
                 return

@@ -2,6 +2,7 @@
 #include "support/EventRecorder.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <QDBusArgument>
@@ -10,7 +11,7 @@ namespace {
 
 const Key TheKey = unit::sampleKey();
 const Action TheAction = unit::sampleAction();
-const events::KeyPlace ThePlace{1, 2, 3};
+const KeyPlace ThePlace{1, 2, 3};
 
 using Build = bool (*)(ZELEvent &);
 
@@ -53,49 +54,57 @@ void BuildersTest::eachEventHasItsNameAndItsFlaggedArgumentsInOrder_data()
         QTest::newRow(name) << build << QString::fromLatin1(text);
     };
     row(
-        "a created key", [](ZELEvent &event) { return events::keyCreated(event, TheKey); },
+        "a created key",
+        [](ZELEvent &event) { return unit::notifications().keyCreated(event, TheKey); },
         "KEY_CREATE_NTF|idKey: Key ");
     row(
-        "a modified key", [](ZELEvent &event) { return events::keyModified(event, TheKey); },
+        "a modified key",
+        [](ZELEvent &event) { return unit::notifications().keyModified(event, TheKey); },
         "KEY_MODIFY_NTF|idKey: Key ");
     row(
-        "a deleted key", [](ZELEvent &event) { return events::keyDeleted(event, 7); },
+        "a deleted key", [](ZELEvent &event) { return unit::notifications().keyDeleted(event, 7); },
         "KEY_DELETE_NTF|idKey: qlonglong 7");
     row(
-        "no room for a key", [](ZELEvent &event) { return events::keysFull(event); },
+        "no room for a key", [](ZELEvent &event) { return unit::notifications().keysFull(event); },
         "KO_PROGKEYS_DB_FULL");
     row(
-        "a created action", [](ZELEvent &event) { return events::actionCreated(event, TheAction); },
+        "a created action",
+        [](ZELEvent &event) { return unit::notifications().actionCreated(event, TheAction); },
         "ACTION_CREATE_NTF|idAction: Action ");
     row(
         "a modified action",
-        [](ZELEvent &event) { return events::actionModified(event, TheAction); },
+        [](ZELEvent &event) { return unit::notifications().actionModified(event, TheAction); },
         "ACTION_MODIFY_NTF|idAction: Action ");
     row(
-        "a deleted action", [](ZELEvent &event) { return events::actionDeleted(event, -7); },
+        "a deleted action",
+        [](ZELEvent &event) { return unit::notifications().actionDeleted(event, -7); },
         "ACTION_DELETE_NTF|idAction: qlonglong -7");
     row(
-        "a reset of the database", [](ZELEvent &event) { return events::databaseReset(event); },
-        "DB_RESET_NTF");
+        "a reset of the database",
+        [](ZELEvent &event) { return unit::notifications().databaseReset(event); }, "DB_RESET_NTF");
     row(
         "a label for a module",
         [](ZELEvent &event) {
-            return events::setModuleLabel(event, ThePlace, 4, QStringLiteral("Rec"));
+            return unit::notifications().setModuleLabel(event, ThePlace, 4, QStringLiteral("Rec"));
         },
         "AOM_SET_LABEL_PROPERTY_REC|addr: int 1|aom_type: int 2|key_num: int 3|"
         "label_state: int 4|label_str: QString Rec");
     row(
         "an icon for a module",
-        [](ZELEvent &event) { return events::setModuleIcon(event, ThePlace, 4, -5); },
+        [](ZELEvent &event) { return unit::notifications().setModuleIcon(event, ThePlace, 4, -5); },
         "AOM_SET_ICON_PROPERTY_REC|addr: int 1|aom_type: int 2|key_num: int 3|icon_x: int 4|"
         "icon_y: int -5");
     row(
         "a press of a stored key",
-        [](ZELEvent &event) { return events::moduleKeyPressed(event, TheKey, TheAction, true); },
+        [](ZELEvent &event) {
+            return unit::notifications().moduleKeyPressed(event, TheKey, TheAction, true);
+        },
         "AOMKEY_PRESS_NTF|key: Key |action: Action |exists: bool true");
     row(
         "a press of an unknown key",
-        [](ZELEvent &event) { return events::moduleKeyPressed(event, Key(), Action(), false); },
+        [](ZELEvent &event) {
+            return unit::notifications().moduleKeyPressed(event, Key(), Action(), false);
+        },
         "AOMKEY_PRESS_NTF|key: Key |action: Action |exists: bool false");
 }
 
@@ -133,12 +142,14 @@ void BuildersTest::aCreatedOrModifiedRecordIsCarriedWhole_data()
 {
     QTest::addColumn<Build>("build");
     const auto row = [](const char *name, Build build) { QTest::newRow(name) << build; };
-    row("a created key", [](ZELEvent &event) { return events::keyCreated(event, TheKey); });
-    row("a modified key", [](ZELEvent &event) { return events::keyModified(event, TheKey); });
+    row("a created key",
+        [](ZELEvent &event) { return unit::notifications().keyCreated(event, TheKey); });
+    row("a modified key",
+        [](ZELEvent &event) { return unit::notifications().keyModified(event, TheKey); });
     row("a created action",
-        [](ZELEvent &event) { return events::actionCreated(event, TheAction); });
+        [](ZELEvent &event) { return unit::notifications().actionCreated(event, TheAction); });
     row("a modified action",
-        [](ZELEvent &event) { return events::actionModified(event, TheAction); });
+        [](ZELEvent &event) { return unit::notifications().actionModified(event, TheAction); });
 }
 
 void BuildersTest::aCreatedOrModifiedRecordIsCarriedWhole()
@@ -156,17 +167,17 @@ void BuildersTest::aCreatedOrModifiedRecordIsCarriedWhole()
 void BuildersTest::aDeletedRecordIsCarriedAsItsBareId()
 {
     ZELEvent key;
-    events::keyDeleted(key, qlonglong{1} << 40);
+    unit::notifications().keyDeleted(key, qlonglong{1} << 40);
     QCOMPARE(key.getArgument(QStringLiteral("idKey")), QVariant(qlonglong{1} << 40));
     ZELEvent action;
-    events::actionDeleted(action, qlonglong{1} << 40);
+    unit::notifications().actionDeleted(action, qlonglong{1} << 40);
     QCOMPARE(action.getArgument(QStringLiteral("idAction")), QVariant(qlonglong{1} << 40));
 }
 
 void BuildersTest::aPressCarriesTheKeyAndTheActionWhole()
 {
     ZELEvent event;
-    events::moduleKeyPressed(event, TheKey, TheAction, true);
+    unit::notifications().moduleKeyPressed(event, TheKey, TheAction, true);
     QCOMPARE(event.getArgument(QStringLiteral("key")).value<Key>(), TheKey);
     QCOMPARE(event.getArgument(QStringLiteral("action")).value<Action>(), TheAction);
 }
@@ -176,7 +187,7 @@ void BuildersTest::anEventWithoutArgumentsTravelsWithoutAny()
     unit::EventRecorder recorder;
     ZELEvent full;
     ZELEvent reset;
-    QVERIFY(events::keysFull(full) && events::databaseReset(reset));
+    QVERIFY(unit::notifications().keysFull(full) && unit::notifications().databaseReset(reset));
     const QList<ZELEvent> sent = recorder.take();
     QCOMPARE(sent.size(), 2);
     QCOMPARE(sent.at(0).getArguments().size(), 0);
@@ -187,9 +198,9 @@ void BuildersTest::theRecordArrivesOnTheBus()
 {
     unit::EventRecorder recorder;
     ZELEvent created;
-    QVERIFY(events::keyCreated(created, TheKey));
+    QVERIFY(unit::notifications().keyCreated(created, TheKey));
     ZELEvent deleted;
-    QVERIFY(events::keyDeleted(deleted, TheKey.idKey));
+    QVERIFY(unit::notifications().keyDeleted(deleted, TheKey.idKey));
     const QList<ZELEvent> sent = recorder.take();
     QCOMPARE(sent.size(), 2);
     const QString name = QStringLiteral("idKey");
@@ -199,7 +210,7 @@ void BuildersTest::theRecordArrivesOnTheBus()
 
 void BuildersTest::thePlaceOfAKeyIsItsAddressModuleTypeAndPosition()
 {
-    const events::KeyPlace place = events::placeOf(TheKey);
+    const KeyPlace place = placeOf(TheKey);
     QCOMPARE(place.addr, 66);
     QCOMPARE(place.aom_type, 55);
     QCOMPARE(place.key_num, 33);

@@ -1,6 +1,7 @@
 #include "events/Notifications.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 /// Sending while no bus can be reached.
@@ -38,7 +39,7 @@ void NoBusTest::aFailedSendIsToldOfFromLevelThreeUpward()
     ZELEvent event;
     event.setEvtName(QStringLiteral("ACTION_CREATE_NTF"));
     unit::LogCapture log(level);
-    QVERIFY(!events::sendNotification(event));
+    QVERIFY(!unit::notifications().sendNotification(event));
     const QStringList line{QStringLiteral("error: event ACTION_CREATE_NTF notification failed")};
     QCOMPARE(log.take(), isTold ? line : QStringList());
 }
@@ -47,10 +48,10 @@ void NoBusTest::aBuilderReturnsThatItsEventWasNotSent()
 {
     unit::LogCapture log(7);
     ZELEvent created;
-    QVERIFY(!events::keyCreated(created, unit::sampleKey()));
+    QVERIFY(!unit::notifications().keyCreated(created, unit::sampleKey()));
     QCOMPARE(created.getArgument(QStringLiteral("idKey")).value<Key>(), unit::sampleKey());
     ZELEvent reset;
-    QVERIFY(!events::databaseReset(reset));
+    QVERIFY(!unit::notifications().databaseReset(reset));
     QCOMPARE(log.take(),
              (QStringList{QStringLiteral("error: event KEY_CREATE_NTF notification failed"),
                           QStringLiteral("error: event DB_RESET_NTF notification failed")}));

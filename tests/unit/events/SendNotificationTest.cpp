@@ -1,6 +1,7 @@
 #include "events/Notifications.h"
 #include "support/EventRecorder.h"
 #include "support/LogCapture.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 /// Something that no bus has a type for.
@@ -56,7 +57,7 @@ void SendNotificationTest::aSentEventIsToldOfFromLevelSevenUpward()
     QFETCH(int, level);
     QFETCH(QStringList, lines);
     unit::LogCapture log(level);
-    QVERIFY(events::sendNotification(eventNamed("KEY_DELETE_NTF")));
+    QVERIFY(unit::notifications().sendNotification(eventNamed("KEY_DELETE_NTF")));
     QCOMPARE(log.take(), lines);
 }
 
@@ -76,15 +77,15 @@ void SendNotificationTest::aRefusedEventIsToldOfFromLevelThreeUpward()
     QFETCH(int, level);
     QFETCH(QStringList, lines);
     unit::LogCapture log(level);
-    QVERIFY(!events::sendNotification(unsendableEvent("ACTION_CREATE_NTF")));
+    QVERIFY(!unit::notifications().sendNotification(unsendableEvent("ACTION_CREATE_NTF")));
     QCOMPARE(log.take(), lines);
 }
 
 void SendNotificationTest::aRefusedEventDoesNotReachTheBusAndTheNextOneDoes()
 {
     unit::EventRecorder recorder;
-    QVERIFY(!events::sendNotification(unsendableEvent("REFUSED")));
-    QVERIFY(events::sendNotification(eventNamed("SENT")));
+    QVERIFY(!unit::notifications().sendNotification(unsendableEvent("REFUSED")));
+    QVERIFY(unit::notifications().sendNotification(eventNamed("SENT")));
     QCOMPARE(recorder.takeNames(), QStringList{QStringLiteral("SENT")});
 }
 
@@ -92,8 +93,8 @@ void SendNotificationTest::anEventMayBeSentTwice()
 {
     unit::EventRecorder recorder;
     const ZELEvent event = eventNamed("AGAIN");
-    QVERIFY(events::sendNotification(event));
-    QVERIFY(events::sendNotification(event));
+    QVERIFY(unit::notifications().sendNotification(event));
+    QVERIFY(unit::notifications().sendNotification(event));
     QCOMPARE(recorder.takeNames().size(), 2);
 }
 

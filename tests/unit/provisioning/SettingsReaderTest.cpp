@@ -1,8 +1,8 @@
 #include "provisioning/SettingsReader.h"
 
-#include "module.h"
 #include "support/LogCapture.h"
 #include "support/PeerModule.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <zelcore/ZELModule.h>
@@ -16,7 +16,8 @@ const QString Complaint =
 /// What is asked in all these tests.
 QString read(bool *ok = nullptr)
 {
-    return SettingsReader::instance().getSettingValue(QStringLiteral("ProgKeysMax"), ok);
+    return SettingsReader::instance(unit::service())
+        .getSettingValue(QStringLiteral("ProgKeysMax"), ok);
 }
 
 std::unique_ptr<unit::PeerModule> settingsManager(const unit::PeerModule::Answer &answer)
@@ -32,7 +33,6 @@ class SettingsReaderTest : public QObject
 
 private slots:
     // First, while nothing has needed the module yet.
-    void theFirstReadCreatesTheModuleUnderItsName();
     void thereIsOneReader();
     void theCallCarriesTheNameAlone();
     void aTextIsReturnedAsItIs_data();
@@ -45,18 +45,10 @@ private slots:
     void aFailureIsToldOfFromLevelThreeUpward();
 };
 
-void SettingsReaderTest::theFirstReadCreatesTheModuleUnderItsName()
-{
-    read();
-    ZELModule *const module = &theModule();
-    QCOMPARE(module->getModuleName(), QStringLiteral("ZelProgrammableKeys"));
-    read();
-    QCOMPARE(&theModule(), module);
-}
-
 void SettingsReaderTest::thereIsOneReader()
 {
-    QCOMPARE(&SettingsReader::instance(), &SettingsReader::instance());
+    QCOMPARE(&SettingsReader::instance(unit::service()),
+             &SettingsReader::instance(unit::service()));
 }
 
 void SettingsReaderTest::theCallCarriesTheNameAlone()

@@ -2,13 +2,14 @@
 #include "storage/ProgKeysDatabase.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 namespace {
 
 ProgKeysDatabase &database()
 {
-    return ProgKeysDatabase::instance();
+    return unit::database();
 }
 
 Action store(void (*change)(Action &) = [](Action &) {})

@@ -1,6 +1,7 @@
 #include "storage/OtherProgram.h"
 #include "storage/ProgKeysDatabase.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -24,7 +25,7 @@ void CleanEndTest::aCleanEndLeavesTheSingleDatabaseFile()
         QCoreApplication application(argc, argv);
         application.setProperty("dataRoot", qEnvironmentVariable("ZEL_DATA_ROOT"));
         directory = OtherProgram::directory();
-        ProgKeysDatabase &database = ProgKeysDatabase::instance();
+        ProgKeysDatabase &database = unit::database();
         database.resetTables();
         // Statements of every kind are prepared and must not keep the connection open.
         QCOMPARE(database.insertKey(unit::sampleKey()).code, 0);

@@ -1,8 +1,8 @@
-#include "module.h"
 #include "storage/OtherProgram.h"
 #include "storage/ProgKeysDatabase.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <zelcore/ZELModule.h>
@@ -51,14 +51,14 @@ void ConnectionTest::initTestCase()
     QCoreApplication::instance()->setProperty("dataRoot", root + QStringLiteral("deep/down/"));
     QVERIFY(!QFileInfo::exists(root));
     unit::LogCapture log(7);
-    ProgKeysDatabase::instance();
+    unit::database();
     m_firstLines = log.take();
     QVERIFY(QFileInfo(OtherProgram::fileName()).isFile());
 }
 
 void ConnectionTest::theFileIsNamedAfterTheModule()
 {
-    QCOMPARE(theModule().getModuleName(), QStringLiteral("ZelProgrammableKeys"));
+    QCOMPARE(unit::service().getModuleName(), QStringLiteral("ZelProgrammableKeys"));
     const QString file = OtherProgram::directory() + QStringLiteral("zelprogrammablekeys.data");
     QVERIFY(
         file.endsWith(QStringLiteral("/deep/down/ZelProgrammableKeys/zelprogrammablekeys.data")));
@@ -69,7 +69,7 @@ void ConnectionTest::theFileIsNamedAfterTheModule()
 void ConnectionTest::laterUsesGetTheSameObjectAndDoNotConnectAgain()
 {
     unit::LogCapture log(7);
-    QCOMPARE(&ProgKeysDatabase::instance(), &ProgKeysDatabase::instance());
+    QCOMPARE(&unit::database(), &unit::database());
     QCOMPARE(log.take(), QStringList());
 }
 
@@ -106,7 +106,7 @@ void ConnectionTest::readsHoldNoLock_data()
 void ConnectionTest::readsHoldNoLock()
 {
     QFETCH(Read, read);
-    ProgKeysDatabase &database = ProgKeysDatabase::instance();
+    ProgKeysDatabase &database = unit::database();
     database.resetTables();
     for (int number = 0; number < 3; ++number)
         database.insertKey(unit::sampleKey());

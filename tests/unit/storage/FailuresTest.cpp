@@ -3,6 +3,7 @@
 #include "storage/Statements.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <QRegularExpression>
@@ -11,7 +12,7 @@ namespace {
 
 ProgKeysDatabase &database()
 {
-    return ProgKeysDatabase::instance();
+    return unit::database();
 }
 
 void addStatementRows()

@@ -2,12 +2,13 @@
 
 #include "storage/ProgKeysDatabase.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 
 namespace {
 
 ProgKeysDatabase &database()
 {
-    return ProgKeysDatabase::instance();
+    return unit::database();
 }
 
 Key storedKey()

@@ -1,13 +1,14 @@
 #include "storage/OtherProgram.h"
 #include "storage/ProgKeysDatabase.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 namespace {
 
 ProgKeysDatabase &database()
 {
-    return ProgKeysDatabase::instance();
+    return unit::database();
 }
 
 void addTextRows()

@@ -3,6 +3,7 @@
 #include "storage/Statements.h"
 #include "support/LogCapture.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -47,7 +48,7 @@ void UnopenableTest::initTestCase()
     QFile obstacle(root + QStringLiteral("ZelProgrammableKeys"));
     QVERIFY(obstacle.open(QIODevice::WriteOnly));
     unit::LogCapture log(7);
-    ProgKeysDatabase::instance();
+    unit::database();
     m_firstLines = log.take();
 }
 
@@ -85,7 +86,7 @@ void UnopenableTest::theCheckFailsAtTheKeys()
 {
     expectLibraryWarning();
     unit::LogCapture log(6);
-    QVERIFY(!ProgKeysDatabase::instance().checkTables());
+    QVERIFY(!unit::database().checkTables());
     QCOMPARE(log.take(),
              QStringList{QStringLiteral("info: Table Key is not correct. Check fails")});
 }
@@ -96,7 +97,7 @@ void UnopenableTest::aResetSaysWhyAtEachStepAndReturns()
     for (int step = 0; step < steps; ++step)
         expectLibraryWarning();
     unit::LogCapture log(3);
-    ProgKeysDatabase::instance().resetTables();
+    unit::database().resetTables();
     const QStringList lines = log.take();
     QCOMPARE(lines.size(), steps);
     QVERIFY(lines.first().startsWith(QStringLiteral("error: Error: DROP TABLE IF EXISTS KEY ")));
@@ -110,7 +111,7 @@ void UnopenableTest::openingIsNotTriedAgain()
     QVERIFY(QFile::remove(root + QStringLiteral("ZelProgrammableKeys")));
     QVERIFY(QDir().mkpath(OtherProgram::directory()));
     expectLibraryWarning();
-    QCOMPARE(ProgKeysDatabase::instance().insertKey(unit::sampleKey()).code, -3);
+    QCOMPARE(unit::database().insertKey(unit::sampleKey()).code, -3);
     QVERIFY(!QFile::exists(OtherProgram::fileName()));
 }
 

@@ -1,6 +1,7 @@
 #include "storage/OtherProgram.h"
 #include "storage/ProgKeysDatabase.h"
 #include "support/Samples.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 #include <limits>
@@ -9,7 +10,7 @@ namespace {
 
 ProgKeysDatabase &database()
 {
-    return ProgKeysDatabase::instance();
+    return unit::database();
 }
 
 constexpr qlonglong Wide = (qlonglong{1} << 40) + 5;

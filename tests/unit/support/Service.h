@@ -1,6 +1,8 @@
 #pragma once
 
-#include "app/ZelProgrammableKeys.h"
+#include "dbus/ZelProgrammableKeysAdaptor.h"
+#include "module/ZelProgrammableKeys.h"
+#include "records/ResultCode.h"
 #include "storage/ProgKeysDatabase.h"
 #include "support/Samples.h"
 
@@ -9,27 +11,42 @@ namespace unit {
 /// The one module of this process.
 inline ZelProgrammableKeys &service()
 {
-    return *ZelProgrammableKeys::instance();
+    const auto makeAdaptor = [](QObject *module) -> QDBusAbstractAdaptor * {
+        return new ZelProgrammableKeysAdaptor(module);
+    };
+    return *ZelProgrammableKeys::instance(makeAdaptor);
+}
+
+/// The store of the module.
+inline ProgKeysDatabase &database()
+{
+    return ProgKeysDatabase::instance(service());
 }
 
 /// Empty tables and known types, as after a start.
-inline void layService()
+inline void resetService()
 {
     registerDBusKey();
     registerDBusAction();
-    ProgKeysDatabase::instance().resetTables();
+    database().resetTables();
+}
+
+/// The sender of the module's events.
+inline Notifications notifications()
+{
+    return Notifications(service());
 }
 
 /// Stores without any event or rule, and returns the record as it is stored.
 inline Key stored(Key key)
 {
-    key.idKey = ProgKeysDatabase::instance().insertKey(key).id;
+    key.idKey = database().insertKey(key).id;
     return key;
 }
 
 inline Action stored(Action action)
 {
-    action.idAction = ProgKeysDatabase::instance().insertAction(action).id;
+    action.idAction = database().insertAction(action).id;
     return action;
 }
 

@@ -46,7 +46,7 @@ class ActionOperationsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { unit::layService(); }
+    void init() { unit::resetService(); }
 
     void anActionWithoutADmIdIsRemovable_data();
     void anActionWithoutADmIdIsRemovable();

@@ -26,7 +26,7 @@ private:
 
 void KeyLimitTest::init()
 {
-    unit::layService();
+    unit::resetService();
 }
 
 qlonglong KeyLimitTest::create(int type)

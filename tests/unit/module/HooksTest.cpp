@@ -57,7 +57,7 @@ class HooksTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { unit::layService(); }
+    void init() { unit::resetService(); }
 
     void aHookReturnsItsResult_data() { addHookRows(); }
     void aHookReturnsItsResult();
@@ -110,7 +110,7 @@ void HooksTest::checkPassesOnWhatTheTablesSay()
 {
     OtherProgram().execute({QStringLiteral("DROP TABLE ACTION")});
     QVERIFY(!unit::service().check());
-    unit::layService();
+    unit::resetService();
     QVERIFY(unit::service().check());
 }
 

@@ -1,6 +1,6 @@
-#include "app/ZelProgrammableKeys.h"
-#include "events/Notifications.h"
 #include "logging.h"
+#include "module/ZelProgrammableKeys.h"
+#include "records/ResultCode.h"
 #include "storage/ProgKeysDatabase.h"
 
 namespace {
@@ -11,22 +11,22 @@ constexpr int LabelShown = 1;
 
 ListAction ZelProgrammableKeys::getAllActions()
 {
-    return ProgKeysDatabase::instance().allActions();
+    return database().allActions();
 }
 
 ListAction ZelProgrammableKeys::getAction(qlonglong idAction)
 {
-    return ProgKeysDatabase::instance().action(idAction);
+    return database().action(idAction);
 }
 
 qlonglong ZelProgrammableKeys::addAction(Action action)
 {
-    const Insertion insertion = ProgKeysDatabase::instance().insertAction(action);
+    const Insertion insertion = database().insertAction(action);
     action.idAction = insertion.id;
-    if (insertion.code != StorageCode::Success)
+    if (insertion.code != ResultCode::Success)
         return insertion.code;
     ZELEvent event;
-    events::actionCreated(event, action);
+    notifications().actionCreated(event, action);
     return action.idAction;
 }
 
@@ -38,13 +38,13 @@ int ZelProgrammableKeys::modifyAction(const Action &action)
         return ResultCode::Refused;
     }
     const Action &old = stored.first();
-    const int code = ProgKeysDatabase::instance().updateAction(action);
-    if (code != StorageCode::Success) {
+    const int code = database().updateAction(action);
+    if (code != ResultCode::Success) {
         logging::error("ZelProgrammableKeys::modifyAction(1) : fail !");
         return code;
     }
     ZELEvent event;
-    events::actionModified(event, action);
+    notifications().actionModified(event, action);
     if (old.shortLabel != action.shortLabel)
         updateAomLabelsForAction(action.idAction, action.shortLabel);
     return ResultCode::Success;
@@ -52,11 +52,10 @@ int ZelProgrammableKeys::modifyAction(const Action &action)
 
 void ZelProgrammableKeys::updateAomLabelsForAction(qlonglong idAction, const QString &label)
 {
-    const ListKey keys =
-        ProgKeysDatabase::instance().keysOfTypeWithAction(KeyType::AddOnModule, idAction);
+    const ListKey keys = database().keysOfTypeWithAction(KeyType::AddOnModule, idAction);
     for (const Key &key : keys) {
         ZELEvent event;
-        events::setModuleLabel(event, events::placeOf(key), LabelShown, label);
+        notifications().setModuleLabel(event, placeOf(key), LabelShown, label);
     }
 }
 
@@ -69,15 +68,15 @@ int ZelProgrammableKeys::deleteAction(qlonglong idAction)
     const ListAction stored = getAction(idAction);
     if (stored.isEmpty() || !isActionRemovable(stored.first()))
         return ResultCode::Refused;
-    const int code = ProgKeysDatabase::instance().deleteAction(idAction);
-    if (code != StorageCode::Success)
+    const int code = database().deleteAction(idAction);
+    if (code != ResultCode::Success)
         return code;
-    // A provisioned key refuses, and stays without its action until it is provisioned anew.
-    const QList<qlonglong> boundKeys = ProgKeysDatabase::instance().keyIdsWithAction(idAction);
+    // A provisioned key refuses, and keeps the id of the deleted action until the next merge.
+    const QList<qlonglong> boundKeys = database().keyIdsWithAction(idAction);
     for (const qlonglong idKey : boundKeys)
         deleteProgrammableKey(idKey);
     ZELEvent event;
-    events::actionDeleted(event, idAction);
+    notifications().actionDeleted(event, idAction);
     return ResultCode::Success;
 }
 

@@ -1,7 +1,7 @@
 #include "support/MetaObject.h"
 
-#include "app/ZelProgrammableKeys.h"
-#include "module.h"
+#include "module/ZelProgrammableKeys.h"
+#include "support/Service.h"
 #include "support/TestMain.h"
 
 /// What the adaptor and the framework see of the module.
@@ -61,7 +61,7 @@ void MetaObjectTest::everyMethodIsASlotAndNothingElseIsDeclared()
 
 void MetaObjectTest::theModuleIsCastByNameToItsClassAndItsBases()
 {
-    ZelProgrammableKeys *const module = ZelProgrammableKeys::instance();
+    ZelProgrammableKeys *const module = &unit::service();
     QCOMPARE(module->qt_metacast("ZelProgrammableKeys"), static_cast<void *>(module));
     QCOMPARE(module->qt_metacast("ZELModule"),
              static_cast<void *>(static_cast<ZELModule *>(module)));
@@ -71,9 +71,8 @@ void MetaObjectTest::theModuleIsCastByNameToItsClassAndItsBases()
 
 void MetaObjectTest::thereIsOneModuleUnderItsName()
 {
-    ZelProgrammableKeys *const module = ZelProgrammableKeys::instance();
-    QCOMPARE(ZelProgrammableKeys::instance(), module);
-    QCOMPARE(&theModule(), module);
+    ZelProgrammableKeys *const module = &unit::service();
+    QCOMPARE(ZelProgrammableKeys::instance(nullptr), module);
     QCOMPARE(module->getModuleName(), QStringLiteral("ZelProgrammableKeys"));
     QCOMPARE(ZelProgrammableKeys::moduleName(), QStringLiteral("ZelProgrammableKeys"));
 }
@@ -82,7 +81,7 @@ void MetaObjectTest::theSlotsAnswerByName()
 {
     registerDBusKey();
     registerDBusAction();
-    ZelProgrammableKeys *const module = ZelProgrammableKeys::instance();
+    ZelProgrammableKeys *const module = &unit::service();
     module->deploy();
     ListAction actions;
     QVERIFY(QMetaObject::invokeMethod(module, "getAction", Qt::AutoConnection,

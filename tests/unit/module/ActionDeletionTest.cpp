@@ -29,7 +29,7 @@ class ActionDeletionTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { unit::layService(); }
+    void init() { unit::resetService(); }
 
     void anActionTakesItsKeysAlongBeforeItIsAnnounced();
     void theKeysGoInTheOrderOfTheirIds();

@@ -1,48 +1,48 @@
 #pragma once
 
+#include "events/Notifications.h"
 #include "records/Action.h"
 #include "records/Capability.h"
 #include "records/Key.h"
 
 #include <zelcore/ZELModule.h>
 
-/// What the operations answer besides ids and the storage's own codes.
-namespace ResultCode {
-constexpr int Success = 0;
-constexpr int KeysFull = -1; ///< createProgrammableKey: the limit "ProgKeysMax" is reached
-constexpr int Refused = -2;  ///< no such action or key, a protected one, or a failed insertion
-} // namespace ResultCode
+class ProgKeysDatabase;
+class QDBusAbstractAdaptor;
 
-/// The service's one module. Its slots are the operations that the adaptor calls by name, so their
-/// names, order and types are part of the bus interface; each is defined in the folder of its
-/// subject. Everything runs on the thread of the event loop.
+/// The service's one module. The D-Bus adaptor calls its slots by name, so their names, order and
+/// types are part of the bus interface. Everything runs on the thread of the event loop.
 class ZelProgrammableKeys : public ZELModule
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.velmora.Tessaro.ZELInterface")
 
 public:
-    /// Made by the first call and deleted by `main`; not to be used after that.
-    static ZelProgrammableKeys *instance();
+    /// Creates the adaptor that publishes the module's operations, as a child of the module.
+    using MakeAdaptor = QDBusAbstractAdaptor *(*)(QObject *module);
+
+    /// The single instance. The first call creates it; `main` deletes it at the end of the process.
+    /// `start` calls the function of the first call.
+    static ZelProgrammableKeys *instance(MakeAdaptor makeAdaptor);
     static QString moduleName();
 
     bool check() override;
-    /// Destroys all data: the tables are dropped and made anew.
+    /// Deletes all data: drops the tables and creates them again.
     bool deploy() override;
     bool init() override;
     bool start() override;
-    /// Always returns false, also though it always goes through; the platform expects it so.
+    /// Returns false although it completes all its steps: the platform expects this result.
     bool restoreDefault() override;
     bool restoreFactory() override;
 
-    /// A key, or action, that device management provisioned can not be deleted by anybody else.
+    /// False for a key or action that device management provisioned: clients cannot delete it.
     static bool isProgrammableKeyRemovable(const Key &key);
     static bool isActionRemovable(const Action &action);
 
-    /// Merges the defaults that device management provisions into the store.
+    /// Merges the defaults that device management provisions into the database.
     void syncDmDefaults();
 
-    /// Asks every add-on module that has keys with this action to show the label beside them.
+    /// Asks the add-on modules to show the label on each of their keys that triggers this action.
     void updateAomLabelsForAction(qlonglong idAction, const QString &label);
 
 public slots:
@@ -66,4 +66,15 @@ private slots:
 
 protected:
     explicit ZelProgrammableKeys(const QString &name);
+
+private:
+    ProgKeysDatabase &database();
+    Notifications notifications();
+
+    bool actionExists(qlonglong idAction);
+    bool isRoomFor(const Key &key);
+    void resetModuleIcon(const Key &key);
+    void reportPress(const Key &key);
+
+    static MakeAdaptor s_makeAdaptor;
 };

@@ -37,7 +37,7 @@ class KeyStatesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { unit::layService(); }
+    void init() { unit::resetService(); }
 
     void anIconIsPassedOnUnchecked_data();
     void anIconIsPassedOnUnchecked();

@@ -1,39 +1,46 @@
-#include "app/ZelProgrammableKeys.h"
+#include "module/ZelProgrammableKeys.h"
 #include "provisioning/DefaultsMerge.h"
 #include "provisioning/SettingsReader.h"
+#include "storage/DeferredSync.h"
 #include "storage/ProgKeysDatabase.h"
 
 namespace {
 
-// The module's operations, as any client would use them.
+// Merges through the module's operations, so that their checks, events and log lines apply.
 class ModuleOperations : public provisioning::MergeTarget
 {
 public:
-    explicit ModuleOperations(ZelProgrammableKeys &module) : m_module(module) {}
+    ModuleOperations(ZelProgrammableKeys &module, ProgKeysDatabase &database)
+        : m_module(module), m_database(database)
+    {
+    }
 
     ListAction allActions() override { return m_module.getAllActions(); }
     std::optional<Action> actionWithDmId(const QString &dmId) override
     {
-        return ProgKeysDatabase::instance().actionWithDmId(dmId);
+        return m_database.actionWithDmId(dmId);
     }
     void addAction(const Action &action) override { m_module.addAction(action); }
     void modifyAction(const Action &action) override { m_module.modifyAction(action); }
     void deleteAction(qlonglong idAction) override { m_module.deleteAction(idAction); }
-    void deleteProvisionedKeys() override { ProgKeysDatabase::instance().deleteProvisionedKeys(); }
+    void deleteProvisionedKeys() override { m_database.deleteProvisionedKeys(); }
     void createKey(const Key &key) override { m_module.createProgrammableKey(key); }
 
 private:
     ZelProgrammableKeys &m_module;
+    ProgKeysDatabase &m_database;
 };
 
 } // namespace
 
-// A setting that cannot be read comes as an empty text, and counts as one.
+// A setting that cannot be read counts as an empty text. The merge is repeated at every start and
+// no caller is told about its single writes, so they are synced together at its end.
 void ZelProgrammableKeys::syncDmDefaults()
 {
-    SettingsReader &settings = SettingsReader::instance();
+    SettingsReader &settings = SettingsReader::instance(*this);
     const QString actionsText = settings.getSettingValue(QStringLiteral("DefaultActions"));
     const QString keysText = settings.getSettingValue(QStringLiteral("DefaultKeys"));
-    ModuleOperations operations(*this);
+    ModuleOperations operations(*this, database());
+    const DeferredSync syncAtTheEnd;
     provisioning::mergeDefaults(operations, actionsText, keysText);
 }

@@ -61,7 +61,7 @@ private:
 
 void KeyOperationsTest::init()
 {
-    unit::layService();
+    unit::resetService();
     m_action = unit::stored(unit::userAction());
 }
 

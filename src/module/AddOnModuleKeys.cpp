@@ -1,6 +1,6 @@
-#include "app/ZelProgrammableKeys.h"
-#include "events/Notifications.h"
 #include "logging.h"
+#include "module/ZelProgrammableKeys.h"
+#include "records/ResultCode.h"
 #include "storage/ProgKeysDatabase.h"
 
 #include <cmath>
@@ -8,11 +8,11 @@
 
 namespace {
 
-// The one kind of module whose icons and labels can be set. Unlike a press, these operations go
-// by the kind of module and not by the type of the key.
+// The only kind of module whose icons and labels can be set. These operations test the kind of the
+// module, but a press tests the type of the key.
 constexpr int SettableModuleType = 1;
 
-// QVariant narrows a number that is too large without a word; 2^32 + 5 is no key 5.
+// QVariant silently truncates a number that does not fit: 2^32 + 5 would be key 5.
 std::optional<int> toInt(const QVariant &value)
 {
     bool isNumber = false;
@@ -30,7 +30,7 @@ std::optional<int> readArgument(const ZELEvent &event, const QString &name, cons
     return number;
 }
 
-// What a press of a key that nobody programmed is reported with.
+// The key that the answer to a press of an unprogrammed key carries.
 Key unprogrammedKey(int position, int aom_type, int aom_addr)
 {
     Key key;
@@ -61,16 +61,25 @@ void ZelProgrammableKeys::aomKeyPressed(const ZELEvent &event)
     if (!aom_addr)
         return;
 
-    ZELEvent answer;
-    const auto key = ProgKeysDatabase::instance().keyAtPlace(KeyType::AddOnModule, *position,
-                                                             *aom_type, *aom_addr);
-    if (!key) {
-        events::moduleKeyPressed(answer, unprogrammedKey(*position, *aom_type, *aom_addr), Action(),
-                                 false);
+    const auto key = database().keyAtPlace(KeyType::AddOnModule, *position, *aom_type, *aom_addr);
+    if (key) {
+        reportPress(*key);
         return;
     }
-    const ListAction actions = getAction(key->idAction);
-    events::moduleKeyPressed(answer, *key, actions.isEmpty() ? Action() : actions.first(), true);
+    ZELEvent answer;
+    notifications().moduleKeyPressed(answer, unprogrammedKey(*position, *aom_type, *aom_addr),
+                                     Action(), false);
+}
+
+// A key may outlive its action: its press is still reported, with a default action.
+void ZelProgrammableKeys::reportPress(const Key &key)
+{
+    const ListAction actions = getAction(key.idAction);
+    if (actions.isEmpty())
+        logging::error("No action found for key of id %1", key.idAction);
+    ZELEvent answer;
+    notifications().moduleKeyPressed(answer, key, actions.isEmpty() ? Action() : actions.first(),
+                                     true);
 }
 
 int ZelProgrammableKeys::setIconStateForKey(qlonglong idKey, int icon_x, int icon_y)
@@ -81,7 +90,7 @@ int ZelProgrammableKeys::setIconStateForKey(qlonglong idKey, int icon_x, int ico
         return ResultCode::Refused;
     }
     ZELEvent event;
-    events::setModuleIcon(event, events::placeOf(keys.first()), icon_x, icon_y);
+    notifications().setModuleIcon(event, placeOf(keys.first()), icon_x, icon_y);
     return ResultCode::Success;
 }
 
@@ -100,6 +109,6 @@ int ZelProgrammableKeys::setLabelStateForKey(qlonglong idKey, int state)
         return ResultCode::Refused;
     }
     ZELEvent event;
-    events::setModuleLabel(event, events::placeOf(key), state, actions.first().shortLabel);
+    notifications().setModuleLabel(event, placeOf(key), state, actions.first().shortLabel);
     return ResultCode::Success;
 }

@@ -1,4 +1,4 @@
-#include "app/ZelProgrammableKeys.h"
+#include "module/ZelProgrammableKeys.h"
 #include "support/EventRecorder.h"
 #include "support/LogCapture.h"
 #include "support/Service.h"
@@ -48,7 +48,7 @@ void RestoreDispatchTest::restoreFactoryCallsTheRestoreDefaultOfASubclass_data()
 void RestoreDispatchTest::restoreFactoryCallsTheRestoreDefaultOfASubclass()
 {
     QFETCH(bool, result);
-    unit::layService();
+    unit::resetService();
     unit::stored(unit::setKey(-1));
     OtherDefaults module(result);
     unit::EventRecorder recorder;

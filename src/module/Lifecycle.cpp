@@ -1,19 +1,15 @@
-#include "app/ZelProgrammableKeys.h"
-
-#include "dbus/ZelProgrammableKeysAdaptor.h"
-#include "events/Notifications.h"
 #include "logging.h"
-#include "module.h"
+#include "module/ZelProgrammableKeys.h"
 #include "storage/ProgKeysDatabase.h"
 
-ZELModule &theModule()
-{
-    return *ZelProgrammableKeys::instance();
-}
+ZelProgrammableKeys::MakeAdaptor ZelProgrammableKeys::s_makeAdaptor = nullptr;
 
-ZelProgrammableKeys *ZelProgrammableKeys::instance()
+ZelProgrammableKeys *ZelProgrammableKeys::instance(MakeAdaptor makeAdaptor)
 {
-    static auto *const module = new ZelProgrammableKeys(moduleName());
+    static auto *const module = [makeAdaptor] {
+        s_makeAdaptor = makeAdaptor;
+        return new ZelProgrammableKeys(moduleName());
+    }();
     return module;
 }
 
@@ -24,16 +20,26 @@ QString ZelProgrammableKeys::moduleName()
 
 ZelProgrammableKeys::ZelProgrammableKeys(const QString &name) : ZELModule(name) {}
 
+ProgKeysDatabase &ZelProgrammableKeys::database()
+{
+    return ProgKeysDatabase::instance(*this);
+}
+
+Notifications ZelProgrammableKeys::notifications()
+{
+    return Notifications(*this);
+}
+
 bool ZelProgrammableKeys::check()
 {
     logging::debug("ZelProgrammableKeys checking...");
-    return ProgKeysDatabase::instance().checkTables();
+    return database().checkTables();
 }
 
 bool ZelProgrammableKeys::deploy()
 {
     logging::debug("ZelProgrammableKeys deploying...");
-    ProgKeysDatabase::instance().resetTables();
+    database().resetTables();
     return true;
 }
 
@@ -42,7 +48,7 @@ bool ZelProgrammableKeys::init()
     logging::debug("ZelProgrammableKeys initialization...");
     registerDBusKey();
     registerDBusAction();
-    // A subscription that fails is in the log; the keys are of use without add-on modules, too.
+    // The platform logs a failed subscription. The keys of the set work without add-on modules.
     subscribeEvent(QStringLiteral("AOM_KEY_PRESS_EVENT"), this, SLOT(aomKeyPressed(ZELEvent)));
     return true;
 }
@@ -50,7 +56,7 @@ bool ZelProgrammableKeys::init()
 bool ZelProgrammableKeys::start()
 {
     logging::debug("ZelProgrammableKeys starting...");
-    m_adaptor = new ZelProgrammableKeysAdaptor(this);
+    m_adaptor = s_makeAdaptor(this);
     syncDmDefaults();
     return true;
 }
@@ -59,8 +65,8 @@ bool ZelProgrammableKeys::restoreDefault()
 {
     logging::debug("ZelProgrammableKeys restoring data to default ...");
     ZELEvent event;
-    events::databaseReset(event);
-    ProgKeysDatabase::instance().resetTables();
+    notifications().databaseReset(event);
+    database().resetTables();
     syncDmDefaults();
     return false;
 }

@@ -1,53 +1,22 @@
-#include "app/ZelProgrammableKeys.h"
-#include "events/Notifications.h"
 #include "logging.h"
+#include "module/ZelProgrammableKeys.h"
 #include "provisioning/SettingsReader.h"
+#include "records/ResultCode.h"
 #include "storage/ProgKeysDatabase.h"
-
-namespace {
-
-bool actionExists(qlonglong idAction)
-{
-    if (!ProgKeysDatabase::instance().action(idAction).isEmpty())
-        return true;
-    logging::error("Action of id %1 does not exist", idAction);
-    return false;
-}
-
-// The limit is read for a key of any type, so that a peer sees the same call for each, but it
-// holds only keys of the set; counting those takes a walk through the table, which the others are
-// spared. A setting that cannot be read is no limit.
-bool isRoomFor(const Key &key)
-{
-    bool isLimited = true;
-    const int limit = SettingsReader::instance()
-                          .getSettingValue(QStringLiteral("ProgKeysMax"), &isLimited)
-                          .toInt();
-    return key.type != KeyType::Set || !isLimited ||
-           ProgKeysDatabase::instance().countKeysOfType(KeyType::Set) < limit;
-}
-
-void resetModuleIcon(const Key &key)
-{
-    ZELEvent event;
-    events::setModuleIcon(event, events::placeOf(key), 0, 0);
-}
-
-} // namespace
 
 ListKey ZelProgrammableKeys::getAllProgrammableKeys()
 {
-    return ProgKeysDatabase::instance().allKeys();
+    return database().allKeys();
 }
 
 ListKey ZelProgrammableKeys::getProgrammableKeysByContainer(const QString &container)
 {
-    return ProgKeysDatabase::instance().keysInContainer(container);
+    return database().keysInContainer(container);
 }
 
 ListKey ZelProgrammableKeys::getProgrammableKey(qlonglong idKey)
 {
-    return ProgKeysDatabase::instance().key(idKey);
+    return database().key(idKey);
 }
 
 qlonglong ZelProgrammableKeys::createProgrammableKey(Key key)
@@ -56,15 +25,15 @@ qlonglong ZelProgrammableKeys::createProgrammableKey(Key key)
         return ResultCode::Refused;
     if (!isRoomFor(key)) {
         ZELEvent event;
-        events::keysFull(event);
+        notifications().keysFull(event);
         return ResultCode::KeysFull;
     }
-    const Insertion insertion = ProgKeysDatabase::instance().insertKey(key);
+    const Insertion insertion = database().insertKey(key);
     key.idKey = insertion.id;
-    if (insertion.code != StorageCode::Success)
+    if (insertion.code != ResultCode::Success)
         return ResultCode::Refused;
     ZELEvent event;
-    events::keyCreated(event, key);
+    notifications().keyCreated(event, key);
     if (key.type == KeyType::AddOnModule)
         resetModuleIcon(key);
     return key.idKey;
@@ -72,15 +41,15 @@ qlonglong ZelProgrammableKeys::createProgrammableKey(Key key)
 
 int ZelProgrammableKeys::modifyProgrammableKey(const Key &key)
 {
-    const ListKey stored = ProgKeysDatabase::instance().key(key.idKey);
+    const ListKey stored = database().key(key.idKey);
     const Key old = stored.isEmpty() ? Key() : stored.first();
     if (!actionExists(key.idAction))
         return ResultCode::Refused;
-    const int code = ProgKeysDatabase::instance().updateKey(key);
-    if (code != StorageCode::Success)
+    const int code = database().updateKey(key);
+    if (code != ResultCode::Success)
         return code;
     ZELEvent event;
-    events::keyModified(event, key);
+    notifications().keyModified(event, key);
     if (key.type == KeyType::AddOnModule && old.icon != key.icon)
         resetModuleIcon(key);
     return ResultCode::Success;
@@ -88,13 +57,13 @@ int ZelProgrammableKeys::modifyProgrammableKey(const Key &key)
 
 bool ZelProgrammableKeys::changeProgrammableKeysPosition(const QMapIntInt &listId)
 {
-    return ProgKeysDatabase::instance().updateKeyPositions(listId);
+    return database().updateKeyPositions(listId);
 }
 
 int ZelProgrammableKeys::deleteProgrammableKey(qlonglong idKey)
 {
     logging::debug("deleteProgrammableKey : idKey=%1", idKey);
-    const ListKey keys = ProgKeysDatabase::instance().key(idKey);
+    const ListKey keys = database().key(idKey);
     logging::debug("deleteProgrammableKey : listKey.size=%1", keys.size());
     if (keys.isEmpty())
         return ResultCode::Refused;
@@ -104,11 +73,11 @@ int ZelProgrammableKeys::deleteProgrammableKey(qlonglong idKey)
     if (!isProgrammableKeyRemovable(key))
         return ResultCode::Refused;
     logging::debug("deleteProgrammableKey : delete key from database");
-    const int code = ProgKeysDatabase::instance().deleteKey(key.idKey);
-    if (code != StorageCode::Success)
+    const int code = database().deleteKey(key.idKey);
+    if (code != ResultCode::Success)
         return code;
     ZELEvent event;
-    events::keyDeleted(event, key.idKey);
+    notifications().keyDeleted(event, key.idKey);
     return ResultCode::Success;
 }
 
@@ -119,4 +88,30 @@ bool ZelProgrammableKeys::isProgrammableKeyRemovable(const Key &key)
     logging::debug("isProgrammableKeyRemovable : idDM=%1", key.dmId);
     logging::debug("isProgrammableKeyRemovable : value=%1", int{isRemovable});
     return isRemovable;
+}
+
+bool ZelProgrammableKeys::actionExists(qlonglong idAction)
+{
+    if (!database().action(idAction).isEmpty())
+        return true;
+    logging::error("Action of id %1 does not exist", idAction);
+    return false;
+}
+
+// The keys are counted and the limit is read for a key of any type, in this order, so that peers
+// and the log show the same steps for all keys. If the setting cannot be read, there is no limit.
+bool ZelProgrammableKeys::isRoomFor(const Key &key)
+{
+    const int count = database().countKeysOfType(KeyType::Set);
+    bool isLimited = true;
+    const int limit = SettingsReader::instance(*this)
+                          .getSettingValue(QStringLiteral("ProgKeysMax"), &isLimited)
+                          .toInt();
+    return key.type != KeyType::Set || !isLimited || count < limit;
+}
+
+void ZelProgrammableKeys::resetModuleIcon(const Key &key)
+{
+    ZELEvent event;
+    notifications().setModuleIcon(event, placeOf(key), 0, 0);
 }

@@ -1,0 +1,50 @@
+#include "storage/DeferredSync.h"
+
+#include "storage/Connection.h"
+
+namespace {
+
+// Each copy of the log into the database costs two or three syncs, so it is done less often while
+// syncs are deferred. 1000 pages (4 MiB) is SQLite's default.
+constexpr int PagesWhileDeferred = 1000;
+
+bool setSynchronous(const QString &mode)
+{
+    return connection::execute(QStringLiteral("PRAGMA synchronous=%1").arg(mode)).has_value();
+}
+
+// How many rows the connection has inserted, updated or deleted so far.
+std::optional<QString> changesSoFar()
+{
+    return connection::execute(QStringLiteral("SELECT total_changes()"));
+}
+
+// Any write that is synced also syncs the log before it. This one writes a number back unchanged.
+void syncWithOneWrite()
+{
+    const std::optional<QString> version =
+        connection::execute(QStringLiteral("PRAGMA user_version"));
+    if (version)
+        connection::execute(QStringLiteral("PRAGMA user_version=%1").arg(*version));
+}
+
+} // namespace
+
+DeferredSync::DeferredSync()
+    : m_isDeferred(connection::usesWriteAheadLog() && setSynchronous(QStringLiteral("NORMAL")))
+{
+    if (!m_isDeferred)
+        return;
+    connection::checkpointEvery(PagesWhileDeferred);
+    m_changes = changesSoFar();
+}
+
+DeferredSync::~DeferredSync()
+{
+    if (!m_isDeferred)
+        return;
+    setSynchronous(QStringLiteral("FULL"));
+    connection::checkpointEvery(connection::CheckpointPages);
+    if (!m_changes || m_changes != changesSoFar())
+        syncWithOneWrite();
+}
