@@ -1,6 +1,7 @@
 """Where the data of the stands lie: in memory, or on a disk."""
 
 import shutil
+import subprocess
 import tempfile
 from contextlib import contextmanager
 from pathlib import Path
@@ -10,17 +11,19 @@ from .failure import MeasurementFailed
 from .programs import CHECKOUT
 
 IN_MEMORY = {"tmpfs", "ramfs"}
-MOUNTS = Path("/proc/self/mounts")
 
 
 def file_system_of(path: Path) -> str:
-    """The type of the file system that a path is on."""
-    path = path.resolve()
-    mounted: dict[Path, str] = {}
-    for line in MOUNTS.read_text(encoding="utf-8").splitlines():
-        _device, point, kind, *_ = line.split(" ")
-        mounted[Path(point.replace(r"\040", " "))] = kind
-    return next(mounted[place] for place in (path, *path.parents) if place in mounted)
+    """The type of the file system that a path is on.
+
+    The list of mounts does not always tell: it leaves out the root of a chroot that is no mount.
+    """
+    return subprocess.run(
+        ["stat", "--file-system", "--format=%T", str(path)],
+        check=True,
+        stdout=subprocess.PIPE,
+        text=True,
+    ).stdout.strip()
 
 
 def memory_directory() -> Path:
