@@ -7,23 +7,6 @@
 #include <QDBusConnection>
 #include <QSqlDatabase>
 
-#include <sched.h>
-
-namespace {
-
-// As the platform has it, too.
-QDBusConnection busWithBatchThread()
-{
-    const sched_param priority = {};
-    if (sched_setscheduler(0, SCHED_BATCH, &priority) != 0)
-        qFatal("The scheduling cannot be chosen");
-    QDBusConnection bus = QDBusConnection::systemBus();
-    sched_setscheduler(0, SCHED_OTHER, &priority);
-    return bus;
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
     // As the platform has it.
@@ -40,7 +23,7 @@ int main(int argc, char **argv)
     registerDBusAction();
     registerAnswer();
     PressedKeys keys;
-    QDBusConnection bus = busWithBatchThread();
+    QDBusConnection bus = QDBusConnection::systemBus();
     if (!bus.connect(QString(), QString(), QStringLiteral("com.velmora.Tessaro.ZELEvents"),
                      QStringLiteral("event"), {QStringLiteral("AOM_KEY_PRESS_EVENT")}, QString(),
                      &keys, SLOT(answer(QDBusMessage))) ||

@@ -1,6 +1,5 @@
 #include "ModuleRunner.h"
 
-#include "BatchScheduling.h"
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
 #include "ServiceManager.h"
@@ -47,14 +46,9 @@ QString nameIsTaken(const QString &name)
 
 ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
 {
-    // Opened here, so that the bus library begins to dispatch before `run`: a hook that waits for a
-    // peer would otherwise never learn that the bus is gone.
-    {
-        // The library's thread only passes on what others have written. That it lets them finish
-        // first spares every call some switches between processes.
-        const BatchScheduling forTheThread;
-        QDBusConnection::systemBus();
-    }
+    // Opened here, so that the bus library dispatches before `run` is called. A hook that waits for
+    // a peer would otherwise not notice that the bus is gone.
+    QDBusConnection::systemBus();
     QMetaObject::invokeMethod(this, &ModuleRunner::run, Qt::QueuedConnection);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &ModuleRunner::leaveBus);

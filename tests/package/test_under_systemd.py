@@ -15,10 +15,6 @@ from target_root import TargetRoot
 
 NEW_ACTION = ("action", "add", "type=1", "action=call")
 UNIT = "zelprogrammablekeys.service"
-SCHED_BATCH = "3"
-POLICY_FIELD = 41
-"""Of /proc/PID/stat, counted from 1; the third is the first after the name."""
-
 BUS_OBJECT = (
     "com.velmora.Tessaro.ZelProgrammableKeys",
     "/com/velmora/Tessaro/ZelProgrammableKeys",
@@ -103,13 +99,6 @@ def debug_lines(system: BootedSystem) -> str:
         "journalctl", "--unit", UNIT, "--priority=debug..debug", "--output=json"
     )
     return "\n".join(str(json.loads(line)["MESSAGE"]) for line in journal.splitlines())
-
-
-def test_the_bus_library_s_thread_is_a_batch_thread_under_the_filter(system: BootedSystem) -> None:
-    process = main_process(system)
-    statistics = system.demand("sh", "-c", f"cat /proc/{process}/task/*/stat").splitlines()
-    policies = [line.rpartition(")")[2].split()[POLICY_FIELD - 3] for line in statistics]
-    assert sorted(policies) == ["0", SCHED_BATCH]
 
 
 def test_it_comes_back_when_it_is_killed_and_remembers(system: BootedSystem) -> None:
