@@ -66,22 +66,30 @@ def test_help_needs_no_phone(offline: Tool, words: list[str]) -> None:
 @pytest.mark.parametrize(
     ("words", "message"),
     [
-        ([], "progkeysctl wants a command"),
-        (["key"], "progkeysctl key wants a command"),
-        (["keys"], 'There is no command "progkeysctl keys"'),
-        (["key", "paint"], 'There is no command "progkeysctl key paint"'),
-        (["key", "list", "--colour"], "The following argument was not expected: --colour"),
-        (["key", "list", "-j", "--terse"], "excludes"),
-        (["key", "list", "--json=long"], "--json"),
-        (["status", "--system", "--session"], "excludes"),
-        (["status", "--timeout", "0"], "--timeout"),
-        (["status", "--timeout", "soon"], "--timeout"),
-        (["status", "--timeout", "nan"], "--timeout"),
-        (["restore", "everything", "--yes"], "everything"),
+        ([], "A command is required"),
+        (["key"], "A command is required"),
+        (["keys"], 'Unknown command "keys"'),
+        (["key", "paint"], 'Unknown command "key paint"'),
+        (["key", "lst"], 'Did you mean "list"?'),
+        (["key", "list", "--colour"], "Unknown option --colour"),
+        (["key", "list", "--feilds", "idKey"], 'Did you mean "--fields"?'),
+        (["key", "list", "all"], 'Unexpected argument "all"'),
+        (["key", "list", "--type"], "--type requires a value"),
+        (["key", "list", "--no-legend=x"], "--no-legend takes no value"),
+        (["key", "list", "--timeout", "1", "--timeout", "2"], "--timeout is given more than once"),
+        (["key", "show"], "KEY_ID is required"),
+        (["key", "list", "-j", "--terse"], "--terse cannot be combined with -j"),
+        (["key", "list", "--json=long"], '--json: "long" is not one of pretty, short'),
+        (["status", "--system", "--session"], "--session cannot be combined with --system"),
+        (["status", "--timeout", "0"], '--timeout: "0" is not a number of seconds from 0.001 to 2000000'),
+        (["status", "--timeout", "soon"], '--timeout: "soon" is not a number of seconds'),
+        (["status", "--timeout", "nan"], '--timeout: "nan" is not a number of seconds'),
+        (["monitor", "--limit", "0"], '--limit: "0" is not a whole number from 1 to 1000000000'),
+        (["restore", "everything", "--yes"], 'default|factory: "everything" is not one of default, factory'),
     ],
     ids=lambda value: " ".join(value) or "nothing" if isinstance(value, list) else None,
 )
-def test_a_line_that_cannot_be_meant_is_told(offline: Tool, words: list[str], message: str) -> None:
+def test_an_invalid_command_line_is_refused(offline: Tool, words: list[str], message: str) -> None:
     result = offline(*words)
     assert (result.status, result.out) == (2, "")
     assert result.err.startswith("progkeysctl: error: ")

@@ -62,7 +62,7 @@ def test_every_command_is_offered_at_its_place(complete: Completer, offline: Too
 
 def test_every_option_is_offered_at_its_command(complete: Completer, offline: Tool) -> None:
     program = offline("__commands").json
-    common = long_names(program["options"]) - {"--version"}
+    common = long_names(program["options"])
     expected = {
         f"progkeysctl {' '.join(command['words'])} -": common | long_names(command["options"])
         for command in program["commands"]
@@ -115,7 +115,6 @@ def test_every_file_and_directory_is_left_to_the_shell(complete: Completer, offl
         pytest.param("progkeysctl --terse key list --te", [], id="also before the command"),
         pytest.param("progkeysctl key list --container=x --co", [], id="an option with one value, too"),
         pytest.param("progkeysctl monitor --match A --ma", ["--match"], id="one with several may be given again"),
-        pytest.param("progkeysctl --session --s", [], id="nor what it excludes"),
         pytest.param("progkeysctl export -", None, id="an option with a short name"),
         pytest.param("progkeysctl export -o", ["-o"], id="the short name itself"),
         pytest.param("progkeysctl export -o x --o", [], id="given by its short name"),

@@ -54,7 +54,7 @@ def test_what_is_no_number_names_no_key(ctl: Tool, client: Client, key: Key, tex
     for words in (["key", "show", text], ["key", "delete", text], ["action", "delete", text], ["label", text, 1]):
         result = ctl(*words)
         assert (result.status, result.out) == (2, "")
-        assert f'"{text}" is no whole number of 64 bits' in result.err
+        assert f'"{text}" is not a whole number of 64 bits' in result.err
     assert client.get_all_programmable_keys() == [key]
 
 

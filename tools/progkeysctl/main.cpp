@@ -30,7 +30,6 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("progkeysctl"));
     // The width of characters is that of UTF-8, which is what is written, whatever the locale says.
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    cli::CommandLine line;
-    commands::addAll(line);
+    cli::CommandLine line(commands::all());
     return line.execute(argc, argv);
 }

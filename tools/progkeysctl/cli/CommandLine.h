@@ -1,78 +1,28 @@
 #pragma once
 
-#include "cli/Session.h"
-#include "outcome/ExitStatus.h"
-
-#include <CLI/CLI.hpp>
-
-#include <functional>
-#include <string>
+#include "cli/Command.h"
+#include "cli/Parser.h"
 
 namespace cli {
 
-/// What a command does once the whole command line is understood.
-using Run = std::function<ExitStatus(Session &)>;
-
-/// The command line: options common to all commands, and the commands, which their groups add.
-///
-/// What an argument stands for is said by its type name, which help shows and completion goes by:
-/// see the names below.
+/// The command line: the options of all commands, and the commands.
 class CommandLine
 {
 public:
-    CommandLine();
+    /// Each group before its members, in the order in which help shows them.
+    explicit CommandLine(const QList<Command> &commands);
 
-    /// A group of commands, such as `key`; one of them must be given.
-    CLI::App *addGroup(const std::string &name, const std::string &description);
+    const QList<Command> &commands() const { return m_commands; }
+    const Parser &parser() const { return m_parser; }
 
-    /// A command, at the top or in a group.
-    CLI::App *addCommand(const std::string &name, const std::string &description, Run run);
-    CLI::App *addCommand(CLI::App *group, const std::string &name, const std::string &description,
-                         Run run);
-
-    const CLI::App &app() const { return m_app; }
-    const Options &options() const { return m_options; }
-
-    /// Parses and runs what was asked for; says on stderr what went wrong. The exit status.
+    /// Parses the line and runs the command; prints what went wrong on stderr. The exit status.
     int execute(int argc, char **argv);
 
 private:
-    void addCommonOptions();
-    void readCommonOptions();
-    int finish(const CLI::ParseError &error);
+    ExitStatus run(int argc, char **argv);
 
-    CLI::App m_app;
-    Options m_options;
-    Run m_chosen;
-    struct Given
-    {
-        bool system = false;
-        bool session = false;
-        std::string address;
-        double timeout = -1;
-        bool j = false;
-        std::string json;
-        bool terse = false;
-        std::string fields;
-        bool noLegend = false;
-    } m_given;
+    QList<Command> m_commands;
+    Parser m_parser;
 };
-
-/// Type names of arguments.
-namespace type {
-constexpr const char *KeyId = "KEY_ID";
-constexpr const char *ActionId = "ACTION_ID";
-constexpr const char *Container = "CONTAINER";
-constexpr const char *KeyAssignment = "KEY_FIELD=VALUE";
-constexpr const char *ActionAssignment = "ACTION_FIELD=VALUE";
-constexpr const char *KeyMove = "KEY_ID=POSITION";
-constexpr const char *ModuleAddress = "MODULE";
-constexpr const char *ModuleKey = "MODULE/NUMBER";
-constexpr const char *Number = "NUMBER";
-constexpr const char *Address = "ADDRESS";
-constexpr const char *Event = "EVENT";
-constexpr const char *File = "FILE";
-constexpr const char *Directory = "DIR";
-} // namespace type
 
 } // namespace cli

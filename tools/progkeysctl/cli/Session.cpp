@@ -10,7 +10,10 @@ constexpr double CallSeconds = 25;
 
 } // namespace
 
-Session::Session(Options options) : m_options(std::move(options)), m_out(m_options.manner) {}
+Session::Session(Options options, const CommandLine &line)
+    : m_options(std::move(options)), m_line(line), m_out(m_options.manner)
+{
+}
 
 client::Bus &Session::bus()
 {

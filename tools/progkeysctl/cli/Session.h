@@ -8,6 +8,8 @@
 
 namespace cli {
 
+class CommandLine;
+
 /// What the options common to all commands say.
 struct Options
 {
@@ -21,9 +23,10 @@ struct Options
 class Session
 {
 public:
-    explicit Session(Options options);
+    Session(Options options, const CommandLine &line);
 
     const Options &options() const { return m_options; }
+    const CommandLine &line() const { return m_line; }
     output::Output &out() { return m_out; }
     client::Bus &bus();
     client::ProgrammableKeys &service();
@@ -33,6 +36,7 @@ public:
 
 private:
     Options m_options;
+    const CommandLine &m_line;
     output::Output m_out;
     std::optional<client::Bus> m_bus;
     std::optional<client::ProgrammableKeys> m_service;

@@ -1,20 +1,19 @@
 #include "commands/ActionCommands.h"
 
-#include "cli/Checks.h"
+#include "cli/Arguments.h"
+#include "cli/Session.h"
+#include "commands/Counted.h"
+#include "commands/DeleteEach.h"
 #include "commands/Refusals.h"
-#include "commands/Shapes.h"
-#include "commands/Words.h"
 #include "fields/Fields.h"
 #include "output/TextWidth.h"
 
 #include <QJsonArray>
 
-#include <memory>
-
 namespace commands {
 namespace {
 
-ExitStatus list(cli::Session &session)
+ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     output::Listing listing;
     listing.columns = fields::columns<Action>();
@@ -26,10 +25,10 @@ ExitStatus list(cli::Session &session)
     return ExitStatus::Done;
 }
 
-ExitStatus show(cli::Session &session, qlonglong idAction)
+ExitStatus show(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().record(fields::columns<Action>(),
-                         fields::toJson(actionOf(session.service(), idAction)));
+    const Action action = actionOf(session.service(), arguments.id("ACTION_ID"));
+    session.out().record(fields::columns<Action>(), fields::toJson(action));
     return ExitStatus::Done;
 }
 
@@ -40,11 +39,11 @@ void warnOfIdentifier(const Action &action)
                                     "deleted, and a start of the service may overwrite it"));
 }
 
-ExitStatus add(cli::Session &session, const QStringList &assignments)
+ExitStatus add(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireFields(fields::columns<Action>());
     Action action;
-    fields::assign(action, assignments);
+    fields::assign(action, arguments.texts("ACTION_FIELD=VALUE"));
     if (action.idAction != Action().idAction)
         throw Failure{ExitStatus::Usage,
                       QStringLiteral("The service gives a new action its idAction"),
@@ -59,11 +58,12 @@ ExitStatus add(cli::Session &session, const QStringList &assignments)
     return ExitStatus::Done;
 }
 
-ExitStatus set(cli::Session &session, qlonglong idAction, const QStringList &assignments)
+ExitStatus set(cli::Session &session, const cli::Arguments &arguments)
 {
+    const qlonglong idAction = arguments.id("ACTION_ID");
     session.out().requireFields(fields::columns<Action>());
     Action action = actionOf(session.service(), idAction);
-    fields::assign(action, assignments);
+    fields::assign(action, arguments.texts("ACTION_FIELD=VALUE"));
     if (action.idAction != idAction)
         throw Failure{ExitStatus::Usage, QStringLiteral("An action keeps its idAction"),
                       QStringLiteral("Add a new action and delete this one.")};
@@ -136,41 +136,31 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
     return row;
 }
 
-void addDelete(cli::CommandLine &line, CLI::App *group)
+ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
-    struct Given
-    {
-        std::vector<qlonglong> ids;
-        bool isDryRun = false;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        group, "delete", "delete actions and the keys bound to them",
-        [given](cli::Session &session) {
-            const auto remove = [&](qlonglong id) {
-                return removeOne(session, id, given->isDryRun);
-            };
-            return removeEach(session, given->ids, fields::columns<Action>(), remove);
-        });
-    command->add_option("IDS", given->ids, "their identifiers")
-        ->required()
-        ->type_name(cli::type::ActionId)
-        ->transform(cli::wholeNumber());
-    command->add_flag("--dry-run", given->isDryRun, "say which keys would go, and delete nothing");
+    const bool isDryRun = arguments.has("--dry-run");
+    return deleteEach(session, arguments.ids("ACTION_ID"), fields::columns<Action>(),
+                      [&](qlonglong id) { return removeOne(session, id, isDryRun); });
 }
 
 } // namespace
 
-void addActionCommands(cli::CommandLine &line)
+QList<cli::Command> actionCommands()
 {
-    using namespace cli::type;
-    CLI::App *group = line.addGroup("action", "list, add, change and delete actions");
-    line.addCommand(group, "list", "list the actions", list);
-    addIdCommand(line, group, {"show", "show one action", ActionId, nullptr}, show);
-    addAssignmentsCommand(line, group, {"add", "add an action", nullptr, ActionAssignment}, add);
-    addIdAndAssignmentsCommand(
-        line, group, {"set", "change fields of an action", ActionId, ActionAssignment}, set);
-    addDelete(line, group);
+    const cli::Parameter id =
+        cli::argument("ACTION_ID", cli::type::id("ACTION_ID"), "its identifier");
+    const cli::Parameter assignments =
+        cli::argument("ACTION_FIELD=VALUE", cli::type::text("ACTION_FIELD=VALUE"), "what is to be")
+            .repeatable();
+    const cli::Parameter dryRun =
+        cli::flag("--dry-run", "say which keys would go, and delete nothing");
+    return {cli::group("action", "list, add, change and delete actions"),
+            cli::command("action list", "list the actions", {}, list),
+            cli::command("action show", "show one action", {id}, show),
+            cli::command("action add", "add an action", {assignments}, add),
+            cli::command("action set", "change fields of an action", {id, assignments}, set),
+            cli::command("action delete", "delete actions and the keys bound to them",
+                         {id.repeatable(), dryRun}, remove)};
 }
 
 } // namespace commands

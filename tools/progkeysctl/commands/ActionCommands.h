@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `action list`, `show`, `add`, `set` and `delete`.
-void addActionCommands(cli::CommandLine &line);
+QList<cli::Command> actionCommands();
 
 } // namespace commands

@@ -14,19 +14,12 @@
 
 namespace commands {
 
-void addAll(cli::CommandLine &line)
+QList<cli::Command> all()
 {
-    addStatusCommand(line);
-    addWaitCommand(line);
-    addKeyCommands(line);
-    addActionCommands(line);
-    addModuleCommands(line);
-    addMonitorCommand(line);
-    addExchangeCommands(line);
-    addDefaultsCommands(line);
-    addRestoreCommand(line);
-    addSandboxCommand(line);
-    addCompletionCommands(line);
+    return QList<cli::Command>{statusCommand(), waitCommand()} + keyCommands() + actionCommands() +
+           moduleCommands() + QList<cli::Command>{monitorCommand()} + exchangeCommands() +
+           defaultsCommands() + QList<cli::Command>{restoreCommand(), sandboxCommand()} +
+           completionCommands();
 }
 
 } // namespace commands

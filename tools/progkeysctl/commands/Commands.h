@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
-/// Adds every command, in the order in which help shows them.
-void addAll(cli::CommandLine &line);
+/// Every command, in the order in which help shows them.
+QList<cli::Command> all();
 
 } // namespace commands

@@ -1,5 +1,7 @@
 #include "commands/CompletionCommands.h"
 
+#include "cli/CommandLine.h"
+#include "cli/Session.h"
 #include "completion/Candidates.h"
 #include "completion/CommandList.h"
 
@@ -7,18 +9,11 @@
 
 #include <algorithm>
 #include <csignal>
-#include <memory>
 #include <sys/time.h>
 #include <unistd.h>
 
 namespace commands {
 namespace {
-
-struct Given
-{
-    std::string line;
-    std::string breaks;
-};
 
 void endSilently(int /*signal*/)
 {
@@ -54,14 +49,15 @@ bool isOneLine(const std::string &word)
                         [](unsigned char each) { return each < ' ' || each == 0x7f; });
 }
 
-ExitStatus complete(cli::Session &session, const CLI::App &program, const Given &given)
+ExitStatus complete(cli::Session &session, const cli::Arguments &arguments)
 {
     endSoon();
-    const completion::ShellLine line(given.line);
-    const completion::Answer answer = completion::candidates(program, line);
+    const completion::ShellLine line(arguments.text("LINE").toStdString());
+    const std::string breaks = arguments.text("BREAKS").toStdString();
+    const completion::Answer answer = completion::candidates(session.line().parser().app(), line);
     std::string text = nameOf(answer);
     for (const std::string &word : answer.words) {
-        const std::string replacement = line.replacement(word, given.breaks);
+        const std::string replacement = line.replacement(word, breaks);
         if (!replacement.empty() && isOneLine(replacement))
             text += "\n" + replacement;
     }
@@ -69,33 +65,28 @@ ExitStatus complete(cli::Session &session, const CLI::App &program, const Given 
     return ExitStatus::Done;
 }
 
-void addComplete(cli::CommandLine &line)
+ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand("__complete", "answer what may stand at the end of a line",
-                                        [given, &program = line.app()](cli::Session &session) {
-                                            return complete(session, program, *given);
-                                        });
-    command->add_option("LINE", given->line, "the line up to the cursor")->required();
-    command->add_option("BREAKS", given->breaks, "where the shell begins a new piece of a word");
-    command->group("");
-}
-
-ExitStatus list(cli::Session &session, const CLI::App &program)
-{
-    session.out().raw(QJsonDocument(completion::commandList(program)).toJson());
+    const QJsonObject list = completion::commandList(session.line().commands());
+    session.out().raw(QJsonDocument(list).toJson());
     return ExitStatus::Done;
 }
 
 } // namespace
 
-void addCompletionCommands(cli::CommandLine &line)
+QList<cli::Command> completionCommands()
 {
-    addComplete(line);
-    line.addCommand(
-            "__commands", "tell of every command, as JSON",
-            [&program = line.app()](cli::Session &session) { return list(session, program); })
-        ->group("");
+    QList<cli::Command> commands = {
+        cli::command("__complete", "answer what may stand at the end of a line",
+                     {cli::argument("LINE", cli::type::text("LINE"), "the line up to the cursor"),
+                      cli::argument("BREAKS", cli::type::text("BREAKS"),
+                                    "where the shell begins a new piece of a word")
+                          .optional()},
+                     complete),
+        cli::command("__commands", "tell of every command, as JSON", {}, list)};
+    for (cli::Command &command : commands)
+        command.isHidden = true;
+    return commands;
 }
 
 } // namespace commands

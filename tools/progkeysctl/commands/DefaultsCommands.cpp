@@ -1,5 +1,7 @@
 #include "commands/DefaultsCommands.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "commands/DefaultsPlanCommand.h"
 #include "converting/Table.h"
 #include "defaults/Report.h"
@@ -7,55 +9,14 @@
 #include "files/Files.h"
 #include "outcome/Failure.h"
 
-#include <QFile>
-
 #include <limits>
-#include <memory>
 
 namespace commands {
 namespace {
 
-struct CheckArguments
+std::optional<defaults::Kind> kindFrom(const cli::Arguments &arguments)
 {
-    std::vector<std::string> files;
-    std::string kind;
-    std::optional<int> limit;
-    bool isStrict = false;
-};
-
-struct ConvertArguments
-{
-    std::string from;
-    std::string to;
-    std::string kind;
-    std::string output{"-"};
-    std::string file{"-"};
-};
-
-QString pathOf(const std::string &argument)
-{
-    return QFile::decodeName(QByteArray::fromStdString(argument));
-}
-
-std::optional<defaults::Kind> kindOf(const std::string &argument)
-{
-    return defaults::kindNamed(QString::fromStdString(argument));
-}
-
-CLI::Option *addKind(CLI::App *command, std::string &kind, const std::string &description)
-{
-    return command->add_option("--kind", kind, description)
-        ->type_name("actions|keys")
-        ->check(CLI::IsMember({"actions", "keys"}));
-}
-
-void addForm(CLI::App *command, const std::string &name, std::string &form,
-             const std::string &description)
-{
-    command->add_option(name, form, description)
-        ->type_name("csv|json|text")
-        ->check(CLI::IsMember({"csv", "json", "text"}))
-        ->required();
+    return defaults::kindNamed(arguments.text("--kind"));
 }
 
 void tellFindings(output::Output &out, const QList<defaults::Setting> &settings)
@@ -73,11 +34,10 @@ void tellFindings(output::Output &out, const QList<defaults::Setting> &settings)
         out.say(defaults::summaryOf(settings));
 }
 
-ExitStatus check(cli::Session &session, const CheckArguments &arguments)
+ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
 {
-    defaults::CheckRequest request{{}, kindOf(arguments.kind), arguments.limit};
-    for (const std::string &file : arguments.files)
-        request.files.append(pathOf(file));
+    const defaults::CheckRequest request{arguments.paths("FILE"), kindFrom(arguments),
+                                         arguments.optionalInteger("--limit")};
     const defaults::CheckResult result = defaults::checkFiles(request);
     tellFindings(session.out(), result.settings);
     for (const QString &file : result.keysAlone)
@@ -86,7 +46,7 @@ ExitStatus check(cli::Session &session, const CheckArguments &arguments)
                          .arg(file));
     const int errors = defaults::countOf(result.settings, defaults::Severity::Error);
     const int warnings = defaults::countOf(result.settings, defaults::Severity::Warning);
-    const bool isGood = errors == 0 && (warnings == 0 || !arguments.isStrict);
+    const bool isGood = errors == 0 && (warnings == 0 || !arguments.has("--strict"));
     return isGood ? ExitStatus::Done : ExitStatus::InvalidText;
 }
 
@@ -98,30 +58,36 @@ defaults::Kind kindOfText(const QString &file, std::optional<defaults::Kind> ask
     throw defaults::unknownKind(file, QStringLiteral("Say so with --kind actions or --kind keys."));
 }
 
-defaults::Table read(const ConvertArguments &arguments)
+QString fileOr(const QString &path)
 {
-    const QString file = pathOf(arguments.file);
-    const std::optional<defaults::Kind> kind = kindOf(arguments.kind);
-    if (arguments.from == "text") {
+    return path.isEmpty() ? QString(files::StandardStream) : path;
+}
+
+defaults::Table read(const cli::Arguments &arguments)
+{
+    const QString file = fileOr(arguments.path("FILE"));
+    const QString form = arguments.text("--from");
+    const std::optional<defaults::Kind> kind = kindFrom(arguments);
+    if (form == QLatin1String("text")) {
         const defaults::Kind known = kindOfText(file, kind);
         return defaults::readText(files::readAll(file), file, known);
     }
     const QByteArray bytes = files::readAll(file);
-    return arguments.from == "csv" ? defaults::readCsv(bytes, file, kind)
-                                   : defaults::readJson(bytes, file, kind);
+    return form == QLatin1String("csv") ? defaults::readCsv(bytes, file, kind)
+                                        : defaults::readJson(bytes, file, kind);
 }
 
-QByteArray written(const defaults::Table &table, const std::string &form)
+QByteArray written(const defaults::Table &table, const QString &form)
 {
-    if (form == "text")
+    if (form == QLatin1String("text"))
         return defaults::writeText(table);
-    return form == "csv" ? defaults::writeCsv(table) : defaults::writeJson(table);
+    return form == QLatin1String("csv") ? defaults::writeCsv(table) : defaults::writeJson(table);
 }
 
-ExitStatus convert(cli::Session &session, const ConvertArguments &arguments)
+ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
 {
-    const QByteArray bytes = written(read(arguments), arguments.to);
-    const QString target = pathOf(arguments.output);
+    const QByteArray bytes = written(read(arguments), arguments.text("--to"));
+    const QString target = fileOr(arguments.path("--output"));
     if (target == files::StandardStream)
         session.out().raw(bytes);
     else
@@ -129,54 +95,53 @@ ExitStatus convert(cli::Session &session, const ConvertArguments &arguments)
     return ExitStatus::Done;
 }
 
-void addCheck(cli::CommandLine &line, CLI::App *group)
+cli::Parameter kindOption(const char *help)
 {
-    const auto arguments = std::make_shared<CheckArguments>();
-    CLI::App *command =
-        line.addCommand(group, "check", "find what is wrong with texts that provision a phone",
-                        [arguments](cli::Session &session) { return check(session, *arguments); });
-    command
-        ->add_option("FILE", arguments->files,
-                     "files of the settings DefaultActions, DefaultKeys, ProgKeysMax; - for stdin")
-        ->type_name(cli::type::File)
-        ->required();
-    addKind(command, arguments->kind, "what files are whose name does not tell");
-    command
-        ->add_option("--limit", arguments->limit,
-                     "most keys of the set; else what the file ProgKeysMax says, if there is one")
-        ->type_name(cli::type::Number)
-        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
-    command->footer(
-        "Each complaint begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
-        "FIELD is\n0 where the record as a whole is meant; COLUMN counts the characters of "
-        "the record.");
-    command->add_flag("--strict", arguments->isStrict, "fail for warnings, too");
+    return cli::option(
+        "--kind", cli::type::choice({QStringLiteral("actions"), QStringLiteral("keys")}), help);
 }
 
-void addConvert(cli::CommandLine &line, CLI::App *group)
+cli::Command checkCommand()
 {
-    const auto arguments = std::make_shared<ConvertArguments>();
-    CLI::App *command = line.addCommand(
-        group, "convert", "turn provisioned records into CSV, JSON or the text of a setting",
-        [arguments](cli::Session &session) { return convert(session, *arguments); });
-    addForm(command, "--from", arguments->from, "what is read");
-    addForm(command, "--to", arguments->to, "what is to be written");
-    addKind(command, arguments->kind, "what a text is of; else its file name tells");
-    command->add_option("-o,--output", arguments->output, "write this file, whole or not at all")
-        ->type_name(cli::type::File);
-    command->add_option("FILE", arguments->file, "what to read; - or none for stdin")
-        ->type_name(cli::type::File);
+    cli::Command command = cli::command(
+        "defaults check", "find what is wrong with texts that provision a phone",
+        {cli::argument(
+             "FILE", cli::type::file(),
+             "files of the settings DefaultActions, DefaultKeys, ProgKeysMax; - for stdin")
+             .repeatable(),
+         kindOption("what files are whose name does not tell"),
+         cli::option("--limit", cli::type::integer("NUMBER", 0),
+                     "most keys of the set; else what the file ProgKeysMax says, if there is one"),
+         cli::flag("--strict", "fail for warnings, too")},
+        check);
+    command.notes = QStringLiteral(
+        "Each complaint begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
+        "FIELD is 0 where the record as a whole is meant; COLUMN counts the characters of the "
+        "record.");
+    return command;
+}
+
+cli::Command convertCommand()
+{
+    const cli::ValueType form =
+        cli::type::choice({QStringLiteral("csv"), QStringLiteral("json"), QStringLiteral("text")});
+    return cli::command(
+        "defaults convert", "turn provisioned records into CSV, JSON or the text of a setting",
+        {cli::option("--from", form, "what is read").required(),
+         cli::option("--to", form, "what is to be written").required(),
+         kindOption("what a text is of; else its file name tells"),
+         cli::option("--output", cli::type::file(), "write this file, whole or not at all")
+             .withShortName("-o"),
+         cli::argument("FILE", cli::type::file(), "what to read; - or none for stdin").optional()},
+        convert);
 }
 
 } // namespace
 
-void addDefaultsCommands(cli::CommandLine &line)
+QList<cli::Command> defaultsCommands()
 {
-    CLI::App *group =
-        line.addGroup("defaults", "check, convert and plan the texts that provision a phone");
-    addCheck(line, group);
-    addConvert(line, group);
-    addDefaultsPlan(line, group);
+    return {cli::group("defaults", "check, convert and plan the texts that provision a phone"),
+            checkCommand(), convertCommand(), defaultsPlanCommand()};
 }
 
 } // namespace commands

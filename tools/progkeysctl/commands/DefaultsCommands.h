@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `defaults ...`: what there is to do with the texts that provision a phone.
-void addDefaultsCommands(cli::CommandLine &line);
+QList<cli::Command> defaultsCommands();
 
 } // namespace commands

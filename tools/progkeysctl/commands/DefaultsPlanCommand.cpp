@@ -1,5 +1,7 @@
 #include "commands/DefaultsPlanCommand.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "client/Settings.h"
 #include "planning/Plan.h"
 #include "planning/PlanFiles.h"
@@ -7,50 +9,28 @@
 #include "planning/PlanListing.h"
 #include "planning/PlanText.h"
 
-#include <QFile>
-
-#include <limits>
-#include <memory>
-
 namespace commands {
 namespace {
 
-struct Given
+std::optional<QString> pathFrom(const cli::Arguments &arguments, const char *name)
 {
-    std::vector<std::string> files;
-    std::optional<std::string> actions;
-    std::optional<std::string> keys;
-    std::optional<std::string> directory;
-    std::optional<int> limit;
-    bool hasAll = false;
-    bool isDetailed = false;
-};
-
-QString toPath(const std::string &argument)
-{
-    return QFile::decodeName(QByteArray::fromStdString(argument));
+    return arguments.has(name) ? std::optional(arguments.path(name)) : std::nullopt;
 }
 
-std::optional<QString> toPath(const std::optional<std::string> &argument)
-{
-    return argument ? std::optional<QString>(toPath(*argument)) : std::nullopt;
-}
-
-defaults::PlanReading readRollout(cli::Session &session, const Given &given)
+defaults::PlanReading readRollout(cli::Session &session, const cli::Arguments &arguments)
 {
     defaults::PlanSources sources;
-    for (const std::string &file : given.files)
-        sources.files.append(toPath(file));
-    sources.actions = toPath(given.actions);
-    sources.keys = toPath(given.keys);
-    sources.directory = toPath(given.directory);
-    sources.limit = given.limit;
+    sources.files = arguments.paths("FILE");
+    sources.actions = pathFrom(arguments, "--actions");
+    sources.keys = pathFrom(arguments, "--keys");
+    sources.directory = pathFrom(arguments, "--settings");
+    sources.limit = arguments.optionalInteger("--limit");
     return defaults::readSettings(sources, [&session](const QString &name) {
         return client::readSetting(session.bus(), name);
     });
 }
 
-void tell(cli::Session &session, const Given &given, const defaults::Plan &plan,
+void tell(cli::Session &session, const cli::Arguments &arguments, const defaults::Plan &plan,
           const QList<defaults::PlanWarning> &warnings)
 {
     output::Output &out = session.out();
@@ -59,7 +39,7 @@ void tell(cli::Session &session, const Given &given, const defaults::Plan &plan,
         out.record(defaults::planColumns(), defaults::toJson(plan, warnings));
     } else if (out.isForPeople() && manner.fields.isEmpty()) {
         const QStringList lines =
-            defaults::linesOf(plan, {given.hasAll, manner.hasLegend}, out.terminal());
+            defaults::linesOf(plan, {arguments.has("--all"), manner.hasLegend}, out.terminal());
         for (const QString &line : lines)
             out.say(line);
     } else {
@@ -70,52 +50,40 @@ void tell(cli::Session &session, const Given &given, const defaults::Plan &plan,
         output::warn(warning.message);
 }
 
-ExitStatus plan(cli::Session &session, const Given &given)
+ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
 {
-    const defaults::PlanReading reading = readRollout(session, given);
+    const defaults::PlanReading reading = readRollout(session, arguments);
     const ListAction actions = session.service().actions();
     const ListKey keys = session.service().keys();
     const defaults::Plan plan = defaults::planOf(actions, keys, reading.settings);
-    tell(session, given, plan, reading.warnings + defaults::warningsOf(plan));
-    return given.isDetailed && plan.hasChanges() ? ExitStatus::Changes : ExitStatus::Done;
-}
-
-void addSources(CLI::App *command, Given &given)
-{
-    command
-        ->add_option("FILE", given.files,
-                     "files of the settings DefaultActions, DefaultKeys, ProgKeysMax")
-        ->type_name(cli::type::File);
-    command
-        ->add_option("--actions", given.actions,
-                     "a file of actions, whatever its name; - for stdin")
-        ->type_name(cli::type::File);
-    command->add_option("--keys", given.keys, "a file of keys, whatever its name; - for stdin")
-        ->type_name(cli::type::File);
-    command
-        ->add_option("--settings", given.directory,
-                     "take what no file is given for from the settings in this directory")
-        ->type_name(cli::type::Directory)
-        ->check(CLI::ExistingDirectory.description(""));
-    command->add_option("--limit", given.limit, "most keys of the set; else what ProgKeysMax says")
-        ->type_name(cli::type::Number)
-        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
+    tell(session, arguments, plan, reading.warnings + defaults::warningsOf(plan));
+    return arguments.has("--detailed-exitcode") && plan.hasChanges() ? ExitStatus::Changes
+                                                                     : ExitStatus::Done;
 }
 
 } // namespace
 
-void addDefaultsPlan(cli::CommandLine &line, CLI::App *group)
+cli::Command defaultsPlanCommand()
 {
-    const auto given = std::make_shared<Given>();
-    CLI::App *command =
-        line.addCommand(group, "plan", "tell what the next start of the service would change",
-                        [given](cli::Session &session) { return plan(session, *given); });
-    addSources(command, *given);
-    command->add_flag("--all", given->hasAll, "show what stays as it is, too");
-    command->add_flag("--detailed-exitcode", given->isDetailed,
-                      "end with status 20 if there is something to change");
-    command->footer("What neither a file nor --settings is given for is read from the phone, as "
-                    "the service would.\nNothing is changed.");
+    cli::Command command = cli::command(
+        "defaults plan", "tell what the next start of the service would change",
+        {cli::argument("FILE", cli::type::file(),
+                       "files of the settings DefaultActions, DefaultKeys, ProgKeysMax")
+             .optional()
+             .repeatable(),
+         cli::option("--actions", cli::type::file(),
+                     "a file of actions, whatever its name; - for stdin"),
+         cli::option("--keys", cli::type::file(), "a file of keys, whatever its name; - for stdin"),
+         cli::option("--settings", cli::type::existingDirectory(),
+                     "take what no file is given for from the settings in this directory"),
+         cli::option("--limit", cli::type::integer("NUMBER", 0),
+                     "most keys of the set; else what ProgKeysMax says"),
+         cli::flag("--all", "show what stays as it is, too"),
+         cli::flag("--detailed-exitcode", "end with status 20 if there is something to change")},
+        plan);
+    command.notes = QStringLiteral("What neither a file nor --settings is given for is read from "
+                                   "the phone, as the service would.\nNothing is changed.");
+    return command;
 }
 
 } // namespace commands

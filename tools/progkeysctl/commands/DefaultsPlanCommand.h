@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `defaults plan`: what the next start of the service would do to its rows.
-void addDefaultsPlan(cli::CommandLine &line, CLI::App *group);
+cli::Command defaultsPlanCommand();
 
 } // namespace commands

@@ -1,17 +1,14 @@
 #include "commands/ExchangeCommands.h"
 
-#include "cli/Checks.h"
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "client/Settings.h"
 #include "commands/KeyFilter.h"
-#include "commands/Words.h"
 #include "exchange/ImportRun.h"
 #include "fields/Fields.h"
 #include "files/Files.h"
 
-#include <QFile>
-
 #include <cstdio>
-#include <memory>
 #include <unistd.h>
 
 namespace commands {
@@ -61,14 +58,16 @@ exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &f
     return document;
 }
 
-ExitStatus exportTo(cli::Session &session, const KeyFilter &filter, const std::string &file)
+ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 {
+    const KeyFilter filter = keyFilterFrom(arguments);
+    const QString file = arguments.path("--output");
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
     const QByteArray text = exchange::toJson(collect(session.service(), filter), isPretty);
-    if (file.empty() || file == "-")
+    if (file.isEmpty() || file == files::StandardStream)
         session.out().raw(text);
     else
-        files::writeWhole(QFile::decodeName(file.c_str()), text);
+        files::writeWhole(file, text);
     return ExitStatus::Done;
 }
 
@@ -125,9 +124,10 @@ QString summary(const exchange::ImportResult &result, bool isDryRun)
              QString::number(result.changed), QString::number(result.skipped));
 }
 
-ExitStatus import(cli::Session &session, const std::string &file, bool isDryRun)
+ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
 {
-    const QString name = QFile::decodeName(file.c_str());
+    const bool isDryRun = arguments.has("--dry-run");
+    const QString name = arguments.path("FILE");
     const exchange::Document document = exchange::fromJson(files::readAll(name), name);
     client::ProgrammableKeys &service = session.service();
     const exchange::ImportPlan plan =
@@ -144,48 +144,21 @@ ExitStatus import(cli::Session &session, const std::string &file, bool isDryRun)
     return ExitStatus::Done;
 }
 
-void addExport(cli::CommandLine &line)
-{
-    struct Given
-    {
-        KeyFilter filter;
-        std::string file;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        "export", "write what users made as JSON: keys, and the actions that they trigger",
-        [given](cli::Session &session) { return exportTo(session, given->filter, given->file); });
-    addPlaceOptions(command, given->filter);
-    command
-        ->add_option("-o,--output", given->file,
-                     "write to this file, whole or not at all; - is stdout")
-        ->type_name(cli::type::File)
-        ->check(cli::notEmpty());
-}
-
-void addImport(cli::CommandLine &line)
-{
-    struct Given
-    {
-        std::string file;
-        bool isDryRun = false;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        "import", "bring what was exported to this phone",
-        [given](cli::Session &session) { return import(session, given->file, given->isDryRun); });
-    command->add_option("FILE", given->file, "an export; - is stdin")
-        ->required()
-        ->type_name(cli::type::File);
-    command->add_flag("--dry-run", given->isDryRun, "say what would be done, and do nothing");
-}
-
 } // namespace
 
-void addExchangeCommands(cli::CommandLine &line)
+QList<cli::Command> exchangeCommands()
 {
-    addExport(line);
-    addImport(line);
+    const cli::Parameter output =
+        cli::option("--output", cli::type::file(),
+                    "write to this file, whole or not at all; - is stdout")
+            .withShortName("-o");
+    return {cli::command("export",
+                         "write what users made as JSON: keys, and the actions that they trigger",
+                         placeOptions() << output, runExport),
+            cli::command("import", "bring what was exported to this phone",
+                         {cli::argument("FILE", cli::type::file(), "an export; - is stdin"),
+                          cli::flag("--dry-run", "say what would be done, and do nothing")},
+                         runImport)};
 }
 
 } // namespace commands

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `export` and `import`: what users made, to a file and back.
-void addExchangeCommands(cli::CommandLine &line);
+QList<cli::Command> exchangeCommands();
 
 } // namespace commands

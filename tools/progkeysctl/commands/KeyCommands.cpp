@@ -1,19 +1,19 @@
 #include "commands/KeyCommands.h"
 
-#include "cli/Checks.h"
+#include "cli/Arguments.h"
+#include "cli/Session.h"
+#include "commands/Counted.h"
+#include "commands/DeleteEach.h"
 #include "commands/KeyFilter.h"
 #include "commands/Refusals.h"
-#include "commands/Shapes.h"
-#include "commands/Words.h"
 #include "fields/Fields.h"
-
-#include <memory>
 
 namespace commands {
 namespace {
 
-ExitStatus list(cli::Session &session, const KeyFilter &filter)
+ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
 {
+    const KeyFilter filter = keyFilterFrom(arguments);
     output::Listing listing;
     listing.columns = fields::columns<Key>();
     const ListKey keys = session.service().keys();
@@ -25,9 +25,10 @@ ExitStatus list(cli::Session &session, const KeyFilter &filter)
     return ExitStatus::Done;
 }
 
-ExitStatus show(cli::Session &session, qlonglong idKey)
+ExitStatus show(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().record(fields::columns<Key>(), fields::toJson(keyOf(session.service(), idKey)));
+    const Key key = keyOf(session.service(), arguments.id("KEY_ID"));
+    session.out().record(fields::columns<Key>(), fields::toJson(key));
     return ExitStatus::Done;
 }
 
@@ -53,10 +54,10 @@ Key newKey(const QStringList &assignments)
     return key;
 }
 
-ExitStatus add(cli::Session &session, const QStringList &assignments)
+ExitStatus add(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireFields(fields::columns<Key>());
-    Key key = newKey(assignments);
+    Key key = newKey(arguments.texts("KEY_FIELD=VALUE"));
     warnOfIdentifier(key);
     const qlonglong result = session.service().createKey(key);
     if (result < 0)
@@ -67,11 +68,12 @@ ExitStatus add(cli::Session &session, const QStringList &assignments)
     return ExitStatus::Done;
 }
 
-ExitStatus set(cli::Session &session, qlonglong idKey, const QStringList &assignments)
+ExitStatus set(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireFields(fields::columns<Key>());
+    const qlonglong idKey = arguments.id("KEY_ID");
     Key key = keyOf(session.service(), idKey);
-    fields::assign(key, assignments);
+    fields::assign(key, arguments.texts("KEY_FIELD=VALUE"));
     if (key.idKey != idKey)
         throw Failure{ExitStatus::Usage, QStringLiteral("A key keeps its idKey"),
                       QStringLiteral("Make a new key and delete this one.")};
@@ -106,10 +108,10 @@ QMapIntInt positionsOf(const QStringList &moves)
 }
 
 // The service passes over an id that is not there, and says nothing; people want to know.
-ExitStatus move(cli::Session &session, const QStringList &moves)
+ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireFields(fields::columns<Key>());
-    const QMapIntInt positions = positionsOf(moves);
+    const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
         keyOf(session.service(), move.key());
     if (!session.service().moveKeys(positions))
@@ -127,9 +129,10 @@ ExitStatus move(cli::Session &session, const QStringList &moves)
     return ExitStatus::Done;
 }
 
-ExitStatus remove(cli::Session &session, const std::vector<qlonglong> &ids)
+ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
-    return removeEach(session, ids, fields::columns<Key>(), [&session](qlonglong idKey) {
+    const QList<qlonglong> ids = arguments.ids("KEY_ID");
+    return deleteEach(session, ids, fields::columns<Key>(), [&session](qlonglong idKey) {
         const Key key = keyOf(session.service(), idKey);
         const int code = session.service().deleteKey(idKey);
         if (code != 0)
@@ -139,31 +142,26 @@ ExitStatus remove(cli::Session &session, const std::vector<qlonglong> &ids)
     });
 }
 
-void addList(cli::CommandLine &line, CLI::App *group)
-{
-    const auto filter = std::make_shared<KeyFilter>();
-    CLI::App *command =
-        line.addCommand(group, "list", "list the keys",
-                        [filter](cli::Session &session) { return list(session, *filter); });
-    addPlaceOptions(command, *filter);
-    command->add_option("--type", filter->type, "only keys of this type")
-        ->type_name(cli::type::Number)
-        ->transform(cli::wholeNumber());
-}
-
 } // namespace
 
-void addKeyCommands(cli::CommandLine &line)
+QList<cli::Command> keyCommands()
 {
-    using namespace cli::type;
-    CLI::App *group = line.addGroup("key", "list, make, change, move and delete keys");
-    addList(line, group);
-    addIdCommand(line, group, {"show", "show one key", KeyId, nullptr}, show);
-    addAssignmentsCommand(line, group, {"add", "make a key", nullptr, KeyAssignment}, add);
-    addIdAndAssignmentsCommand(line, group, {"set", "change fields of a key", KeyId, KeyAssignment},
-                               set);
-    addAssignmentsCommand(line, group, {"move", "give keys new positions", nullptr, KeyMove}, move);
-    addIdsCommand(line, group, {"delete", "delete keys", KeyId, nullptr}, remove);
+    const cli::Parameter id = cli::argument("KEY_ID", cli::type::id("KEY_ID"), "its identifier");
+    const cli::Parameter assignments =
+        cli::argument("KEY_FIELD=VALUE", cli::type::text("KEY_FIELD=VALUE"), "what is to be")
+            .repeatable();
+    const cli::Parameter moves =
+        cli::argument("KEY_ID=POSITION", cli::type::text("KEY_ID=POSITION"), "what is to be")
+            .repeatable();
+    const cli::Parameter keyType =
+        cli::option("--type", cli::type::integer("NUMBER"), "only keys of this type");
+    return {cli::group("key", "list, make, change, move and delete keys"),
+            cli::command("key list", "list the keys", placeOptions() << keyType, list),
+            cli::command("key show", "show one key", {id}, show),
+            cli::command("key add", "make a key", {assignments}, add),
+            cli::command("key set", "change fields of a key", {id, assignments}, set),
+            cli::command("key move", "give keys new positions", {moves}, move),
+            cli::command("key delete", "delete keys", {id.repeatable()}, remove)};
 }
 
 } // namespace commands

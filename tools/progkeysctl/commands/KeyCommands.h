@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `key list`, `show`, `add`, `set`, `move` and `delete`.
-void addKeyCommands(cli::CommandLine &line);
+QList<cli::Command> keyCommands();
 
 } // namespace commands

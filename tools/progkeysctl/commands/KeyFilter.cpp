@@ -1,24 +1,29 @@
 #include "commands/KeyFilter.h"
 
-#include "cli/Checks.h"
-#include "cli/CommandLine.h"
-
 namespace commands {
 
 bool KeyFilter::admits(const Key &key) const
 {
-    return (!container || key.container == QString::fromStdString(*container)) &&
+    return (!container || key.container == *container) &&
            (!module || (key.type == KeyType::AddOnModule && key.aom_addr == *module)) &&
            (!type || key.type == *type);
 }
 
-void addPlaceOptions(CLI::App *command, KeyFilter &filter)
+QList<cli::Parameter> placeOptions()
 {
-    command->add_option("--container", filter.container, "only keys in this container")
-        ->type_name(cli::type::Container);
-    command->add_option("--module", filter.module, "only keys on the add-on module at this address")
-        ->type_name(cli::type::ModuleAddress)
-        ->transform(cli::wholeNumber());
+    return {cli::option("--container", cli::type::text("CONTAINER"), "only keys in this container"),
+            cli::option("--module", cli::type::integer("MODULE"),
+                        "only keys on the add-on module at this address")};
+}
+
+KeyFilter keyFilterFrom(const cli::Arguments &arguments)
+{
+    KeyFilter filter;
+    if (arguments.has("--container"))
+        filter.container = arguments.text("--container");
+    filter.module = arguments.optionalInteger("--module");
+    filter.type = arguments.optionalInteger("--type");
+    return filter;
 }
 
 } // namespace commands

@@ -1,18 +1,17 @@
 #pragma once
 
+#include "cli/Arguments.h"
+#include "cli/Command.h"
 #include "records/Key.h"
 
-#include <CLI/CLI.hpp>
-
 #include <optional>
-#include <string>
 
 namespace commands {
 
-/// Which keys a command is about; what is not said admits all.
+/// Which keys a command is about; what is not given admits all.
 struct KeyFilter
 {
-    std::optional<std::string> container;
+    std::optional<QString> container;
     std::optional<int> module; ///< address of the add-on module
     std::optional<int> type;
 
@@ -21,6 +20,9 @@ struct KeyFilter
 };
 
 /// `--container` and `--module`.
-void addPlaceOptions(CLI::App *command, KeyFilter &filter);
+QList<cli::Parameter> placeOptions();
+
+/// What they say, and `--type` where the command has it.
+KeyFilter keyFilterFrom(const cli::Arguments &arguments);
 
 } // namespace commands

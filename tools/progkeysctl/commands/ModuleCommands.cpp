@@ -1,11 +1,10 @@
 #include "commands/ModuleCommands.h"
 
-#include "cli/Checks.h"
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "commands/Press.h"
 #include "commands/Refusals.h"
 #include "fields/Fields.h"
-
-#include <memory>
 
 namespace commands {
 namespace {
@@ -27,8 +26,11 @@ void sayAsked(cli::Session &session, const Key &key, const QString &what, QJsonO
                        displayColumns(), row);
 }
 
-ExitStatus icon(cli::Session &session, qlonglong idKey, int x, int y)
+ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
 {
+    const qlonglong idKey = arguments.id("KEY_ID");
+    const int x = arguments.integer("X");
+    const int y = arguments.integer("Y");
     session.out().requireFields(displayColumns());
     const Key key = keyOf(session.service(), idKey);
     const int code = session.service().setIconState(idKey, x, y);
@@ -39,8 +41,10 @@ ExitStatus icon(cli::Session &session, qlonglong idKey, int x, int y)
     return ExitStatus::Done;
 }
 
-ExitStatus label(cli::Session &session, qlonglong idKey, int state)
+ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
 {
+    const qlonglong idKey = arguments.id("KEY_ID");
+    const int state = arguments.integer("STATE");
     session.out().requireFields(displayColumns());
     const Key key = keyOf(session.service(), idKey);
     const int code = session.service().setLabelState(idKey, state);
@@ -51,81 +55,33 @@ ExitStatus label(cli::Session &session, qlonglong idKey, int state)
     return ExitStatus::Done;
 }
 
-void addIcon(cli::CommandLine &line)
+ExitStatus pressPlace(cli::Session &session, const cli::Arguments &arguments)
 {
-    struct Given
-    {
-        qlonglong idKey = 0;
-        int x = 0;
-        int y = 0;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        "icon", "ask the add-on module of a key to show an icon",
-        [given](cli::Session &session) { return icon(session, given->idKey, given->x, given->y); });
-    command->add_option("ID", given->idKey, "the key")
-        ->required()
-        ->type_name(cli::type::KeyId)
-        ->transform(cli::wholeNumber());
-    command->add_option("X", given->x, "icon_x, for the module to understand")
-        ->required()
-        ->type_name(cli::type::Number)
-        ->transform(cli::wholeNumber());
-    command->add_option("Y", given->y, "icon_y, for the module to understand")
-        ->required()
-        ->type_name(cli::type::Number)
-        ->transform(cli::wholeNumber());
-}
-
-void addLabel(cli::CommandLine &line)
-{
-    struct Given
-    {
-        qlonglong idKey = 0;
-        int state = 0;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        "label", "ask the add-on module of a key to show its action's short label",
-        [given](cli::Session &session) { return label(session, given->idKey, given->state); });
-    command->add_option("ID", given->idKey, "the key")
-        ->required()
-        ->type_name(cli::type::KeyId)
-        ->transform(cli::wholeNumber());
-    command->add_option("STATE", given->state, "label_state, for the module to understand")
-        ->required()
-        ->type_name(cli::type::Number)
-        ->transform(cli::wholeNumber());
-}
-
-void addPress(cli::CommandLine &line)
-{
-    struct Given
-    {
-        std::string place;
-        int moduleType = 1;
-    };
-    const auto given = std::make_shared<Given>();
-    CLI::App *command = line.addCommand(
-        "press", "press a key of an add-on module, and show what the service answers",
-        [given](cli::Session &session) {
-            return press(session, placeOf(QString::fromStdString(given->place), given->moduleType));
-        });
-    command->add_option("PLACE", given->place, "the module's address and the key's number")
-        ->required()
-        ->type_name(cli::type::ModuleKey);
-    command->add_option("--module-type", given->moduleType, "kind of add-on module, else 1")
-        ->type_name(cli::type::Number)
-        ->transform(cli::wholeNumber());
+    const int moduleType = arguments.optionalInteger("--module-type").value_or(1);
+    return press(session, placeOf(arguments.text("MODULE/NUMBER"), moduleType));
 }
 
 } // namespace
 
-void addModuleCommands(cli::CommandLine &line)
+QList<cli::Command> moduleCommands()
 {
-    addIcon(line);
-    addLabel(line);
-    addPress(line);
+    using namespace cli::type;
+    const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "the key");
+    return {
+        cli::command("icon", "ask the add-on module of a key to show an icon",
+                     {key, cli::argument("X", integer("X"), "icon_x, for the module to understand"),
+                      cli::argument("Y", integer("Y"), "icon_y, for the module to understand")},
+                     icon),
+        cli::command("label", "ask the add-on module of a key to show its action's short label",
+                     {key, cli::argument("STATE", integer("STATE"),
+                                         "label_state, for the module to understand")},
+                     label),
+        cli::command(
+            "press", "press a key of an add-on module, and show what the service answers",
+            {cli::argument("MODULE/NUMBER", text("MODULE/NUMBER"),
+                           "the module's address and the key's number"),
+             cli::option("--module-type", integer("NUMBER"), "kind of add-on module, else 1")},
+            pressPlace)};
 }
 
 } // namespace commands

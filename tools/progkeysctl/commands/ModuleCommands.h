@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `icon`, `label` and `press`: what an add-on module shows, and a finger on it.
-void addModuleCommands(cli::CommandLine &line);
+QList<cli::Command> moduleCommands();
 
 } // namespace commands

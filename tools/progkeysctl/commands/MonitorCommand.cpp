@@ -1,5 +1,7 @@
 #include "commands/MonitorCommand.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "events/EventListener.h"
 #include "events/EventText.h"
 #include "outcome/Failure.h"
@@ -13,17 +15,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 namespace commands {
 namespace {
-
-struct Given
-{
-    std::vector<std::string> names;
-    int limit = 0; ///< 0: none
-    bool isSinceStart = false;
-};
 
 // Nothing but * and ? stands for something else; no name of an event is a pattern that is broken.
 QRegularExpression patternOf(const QString &name)
@@ -37,10 +31,10 @@ QRegularExpression patternOf(const QString &name)
 class Patterns
 {
 public:
-    explicit Patterns(const std::vector<std::string> &names)
+    explicit Patterns(const QStringList &names)
     {
-        for (const std::string &name : names)
-            m_patterns.append(patternOf(QString::fromStdString(name)));
+        for (const QString &name : names)
+            m_patterns.append(patternOf(name));
     }
 
     bool admit(const QString &name) const
@@ -95,11 +89,13 @@ void sayListening(const client::Bus &bus)
     std::fflush(stderr);
 }
 
-ExitStatus monitor(cli::Session &session, const Given &given)
+ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
 {
     constexpr double NoTimeout = -1;
     session.out().requireFields(columns());
-    const Patterns patterns(given.names);
+    const Patterns patterns(arguments.texts("--match"));
+    const bool isSinceStart = arguments.has("--since-start");
+    const std::optional<int> limit = arguments.optionalInteger("--limit");
     client::Bus &bus = session.bus();
     QElapsedTimer sinceStart;
     sinceStart.start();
@@ -110,9 +106,9 @@ ExitStatus monitor(cli::Session &session, const Given &given)
         if (!patterns.admit(received.event.getEvtName()))
             return false;
         QJsonObject row = events::toJson(received);
-        row.insert(QStringLiteral("time"), timeValue(sinceStart, given.isSinceStart));
+        row.insert(QStringLiteral("time"), timeValue(sinceStart, isSinceStart));
         session.out().stream(lineText(session.out().terminal(), row), columns(), row);
-        return ++shown == given.limit;
+        return ++shown == limit;
     };
     const double seconds = session.options().timeout.value_or(NoTimeout);
     const bool isEnough = listener.listen(seconds < 0 ? -1 : session.timeoutMs(seconds), take);
@@ -121,20 +117,19 @@ ExitStatus monitor(cli::Session &session, const Given &given)
 
 } // namespace
 
-void addMonitorCommand(cli::CommandLine &line)
+cli::Command monitorCommand()
 {
-    const auto given = std::make_shared<Given>();
-    CLI::App *command =
-        line.addCommand("monitor", "show every event on the bus as it comes",
-                        [given](cli::Session &session) { return monitor(session, *given); });
-    command
-        ->add_option("--match", given->names, "only events of these names; * stands for anything")
-        ->type_name(cli::type::Event);
-    command->add_option("--limit", given->limit, "end after so many events")
-        ->type_name(cli::type::Number)
-        ->check(CLI::Range(1, 1'000'000'000));
-    command->add_flag("--since-start", given->isSinceStart,
-                      "tell the seconds since the start of the monitor, not the time of day");
+    constexpr int LargestLimit = 1'000'000'000;
+    return cli::command(
+        "monitor", "show every event on the bus as it comes",
+        {cli::option("--match", cli::type::text("EVENT"),
+                     "only events of these names; * stands for anything")
+             .repeatable(),
+         cli::option("--limit", cli::type::integer("NUMBER", 1, LargestLimit),
+                     "end after so many events"),
+         cli::flag("--since-start",
+                   "tell the seconds since the start of the monitor, not the time of day")},
+        monitor);
 }
 
 } // namespace commands

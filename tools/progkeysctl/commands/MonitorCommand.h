@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `monitor`: every event as it comes.
-void addMonitorCommand(cli::CommandLine &line);
+cli::Command monitorCommand();
 
 } // namespace commands

@@ -1,19 +1,13 @@
 #include "commands/RestoreCommand.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "client/Lifecycle.h"
-#include "commands/Words.h"
+#include "commands/Counted.h"
 #include "outcome/Failure.h"
-
-#include <memory>
 
 namespace commands {
 namespace {
-
-struct Given
-{
-    std::string what;
-    bool isYes = false;
-};
 
 QList<output::Column> columns()
 {
@@ -52,21 +46,22 @@ void runRestore(const client::Bus &bus, const QString &method)
     }
 }
 
-ExitStatus restore(cli::Session &session, const Given &given)
+ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 {
+    const QString what = arguments.text("default|factory");
     session.out().requireFields(columns());
-    if (!given.isYes)
+    if (!arguments.has("--yes"))
         throw Failure{ExitStatus::Usage,
                       QStringLiteral("This deletes every key and action, %1 now, also those that "
                                      "users made, and merges the provisioned defaults afresh")
                           .arg(text(counts(session.service()))),
                       QStringLiteral("If that is meant, say --yes; \"progkeysctl export\" keeps "
                                      "what users made.")};
-    runRestore(session.bus(), given.what == "factory" ? QStringLiteral("restoreFactory")
-                                                      : QStringLiteral("restoreDefault"));
+    runRestore(session.bus(), what == QLatin1String("factory") ? QStringLiteral("restoreFactory")
+                                                               : QStringLiteral("restoreDefault"));
     const Counts now = counts(session.service());
     session.out().done(QStringLiteral("Restored; there are %1 now.").arg(text(now)), columns(),
-                       {{QStringLiteral("restored"), QString::fromStdString(given.what)},
+                       {{QStringLiteral("restored"), what},
                         {QStringLiteral("keys"), now.keys},
                         {QStringLiteral("actions"), now.actions}});
     return ExitStatus::Done;
@@ -74,17 +69,15 @@ ExitStatus restore(cli::Session &session, const Given &given)
 
 } // namespace
 
-void addRestoreCommand(cli::CommandLine &line)
+cli::Command restoreCommand()
 {
-    const auto given = std::make_shared<Given>();
-    CLI::App *command =
-        line.addCommand("restore", "delete everything and merge the provisioned defaults afresh",
-                        [given](cli::Session &session) { return restore(session, *given); });
-    command->add_option("WHAT", given->what, "to which state; both do the same in this service")
-        ->required()
-        ->type_name("default|factory")
-        ->check(CLI::IsMember({"default", "factory"}));
-    command->add_flag("--yes", given->isYes, "yes, delete everything");
+    return cli::command(
+        "restore", "delete everything and merge the provisioned defaults afresh",
+        {cli::argument("default|factory",
+                       cli::type::choice({QStringLiteral("default"), QStringLiteral("factory")}),
+                       "to which state; both do the same in this service"),
+         cli::flag("--yes", "yes, delete everything")},
+        restore);
 }
 
 } // namespace commands

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `restore`: back to the defaults.
-void addRestoreCommand(cli::CommandLine &line);
+cli::Command restoreCommand();
 
 } // namespace commands

@@ -1,5 +1,7 @@
 #include "commands/SandboxCommand.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "outcome/Failure.h"
 #include "sandbox/Guard.h"
 #include "sandbox/Sandbox.h"
@@ -9,33 +11,16 @@
 
 #include <cerrno>
 #include <csignal>
-#include <memory>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace commands {
 namespace {
 
 constexpr double StartSeconds = 20;
 
-struct Given
-{
-    std::string settings;
-    std::string data;
-    std::string logs;
-    std::string bin;
-    std::vector<std::string> command;
-};
-
-QString toPath(const std::string &text)
-{
-    return QFile::decodeName(text.c_str());
-}
-
 // The words as they were typed: those that the parser hands over have lost their brackets, where
 // they had some.
-QList<QByteArray> wordsOf(const Given &given)
+QList<QByteArray> wordsOf(const cli::Arguments &arguments)
 {
     QFile commandLine(QStringLiteral("/proc/self/cmdline"));
     QList<QByteArray> words;
@@ -44,10 +29,7 @@ QList<QByteArray> wordsOf(const Given &given)
     const auto mark = words.indexOf("--");
     if (mark >= 0)
         return words.mid(mark + 1, words.size() - mark - 2);
-    words.clear();
-    for (const std::string &word : given.command)
-        words.append(QByteArray::fromStdString(word));
-    return words;
+    return arguments.values(QStringLiteral("COMMAND"));
 }
 
 void greet(output::Output &out, const sandbox::Sandbox &phone, const sandbox::Directory &directory)
@@ -92,12 +74,12 @@ int runShell(cli::Session &session, sandbox::Sandbox &phone, const sandbox::Dire
     return runIn(phone, sandbox::userShell(directory, sandbox::ownDirectory()), SIGHUP);
 }
 
-ExitStatus run(cli::Session &session, const Given &given)
+ExitStatus run(cli::Session &session, const cli::Arguments &arguments)
 {
-    const sandbox::Executables executables = sandbox::findExecutables(toPath(given.bin));
-    const QList<QByteArray> words = wordsOf(given);
+    const sandbox::Executables executables = sandbox::findExecutables(arguments.path("--bin"));
+    const QList<QByteArray> words = wordsOf(arguments);
     const sandbox::Directory directory(
-        {toPath(given.settings), toPath(given.data), toPath(given.logs)});
+        {arguments.path("--settings"), arguments.path("--data"), arguments.path("--logs")});
     const auto work = [&](const sandbox::Signals &arrivals) {
         try {
             sandbox::Sandbox phone(executables, directory, arrivals,
@@ -114,30 +96,24 @@ ExitStatus run(cli::Session &session, const Given &given)
 
 } // namespace
 
-void addSandboxCommand(cli::CommandLine &line)
+cli::Command sandboxCommand()
 {
-    // Help shows what a check is called beside the name of the type.
-    const CLI::Validator existing = CLI::ExistingDirectory.description("");
-    const auto given = std::make_shared<Given>();
-    CLI::App *command =
-        line.addCommand("sandbox", "run a command, or a shell, with a phone of its own",
-                        [given](cli::Session &session) { return run(session, *given); });
-    command
-        ->add_option("--settings", given->settings,
-                     "serve the settings in this directory, as they are at each moment")
-        ->type_name(cli::type::Directory)
-        ->check(existing);
-    command->add_option("--data", given->data, "keep the data in this directory")
-        ->type_name(cli::type::Directory);
-    command->add_option("--logs", given->logs, "keep the logs in this directory")
-        ->type_name(cli::type::Directory);
-    command->add_option("--bin", given->bin, "take the phone's programs from this directory")
-        ->type_name(cli::type::Directory)
-        ->check(existing);
-    command->add_option("COMMAND", given->command, "what to run, after --; else the user's shell")
-        ->type_name("");
-    command->footer("What the options do not name is temporary: no keys, no defaults, and room "
-                    "for 100 keys.\nThe status is that of COMMAND.");
+    using namespace cli::type;
+    cli::Command command = cli::command(
+        "sandbox", "run a command, or a shell, with a phone of its own",
+        {cli::option("--settings", existingDirectory(),
+                     "serve the settings in this directory, as they are at each moment"),
+         cli::option("--data", directory(), "keep the data in this directory"),
+         cli::option("--logs", directory(), "keep the logs in this directory"),
+         cli::option("--bin", existingDirectory(), "take the phone's programs from this directory"),
+         cli::argument("COMMAND", text("COMMAND"), "what to run, after --; else the user's shell")
+             .optional()
+             .repeatable()},
+        run);
+    command.notes = QStringLiteral("What the options do not name is temporary: no keys, no "
+                                   "defaults, and room for 100 keys.\nThe status is that of "
+                                   "COMMAND.");
+    return command;
 }
 
 } // namespace commands

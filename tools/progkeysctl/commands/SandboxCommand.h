@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `sandbox`: a phone of one's own, for as long as a command runs.
-void addSandboxCommand(cli::CommandLine &line);
+cli::Command sandboxCommand();
 
 } // namespace commands

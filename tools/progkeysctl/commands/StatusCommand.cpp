@@ -1,5 +1,6 @@
 #include "commands/StatusCommand.h"
 
+#include "cli/Session.h"
 #include "client/Settings.h"
 #include "fields/Fields.h"
 
@@ -71,7 +72,7 @@ QJsonValue keyLimit(const client::Bus &bus)
     return setting ? QJsonValue(setting->toInt()) : QJsonValue();
 }
 
-ExitStatus status(cli::Session &session)
+ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     const client::Bus &bus = session.bus();
     const bool isRunning = session.service().isRunning();
@@ -89,9 +90,10 @@ ExitStatus status(cli::Session &session)
 
 } // namespace
 
-void addStatusCommand(cli::CommandLine &line)
+cli::Command statusCommand()
 {
-    line.addCommand("status", "tell whether the service is there and what it holds", status);
+    return cli::command("status", "tell whether the service is there and what it holds", {},
+                        status);
 }
 
 } // namespace commands

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `status`: the service, its bus, what it holds, and who else is there.
-void addStatusCommand(cli::CommandLine &line);
+cli::Command statusCommand();
 
 } // namespace commands

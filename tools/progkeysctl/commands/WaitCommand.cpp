@@ -1,5 +1,6 @@
 #include "commands/WaitCommand.h"
 
+#include "cli/Session.h"
 #include "outcome/Failure.h"
 
 #include <zelcore/ZELBusNames.h>
@@ -44,7 +45,7 @@ bool comesUp(cli::Session &session)
     return isUp;
 }
 
-ExitStatus wait(cli::Session &session)
+ExitStatus wait(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     if (!comesUp(session))
         throw Failure{
@@ -58,10 +59,10 @@ ExitStatus wait(cli::Session &session)
 
 } // namespace
 
-void addWaitCommand(cli::CommandLine &line)
+cli::Command waitCommand()
 {
-    line.addCommand("wait", "wait until the service is up, at most 30 s or what --timeout says",
-                    wait);
+    return cli::command("wait", "wait until the service is up, at most 30 s or what --timeout says",
+                        {}, wait);
 }
 
 } // namespace commands

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "cli/CommandLine.h"
+#include "cli/Command.h"
 
 namespace commands {
 
 /// `wait`: until the service is up.
-void addWaitCommand(cli::CommandLine &line);
+cli::Command waitCommand();
 
 } // namespace commands

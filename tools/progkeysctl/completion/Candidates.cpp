@@ -33,10 +33,9 @@ void addOption(Answer &answer, const CLI::Option &option, const std::string &typ
 
 void addOptions(Answer &answer, const HalfTyped &line)
 {
-    const CLI::Option *version = line.program().get_version_ptr();
     for (const CLI::App *app : {&line.command(), &line.program()})
         for (const CLI::Option *option : app->get_options())
-            if (!line.isSettled(*option) && (option != version || &line.command() == app))
+            if (!line.isSettled(*option))
                 addOption(answer, *option, line.typed());
 }
 

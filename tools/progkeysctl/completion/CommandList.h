@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "cli/Command.h"
 
 #include <QJsonObject>
 
@@ -8,6 +8,6 @@ namespace completion {
 
 /// Everything that help tells about the commands, as an object: the options of all commands, the
 /// groups, and each command with its words, description, options and positional arguments.
-QJsonObject commandList(const CLI::App &program);
+QJsonObject commandList(const QList<cli::Command> &commands);
 
 } // namespace completion

@@ -53,11 +53,7 @@ bool HalfTyped::isGiven(const CLI::Option &option) const
 
 bool HalfTyped::isSettled(const CLI::Option &option) const
 {
-    if (isGiven(option))
-        return !takesSeveral(option);
-    const std::set<CLI::Option *> excludes = option.get_excludes();
-    return std::any_of(excludes.begin(), excludes.end(),
-                       [this](const CLI::Option *other) { return isGiven(*other); });
+    return isGiven(option) && !takesSeveral(option);
 }
 
 const CLI::Option *HalfTyped::find(const std::string &name) const

@@ -39,8 +39,7 @@ public:
 
     bool isGiven(const CLI::Option &option) const;
 
-    /// Whether it may not be given again: because it was already, or one
-    /// that excludes it.
+    /// Whether it may not be given again.
     bool isSettled(const CLI::Option &option) const;
 
     /// The option of the command, or of all commands, by one of its names as typed; or null.

@@ -1,6 +1,5 @@
 #include "completion/Values.h"
 
-#include "cli/CommandLine.h"
 #include "completion/OptionShape.h"
 #include "fields/Fields.h"
 
@@ -195,19 +194,19 @@ struct Source
 
 // What has no name of a type is a program to run.
 constexpr Source Sources[] = {
-    {cli::type::KeyId, plain<keyIds>},
-    {cli::type::ActionId, plain<actionIds>},
-    {cli::type::Container, plain<containers>},
-    {cli::type::ModuleAddress, plain<modules>},
-    {cli::type::ModuleKey, plain<moduleKeys>},
-    {cli::type::Event, plain<events>},
-    {cli::type::KeyAssignment, keyAssignments},
-    {cli::type::ActionAssignment, actionAssignments},
-    {cli::type::KeyMove, keyMoves},
-    {cli::type::File, ofShell<Answer::Files>},
-    {cli::type::Directory, ofShell<Answer::Directories>},
+    {"KEY_ID", plain<keyIds>},
+    {"ACTION_ID", plain<actionIds>},
+    {"CONTAINER", plain<containers>},
+    {"MODULE", plain<modules>},
+    {"MODULE/NUMBER", plain<moduleKeys>},
+    {"EVENT", plain<events>},
+    {"KEY_FIELD=VALUE", keyAssignments},
+    {"ACTION_FIELD=VALUE", actionAssignments},
+    {"KEY_ID=POSITION", keyMoves},
+    {"FILE", ofShell<Answer::Files>},
+    {"DIR", ofShell<Answer::Directories>},
     {"FIELD,...", fieldLists},
-    {"", programs},
+    {"COMMAND", programs},
 };
 
 bool isRepeated(const std::string &word, const Words &given)

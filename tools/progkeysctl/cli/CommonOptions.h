@@ -1,0 +1,17 @@
+#pragma once
+
+#include "cli/Command.h"
+#include "cli/Session.h"
+
+namespace cli {
+
+/// The options that every command has.
+QList<Parameter> commonOptions();
+
+/// Options that exclude each other.
+QList<QStringList> exclusiveOptions();
+
+/// What they say.
+Options optionsFrom(const Arguments &arguments);
+
+} // namespace cli

@@ -1,0 +1,110 @@
+#include "cli/Parser.h"
+
+#include "outcome/Failure.h"
+
+#include <CLI/CLI.hpp>
+
+namespace cli {
+namespace {
+
+// The library's own names of a parameter: "-o,--output", or "FILE".
+std::string namesOf(const Parameter &parameter)
+{
+    return parameter.shortName.isEmpty()
+               ? parameter.name.toStdString()
+               : (parameter.shortName + QLatin1Char(',') + parameter.name).toStdString();
+}
+
+std::string typeNameOf(const ValueType &type)
+{
+    return type.choices.isEmpty() ? type.name.toStdString()
+                                  : QStringLiteral("%1:{%2}")
+                                        .arg(type.name, type.choices.join(QLatin1Char(',')))
+                                        .toStdString();
+}
+
+void addParameter(CLI::App *app, const Parameter &parameter)
+{
+    if (parameter.isFlag()) {
+        app->add_flag(namesOf(parameter))->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        return;
+    }
+    CLI::Option *option = app->add_option(namesOf(parameter));
+    option->type_name(typeNameOf(parameter.type))
+        ->expected(1, parameter.isRepeatable ? -1 : 1)
+        ->allow_extra_args(parameter.isRepeatable)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void collect(const CLI::App *app, const QList<Parameter> &parameters, Arguments &arguments)
+{
+    for (const Parameter &parameter : parameters)
+        for (const std::string &value : app->get_option(parameter.name.toStdString())->results())
+            arguments.add(parameter.name, QByteArray::fromStdString(value));
+}
+
+} // namespace
+
+Parser::Parser(const QList<Parameter> &common, const QList<Command> &commands)
+    : m_common(common), m_commands(commands), m_app(std::make_unique<CLI::App>("", "progkeysctl"))
+{
+    m_app->set_help_flag();
+    m_app->fallthrough();
+    m_app->allow_extras();
+    m_app->require_subcommand(0, 1);
+    for (const Parameter &parameter : m_common)
+        addParameter(m_app.get(), parameter);
+    for (const Command &command : std::as_const(m_commands))
+        addCommand(command);
+}
+
+Parser::~Parser() = default;
+
+void Parser::addCommand(const Command &command)
+{
+    CLI::App *parent = m_app.get();
+    for (const QString &word : command.words.mid(0, command.words.size() - 1))
+        parent = parent->get_subcommand(word.toStdString());
+    CLI::App *app = parent->add_subcommand(command.words.last().toStdString());
+    app->require_subcommand(0, 1);
+    if (command.isHidden)
+        app->group("");
+    for (const Parameter &parameter : command.parameters)
+        addParameter(app, parameter);
+}
+
+ParsedLine Parser::parse(int argc, char **argv)
+{
+    try {
+        m_app->parse(argc, argv);
+    } catch (const CLI::ArgumentMismatch &error) {
+        // The library's message is "--limit: ...".
+        const QString option = QString::fromUtf8(error.what()).section(QLatin1Char(':'), 0, 0);
+        throw Failure{ExitStatus::Usage, QStringLiteral("%1 requires a value").arg(option),
+                      QStringLiteral("See \"progkeysctl --help\".")};
+    }
+    ParsedLine line;
+    for (const std::string &word : m_app->remaining(true))
+        // The library counts the mark after which everything is an argument.
+        if (word != "--")
+            line.unexpected.append(QString::fromStdString(word));
+    collect(m_app.get(), m_common, line.arguments);
+    for (const Command &command : std::as_const(m_commands)) {
+        const CLI::App *app = appOf(command);
+        if (!app->parsed())
+            continue;
+        line.command = &command;
+        collect(app, command.parameters, line.arguments);
+    }
+    return line;
+}
+
+CLI::App *Parser::appOf(const Command &command) const
+{
+    CLI::App *app = m_app.get();
+    for (const QString &word : command.words)
+        app = app->get_subcommand(word.toStdString());
+    return app;
+}
+
+} // namespace cli
