@@ -10,28 +10,42 @@ namespace {
 
 constexpr qlonglong NotStored = -1;
 
-ListAction readActions(const QList<Record> &records)
+template <typename... Values>
+void debug(const MergeTarget &target, const char *line, const Values &...values)
+{
+    if (target.isLogged())
+        logging::debug(line, values...);
+}
+
+template <typename... Values>
+void warn(const MergeTarget &target, const char *line, const Values &...values)
+{
+    if (target.isLogged())
+        logging::warning(line, values...);
+}
+
+ListAction readActions(const MergeTarget &target, const QList<Record> &records)
 {
     ListAction actions;
     for (const Record &record : records) {
         if (!record.isAccepted()) {
-            logging::warning("Skipping invalid dm action: %1", record.hidden);
+            warn(target, "Skipping invalid dm action: %1", record.hidden);
             continue;
         }
         actions.append(toAction(record));
-        logging::debug("added action of dmId %1", actions.last().dmId);
+        debug(target, "added action of dmId %1", actions.last().dmId);
     }
     return actions;
 }
 
-ListKey readKeys(const QList<Record> &records)
+ListKey readKeys(const MergeTarget &target, const QList<Record> &records)
 {
     ListKey keys;
     for (const Record &record : records) {
         if (record.isAccepted())
             keys.append(toKey(record));
         else
-            logging::warning("Skipping invalid dm key: %1", record.hidden);
+            warn(target, "Skipping invalid dm key: %1", record.hidden);
     }
     return keys;
 }
@@ -51,16 +65,16 @@ void updateStoredActions(MergeTarget &target, ListAction &provisioned)
 {
     const QHash<QString, QList<int>> places = placesByDmId(provisioned);
     const ListAction stored = target.allActions();
-    logging::debug("found %1 db actions", stored.size());
+    debug(target, "found %1 db actions", stored.size());
     for (const Action &action : stored) {
         const QList<int> matches = places.value(action.dmId);
         for (const int place : matches) {
-            logging::debug("action of id %1 found, modifying", action.dmId);
+            debug(target, "action of id %1 found, modifying", action.dmId);
             provisioned[place].idAction = action.idAction;
             target.modifyAction(provisioned.at(place));
         }
         if (matches.isEmpty() && !action.dmId.isEmpty()) {
-            logging::debug("action of id %1 not found, deleting", action.dmId);
+            debug(target, "action of id %1 not found, deleting", action.dmId);
             target.deleteAction(action.idAction);
         }
     }
@@ -72,7 +86,7 @@ void addNewActions(MergeTarget &target, const ListAction &provisioned)
         if (action.idAction != NotStored)
             continue;
         target.addAction(action);
-        logging::debug("action of id %1 added", action.dmId);
+        debug(target, "action of id %1 added", action.dmId);
     }
 }
 
@@ -94,13 +108,13 @@ void mergeDefaults(MergeTarget &target, const QString &actionsText, const QStrin
 {
     const QList<Record> actionRecords = parseText(actionsText);
     const QList<Record> keyRecords = parseText(keysText);
-    logging::debug("Processing %1 dm actions and %2 dm keys", actionRecords.size(),
-                   keyRecords.size());
+    debug(target, "Processing %1 dm actions and %2 dm keys", actionRecords.size(),
+          keyRecords.size());
 
-    ListAction provisioned = readActions(actionRecords);
+    ListAction provisioned = readActions(target, actionRecords);
     updateStoredActions(target, provisioned);
     addNewActions(target, provisioned);
-    replaceProvisionedKeys(target, readKeys(keyRecords));
+    replaceProvisionedKeys(target, readKeys(target, keyRecords));
 }
 
 } // namespace provisioning

@@ -10,8 +10,8 @@
 
 namespace provisioning {
 
-/// What a merge reads and changes. The service's own is its operations, so that their checks,
-/// events and log lines hold for provisioned rows too; nobody looks at their results.
+/// What a merge reads and changes. In the service these are its operations, so that their checks,
+/// events and log lines apply to provisioned rows too; their results are not used.
 class MergeTarget
 {
 public:
@@ -19,6 +19,9 @@ public:
     MergeTarget(const MergeTarget &) = delete;
     MergeTarget &operator=(const MergeTarget &) = delete;
     virtual ~MergeTarget() = default;
+
+    /// Whether the merge writes its own log lines. Not for a merge that only tries something out.
+    virtual bool isLogged() const { return true; }
 
     virtual ListAction allActions() = 0;
     virtual std::optional<Action> actionWithDmId(const QString &dmId) = 0; ///< the first one
