@@ -96,35 +96,6 @@ public:
     Value read(const QSqlQuery &row) const { return row.value(0).template value<Value>(); }
 };
 
-/// All rows of an executed query. Returns none if reading fails, which is logged.
-template <typename Record, typename Reader>
-QList<Record> readAll(QSqlQuery &query, const Reader &reader)
-{
-    QList<Record> records;
-    while (query.next())
-        records.append(reader.read(query));
-    if (query.lastError().isValid()) {
-        logFailure(query, query.lastQuery());
-        records.clear();
-    }
-    query.finish();
-    return records;
-}
-
-/// The first row of an executed query. Returns nothing if there is none or if reading fails, which
-/// is logged.
-template <typename Record, typename Reader>
-std::optional<Record> readFirst(QSqlQuery &query, const Reader &reader)
-{
-    std::optional<Record> record;
-    if (query.next())
-        record = reader.read(query);
-    else if (query.lastError().isValid())
-        logFailure(query, query.lastQuery());
-    query.finish();
-    return record;
-}
-
 /// A list of the record, or an empty list.
 template <typename Record>
 QList<Record> zeroOrOne(const std::optional<Record> &record)
@@ -139,24 +110,43 @@ class SelectStatement
 public:
     explicit SelectStatement(const char *text) : m_statement(text) {}
 
-    /// The rows for these values. Returns none if the statement fails.
+    /// The rows for these values. Returns none if the statement or the reading fails.
     QList<Record> read(std::initializer_list<QVariant> values)
     {
+        QList<Record> records;
         if (!m_statement.execute(values))
-            return {};
-        return readAll<Record>(m_statement.query(), reader());
+            return records;
+        QSqlQuery &query = m_statement.query();
+        while (query.next())
+            records.append(reader().read(query));
+        return finish() ? records : QList<Record>();
     }
 
     /// The first row for these values, if there is one. The rows after it are not looked up, which
     /// saves the rest of a table scan.
     std::optional<Record> readFirst(std::initializer_list<QVariant> values)
     {
+        std::optional<Record> record;
         if (!m_statement.execute(values))
-            return std::nullopt;
-        return ::readFirst<Record>(m_statement.query(), reader());
+            return record;
+        if (m_statement.query().next())
+            record = reader().read(m_statement.query());
+        finish();
+        return record;
     }
 
 private:
+    // Returns whether all rows could be read.
+    bool finish()
+    {
+        QSqlQuery &query = m_statement.query();
+        const bool isRead = !query.lastError().isValid();
+        if (!isRead)
+            logFailure(query, query.lastQuery());
+        query.finish();
+        return isRead;
+    }
+
     const Reader &reader()
     {
         if (!m_reader)
