@@ -18,4 +18,9 @@ void BusObject::answerWithError(const QString &errorName, const QString &message
         sendErrorReply(errorName, message);
 }
 
+void BusObject::answerWithError(QDBusError::ErrorType error, const QString &message)
+{
+    answerWithError(QDBusError::errorString(error), message);
+}
+
 } // namespace zel

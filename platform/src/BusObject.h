@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusContext>
+#include <QDBusError>
 #include <QObject>
 #include <QString>
 
@@ -22,6 +23,7 @@ public:
 
     /// Answers the call that is being delivered with an error, in place of its normal reply.
     void answerWithError(const QString &errorName, const QString &message);
+    void answerWithError(QDBusError::ErrorType error, const QString &message);
 };
 
 } // namespace zel

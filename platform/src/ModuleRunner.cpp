@@ -2,6 +2,7 @@
 
 #include "FileLocks.h"
 #include "LifecycleAdaptor.h"
+#include "LogControl.h"
 #include "ServiceManager.h"
 #include "zelcore/ZELApplication.h"
 #include "zelcore/ZELBusNames.h"
@@ -155,11 +156,12 @@ bool ModuleRunner::registerObjects()
     if (QDBusAbstractAdaptor *adaptor = m_module.getAdaptor())
         m_object.publish(adaptor);
     m_object.publish(new LifecycleAdaptor(m_module));
+    new LogControl(m_logObject); // which owns it
 
     QDBusConnection bus = QDBusConnection::systemBus();
     const QString path = objectPath(m_module.getModuleName());
     if (bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors) &&
-        bus.registerVirtualObject(LogControl::path(), &m_logControl))
+        bus.registerObject(LogControl::path(), &m_logObject, QDBusConnection::ExportAdaptors))
         return true;
     return refuseForBus(QStringLiteral("Cannot register the object %1").arg(path));
 }

@@ -4,7 +4,6 @@
 #include "BusObject.h"
 #include "DataDirectory.h"
 #include "InstanceLock.h"
-#include "LogControl.h"
 #include "Watchdog.h"
 
 #include <QObject>
@@ -42,7 +41,7 @@ private:
     InstanceLock m_lock;
     BusConnection m_connection;
     BusObject m_object;
-    LogControl m_logControl;
+    BusObject m_logObject;
     Watchdog m_watchdog;
 };
 
