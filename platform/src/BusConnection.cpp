@@ -47,13 +47,6 @@ QString BusConnection::lostMessage()
     return QStringLiteral("The connection to the system bus is lost; ending");
 }
 
-QString BusConnection::busId()
-{
-    const QDBusReply<QString> reply =
-        QDBusConnection::systemBus().interface()->call(QStringLiteral("GetId"));
-    return reply.value();
-}
-
 bool BusConnection::isTaken(const QString &serviceName)
 {
     const QDBusReply<bool> reply =

@@ -21,9 +21,6 @@ public:
     static bool isLost();
     static QString lostMessage();
 
-    /// The identifier of the bus, the same for all who are connected to it.
-    static QString busId();
-
     /// Does any process own the name? An error counts as yes: it is no leave to go on.
     static bool isTaken(const QString &serviceName);
 

@@ -1,40 +1,50 @@
 #include "InstanceLock.h"
 
-#include <QByteArray>
+#include <QFile>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstddef>
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace zel {
+namespace {
+
+bool isSameDirectory(int one, int other)
+{
+    struct stat oneStatus = {};
+    struct stat otherStatus = {};
+    return ::fstat(one, &oneStatus) == 0 && ::fstat(other, &otherStatus) == 0 &&
+           oneStatus.st_dev == otherStatus.st_dev && oneStatus.st_ino == otherStatus.st_ino;
+}
+
+} // namespace
 
 InstanceLock::~InstanceLock()
 {
     release();
 }
 
-bool InstanceLock::acquire(const QString &name)
+bool InstanceLock::acquire(const QString &directory)
 {
-    // An address that begins with a zero byte is in the abstract name space.
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const QByteArray text = name.toUtf8().left(static_cast<int>(sizeof address.sun_path) - 1);
-    std::copy(text.cbegin(), text.cend(), address.sun_path + 1);
-    const size_t length = offsetof(sockaddr_un, sun_path) + 1 + static_cast<size_t>(text.size());
-
-    m_socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const auto *const bound = reinterpret_cast<const sockaddr *>(&address);
-    return ::bind(m_socket, bound, static_cast<socklen_t>(length)) == 0 || errno != EADDRINUSE;
+    InstanceLock next;
+    next.m_descriptor =
+        ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (next.m_descriptor < 0 || isSameDirectory(next.m_descriptor, m_descriptor))
+        return true;
+    if (::flock(next.m_descriptor, LOCK_EX | LOCK_NB) != 0)
+        return errno != EWOULDBLOCK;
+    std::swap(m_descriptor, next.m_descriptor);
+    return true;
 }
 
 void InstanceLock::release()
 {
-    if (m_socket >= 0)
-        ::close(m_socket);
-    m_socket = -1;
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    m_descriptor = -1;
 }
 
 } // namespace zel

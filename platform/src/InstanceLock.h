@@ -4,10 +4,10 @@
 
 namespace zel {
 
-/// Keeps two processes from starting the same module side by side, from before the first hook on.
-/// The bus name cannot do that: it is claimed last. The lock is a name of the kernel's, without a
-/// file, and goes with the process however that ends. Any process of the same network name space
-/// could hold it: it guards against mistakes, not against malice.
+/// Keeps two processes from using the data of the same module: a lock on the module's directory.
+///
+/// The lock needs no file and no write access, and the kernel drops it when the process ends. Only
+/// a user who can read the directory can take it.
 class InstanceLock
 {
 public:
@@ -16,13 +16,14 @@ public:
     InstanceLock(const InstanceLock &) = delete;
     InstanceLock &operator=(const InstanceLock &) = delete;
 
-    /// False if another process holds the lock of that name. Where the kernel knows no such names,
-    /// nobody is kept out.
-    bool acquire(const QString &name);
+    /// Locks the directory that has this path now. Call it again when the directory may have been
+    /// created or replaced. False if another process has the lock; true also if there is no
+    /// directory, or none that can be locked.
+    bool acquire(const QString &directory);
     void release();
 
 private:
-    int m_socket = -1;
+    int m_descriptor = -1;
 };
 
 } // namespace zel

@@ -69,34 +69,47 @@ void ModuleRunner::run()
 
 bool ModuleRunner::bringUp()
 {
-    // The name is claimed last: whoever sees it can use what stands behind it.
-    return m_connection.open() && ensureRunningAlone() && ensureData() &&
+    // The name is claimed last, so that every caller who sees it can use the module.
+    return m_connection.open() && ensureRunningAlone() && ensureData() && lockData() &&
            runHook("init", &ZELModule::init) && runHook("start", &ZELModule::start) &&
            appearOnBus();
 }
 
-// Before any hook runs: a second process must not touch the data of the first, not even one that
-// is started at the same moment.
+// Asked before any hook runs: a second process must not touch the data of the first.
 bool ModuleRunner::ensureRunningAlone()
 {
     const QString name = serviceName(m_module.getModuleName());
-    const bool isFirst = m_lock.acquire(name + QLatin1Char('@') + BusConnection::busId());
     if (BusConnection::isTaken(name))
         return refuseForBus(nameIsTaken(name));
-    return isFirst ||
-           refuse(QStringLiteral("Another process is starting the module, and about to take the "
-                                 "name %1 on the bus")
-                      .arg(name));
+    return lockData();
+}
+
+QString ModuleRunner::dataDirectory() const
+{
+    return ZELApplication::dataRoot() + m_module.getModuleName();
+}
+
+// Called before `check`, and again after each hook that may create or replace the directory.
+bool ModuleRunner::lockData()
+{
+    const QString directory = dataDirectory();
+    return m_lock.acquire(directory) ||
+           refuse(QStringLiteral("Another process uses the data in %1; is the module running "
+                                 "already?")
+                      .arg(directory));
 }
 
 bool ModuleRunner::ensureData()
 {
-    const DataDirectory directory(ZELApplication::dataRoot() + m_module.getModuleName());
+    const DataDirectory directory(dataDirectory());
     // Asked before `check`, which may leave new, still meaningless files behind, and may fail for a
     // lock that is gone once it has.
     const bool heldData = directory.holdsData();
     const std::optional<pid_t> holder = exclusiveLockHolder(directory.path());
-    if (m_module.check())
+    const bool isSound = m_module.check();
+    if (!lockData())
+        return false;
+    if (isSound)
         return true;
     if (!heldData)
         return runHook("deploy", &ZELModule::deploy);

@@ -28,6 +28,8 @@ private:
     void run();
     bool bringUp();
     bool ensureRunningAlone();
+    QString dataDirectory() const;
+    bool lockData();
     bool ensureData();
     bool deployOver(const DataDirectory &directory);
     static bool isFreeToWrite(const DataDirectory &directory);

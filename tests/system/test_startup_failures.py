@@ -7,7 +7,9 @@ import pytest
 
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
 from samples import CALL
+from sandbox.bus import PrivateBus
 from sandbox.client import Client
+from sandbox.loop import wait_until
 from sandbox.names import SERVICE, bus_name
 
 DAMAGED_KEY_SCHEMA = KEY_SCHEMA.replace("icon      VARCHAR,", "")
@@ -29,7 +31,7 @@ def squatter(bus):
     client.close()
 
 
-# The name
+# The name and the data
 
 
 def test_a_second_process_names_the_taken_name_ends_with_1_and_touches_no_data(
@@ -82,20 +84,54 @@ def test_a_name_taken_while_the_service_starts_ends_the_start_with_1(
 
 
 def test_a_second_process_ends_with_1_while_the_first_one_still_starts(
-    launch, client, settings, database
+    launch, client, settings, data_root
 ):
     settings.hang()
     first = launch()
     settings.wait_for_calls(1)
     second = launch()
-    assert second.wait_for_exit() == 1
-    (line,) = second.log.texts("error")
-    assert bus_name(SERVICE) in line
-    assert "ZelProgrammableKeys checking..." not in second.log.texts()
+    assert_refused_for_the_data(second, data_root)
     settings.release()
     settings.answer_properly()
     first.wait_until_ready(client)
     first.stop()
+
+
+def assert_refused_for_the_data(process, data_root):
+    assert process.wait_for_exit() == 1
+    (line,) = process.log.texts("error")
+    assert f"Another process uses the data in {data_root / SERVICE}" in line
+    assert "ZelProgrammableKeys checking..." not in process.log.texts()
+
+
+def test_a_second_process_on_another_bus_does_not_use_the_same_data(service, launch, data_root):
+    with PrivateBus() as other:
+        assert_refused_for_the_data(launch(address=other.address), data_root)
+
+
+def test_of_processes_that_start_at_the_same_moment_one_succeeds_and_its_data_is_sound(
+    launch, client, settings, database
+):
+    database.path.parent.mkdir(parents=True)
+    settings.hang()
+    processes = [launch() for _ in range(4)]
+    wait_until(lambda: sum(process.running for process in processes) == 1, "three give up")
+    (first,) = [process for process in processes if process.running]
+    settings.release()
+    settings.answer_properly()
+    first.wait_until_ready(client)
+    for process in processes:
+        if process is not first:
+            assert_refused_for_the_data(process, database.path.parent.parent)
+    assert database.actions() == client.get_all_actions() == [RESERVED_ACTION]
+    first.stop()
+
+
+def test_a_process_that_is_killed_leaves_no_lock(service, start, client):
+    client.add_action(CALL)
+    service.kill()
+    start()
+    assert len(client.get_all_actions()) == 2
 
 
 # The bus
