@@ -102,10 +102,10 @@ bool ModuleRunner::lockData()
 bool ModuleRunner::ensureData()
 {
     const DataDirectory directory(dataDirectory());
-    // Asked before `check`, which may leave new, still meaningless files behind, and may fail for a
-    // lock that is gone once it has.
+    // Asked before `check`: that may leave new files without content, and may fail because of a
+    // lock that is released before it returns.
     const bool heldData = directory.holdsData();
-    const std::optional<pid_t> holder = exclusiveLockHolder(directory.path());
+    const std::optional<pid_t> holder = exclusiveLockHolder(directory.path(), Afterwards::Close);
     const bool isSound = m_module.check();
     if (!lockData())
         return false;
@@ -136,7 +136,7 @@ bool ModuleRunner::deployOver(const DataDirectory &directory)
 
 bool ModuleRunner::isFreeToWrite(const DataDirectory &directory)
 {
-    if (const auto holder = exclusiveLockHolder(directory.path()))
+    if (const auto holder = exclusiveLockHolder(directory.path(), Afterwards::KeepOpen))
         return refuseForLock(*holder);
     return directory.isWritable() ||
            refuse(QStringLiteral("The data failed its check while its directory cannot be written; "

@@ -29,7 +29,8 @@ public:
     explicit ZELModule(QString name);
     ~ZELModule() override;
 
-    /// Is the module's data as the module needs it? No makes the framework call `deploy`.
+    /// The first hook: whether the module's data is as the module needs it. If not, the framework
+    /// calls `deploy`. A module does not open its data before this call.
     virtual bool check();
     /// Lays the module's data anew. The framework copies existing data aside first.
     virtual bool deploy();

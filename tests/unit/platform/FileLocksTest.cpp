@@ -9,7 +9,16 @@
 
 #include <memory>
 
-/// Whoever keeps others away from the files of a directory.
+namespace {
+
+int openFiles()
+{
+    return static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).entryList().size());
+}
+
+} // namespace
+
+/// The process that keeps others from reading the files of a directory.
 class FileLocksTest : public QObject
 {
     Q_OBJECT
@@ -22,11 +31,13 @@ private slots:
     void anExclusiveLockOfAnotherProcessIsFound_data();
     void anExclusiveLockOfAnotherProcessIsFound();
     void aLockThatLetsOthersReadDoesNotCount();
+    void aFileIsClosedAgainOrKeptOpen();
     void theLocksOfThisProcessDoNotCountAndAreKept();
 
 private:
     QString path(const QString &name) const { return m_place->filePath(name); }
     void put(const QString &name) const;
+    std::optional<pid_t> holder(zel::Afterwards afterwards = zel::Afterwards::KeepOpen) const;
     std::unique_ptr<QProcess> otherProcess(const QString &name, const QString &kind) const;
 
     std::unique_ptr<QTemporaryDir> m_place;
@@ -43,6 +54,11 @@ void FileLocksTest::put(const QString &name) const
     QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
     QFile file(path(name));
     QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+std::optional<pid_t> FileLocksTest::holder(zel::Afterwards afterwards) const
+{
+    return zel::exclusiveLockHolder(path(QStringLiteral("Module")), afterwards);
 }
 
 // Holds a lock on the file until its input ends, and says so once it does.
@@ -73,7 +89,7 @@ void FileLocksTest::nobodyHoldsAnything()
     QFETCH(QString, file);
     if (!file.isEmpty())
         put(file);
-    QVERIFY(!zel::exclusiveLockHolder(path(QStringLiteral("Module"))));
+    QVERIFY(!holder());
 }
 
 void FileLocksTest::anExclusiveLockOfAnotherProcessIsFound_data()
@@ -94,24 +110,36 @@ void FileLocksTest::anExclusiveLockOfAnotherProcessIsFound()
     QFETCH(QString, kind);
     put(QStringLiteral("Module/other"));
     put(file);
-    const auto holder = otherProcess(file, kind);
-    QVERIFY(holder);
-    const auto found = zel::exclusiveLockHolder(path(QStringLiteral("Module")));
-    QVERIFY(found);
-    QCOMPARE(qint64{*found}, holder->processId());
-    holder->closeWriteChannel();
-    QVERIFY(holder->waitForFinished());
-    QVERIFY(!zel::exclusiveLockHolder(path(QStringLiteral("Module"))));
+    const auto process = otherProcess(file, kind);
+    QVERIFY(process);
+    for (const auto afterwards : {zel::Afterwards::Close, zel::Afterwards::KeepOpen}) {
+        const auto found = holder(afterwards);
+        QVERIFY(found);
+        QCOMPARE(qint64{*found}, process->processId());
+    }
+    process->closeWriteChannel();
+    QVERIFY(process->waitForFinished());
+    QVERIFY(!holder());
 }
 
 void FileLocksTest::aLockThatLetsOthersReadDoesNotCount()
 {
     put(QStringLiteral("Module/a"));
-    const auto holder = otherProcess(QStringLiteral("Module/a"), QStringLiteral("LOCK_SH"));
-    QVERIFY(holder);
-    QVERIFY(!zel::exclusiveLockHolder(path(QStringLiteral("Module"))));
-    holder->closeWriteChannel();
-    QVERIFY(holder->waitForFinished());
+    const auto process = otherProcess(QStringLiteral("Module/a"), QStringLiteral("LOCK_SH"));
+    QVERIFY(process);
+    QVERIFY(!holder());
+    process->closeWriteChannel();
+    QVERIFY(process->waitForFinished());
+}
+
+void FileLocksTest::aFileIsClosedAgainOrKeptOpen()
+{
+    put(QStringLiteral("Module/a"));
+    const auto before = openFiles();
+    QVERIFY(!holder(zel::Afterwards::Close));
+    QCOMPARE(openFiles(), before);
+    QVERIFY(!holder(zel::Afterwards::KeepOpen));
+    QCOMPARE(openFiles(), before + 1);
 }
 
 void FileLocksTest::theLocksOfThisProcessDoNotCountAndAreKept()
@@ -119,7 +147,7 @@ void FileLocksTest::theLocksOfThisProcessDoNotCountAndAreKept()
     put(QStringLiteral("Module/a"));
     const unit::LockedFile locked(path(QStringLiteral("Module/a")), F_WRLCK);
     QVERIFY(locked.isHeld());
-    QVERIFY(!zel::exclusiveLockHolder(path(QStringLiteral("Module"))));
+    QVERIFY(!holder());
     QProcess other;
     const QString program =
         QStringLiteral("import fcntl, sys\n"
