@@ -8,7 +8,7 @@
 #include <type_traits>
 
 /// The service's log lines: `%1` and `%2` in a line stand for the values, numbers in base 10. A
-/// line is put together only when the configured level lets it be written.
+/// line is built only if the configured level allows it.
 namespace logging {
 namespace detail {
 
@@ -17,7 +17,7 @@ inline QString text(const QString &value)
     return value;
 }
 
-// A value that takes some effort to find is passed as a function, called only for a written line.
+// A value that is expensive to compute is passed as a function, called only for a written line.
 template <typename Value>
 QString text(const Value &value)
 {

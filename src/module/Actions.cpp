@@ -32,7 +32,7 @@ qlonglong ZelProgrammableKeys::addAction(Action action)
 
 int ZelProgrammableKeys::modifyAction(const Action &action)
 {
-    const ListAction stored = getAction(action.idAction);
+    const ListAction stored = database().action(action.idAction);
     if (stored.isEmpty()) {
         logging::error("ZelProgrammableKeys::modifyAction(2) : fail !");
         return ResultCode::Refused;
@@ -65,13 +65,13 @@ int ZelProgrammableKeys::deleteAction(qlonglong idAction)
         logging::error("Action of id -1 is read only and reserved. Deletion is forbidden.");
         return ResultCode::Refused;
     }
-    const ListAction stored = getAction(idAction);
+    const ListAction stored = database().action(idAction);
     if (stored.isEmpty() || !isActionRemovable(stored.first()))
         return ResultCode::Refused;
     const int code = database().deleteAction(idAction);
     if (code != ResultCode::Success)
         return code;
-    // A provisioned key refuses, and keeps the id of the deleted action until the next merge.
+    // A provisioned key is not deleted. It keeps the id of the deleted action until the next merge.
     const QList<qlonglong> boundKeys = database().keyIdsWithAction(idAction);
     for (const qlonglong idKey : boundKeys)
         deleteProgrammableKey(idKey);

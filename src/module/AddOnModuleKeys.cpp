@@ -71,10 +71,11 @@ void ZelProgrammableKeys::aomKeyPressed(const ZELEvent &event)
                                      Action(), false);
 }
 
-// A key may outlive its action: its press is still reported, with a default action.
+// The action of a stored key may no longer exist. The press is still reported, with a default
+// action.
 void ZelProgrammableKeys::reportPress(const Key &key)
 {
-    const ListAction actions = getAction(key.idAction);
+    const ListAction actions = database().action(key.idAction);
     if (actions.isEmpty())
         logging::error("No action found for key of id %1", key.idAction);
     ZELEvent answer;
@@ -84,7 +85,7 @@ void ZelProgrammableKeys::reportPress(const Key &key)
 
 int ZelProgrammableKeys::setIconStateForKey(qlonglong idKey, int icon_x, int icon_y)
 {
-    const ListKey keys = getProgrammableKey(idKey);
+    const ListKey keys = database().key(idKey);
     if (keys.isEmpty() || keys.first().aom_type != SettableModuleType) {
         logging::error("In setIconStateForKey, not an aom key, id[%1]", idKey);
         return ResultCode::Refused;
@@ -96,13 +97,13 @@ int ZelProgrammableKeys::setIconStateForKey(qlonglong idKey, int icon_x, int ico
 
 int ZelProgrammableKeys::setLabelStateForKey(qlonglong idKey, int state)
 {
-    const ListKey keys = getProgrammableKey(idKey);
+    const ListKey keys = database().key(idKey);
     if (keys.isEmpty() || keys.first().aom_type != SettableModuleType) {
         logging::error("In setLabelStateForKey, not an aom key, id[%1]", idKey);
         return ResultCode::Refused;
     }
     const Key &key = keys.first();
-    const ListAction actions = getAction(key.idAction);
+    const ListAction actions = database().action(key.idAction);
     if (actions.isEmpty()) {
         logging::error("In setLabelStateForKey, internal error action does not exists, id[%1]",
                        key.idAction);

@@ -23,7 +23,7 @@ qlonglong ZelProgrammableKeys::createProgrammableKey(Key key)
 {
     if (!actionExists(key.idAction))
         return ResultCode::Refused;
-    if (!isRoomFor(key)) {
+    if (!hasRoomFor(key)) {
         ZELEvent event;
         notifications().keysFull(event);
         return ResultCode::KeysFull;
@@ -35,7 +35,7 @@ qlonglong ZelProgrammableKeys::createProgrammableKey(Key key)
     ZELEvent event;
     notifications().keyCreated(event, key);
     if (key.type == KeyType::AddOnModule)
-        resetModuleIcon(key);
+        showDefaultIcon(key);
     return key.idKey;
 }
 
@@ -51,7 +51,7 @@ int ZelProgrammableKeys::modifyProgrammableKey(const Key &key)
     ZELEvent event;
     notifications().keyModified(event, key);
     if (key.type == KeyType::AddOnModule && old.icon != key.icon)
-        resetModuleIcon(key);
+        showDefaultIcon(key);
     return ResultCode::Success;
 }
 
@@ -98,19 +98,19 @@ bool ZelProgrammableKeys::actionExists(qlonglong idAction)
     return false;
 }
 
-// The keys are counted and the limit is read for a key of any type, in this order, so that peers
-// and the log show the same steps for all keys. If the setting cannot be read, there is no limit.
-bool ZelProgrammableKeys::isRoomFor(const Key &key)
+// For a key of any type: first count, then read the limit. Without a readable setting there is no
+// limit.
+bool ZelProgrammableKeys::hasRoomFor(const Key &key)
 {
     const int count = database().countKeysOfType(KeyType::Set);
-    bool isLimited = true;
+    bool isRead = true;
     const int limit = SettingsReader::instance(*this)
-                          .getSettingValue(QStringLiteral("ProgKeysMax"), &isLimited)
+                          .getSettingValue(QStringLiteral("ProgKeysMax"), &isRead)
                           .toInt();
-    return key.type != KeyType::Set || !isLimited || count < limit;
+    return key.type != KeyType::Set || !isRead || count < limit;
 }
 
-void ZelProgrammableKeys::resetModuleIcon(const Key &key)
+void ZelProgrammableKeys::showDefaultIcon(const Key &key)
 {
     ZELEvent event;
     notifications().setModuleIcon(event, placeOf(key), 0, 0);

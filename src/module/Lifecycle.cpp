@@ -56,6 +56,7 @@ bool ZelProgrammableKeys::init()
 bool ZelProgrammableKeys::start()
 {
     logging::debug("ZelProgrammableKeys starting...");
+    Q_ASSERT(s_makeAdaptor);
     m_adaptor = s_makeAdaptor(this);
     syncDmDefaults();
     return true;

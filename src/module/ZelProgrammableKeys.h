@@ -72,8 +72,8 @@ private:
     Notifications notifications();
 
     bool actionExists(qlonglong idAction);
-    bool isRoomFor(const Key &key);
-    void resetModuleIcon(const Key &key);
+    bool hasRoomFor(const Key &key);
+    void showDefaultIcon(const Key &key);
     void reportPress(const Key &key);
 
     static MakeAdaptor s_makeAdaptor;

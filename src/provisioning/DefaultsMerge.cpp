@@ -50,7 +50,7 @@ ListKey readKeys(const MergeTarget &target, const QList<Record> &records)
     return keys;
 }
 
-// Places in the list by identifier, in the order of the list: an identifier may stand there twice.
+// Places in the list by identifier, in the order of the list: an identifier may occur twice.
 QHash<QString, QList<int>> placesByDmId(const ListAction &actions)
 {
     QHash<QString, QList<int>> places;
@@ -59,8 +59,8 @@ QHash<QString, QList<int>> placesByDmId(const ListAction &actions)
     return places;
 }
 
-// Each stored action is given the content of every provisioned one of its identifier, the last one
-// winning. Marks the provisioned actions that were found with the id they were found under.
+// Updates each stored action with each provisioned action of the same dmId, in order. Sets the
+// idAction of the provisioned actions that match.
 void updateStoredActions(MergeTarget &target, ListAction &provisioned)
 {
     const QHash<QString, QList<int>> places = placesByDmId(provisioned);

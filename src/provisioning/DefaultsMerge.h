@@ -20,7 +20,7 @@ public:
     MergeTarget &operator=(const MergeTarget &) = delete;
     virtual ~MergeTarget() = default;
 
-    /// Whether the merge writes its own log lines. Not for a merge that only tries something out.
+    /// Whether the merge writes its log lines. False for a dry run.
     virtual bool isLogged() const { return true; }
 
     virtual ListAction allActions() = 0;
@@ -34,10 +34,11 @@ public:
 
 /// Brings the target into line with the texts of the settings "DefaultActions" and "DefaultKeys".
 ///
-/// Provisioned actions are matched by dmId and keep their idAction; new ones are added; the target
-/// is asked to delete those that are provisioned no more. Provisioned keys are all removed and made
-/// anew, each with the first action of its dmId; one without an action is dropped. Rows of users
-/// are not touched. A record that is refused is logged and passed over.
+/// Provisioned actions are matched by dmId and keep their idAction. New ones are added. The target
+/// is asked to delete those that are no longer provisioned; the service refuses that, so they stay.
+/// All provisioned keys are deleted and created again, each with the first action of its dmId; a
+/// key without an action is dropped. User rows do not change. An invalid record is logged and
+/// skipped.
 void mergeDefaults(MergeTarget &target, const QString &actionsText, const QString &keysText);
 
 } // namespace provisioning

@@ -30,8 +30,8 @@ bool isEscapeAt(const QString &text, int index)
 }
 
 // Where the part that begins at `start` ends: at the next separator that is not escaped, or at
-// `end`. Two escapes cannot overlap, so that skipping them here and hiding them in the parts comes
-// to the same as hiding them in the whole text and then splitting it.
+// `end`. Two escapes cannot overlap, so skipping them here and hiding them in the parts has the
+// same result as hiding them in the whole text and then splitting it.
 int partEnd(const QString &text, int start, int end, QLatin1Char separator)
 {
     int index = start;

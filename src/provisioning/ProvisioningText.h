@@ -4,11 +4,11 @@
 #include <QString>
 
 /// The text in which device management writes its defaults: records separated by `#`, fields by
-/// `,`; backslash-comma and backslash-hash stand for the characters themselves. Places are counted
-/// in QChars from 0, in the text as it was given.
+/// `,`; backslash-comma and backslash-hash stand for the characters themselves. Positions are QChar
+/// indexes into the original text; only programs that check a text use them.
 namespace provisioning {
 
-/// Every record has so many fields.
+/// The number of fields of an accepted record.
 constexpr int FieldCount = 7;
 
 struct Field
@@ -18,13 +18,14 @@ struct Field
     int length = 0;
 };
 
-/// One record. It is accepted if it has exactly FieldCount fields; else `fault` says why not.
+/// One record. It is accepted if it has exactly FieldCount fields; otherwise `fault` has the
+/// reason.
 struct Record
 {
-    int number = 0; ///< from 1, refused and empty records counted
+    int number = 0; ///< from 1, counting invalid and empty records
     int start = 0;
     int length = 0;
-    QString hidden; ///< its text with the escapes hidden, as it stands in the log
+    QString hidden; ///< its text with the escapes hidden, for the log
     QList<Field> fields;
     QString fault; ///< empty if it is accepted
 
@@ -33,8 +34,8 @@ struct Record
 
 /// The records of a text, in order; at least one, because an empty text is one empty record.
 ///
-/// Escapes are carried through by placeholder words, so a field that contains the letters
-/// `escComa` or `escSharp` comes out with a comma or a hash in their place.
+/// Placeholder words stand for escapes while the text is parsed, so a field that contains `escComa`
+/// or `escSharp` comes out with a comma or a hash in its place.
 QList<Record> parseText(const QString &text);
 
 } // namespace provisioning

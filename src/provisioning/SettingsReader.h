@@ -10,6 +10,7 @@ class SettingsReader
 {
 public:
     /// The single instance. The first call creates it; it calls the peer through that module.
+    /// Later calls ignore the module.
     static SettingsReader &instance(ZELModule &module);
 
     /// The text of a setting. Blocks until the peer answers or the platform gives up. The text is

@@ -1,5 +1,4 @@
 #pragma once
 
-/// `Capability`, `MapQStringCapability` and `QMapIntInt` belong to the module framework. This
-/// header completes the records in one folder.
+/// `Capability`, `MapQStringCapability` and `QMapIntInt` belong to the module framework.
 #include <zelcore/ZELTypes.h>

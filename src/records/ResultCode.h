@@ -1,7 +1,7 @@
 #pragma once
 
-/// The results of operations and statements, besides ids. All failures are negative, so that no
-/// failure can be taken for an id.
+/// The results of operations and statements, other than ids. All failures are negative, so that no
+/// failure can be taken for the id of a new row.
 namespace ResultCode {
 constexpr int Success = 0;
 constexpr int KeysFull = -1;  ///< a new key: the limit "ProgKeysMax" is reached

@@ -1,12 +1,11 @@
 #include "storage/Connection.h"
 
-#include "storage/Statement.h"
+#include "logging.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
+#include <QSqlError>
+#include <QVariant>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -14,9 +13,6 @@
 
 namespace connection {
 namespace {
-
-// How long a statement waits for the lock of another process; the default of the driver.
-constexpr int BusyMilliseconds = 5000;
 
 bool hasWriteAheadLog = false;
 
@@ -26,7 +22,7 @@ bool canShareMemory(const QString &fileName)
 {
     const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CLOEXEC);
     if (descriptor < 0)
-        return true; // another fault, which opening the file reports
+        return true; // the file cannot be written, which the statements report
     void *const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     const bool isShared = page != MAP_FAILED;
     if (isShared)
@@ -35,41 +31,39 @@ bool canShareMemory(const QString &fileName)
     return isShared;
 }
 
+const QLatin1String WriteAheadLog("wal");
+const QLatin1String PersistentJournal("persist");
+
+bool setJournal(const QLatin1String &mode)
+{
+    return execute(QStringLiteral("PRAGMA journal_mode=%1").arg(mode)) == QString(mode);
+}
+
 // Without shared memory, a file that already has a log can be read only under an exclusive lock.
 bool keepJournalAlone()
 {
     execute(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
-    const auto mode = execute(QStringLiteral("PRAGMA journal_mode=PERSIST"));
+    const bool isKept = setJournal(PersistentJournal);
     execute(QStringLiteral("PRAGMA locking_mode=NORMAL"));
-    return mode.has_value();
+    return isKept;
 }
 
-// Returns whether the choice is final.
+// Returns whether the file now has a durable journal.
 bool chooseJournal()
 {
     // Tested before the database takes its first lock: closing the file drops all locks on it.
     static const bool isShareable = canShareMemory(current().databaseName());
     if (!isShareable)
         return keepJournalAlone();
-    const auto mode = execute(QStringLiteral("PRAGMA journal_mode=WAL"));
-    hasWriteAheadLog = mode == QStringLiteral("wal");
+    hasWriteAheadLog = setJournal(WriteAheadLog);
     if (hasWriteAheadLog)
         return true;
     // A process that reads prevents the change to a log, but not a persistent journal. The first
     // pragma has already waited for a process that holds an exclusive lock.
-    execute(QStringLiteral("PRAGMA busy_timeout=0"));
-    execute(QStringLiteral("PRAGMA journal_mode=PERSIST"));
-    execute(QStringLiteral("PRAGMA busy_timeout=%1").arg(BusyMilliseconds));
-    return mode.has_value();
-}
-
-// Closing copies the write-ahead log back, which leaves the single database file. The application
-// object calls this in its destructor, while the SQL library is still usable.
-void close()
-{
-    Statement::forgetAll();
-    current().close();
-    QSqlDatabase::removeDatabase(QLatin1String(QSqlDatabase::defaultConnection));
+    waitForLocks(0);
+    const bool isKept = setJournal(PersistentJournal);
+    waitForLocks(BusyMilliseconds);
+    return isKept;
 }
 
 } // namespace
@@ -79,23 +73,50 @@ QSqlDatabase current()
     return QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
 }
 
-std::optional<QString> execute(const QString &text)
+void close()
+{
+    current().close();
+    QSqlDatabase::removeDatabase(QLatin1String(QSqlDatabase::defaultConnection));
+}
+
+void logFailure(const QSqlQuery &query, const QString &text)
+{
+    const auto executed = [&] {
+        return query.executedQuery().isEmpty() ? text : query.executedQuery();
+    };
+    const auto reason = [&] {
+        const QString error = query.lastError().text();
+        return error.isEmpty() ? current().lastError().text() : error;
+    };
+    logging::error("Error: %1 %2", executed, reason);
+}
+
+QSqlQuery run(const QString &text)
 {
     QSqlQuery query(QString(), QSqlDatabase{});
     query.setForwardOnly(true);
-    if (!query.exec(text)) {
+    if (!query.exec(text))
         logFailure(query, text);
+    return query;
+}
+
+std::optional<QString> execute(const QString &text)
+{
+    QSqlQuery query = run(text);
+    if (query.lastError().isValid())
         return std::nullopt;
-    }
     return query.next() ? query.value(0).toString() : QString();
+}
+
+void waitForLocks(int milliseconds)
+{
+    execute(QStringLiteral("PRAGMA busy_timeout=%1").arg(milliseconds));
 }
 
 bool open(const QString &directory, const QString &fileName)
 {
     QSqlDatabase database = QSqlDatabase::addDatabase(
         QStringLiteral("QSQLITE"), QLatin1String(QSqlDatabase::defaultConnection));
-    qAddPostRoutine(close);
-
     const QDir place(directory);
     if (!place.exists())
         place.mkpath(place.absolutePath()); // if this fails, opening the file fails too
@@ -112,7 +133,7 @@ bool open(const QString &directory, const QString &fileName)
 void ensureDurable()
 {
     static bool isDurable = false;
-    if (isDurable)
+    if (isDurable || !current().isOpen())
         return;
     isDurable = chooseJournal();
     if (!isDurable)

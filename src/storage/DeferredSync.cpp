@@ -19,8 +19,19 @@ std::optional<QString> changesSoFar()
     return connection::execute(QStringLiteral("SELECT total_changes()"));
 }
 
-// Any write that is synced also syncs the log before it. This one writes a number back unchanged.
-void syncWithOneWrite()
+// Copies the log into the database, which syncs both, and empties it. False if another process uses
+// the database, or after a log line.
+bool copyLog()
+{
+    connection::waitForLocks(0);
+    const std::optional<QString> isBusy =
+        connection::execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    connection::waitForLocks(connection::BusyMilliseconds);
+    return isBusy == QStringLiteral("0");
+}
+
+// A write that is synced also syncs the log before it. This one writes a number back unchanged.
+void syncLog()
 {
     const std::optional<QString> version =
         connection::execute(QStringLiteral("PRAGMA user_version"));
@@ -39,12 +50,16 @@ DeferredSync::DeferredSync()
     m_changes = changesSoFar();
 }
 
+// The log is copied first, because that also repairs what a sync lost that failed meanwhile: the
+// kernel reports such a failure only once, and the pages would never reach the disk. The copy is
+// made from memory. A second try does so after a failure that the first one has met.
 DeferredSync::~DeferredSync()
 {
     if (!m_isDeferred)
         return;
     setSynchronous(QStringLiteral("FULL"));
     connection::checkpointEvery(connection::CheckpointPages);
-    if (!m_changes || m_changes != changesSoFar())
-        syncWithOneWrite();
+    const bool isUnchanged = m_changes && m_changes == changesSoFar();
+    if (!isUnchanged && !copyLog() && !copyLog())
+        syncLog();
 }

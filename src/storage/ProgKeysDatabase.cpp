@@ -15,7 +15,7 @@
 
 namespace {
 
-// In development the application object has a property that overrides the phone's directory.
+// The stand-in framework has the data directory as a property. The phone's framework has none.
 QString dataRoot()
 {
     const QString root = QCoreApplication::instance()->property("dataRoot").toString();
@@ -29,6 +29,13 @@ bool failedForLock(const QSqlQuery &query)
     return (query.lastError().nativeErrorCode().toInt() & kindOfError) == busy;
 }
 
+// The application object calls this in its destructor, while the SQL library is still usable.
+void closeConnection()
+{
+    Statement::forgetAll();
+    connection::close();
+}
+
 } // namespace
 
 ProgKeysDatabase &ProgKeysDatabase::instance(const ZELModule &module)
@@ -38,9 +45,10 @@ ProgKeysDatabase &ProgKeysDatabase::instance(const ZELModule &module)
     return *database;
 }
 
-// A failed open shows in every later statement. It is not tried again.
+// If the file cannot be opened, every statement fails and logs. Opening is not tried again.
 ProgKeysDatabase::ProgKeysDatabase(const ZELModule &module)
 {
+    qAddPostRoutine(closeConnection);
     static_cast<void>(openConnection(module));
 }
 
@@ -69,17 +77,16 @@ bool ProgKeysDatabase::checkTables()
 }
 
 // One transaction, because a reset that a power cut interrupts would leave tables that pass the
-// next check without the reserved action. If a step fails because of another process's lock, the
-// whole reset is rolled back: the lock may be gone at the next step. After any other failure the
-// remaining steps still run.
+// next check without the reserved action. If a step fails because of the lock of another process,
+// the whole reset is rolled back: the lock may be gone at the next step. After any other failure
+// the remaining steps still run; SQLite may have rolled back the first ones by then.
 void ProgKeysDatabase::resetTables()
 {
+    connection::ensureDurable();
     QSqlDatabase database = connection::current();
     const bool isOneUnit = database.transaction();
     bool isLocked = dropTables();
-    for (const char *sql :
-         {schema::CreateKeys, schema::CreateActions, schema::InsertReservedAction})
-        isLocked |= failedForLock(runStatement(QLatin1String(sql)));
+    isLocked |= runSteps({schema::CreateKeys, schema::CreateActions, schema::InsertReservedAction});
     if (!isOneUnit || (!isLocked && database.commit()))
         return;
     if (!isLocked)
@@ -89,15 +96,26 @@ void ProgKeysDatabase::resetTables()
 
 bool ProgKeysDatabase::dropTables()
 {
-    const bool areKeysLocked = failedForLock(runStatement(QLatin1String(schema::DropKeys)));
-    return failedForLock(runStatement(QLatin1String(schema::DropActions))) || areKeysLocked;
+    return runSteps({schema::DropKeys, schema::DropActions});
+}
+
+// Once one step has waited for a lock, the others do not wait: a caller of restoreDefault usually
+// waits 25 s for the reply.
+bool ProgKeysDatabase::runSteps(std::initializer_list<const char *> steps)
+{
+    bool isLocked = false;
+    for (const char *sql : steps) {
+        const bool isFirstLock = failedForLock(runStatement(QLatin1String(sql))) && !isLocked;
+        if (isFirstLock)
+            connection::waitForLocks(0);
+        isLocked |= isFirstLock;
+    }
+    if (isLocked)
+        connection::waitForLocks(connection::BusyMilliseconds);
+    return isLocked;
 }
 
 QSqlQuery ProgKeysDatabase::runStatement(const QString &sql)
 {
-    QSqlQuery query(QString(), QSqlDatabase{});
-    query.setForwardOnly(true);
-    if (!query.exec(sql))
-        logFailure(query, sql);
-    return query;
+    return connection::run(sql);
 }

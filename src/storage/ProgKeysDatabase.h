@@ -3,21 +3,16 @@
 #include "records/Action.h"
 #include "records/Capability.h"
 #include "records/Key.h"
+#include "storage/Insertion.h"
 
 #include <QList>
 #include <QString>
 
+#include <initializer_list>
 #include <optional>
 
 class QSqlQuery;
 class ZELModule;
-
-/// The outcome of an insertion: a ResultCode and, on success, the id of the new row.
-struct Insertion
-{
-    qlonglong id;
-    int code;
-};
 
 /// The one store of keys and actions: an SQLite file on Qt's default connection.
 ///
@@ -26,8 +21,8 @@ struct Insertion
 class ProgKeysDatabase
 {
 public:
-    /// The single instance. The first call creates it and opens the connection, on the file in the
-    /// directory of that module. A failed open shows in the statements.
+    /// The single instance. The first call creates it and opens the file in the directory of that
+    /// module. Later calls ignore the module.
     static ProgKeysDatabase &instance(const ZELModule &module);
 
     /// Whether both tables exist with all their columns. Empty tables pass.
@@ -67,7 +62,8 @@ private:
     explicit ProgKeysDatabase(const ZELModule &module);
 
     static bool openConnection(const ZELModule &module);
-    /// Returns whether the lock of another process prevented it.
+    /// Both return whether the lock of another process made a step fail. All steps run.
     bool dropTables();
+    bool runSteps(std::initializer_list<const char *> steps);
     QSqlQuery runStatement(const QString &sql);
 };

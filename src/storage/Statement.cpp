@@ -1,11 +1,8 @@
 #include "storage/Statement.h"
 
-#include "logging.h"
 #include "records/ResultCode.h"
-#include "storage/Connection.h"
 
 #include <QSqlDatabase>
-#include <QSqlError>
 
 #include <vector>
 
@@ -18,25 +15,7 @@ std::vector<Statement *> &allStatements()
     return statements;
 }
 
-QString connectionError()
-{
-    return connection::current().lastError().text();
-}
-
 } // namespace
-
-void logFailure(const QSqlQuery &query, const QString &text)
-{
-    const auto executed = [&] {
-        const QString known = query.executedQuery();
-        return known.isEmpty() ? text : known;
-    };
-    const auto reason = [&] {
-        const QString known = query.lastError().text();
-        return known.isEmpty() ? connectionError() : known;
-    };
-    logging::error("Error: %1 %2", executed, reason);
-}
 
 QVariant stored(const QString &text)
 {
@@ -66,7 +45,7 @@ bool Statement::prepare()
 bool Statement::execute(std::initializer_list<QVariant> values)
 {
     if (!prepare()) {
-        logFailure(*m_query, m_text);
+        connection::logFailure(*m_query, m_text);
         m_query.reset();
         return false;
     }
@@ -75,7 +54,7 @@ bool Statement::execute(std::initializer_list<QVariant> values)
         m_query->bindValue(index++, value);
     if (m_query->exec())
         return true;
-    logFailure(*m_query, m_text);
+    connection::logFailure(*m_query, m_text);
     m_query->finish();
     return false;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "storage/ProgKeysDatabase.h"
+#include "storage/Connection.h"
+#include "storage/Insertion.h"
 
 #include <QList>
 #include <QSqlError>
@@ -13,10 +14,6 @@
 #include <initializer_list>
 #include <optional>
 #include <tuple>
-
-/// Logs a statement that failed. If the connection never opened, the query knows neither its text
-/// nor an error; `text` and the error of the connection are logged instead.
-void logFailure(const QSqlQuery &query, const QString &text);
 
 /// The value to store for a text: a null text is stored as an empty one, never as NULL.
 QVariant stored(const QString &text);
@@ -142,7 +139,7 @@ private:
         QSqlQuery &query = m_statement.query();
         const bool isRead = !query.lastError().isValid();
         if (!isRead)
-            logFailure(query, query.lastQuery());
+            connection::logFailure(query, query.lastQuery());
         query.finish();
         return isRead;
     }

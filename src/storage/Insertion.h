@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// The outcome of an insertion: a ResultCode and, on success, the id of the new row.
+struct Insertion
+{
+    qlonglong id;
+    int code;
+};
