@@ -25,12 +25,12 @@ from servers import BENCH
 SERVERS = (SERVICE, RIVAL, AFTERNOON, FRAME, PRESS)
 FALSE_SERVER = f"""#!/usr/bin/python3
 import os, signal, sys, dbus.bus
-bus = dbus.bus.BusConnection(os.environ["DBUS_SYSTEM_BUS_ADDRESS"])
-bus.request_name("{bus_name(MODULE)}")
 def end(*_arguments):
     print("the tables are torn", file=sys.stderr)
     sys.exit(7)
 signal.signal(signal.SIGTERM, end)
+bus = dbus.bus.BusConnection(os.environ["DBUS_SYSTEM_BUS_ADDRESS"])
+bus.request_name("{bus_name(MODULE)}")
 while True:
     signal.pause()
 """
