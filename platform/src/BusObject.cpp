@@ -1,15 +1,60 @@
 #include "BusObject.h"
 
-#include "CallGuard.h"
+#include "zelcore/ZELApplication.h"
+#include "zelcore/ZELBusNames.h"
+#include "zelcore/ZELException.h"
 
+#include <QDBusAbstractAdaptor>
 #include <QDBusMessage>
 
 namespace zel {
+namespace {
+
+// How old the last look for a termination signal may be. A look at every call would slow down
+// every call.
+constexpr std::chrono::milliseconds AgeOfLook(10);
+
+// Stands in for an adaptor on the bus: it shows the adaptor's meta-object and passes each call on.
+//
+// An exception must not pass through the bus library. The library would keep its record of the
+// current call, which then points to freed memory, and would answer that there is no such object.
+class CallGuard : public QDBusAbstractAdaptor
+{
+public:
+    CallGuard(QDBusAbstractAdaptor &adaptor, BusObject &object)
+        : QDBusAbstractAdaptor(&object), m_adaptor(adaptor), m_object(object)
+    {
+    }
+
+    const QMetaObject *metaObject() const override { return m_adaptor.metaObject(); }
+    int qt_metacall(QMetaObject::Call call, int id, void **arguments) override;
+
+private:
+    QDBusAbstractAdaptor &m_adaptor;
+    BusObject &m_object;
+};
+
+int CallGuard::qt_metacall(QMetaObject::Call call, int id, void **arguments)
+{
+    constexpr int handled = -1;
+    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding(AgeOfLook)) {
+        m_object.answerWithError(invocationFailedError(), QStringLiteral("The module is ending"));
+        return handled;
+    }
+    try {
+        return m_adaptor.qt_metacall(call, id, arguments);
+    } catch (ZELException *exception) {
+        m_object.answerWithError(invocationFailedError(), exception->getMessage());
+        ZELApplication::dispose(exception);
+        return handled;
+    }
+}
+
+} // namespace
 
 void BusObject::publish(QDBusAbstractAdaptor *adaptor)
 {
-    // Owned by its parent, as the bus library requires of an adaptor.
-    new CallGuard(*adaptor, *this);
+    new CallGuard(*adaptor, *this); // belongs to this object
 }
 
 void BusObject::answerWithError(const QString &errorName, const QString &message)

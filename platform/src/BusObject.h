@@ -9,8 +9,8 @@ class QDBusAbstractAdaptor;
 
 namespace zel {
 
-/// What stands at a module's object path: a parent for the guarded adaptors, and the one object
-/// to which the bus library tells which call is being answered.
+/// The object at a path on the bus, which owns the adaptors of its interfaces. The bus library
+/// tells it, and not the adaptors, which call is being answered.
 class BusObject : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -18,10 +18,13 @@ class BusObject : public QObject, protected QDBusContext
 public:
     using QObject::QObject;
 
-    /// Publishes the adaptor's operations here. The adaptor stays where it is and whose it is.
+    /// Publishes the adaptor's operations at this object. The adaptor keeps its parent.
+    ///
+    /// A ZELException pointer that leaves an operation is logged, deleted and answered with an
+    /// error. When the process is ending, calls that still wait are refused.
     void publish(QDBusAbstractAdaptor *adaptor);
 
-    /// Answers the call that is being delivered with an error, in place of its normal reply.
+    /// Answers the current call with an error instead of its normal reply.
     void answerWithError(const QString &errorName, const QString &message);
     void answerWithError(QDBusError::ErrorType error, const QString &message);
 };

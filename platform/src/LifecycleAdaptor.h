@@ -1,31 +1,39 @@
 #pragma once
 
-#include <QDBusAbstractAdaptor>
+#include "zelcore/ZELApplication.h"
+#include "zelcore/ZELModule.h"
 
-class ZELModule;
+#include <QDBusAbstractAdaptor>
 
 namespace zel {
 
-/// Lets the rest of the platform run a module's lifecycle hooks: each method runs the hook of the
-/// same meaning and returns what it returned.
+/// Runs a module's lifecycle hooks for other programs: each method runs the hook of the same
+/// meaning and returns its result.
 class LifecycleAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.velmora.Tessaro.ZELLifecycle")
 
 public:
-    explicit LifecycleAdaptor(ZELModule &module);
+    explicit LifecycleAdaptor(ZELModule &module) : QDBusAbstractAdaptor(&module), m_module(module)
+    {
+    }
 
 public slots:
-    bool restoreDefault();
-    bool restoreFactory();
-    void presentationLoaded();
-    void presentationStop();
-    bool preSaveForSaveRestore();
-    bool postRestoreForSaveRestore();
+    bool restoreDefault() { return m_module.restoreDefault(); }
+    bool restoreFactory() { return m_module.restoreFactory(); }
+    void presentationLoaded() { m_module.presentation_loaded(); }
+    void presentationStop() { m_module.presentation_stop(); }
+    bool preSaveForSaveRestore() { return m_module.preSaveForSaveRestore(); }
+    bool postRestoreForSaveRestore() { return m_module.postRestoreForSaveRestore(); }
 
-    /// Ends the event loop with status 0 once the reply is on its way, whatever the hook said.
-    bool stop();
+    /// Ends the event loop with status 0, whatever the hook returned.
+    bool stop()
+    {
+        const bool result = m_module.stop();
+        ZELApplication::end(); // takes effect after the reply has been sent
+        return result;
+    }
 
 private:
     ZELModule &m_module;

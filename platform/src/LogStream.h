@@ -1,8 +1,25 @@
 #pragma once
 
+#include <QByteArray>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace zel {
 
-/// Is the error output the journal's own stream? Found out at the first call.
-bool isStderrTheJournal();
+/// Whether stderr is the journal's stream, as found at the first call. systemd names that stream by
+/// device and inode, because stderr may have been redirected since.
+inline bool isStderrTheJournal()
+{
+    static const bool isTheJournal = [] {
+        struct stat status = {};
+        if (::fstat(STDERR_FILENO, &status) != 0)
+            return false;
+        const QByteArray stream = QByteArray::number(qulonglong{status.st_dev}) + ':' +
+                                  QByteArray::number(qulonglong{status.st_ino});
+        return qgetenv("JOURNAL_STREAM") == stream;
+    }();
+    return isTheJournal;
+}
 
 } // namespace zel

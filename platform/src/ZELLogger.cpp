@@ -64,26 +64,6 @@ void ZELLogger::setConfiguredLevel(int level)
     configuredLevel() = level;
 }
 
-void ZELLogger::debug(const QString &text) const
-{
-    write(Debug, text);
-}
-
-void ZELLogger::info(const QString &text) const
-{
-    write(Info, text);
-}
-
-void ZELLogger::warning(const QString &text) const
-{
-    write(Warning, text);
-}
-
-void ZELLogger::error(const QString &text) const
-{
-    write(Error, text);
-}
-
 void ZELLogger::write(Level level, const QString &text) const
 {
     if (level > getConfiguredLevel())
@@ -92,8 +72,8 @@ void ZELLogger::write(Level level, const QString &text) const
     if (!m_category.isEmpty())
         line += m_category.toUtf8() + ": ";
     line += text.toUtf8() + '\n';
-    // One call a line: stderr is not buffered, and lines of several processes must not mix. There
-    // is nowhere left to report a failure to.
+    // One call for each line: stderr is not buffered, and lines of several processes must not mix.
+    // A failure cannot be reported anywhere.
     static_cast<void>(std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr));
 }
 

@@ -16,8 +16,8 @@ namespace {
 
 constexpr int RemoteCallLimitMs = 5000;
 
-// SLOT() puts the code of a slot, '1', before the signature. The types are asked for here, because
-// an invocation does not look at them.
+// SLOT() writes '1', the code of a slot, before the signature. The parameter's type is checked
+// here, because an invocation does not check it.
 QMetaMethod findSlot(const QObject *receiver, const char *slot)
 {
     if (!receiver || !slot || *slot != '1')
@@ -40,75 +40,6 @@ ZELModule::ZELModule(QString name) : m_name(std::move(name))
 
 ZELModule::~ZELModule() = default;
 
-bool ZELModule::check()
-{
-    return true;
-}
-
-bool ZELModule::deploy()
-{
-    return true;
-}
-
-bool ZELModule::init()
-{
-    return true;
-}
-
-bool ZELModule::start()
-{
-    return true;
-}
-
-void ZELModule::presentation_loaded() {}
-
-void ZELModule::presentation_stop() {}
-
-bool ZELModule::stop()
-{
-    return true;
-}
-
-bool ZELModule::preSaveForSaveRestore()
-{
-    return true;
-}
-
-bool ZELModule::postRestoreForSaveRestore()
-{
-    return true;
-}
-
-bool ZELModule::restoreDefault()
-{
-    return true;
-}
-
-bool ZELModule::restoreFactory()
-{
-    return true;
-}
-
-MapQStringCapability ZELModule::getCapabilities()
-{
-    return {};
-}
-
-MapQStringCapability ZELModule::getCapabilities(int /*listId*/)
-{
-    return {};
-}
-
-Capability ZELModule::getCapability(const QString & /*name*/)
-{
-    return {};
-}
-
-Capability ZELModule::getCapability(int /*listId*/, const QString & /*name*/)
-{
-    return {};
-}
-
 bool ZELModule::subscribeEvent(const QString &eventName, QObject *receiver, const char *slot)
 {
     const QMetaMethod method = findSlot(receiver, slot);
@@ -123,7 +54,7 @@ bool ZELModule::subscribeEvent(const QString &eventName, QObject *receiver, cons
             QStringLiteral("Cannot subscribe to event %1: the bus refused").arg(eventName));
         return false;
     }
-    static_cast<void>(subscription.release()); // this module, its parent, owns it now
+    static_cast<void>(subscription.release()); // belongs to this module now
     return true;
 }
 
@@ -141,19 +72,9 @@ QDBusMessage ZELModule::syncRemoteCall(const QString &moduleName, const QString 
                                        zel::operationsInterface(), method);
     call.setArguments(arguments);
     QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, RemoteCallLimitMs);
-    // It may have taken seconds, and what has been heard of signals is as old.
+    // The call may have taken seconds: look for a termination signal now.
     static_cast<void>(ZELApplication::isEnding());
     if (m_runner)
         m_runner->feedWatchdog();
     return reply;
-}
-
-QString ZELModule::getModuleName() const
-{
-    return m_name;
-}
-
-QDBusAbstractAdaptor *ZELModule::getAdaptor() const
-{
-    return m_adaptor;
 }

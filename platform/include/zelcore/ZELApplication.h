@@ -12,8 +12,8 @@ namespace zel {
 class TerminationSignals;
 }
 
-/// The application object of a module's process. It ends the event loop with status 0 on SIGTERM
-/// and SIGINT, and nothing that a module throws as a ZELException pointer gets past it.
+/// The application object of a module's process. SIGTERM and SIGINT end its event loop with status
+/// 0. It catches every ZELException pointer that a module throws.
 class ZELApplication : public QCoreApplication
 {
     Q_OBJECT
@@ -23,15 +23,15 @@ public:
     ZELApplication(int &argc, char **argv);
     ~ZELApplication() override;
 
-    /// The directory under which each module has its own, with a slash at its end: ZEL_DATA_ROOT,
-    /// or `/data/ZELApplication/`.
+    /// The directory that contains one directory for each module: ZEL_DATA_ROOT, or
+    /// `/data/ZELApplication/`. It ends with a slash.
     static QString dataRoot();
 
-    /// Ends the event loop with status 0 as soon as it comes round. What it has in hand is done;
-    /// bus calls that still wait are refused, because each may block for seconds.
+    /// Ends the event loop with status 0 after the current event. Bus calls that still wait are
+    /// refused, because each may block for seconds.
     static void end();
 
-    /// Is the process on its way out, or a termination signal there that says so? The news about
+    /// Whether the process is ending, or has received a termination signal. The last look for
     /// signals may be as old as `age`.
     static bool isEnding(std::chrono::milliseconds age = {});
 

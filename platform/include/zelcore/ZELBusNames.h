@@ -2,27 +2,49 @@
 
 #include <QString>
 
-/// The platform's conventions on the bus, for programs that talk to modules without being one. A
-/// module has no use for them: the framework speaks for it.
+/// The names of the platform on the bus, for programs that call modules but are none themselves.
+/// Modules do not need them.
 namespace zel {
 
 /// `com.velmora.Tessaro.<module name>`
-QString serviceName(const QString &moduleName);
+inline QString serviceName(const QString &moduleName)
+{
+    return QStringLiteral("com.velmora.Tessaro.") + moduleName;
+}
 
 /// `/com/velmora/Tessaro/<module name>`
-QString objectPath(const QString &moduleName);
+inline QString objectPath(const QString &moduleName)
+{
+    return QStringLiteral("/com/velmora/Tessaro/") + moduleName;
+}
 
 /// The interface of every module's operations.
-QString operationsInterface();
+inline QString operationsInterface()
+{
+    return QStringLiteral("com.velmora.Tessaro.ZELInterface");
+}
 
-/// The interface on which every module's lifecycle hooks can be run.
-QString lifecycleInterface();
+/// The interface of every module's lifecycle hooks.
+inline QString lifecycleInterface()
+{
+    return QStringLiteral("com.velmora.Tessaro.ZELLifecycle");
+}
 
-/// Platform events are the signal `event` of this interface, on the sender's object path.
-QString eventsInterface();
-QString eventSignal();
+/// A platform event is the signal `event` of this interface, on the sender's object path.
+inline QString eventsInterface()
+{
+    return QStringLiteral("com.velmora.Tessaro.ZELEvents");
+}
 
-/// The error of a call that its module could not answer at all.
-QString invocationFailedError();
+inline QString eventSignal()
+{
+    return QStringLiteral("event");
+}
+
+/// The error that answers a call which the module could not answer.
+inline QString invocationFailedError()
+{
+    return QStringLiteral("com.velmora.Tessaro.Error.InvocationFailed");
+}
 
 } // namespace zel

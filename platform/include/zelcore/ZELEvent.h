@@ -5,6 +5,8 @@
 #include <QVariant>
 #include <QVector>
 
+#include <utility>
+
 /// A platform event: a name and an ordered list of named arguments.
 class ZELEvent
 {
@@ -16,20 +18,30 @@ public:
         bool flag = false;
     };
 
-    void setEvtName(const QString &name);
-    QString getEvtName() const;
+    void setEvtName(const QString &name) { m_name = name; }
+    QString getEvtName() const { return m_name; }
 
-    /// Appends an argument. Its value must be of a type that the bus knows for the event to be
-    /// sent; what the flag means is up to those who agree on the event.
-    void addArgument(const QVariant &value, const QString &name, bool flag);
+    /// Appends an argument. The event can only be sent if the bus knows the type of each value. The
+    /// meaning of the flag depends on the event.
+    void addArgument(const QVariant &value, const QString &name, bool flag)
+    {
+        m_arguments.append({name, value, flag});
+    }
 
-    /// The value of the first argument of that name, or an invalid QVariant if there is none. A
-    /// received structure or list comes as a QDBusArgument.
-    QVariant getArgument(const QString &name) const;
+    /// The value of the first argument of that name, or an invalid QVariant if there is none. In a
+    /// received event, a structure or list is a QDBusArgument.
+    QVariant getArgument(const QString &name) const
+    {
+        for (const Argument &argument : m_arguments) {
+            if (argument.name == name)
+                return argument.value;
+        }
+        return {};
+    }
 
-    /// All arguments at once, in their order.
-    const QVector<Argument> &getArguments() const;
-    void setArguments(QVector<Argument> arguments);
+    /// All arguments in their order.
+    const QVector<Argument> &getArguments() const { return m_arguments; }
+    void setArguments(QVector<Argument> arguments) { m_arguments = std::move(arguments); }
 
 private:
     QString m_name;

@@ -6,15 +6,15 @@
 
 #include <optional>
 
-/// Platform events as bus signals, for programs that are no module: `sa(svb)`, the event's name and
-/// then its arguments in order, each as (name, value, flag).
+/// Platform events as signals on the bus, for programs that are not modules. The signature is
+/// `sa(svb)`: the event's name, then its arguments in order, each as (name, value, flag).
 namespace zel {
 
-/// The signal that carries the event, sent from the object at `path`; nothing if an argument is of
-/// a type that the bus does not know.
+/// The signal for the event, sent from the object at `path`. Nothing if the bus does not know the
+/// type of an argument.
 std::optional<QDBusMessage> encodeEvent(const QString &path, const ZELEvent &event);
 
-/// The event that a signal carries; nothing if its signature is another one.
+/// The event in a signal. Nothing if the signal has another signature.
 std::optional<ZELEvent> decodeEvent(const QDBusMessage &message);
 
 } // namespace zel

@@ -2,25 +2,25 @@
 
 #include <QString>
 
-/// Writes the lines of one category to stderr. Levels are numbered as in syslog: 3 error,
+/// Writes the log lines of one category to stderr. The levels are those of syslog: 3 error,
 /// 4 warning, 6 info, 7 debug.
 ///
-/// When stderr is the journal a line starts with the sd-daemon prefix of its level (`<3>`), else
-/// with `time name[pid] level: `; either way the text stands last, unaltered.
+/// If stderr is the journal, a line starts with the sd-daemon prefix of its level (`<3>`), else
+/// with `time name[pid] level: `. The text follows unchanged.
 class ZELLogger
 {
 public:
     explicit ZELLogger(QString category);
 
-    /// The highest level that is written, 0 to 7: ZEL_LOG_LEVEL at the first call, 6 if that is
-    /// unset or not such a number. A caller asks before it builds a text that nobody will read.
+    /// The highest level that is written, 0 to 7. The default is ZEL_LOG_LEVEL, or 6 if that is not
+    /// such a number. Ask for it before you build a text that would not be written.
     static int getConfiguredLevel();
     static void setConfiguredLevel(int level);
 
-    void debug(const QString &text) const;
-    void info(const QString &text) const;
-    void warning(const QString &text) const;
-    void error(const QString &text) const;
+    void debug(const QString &text) const { write(Debug, text); }
+    void info(const QString &text) const { write(Info, text); }
+    void warning(const QString &text) const { write(Warning, text); }
+    void error(const QString &text) const { write(Error, text); }
 
 private:
     enum Level { Error = 3, Warning = 4, Info = 6, Debug = 7 };
@@ -29,5 +29,5 @@ private:
     QString m_category;
 };
 
-/// The logger of a category; the empty one is the module's own.
+/// The logger of a category. The empty category is the module itself.
 ZELLogger logger(const QString &category = QString());

@@ -16,11 +16,11 @@ namespace zel {
 class ModuleRunner;
 }
 
-/// One module of the phone: a lifecycle that the framework drives, events, and calls to peers.
+/// A module of the phone: a lifecycle that the framework drives, events, and calls to peers.
 ///
-/// Under a ZELApplication the framework starts the module as soon as the event loop runs: `check`,
-/// `deploy` if `check` said no, `init`, `start`; then its object and last its name appear on the
-/// bus. Under any other application object nobody calls the hooks.
+/// Under a ZELApplication, the framework starts the module when the event loop runs: `check`,
+/// `deploy` if `check` returned false, `init`, `start`. Then the module's object appears on the
+/// bus, and last its name. Under any other application object, the framework calls no hook.
 class ZELModule : public QObject
 {
     Q_OBJECT
@@ -29,46 +29,50 @@ public:
     explicit ZELModule(QString name);
     ~ZELModule() override;
 
-    /// The first hook: whether the module's data is as the module needs it. If not, the framework
-    /// calls `deploy`. A module does not open its data before this call.
-    virtual bool check();
-    /// Lays the module's data anew. The framework copies existing data aside first.
-    virtual bool deploy();
-    /// Prepares types and subscriptions; the module is not on the bus yet.
-    virtual bool init();
-    /// Creates the adaptor and whatever else is needed to answer calls.
-    virtual bool start();
-    virtual void presentation_loaded();
-    virtual void presentation_stop();
-    virtual bool stop();
-    virtual bool preSaveForSaveRestore();
-    virtual bool postRestoreForSaveRestore();
-    virtual bool restoreDefault();
-    virtual bool restoreFactory();
+    /// The first hook: whether the module can use its data as it is. If not, the framework calls
+    /// `deploy`. A module does not open its data before this call.
+    virtual bool check() { return true; }
+    /// Creates the module's data. The framework copies existing data aside first.
+    virtual bool deploy() { return true; }
+    /// Prepares types and subscriptions. The module is not on the bus yet.
+    virtual bool init() { return true; }
+    /// Creates the adaptor and the rest of what the module needs to answer calls.
+    virtual bool start() { return true; }
+    virtual void presentation_loaded() {}
+    virtual void presentation_stop() {}
+    virtual bool stop() { return true; }
+    virtual bool preSaveForSaveRestore() { return true; }
+    virtual bool postRestoreForSaveRestore() { return true; }
+    virtual bool restoreDefault() { return true; }
+    virtual bool restoreFactory() { return true; }
 
-    /// The framework knows no capabilities: the maps are empty, each single one is a default one.
-    Q_INVOKABLE virtual MapQStringCapability getCapabilities();
-    Q_INVOKABLE virtual MapQStringCapability getCapabilities(int listId);
-    Q_INVOKABLE virtual Capability getCapability(const QString &name);
-    Q_INVOKABLE virtual Capability getCapability(int listId, const QString &name);
+    /// The framework has no capabilities: it returns empty maps and default capabilities.
+    Q_INVOKABLE virtual MapQStringCapability getCapabilities() { return {}; }
+    Q_INVOKABLE virtual MapQStringCapability getCapabilities(int /*listId*/) { return {}; }
+    Q_INVOKABLE virtual Capability getCapability(const QString & /*name*/) { return {}; }
+    Q_INVOKABLE virtual Capability getCapability(int /*listId*/, const QString & /*name*/)
+    {
+        return {};
+    }
 
-    /// Calls `slot` (as SLOT() writes it, taking a ZELEvent) of `receiver` for every event of that
-    /// name, whoever sends it. False, with a log line, if there is no such slot or no bus.
+    /// Calls `slot` of `receiver` for each event of that name, from any sender. Write the slot with
+    /// SLOT(); it takes a ZELEvent. Returns false and logs an error if there is no such slot, or if
+    /// the bus refuses the subscription.
     bool subscribeEvent(const QString &eventName, QObject *receiver, const char *slot);
 
-    /// Sends an event to whoever subscribed to it. False if there is no bus, or an argument is of
-    /// a type that the bus does not know.
+    /// Sends an event to all subscribers. Returns false if there is no bus, or if the bus does not
+    /// know the type of an argument.
     bool notifyEvent(const ZELEvent &event);
 
-    /// Calls a method of a peer module and blocks this thread until it has answered, for at most
-    /// 5 s: a reply, or an error message of the peer or the bus.
+    /// Calls a method of a peer module and waits up to 5 s for the reply. Returns the reply, or an
+    /// error message of the peer or the bus.
     QDBusMessage syncRemoteCall(const QString &moduleName, const QString &method,
                                 const QList<QVariant> &arguments);
 
-    QString getModuleName() const;
+    QString getModuleName() const { return m_name; }
 
-    /// What publishes the module's operations; null until the module has set it.
-    QDBusAbstractAdaptor *getAdaptor() const;
+    /// The adaptor of the module's operations, or null if `start` has not set it.
+    QDBusAbstractAdaptor *getAdaptor() const { return m_adaptor; }
 
 protected:
     /// Set by `start`, with this module as its parent.

@@ -5,8 +5,8 @@
 #include <QMetaType>
 #include <QString>
 
-/// A named capability of a module, `(si)` on the bus. Default-constructed, it stands for a
-/// capability that the module does not have.
+/// A named capability of a module, `(si)` on the bus. The default value means that the module does
+/// not have the capability.
 struct Capability
 {
     QString name;
@@ -27,6 +27,6 @@ bool operator==(const Capability &left, const Capability &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Capability &capability);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Capability &capability);
 
-/// Makes the types above known by name to the meta-type system and to the bus. A module does it
-/// when it is constructed; doing it again changes nothing.
+/// Registers the types above with Qt's meta-type system and with the bus. A module does this when
+/// it is constructed. Further calls do nothing.
 void registerZELTypes();
