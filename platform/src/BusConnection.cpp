@@ -12,9 +12,27 @@
 namespace zel {
 namespace {
 
-// The library's own limit is 63 MiB, after which it stops reading for good. 1 GiB is more than a
-// bus queues for one connection, and still fits the 32-bit long of the phone.
+// The library's own limit is 63 MiB; beyond it, it stops reading for good. 1 GiB is more than a bus
+// queues for one connection, and fits the 32-bit long of the phone.
 constexpr long MaxWaitingBytes = 1L << 30;
+
+QString lostMessage()
+{
+    return QStringLiteral("The connection to the system bus is lost; ending");
+}
+
+// A lost connection makes everything fail, and is then the reason.
+bool refuse(const QString &why)
+{
+    logger().error(QDBusConnection::systemBus().isConnected() ? why : lostMessage());
+    return false;
+}
+
+bool refuseForTaken(const QString &serviceName)
+{
+    return refuse(QStringLiteral("The name %1 is taken on the bus; is the module running already?")
+                      .arg(serviceName));
+}
 
 } // namespace
 
@@ -28,39 +46,27 @@ bool BusConnection::open()
     }
     dbus_connection_set_max_received_size(static_cast<DBusConnection *>(bus.internalPointer()),
                                           MaxWaitingBytes);
-    if (!bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                     QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
-                     this, SLOT(lost()))) {
-        logger().error(QStringLiteral("Cannot watch the connection to the system bus"));
-        return false;
-    }
-    return true;
+    return bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                       this, SLOT(lost())) ||
+           refuse(QStringLiteral("Cannot watch the connection to the system bus"));
 }
 
-bool BusConnection::isLost()
+bool BusConnection::isFree(const QString &serviceName)
 {
-    return !QDBusConnection::systemBus().isConnected();
-}
-
-QString BusConnection::lostMessage()
-{
-    return QStringLiteral("The connection to the system bus is lost; ending");
-}
-
-bool BusConnection::isTaken(const QString &serviceName)
-{
-    const QDBusReply<bool> reply =
+    const QDBusReply<bool> isTaken =
         QDBusConnection::systemBus().interface()->isServiceRegistered(serviceName);
-    return !reply.isValid() || reply.value();
+    return (isTaken.isValid() && !isTaken.value()) || refuseForTaken(serviceName);
 }
 
-BusConnection::Claim BusConnection::claim(const QString &serviceName)
+bool BusConnection::claim(const QString &serviceName)
 {
     const auto reply = QDBusConnection::systemBus().interface()->registerService(serviceName);
     if (!reply.isValid())
-        return Claim::Refused;
-    return reply.value() == QDBusConnectionInterface::ServiceRegistered ? Claim::Granted
-                                                                        : Claim::Taken;
+        return refuse(
+            QStringLiteral("The bus does not give this process the name %1").arg(serviceName));
+    return reply.value() == QDBusConnectionInterface::ServiceRegistered ||
+           refuseForTaken(serviceName);
 }
 
 void BusConnection::release(const QString &serviceName)
@@ -68,6 +74,13 @@ void BusConnection::release(const QString &serviceName)
     const auto reply = QDBusConnection::systemBus().interface()->unregisterService(serviceName);
     if (!reply.isValid())
         logger().warning(QStringLiteral("The bus did not take back the name %1").arg(serviceName));
+}
+
+bool BusConnection::registerObject(const QString &path, QObject &object)
+{
+    return QDBusConnection::systemBus().registerObject(path, &object,
+                                                       QDBusConnection::ExportAdaptors) ||
+           refuse(QStringLiteral("Cannot register the object %1").arg(path));
 }
 
 void BusConnection::lost()

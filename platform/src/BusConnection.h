@@ -5,8 +5,11 @@
 
 namespace zel {
 
-/// The process's connection to the system bus, made fit for a module: roomy enough for what peers
-/// send while the one thread is blocked, and watched, because a module without a bus is deaf.
+/// The process's connection to the system bus, and the module's name and objects there. It has room
+/// for all that peers send while the thread is blocked. When the connection is lost, the process
+/// ends with status 1.
+///
+/// A function that returns false has logged why.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -14,23 +17,19 @@ class BusConnection : public QObject
 public:
     using QObject::QObject;
 
-    /// False, with a log line, if the bus cannot be reached.
     bool open();
 
-    /// The bus is gone; what it did not answer since then says nothing.
-    static bool isLost();
-    static QString lostMessage();
+    /// Whether no process owns the name. If the bus does not tell, the name is not free.
+    static bool isFree(const QString &serviceName);
 
-    /// Does any process own the name? An error counts as yes: it is no leave to go on.
-    static bool isTaken(const QString &serviceName);
+    /// Claims the name, without waiting for another owner to give it up.
+    static bool claim(const QString &serviceName);
 
-    enum class Claim { Granted, Taken, Refused };
-
-    /// Asks for the name; it is not waited for. Refused means that the bus does not allow it.
-    static Claim claim(const QString &serviceName);
-
-    /// Gives the name back. It returns once the bus has dealt with this and all sent before it.
+    /// Gives the name back. Returns when the bus has handled this and all that was sent before.
     static void release(const QString &serviceName);
+
+    /// Publishes the object's adaptors at the path.
+    static bool registerObject(const QString &path, QObject &object);
 
 private slots:
     void lost();

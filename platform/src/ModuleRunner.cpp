@@ -22,12 +22,6 @@ bool refuse(const QString &why)
     return false;
 }
 
-// A bus that is gone refuses everything; that it is gone is then the reason.
-bool refuseForBus(const QString &why)
-{
-    return refuse(BusConnection::isLost() ? BusConnection::lostMessage() : why);
-}
-
 bool refuseForLock(pid_t holder)
 {
     const QString who =
@@ -37,15 +31,10 @@ bool refuseForLock(pid_t holder)
             .arg(who));
 }
 
-QString nameIsTaken(const QString &name)
-{
-    return QStringLiteral("The name %1 is taken on the bus; is the module running already?")
-        .arg(name);
-}
-
 } // namespace
 
-ModuleRunner::ModuleRunner(ZELModule &module) : m_module(module)
+ModuleRunner::ModuleRunner(ZELModule &module)
+    : m_module(module), m_directory(ZELApplication::dataRoot() + module.getModuleName())
 {
     // Opened here, so that the bus library dispatches before `run` is called. A hook that waits for
     // a peer would otherwise not notice that the bus is gone.
@@ -67,45 +56,30 @@ void ModuleRunner::run()
         QCoreApplication::exit(EXIT_FAILURE);
 }
 
+// A second process must not touch the data of the first, so it gives up before any hook runs. The
+// name is claimed last, so that every caller who sees it can use the module.
 bool ModuleRunner::bringUp()
 {
-    // The name is claimed last, so that every caller who sees it can use the module.
-    return m_connection.open() && ensureRunningAlone() && ensureData() && lockData() &&
-           runHook("init", &ZELModule::init) && runHook("start", &ZELModule::start) &&
-           appearOnBus();
-}
-
-// Asked before any hook runs: a second process must not touch the data of the first.
-bool ModuleRunner::ensureRunningAlone()
-{
-    const QString name = serviceName(m_module.getModuleName());
-    if (BusConnection::isTaken(name))
-        return refuseForBus(nameIsTaken(name));
-    return lockData();
-}
-
-QString ModuleRunner::dataDirectory() const
-{
-    return ZELApplication::dataRoot() + m_module.getModuleName();
+    return m_connection.open() && BusConnection::isFree(serviceName(m_module.getModuleName())) &&
+           lockData() && ensureData() && lockData() && runHook("init", &ZELModule::init) &&
+           runHook("start", &ZELModule::start) && appearOnBus();
 }
 
 // Called before `check`, and again after each hook that may create or replace the directory.
 bool ModuleRunner::lockData()
 {
-    const QString directory = dataDirectory();
-    return m_lock.acquire(directory) ||
+    return m_lock.acquire(m_directory.path()) ||
            refuse(QStringLiteral("Another process uses the data in %1; is the module running "
                                  "already?")
-                      .arg(directory));
+                      .arg(m_directory.path()));
 }
 
 bool ModuleRunner::ensureData()
 {
-    const DataDirectory directory(dataDirectory());
     // Asked before `check`: that may leave new files without content, and may fail because of a
     // lock that is released before it returns.
-    const bool heldData = directory.holdsData();
-    const std::optional<pid_t> holder = exclusiveLockHolder(directory.path(), Afterwards::Close);
+    const bool heldData = m_directory.holdsData();
+    const std::optional<pid_t> holder = exclusiveLockHolder(m_directory.path(), Afterwards::Close);
     const bool isSound = m_module.check();
     if (!lockData())
         return false;
@@ -115,45 +89,45 @@ bool ModuleRunner::ensureData()
         return runHook("deploy", &ZELModule::deploy);
     if (holder)
         return refuseForLock(*holder);
-    return deployOver(directory);
+    return deployOver();
 }
 
-// Only when nothing but the data itself can be the reason: sound data fails its check, too, while
-// another process has it locked, or while it cannot be written.
-bool ModuleRunner::deployOver(const DataDirectory &directory)
+// Sound data also fails its check while another process has it locked, or while it cannot be
+// written. Such data is left as it is.
+bool ModuleRunner::deployOver()
 {
-    if (!isFreeToWrite(directory))
+    if (!isFreeToWrite())
         return false;
-    const QString copy = directory.copyAside();
+    const QString copy = m_directory.copyAside();
     if (copy.isEmpty())
         return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
                                      "it is left as it is"));
     logger().warning(QStringLiteral("The data failed its check; copied aside to %1").arg(copy));
-    if (!isFreeToWrite(directory) || !runHook("deploy", &ZELModule::deploy))
+    if (!isFreeToWrite() || !runHook("deploy", &ZELModule::deploy))
         return false;
-    return ZELApplication::isEnding() || m_module.check() || giveUp(directory);
+    return ZELApplication::isEnding() || m_module.check() || giveUp();
 }
 
-bool ModuleRunner::isFreeToWrite(const DataDirectory &directory)
+bool ModuleRunner::isFreeToWrite() const
 {
-    if (const auto holder = exclusiveLockHolder(directory.path(), Afterwards::KeepOpen))
+    if (const auto holder = exclusiveLockHolder(m_directory.path(), Afterwards::KeepOpen))
         return refuseForLock(*holder);
-    return directory.isWritable() ||
+    return m_directory.isWritable() ||
            refuse(QStringLiteral("The data failed its check while its directory cannot be written; "
                                  "it is left as it is"));
 }
 
-// The next start finds no directory, and begins afresh.
-bool ModuleRunner::giveUp(const DataDirectory &directory)
+// The next start finds no directory and creates new data.
+bool ModuleRunner::giveUp() const
 {
-    if (!isFreeToWrite(directory))
+    if (!isFreeToWrite())
         return false;
-    const QString aside = directory.setAside();
-    if (aside.isEmpty())
-        return refuse(QStringLiteral("The data fails its check even after deploy, and could not be "
-                                     "set aside; it is left as it is"));
+    const QString aside = m_directory.setAside();
     return refuse(
-        QStringLiteral("The data fails its check even after deploy; set aside to %1").arg(aside));
+        aside.isEmpty()
+            ? QStringLiteral("The data fails its check even after deploy, and could not "
+                             "be set aside; it is left as it is")
+            : QStringLiteral("The data fails its check even after deploy; set aside to ") + aside);
 }
 
 bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const
@@ -169,36 +143,25 @@ bool ModuleRunner::registerObjects()
     if (QDBusAbstractAdaptor *adaptor = m_module.getAdaptor())
         m_object.publish(adaptor);
     m_object.publish(new LifecycleAdaptor(m_module));
-    new LogControl(m_logObject); // which owns it
-
-    QDBusConnection bus = QDBusConnection::systemBus();
-    const QString path = objectPath(m_module.getModuleName());
-    if (bus.registerObject(path, &m_object, QDBusConnection::ExportAdaptors) &&
-        bus.registerObject(LogControl::path(), &m_logObject, QDBusConnection::ExportAdaptors))
-        return true;
-    return refuseForBus(QStringLiteral("Cannot register the object %1").arg(path));
+    new LogControl(m_logObject); // belongs to the object
+    return BusConnection::registerObject(objectPath(m_module.getModuleName()), m_object) &&
+           BusConnection::registerObject(LogControl::path(), m_logObject);
 }
 
 bool ModuleRunner::appearOnBus()
 {
-    if (ZELApplication::isEnding() || !registerObjects())
-        return false;
     const QString name = serviceName(m_module.getModuleName());
-    const BusConnection::Claim claim = BusConnection::claim(name);
-    if (claim == BusConnection::Claim::Taken)
-        return refuseForBus(nameIsTaken(name));
-    if (claim == BusConnection::Claim::Refused)
-        return refuseForBus(
-            QStringLiteral("The bus does not give this process the name %1").arg(name));
+    if (ZELApplication::isEnding() || !registerObjects() || !BusConnection::claim(name))
+        return false;
     tellReady(QStringLiteral("%1 is on the bus").arg(name));
     return true;
 }
 
 void ModuleRunner::leaveBus()
 {
-    // Before the name: whoever waits for that to be free may start.
+    // Before the name, because a process that waits for the name needs the lock to start.
     m_lock.release();
-    // Giving the name back waits for the bus, and with it for the replies sent before it.
+    // This also waits until the bus has taken the replies that were sent before.
     QDBusConnection bus = QDBusConnection::systemBus();
     if (bus.isConnected())
         BusConnection::release(serviceName(m_module.getModuleName()));

@@ -12,8 +12,8 @@ class ZELModule;
 
 namespace zel {
 
-/// Brings one module up once the event loop runs, and takes it off the bus when the loop ends. A
-/// start-up that fails ends the loop with status 1, after one line in the log that says why.
+/// Starts a module when the event loop runs, and takes it off the bus when the loop ends. If the
+/// start fails, one line in the log says why, and the loop ends with status 1.
 class ModuleRunner : public QObject
 {
     Q_OBJECT
@@ -21,25 +21,24 @@ class ModuleRunner : public QObject
 public:
     explicit ModuleRunner(ZELModule &module);
 
-    /// To be called by whoever keeps the event loop waiting for long, but gets on.
+    /// Call it from code that makes the event loop wait for long.
     void feedWatchdog() { m_watchdog.feed(); }
 
 private:
     void run();
     bool bringUp();
-    bool ensureRunningAlone();
-    QString dataDirectory() const;
     bool lockData();
     bool ensureData();
-    bool deployOver(const DataDirectory &directory);
-    static bool isFreeToWrite(const DataDirectory &directory);
-    bool giveUp(const DataDirectory &directory);
+    bool deployOver();
+    bool isFreeToWrite() const;
+    bool giveUp() const;
     bool runHook(const char *name, bool (ZELModule::*hook)()) const;
     bool registerObjects();
     bool appearOnBus();
     void leaveBus();
 
     ZELModule &m_module;
+    DataDirectory m_directory;
     InstanceLock m_lock;
     BusConnection m_connection;
     BusObject m_object;
