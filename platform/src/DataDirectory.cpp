@@ -36,7 +36,7 @@ bool succeeds(const QString &program, const QStringList &arguments)
            process.exitCode() == 0;
 }
 
-// What a link points at is left alone.
+// Removes a link, not its target.
 bool discard(const QString &path)
 {
     return QFileInfo(path).isSymLink() ? QFile::remove(path) : QDir(path).removeRecursively();
@@ -68,7 +68,7 @@ bool DataDirectory::holdsData() const
 {
     const QFileInfo directory(m_path);
     if (directory.exists() && !directory.isReadable())
-        return true; // nobody can say that it does not
+        return true;
     QDirIterator files(m_path, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         files.next();
@@ -86,14 +86,15 @@ bool DataDirectory::isWritable() const
            ::fsync(probe.handle()) == 0;
 }
 
-// By another process: the module has its database open by now, and closing the same file here once
-// more would drop the locks that all of this process holds on it.
+// Another process copies, because the module has its database open: to close the same file here
+// would drop every lock that this process holds on it.
 QString DataDirectory::copyAside() const
 {
     const Names names = namesAfter(m_path + QStringLiteral(".before-deploy"));
-    if (!names.last.isEmpty() && isSameAs(names.last))
+    if (!names.last.isEmpty() &&
+        succeeds(QStringLiteral("diff"), {QStringLiteral("-rq"), m_path, names.last}))
         return names.last;
-    // Complete before it gets its name, however this process ends meanwhile.
+    // The copy gets its name when it is complete, so that a process that is killed leaves no part.
     const QString part = m_path + QStringLiteral(".copying");
     discard(part);
     const bool isCopied = succeeds(QStringLiteral("cp"), {QStringLiteral("-aL"), m_path, part}) &&
@@ -105,17 +106,12 @@ QString DataDirectory::copyAside() const
     return {};
 }
 
-bool DataDirectory::isSameAs(const QString &copy) const
-{
-    return succeeds(QStringLiteral("diff"), {QStringLiteral("-rq"), m_path, copy});
-}
-
 QString DataDirectory::setAside() const
 {
     QString name = namesAfter(m_path + QStringLiteral(".unusable")).free;
     if (!QDir().rename(m_path, name))
         return {};
-    // A renaming that a power cut undoes is made again at the next start.
+    // If a power cut undoes the renaming, the next start repeats it.
     static_cast<void>(syncFileSystemOf(name));
     return name;
 }

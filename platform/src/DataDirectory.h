@@ -4,7 +4,7 @@
 
 namespace zel {
 
-/// A module's own directory of data.
+/// The directory with a module's data.
 class DataDirectory
 {
 public:
@@ -12,26 +12,23 @@ public:
 
     const QString &path() const { return m_path; }
 
-    /// Is there any file in it that is not empty?
+    /// Whether it contains a file that is not empty, or cannot be read.
     bool holdsData() const;
 
-    /// Can a file be made in it, of some size, and reach the disk?
+    /// Whether a file of 64 KiB can be written in it and synced to the disk.
     bool isWritable() const;
 
-    /// Copies it to `<directory>.before-deploy`, or the first of `.before-deploy.1`, ... that is
-    /// free, and waits until the copy is on the disk; what links point at is copied, too. If the
-    /// newest copy is the same already, there is no further one. Returns the copy's path, or an
-    /// empty text if it could not be made; a part of a copy is removed again.
+    /// Copies it to `<directory>.before-deploy`, or the first of `.before-deploy.1`, ... that does
+    /// not exist, and syncs the copy to the disk. Copies the targets of links. If the newest copy
+    /// has the same content, no further copy is made. Returns the copy's path, or an empty text on
+    /// failure, which leaves no part of a copy behind.
     QString copyAside() const;
 
-    /// Renames it to `<directory>.unusable`, or the first of `.unusable.1`, ... that is free, and
-    /// waits until that is on the disk. Returns the new path, or an empty text if it could not be
-    /// renamed.
+    /// Renames it to `<directory>.unusable`, or the first of `.unusable.1`, ... that does not
+    /// exist. Returns the new path, or an empty text on failure.
     QString setAside() const;
 
 private:
-    bool isSameAs(const QString &copy) const;
-
     QString m_path;
 };
 

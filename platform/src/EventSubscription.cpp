@@ -20,7 +20,7 @@ EventSubscription::EventSubscription(QString eventName, QObject *receiver, const
 
 bool EventSubscription::connectToBus()
 {
-    // No signature is asked for, so that a malformed event is seen and reported, not overlooked.
+    // Without a signature in the match, a malformed event arrives, too, and is reported.
     return QDBusConnection::systemBus().connect(QString(), QString(), eventsInterface(),
                                                 eventSignal(), {m_eventName}, QString(), this,
                                                 SLOT(receive(QDBusMessage)));
@@ -39,7 +39,7 @@ void EventSubscription::receive(const QDBusMessage &message)
         deliver(*event);
 }
 
-// As with calls, an exception must not unwind through the bus library.
+// An exception must not pass through the bus library.
 void EventSubscription::deliver(const ZELEvent &event)
 {
     try {

@@ -10,8 +10,7 @@
 
 namespace zel {
 
-/// One slot's interest in one event: a match on the bus, and the call of the slot for each event
-/// that comes.
+/// The subscription of one slot to one event. It calls the slot for each event of that name.
 class EventSubscription : public QObject
 {
     Q_OBJECT
@@ -20,7 +19,7 @@ public:
     EventSubscription(QString eventName, QObject *receiver, const QMetaMethod &slot,
                       QObject *parent);
 
-    /// Asks the bus for the event; false if there is no bus.
+    /// Subscribes on the bus. Returns false if there is no bus.
     bool connectToBus();
 
 private slots:

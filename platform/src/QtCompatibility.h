@@ -3,10 +3,10 @@
 #include <QDBusMetaType>
 #include <QVariant>
 
-/// The one place that knows which Qt this is.
+/// The only code that depends on the major version of Qt.
 namespace zel::qt {
 
-/// The bus signature of a value's type, or null if the bus does not know the type.
+/// The bus signature of a value's type, or null if the type has none.
 inline const char *busSignature(const QVariant &value)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)

@@ -10,7 +10,7 @@ namespace {
 void tell(const QByteArray &state)
 {
     static bool hasFailed = false;
-    // The variable stays: there is more to tell later.
+    // 0 keeps NOTIFY_SOCKET set for later notifications.
     const int result = sd_notify(0, state.constData());
     if (result < 0 && !hasFailed)
         logger().warning(

@@ -2,9 +2,9 @@
 
 #include <QString>
 
-/// What the service manager is told that started the process, by the protocol of sd_notify. Where
-/// NOTIFY_SOCKET names none, nothing happens; one that cannot be told is warned of, once until it
-/// can be again. One that is there and not read is waited for, as with every datagram.
+/// Notifications to the service manager, see sd_notify(3). They do nothing if NOTIFY_SOCKET is not
+/// set. The first of several failures in a row is logged as a warning. They wait while the socket
+/// is full.
 namespace zel {
 
 /// The process is up; `status` is a short text for people.
@@ -13,7 +13,7 @@ void tellReady(const QString &status);
 /// The process has begun to end.
 void tellStopping();
 
-/// The process gets on with its work; to be said again and again where a watchdog waits for it.
+/// The process is alive; a watchdog expects this at regular intervals.
 void tellAlive();
 
 } // namespace zel

@@ -20,11 +20,11 @@ sigset_t terminationSignals()
 
 } // namespace
 
-// Blocked before the bus library starts its thread, which inherits the mask: the descriptor is
-// then the only place where the signals can arrive.
+// The signals are blocked before the bus library starts its thread, which inherits the mask. They
+// then arrive only at the descriptor.
 TerminationSignals::TerminationSignals()
 {
-    // A pipe that nobody reads and a file that may not grow are errors of the call that meets them.
+    // The call that writes to such a pipe or file returns an error instead.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     const sigset_t mask = terminationSignals();
@@ -40,8 +40,7 @@ TerminationSignals::TerminationSignals()
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { poll(); });
 }
 
-// The signals stay blocked: a second one must not cut short what is left to do, such as closing a
-// database.
+// The signals stay blocked: a second one must not interrupt the rest, such as closing a database.
 TerminationSignals::~TerminationSignals()
 {
     m_notifier.reset();

@@ -8,9 +8,8 @@
 
 namespace zel {
 
-/// Catches SIGTERM and SIGINT, which end the process no other way from then on. SIGPIPE and
-/// SIGXFSZ are ignored: neither a log that nobody reads any more nor a file that may not grow is a
-/// reason to end.
+/// Catches SIGTERM and SIGINT. Ignores SIGPIPE and SIGXFSZ, so that a log without a reader or a
+/// file at its size limit does not end the process.
 class TerminationSignals : public QObject
 {
     Q_OBJECT
@@ -21,8 +20,8 @@ public:
 
     using Clock = std::chrono::steady_clock;
 
-    /// Looks whether a signal has arrived, without waiting for the event loop to come round to it.
-    /// A look costs a system call; one that is no older than `age` counts as this one.
+    /// Looks for a signal now; otherwise the event loop does. A look costs a system call, so it is
+    /// left out if the last one is no older than `age`.
     void poll(Clock::duration age = {});
 
 signals:

@@ -14,19 +14,18 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-// Zero: none, or one for another process.
+// Zero if there is no watchdog, or if it is for another process.
 microseconds intervalFromEnvironment()
 {
     uint64_t interval = 0;
     const int result = sd_watchdog_enabled(0, &interval);
     if (result < 0)
         logger().warning(
-            QStringLiteral("The watchdog's interval is none: %1").arg(qt_error_string(-result)));
-    constexpr auto longest = static_cast<uint64_t>(microseconds::max().count());
-    return microseconds(result > 0 ? static_cast<int64_t>(std::min(interval, longest)) : 0);
+            QStringLiteral("The watchdog's interval is invalid: %1").arg(qt_error_string(-result)));
+    return microseconds(result > 0 ? static_cast<int64_t>(interval) : 0);
 }
 
-// What a timer can take.
+// Within the range of a timer.
 milliseconds halfOf(microseconds interval)
 {
     const auto half = std::chrono::duration_cast<milliseconds>(interval / 2);

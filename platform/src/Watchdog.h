@@ -7,21 +7,21 @@
 
 namespace zel {
 
-/// Tells a service manager that has a watchdog for this process that the process gets on: from the
-/// event loop, at half the watchdog's interval, and from whoever blocks the loop for long but gets
-/// on. It lives on the loop's thread, so that a loop that is stuck falls silent.
+/// Feeds the service manager's watchdog for this process: from the event loop, at half the
+/// watchdog's interval, and from code that blocks the loop for long. It runs on the loop's thread,
+/// so that the watchdog notices a loop that hangs.
 class Watchdog : public QObject
 {
 public:
     Watchdog();
 
-    /// Is there a watchdog, and for this very process?
+    /// Whether there is a watchdog for this process.
     bool isAwaited() const { return m_interval.count() > 0; }
 
-    /// How often the event loop says that it turns.
+    /// The interval at which the event loop feeds.
     std::chrono::milliseconds period() const { return m_timer.intervalAsDuration(); }
 
-    /// Says so, unless it has been said within the last quarter of the interval.
+    /// Feeds, unless the last feeding is less than a quarter of the interval ago.
     void feed();
 
 private:

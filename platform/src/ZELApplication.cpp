@@ -8,7 +8,7 @@
 
 namespace {
 
-// The bus and SQL libraries report through Qt; their lines belong into the same log.
+// The bus and SQL libraries report through Qt. Their lines go to the same log.
 void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     switch (type) {
@@ -23,8 +23,7 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &tex
     }
 }
 
-// GLib's event loop is of use to those who share it. Qt's own does the same with less, which shows
-// in every call.
+// Qt's own event loop is faster than GLib's, which shows in every call.
 int &withoutGLib(int &argc)
 {
     if (!qEnvironmentVariableIsSet("QT_NO_GLIB"))
@@ -45,7 +44,7 @@ ZELApplication::ZELApplication(int &argc, char **argv)
 {
     qInstallMessageHandler(logQtMessage);
     connect(m_signals.get(), &zel::TerminationSignals::arrived, this, &ZELApplication::end);
-    // An end that nobody asked for: a start that failed, or a bus that is gone.
+    // For an end without end(): after a failed start, or when the bus is lost.
     connect(this, &QCoreApplication::aboutToQuit, this, [this] {
         if (!m_isEnding)
             zel::tellStopping();
@@ -72,7 +71,7 @@ void ZELApplication::end()
     ZELApplication *application = theApplication();
     if (application && !application->m_isEnding) {
         application->m_isEnding = true;
-        zel::tellStopping(); // now: what is in hand may take its time
+        zel::tellStopping(); // now, because the current event may take long
     }
     QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
                               Qt::QueuedConnection);

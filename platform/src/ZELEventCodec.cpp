@@ -40,8 +40,8 @@ bool areBusTypes(const Values &values)
     return std::all_of(values.cbegin(), values.cend(), isBusType);
 }
 
-// Asked before an event is put together: the marshaller would leave such a value out, and the bus
-// library would end the process over what is then missing.
+// Checked before an event is marshalled. The bus library would leave out a value of another type,
+// and end the process because of the incomplete message.
 bool isBusType(const QVariant &value)
 {
     if (!value.isValid() || qt::busSignature(value) == nullptr)
@@ -55,33 +55,28 @@ bool isBusType(const QVariant &value)
     return true;
 }
 
-bool hasOnlyBusTypes(const ZELEvent &event)
-{
-    const Arguments &arguments = event.getArguments();
-    return std::all_of(
-        arguments.cbegin(), arguments.cend(),
-        [](const ZELEvent::Argument &argument) { return isBusType(argument.value); });
-}
-
 void registerArguments()
 {
-    static const bool isRegistered = [] {
+    [[maybe_unused]] static const bool isRegistered = [] {
         qDBusRegisterMetaType<ZELEvent::Argument>();
         qDBusRegisterMetaType<Arguments>();
         return true;
     }();
-    Q_UNUSED(isRegistered)
 }
 
 } // namespace
 
 std::optional<QDBusMessage> encodeEvent(const QString &path, const ZELEvent &event)
 {
-    if (!hasOnlyBusTypes(event))
+    const auto hasBusType = [](const ZELEvent::Argument &argument) {
+        return isBusType(argument.value);
+    };
+    const Arguments &arguments = event.getArguments();
+    if (!std::all_of(arguments.cbegin(), arguments.cend(), hasBusType))
         return std::nullopt;
     registerArguments();
     QDBusMessage message = QDBusMessage::createSignal(path, eventsInterface(), eventSignal());
-    message << event.getEvtName() << QVariant::fromValue(event.getArguments());
+    message << event.getEvtName() << QVariant::fromValue(arguments);
     return message;
 }
 
