@@ -17,7 +17,7 @@ COMP_WORDBREAKS=$2
 compopt() { told+=" $*"; }
 for COMP_LINE in "${@:3}"; do
     COMP_POINT=${#COMP_LINE} COMPREPLY=() told=
-    _progkeysctl progkeysctl "${COMP_LINE##*[ =:]}" ""
+    _progkeysctl progkeysctl
     printf '%s\036' "$told" "${COMPREPLY[@]}"
     printf '\035'
 done
@@ -69,6 +69,14 @@ class Completer:
 
     def words(self, line: str) -> list[str]:
         return self(line).words
+
+    def table(self, name: str) -> dict[str, str]:
+        """One of the script's tables."""
+        ended = subprocess.run(
+            ["/bin/bash", "--norc", "-c", '. "$1"; declare -n table=$2; for key in "${!table[@]}"; do echo "$key=${table[$key]}"; done', "bash", str(self.script), name],
+            capture_output=True, encoding="utf-8", check=True,
+        )
+        return dict(line.split("=", 1) for line in ended.stdout.splitlines())
 
 
 class Bash(Terminal):

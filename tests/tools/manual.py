@@ -9,6 +9,7 @@ SOURCES = Path(__file__).resolve().parents[2] / "tools" / "progkeysctl" / "man"
 PAGE_OF = {
     "status": "progkeysctl",
     "wait": "progkeysctl",
+    "help": "progkeysctl",
     "icon": "progkeysctl-module",
     "label": "progkeysctl-module",
     "press": "progkeysctl-module",
@@ -23,28 +24,28 @@ TERM = re.compile(r"\*(\w+)\*")
 STATUS = re.compile(r"\*(\d+)\*")
 
 
-def page_of(words: list[str]) -> str:
+def page_of(command: str) -> str:
     """The page on which a command must stand."""
-    return PAGE_OF.get(words[0], f"progkeysctl-{words[0]}")
+    return PAGE_OF.get(command.split()[0], f"progkeysctl-{command.split()[0]}")
 
 
 def synopsis(command: dict[str, Any]) -> str:
     """The line that a page must have for the command."""
-    parts = [f"*progkeysctl {' '.join(command['words'])}*"]
-    if any("--help" not in option["names"] for option in command["options"]):
+    parts = [f"*progkeysctl {command['command']}*"]
+    if command["options"]:
         parts.append("[_OPTION_]...")
-    for positional in command["positionals"]:
-        argument = f"_{positional['argument'] or positional['name']}_" + "..." * positional["several"]
-        parts.append(argument if positional["required"] else f"[{argument}]")
+    for argument in command["arguments"]:
+        name = f"_{argument['names'][0]}_" + "..." * argument["repeatable"]
+        parts.append(name if argument["required"] else f"[{name}]")
     return " ".join(parts)
 
 
 def option_line(option: dict[str, Any]) -> str:
     """The line that a page must have for the option."""
     line = ", ".join(f"*{name}*" for name in option["names"])
-    if option["argument"]:
-        line += f" _{option['argument']}_"
-    return line + "..." * option["several"]
+    if option["value"]:
+        line += f" _{option['value']}_"
+    return line + "..." * option["repeatable"]
 
 
 class Page:

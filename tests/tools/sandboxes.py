@@ -20,12 +20,16 @@ class Process(NamedTuple):
 
 
 def processes_of(directory: str) -> list[Process]:
-    """Every process that runs in the sandbox of that directory, whoever started it."""
+    """Every process that runs in the sandbox of that directory, whoever started it, and its bus."""
     found = []
     for entry in Path("/proc").iterdir():
         with contextlib.suppress(OSError):
-            if entry.name.isdigit() and f"PROGKEYS_SANDBOX={directory}\0".encode() in (entry / "environ").read_bytes():
-                found.append(Process(int(entry.name), os.path.basename(os.readlink(entry / "exe"))))
+            if not entry.name.isdigit():
+                continue
+            name = os.path.basename(os.readlink(entry / "exe"))
+            is_inside = f"PROGKEYS_SANDBOX={directory}\0".encode() in (entry / "environ").read_bytes()
+            if is_inside or (name == "dbus-daemon" and f"{directory}/bus".encode() in (entry / "cmdline").read_bytes()):
+                found.append(Process(int(entry.name), name))
     return found
 
 

@@ -14,45 +14,35 @@ from progkeysctl import Tool
 CHECKOUT = Path(__file__).resolve().parents[2]
 STATUSES = CHECKOUT / "tools" / "progkeysctl" / "outcome" / "ExitStatus.h"
 EVENTS = CHECKOUT / "docs" / "events.md"
-HELP = "--help"
 
 by_page = pytest.mark.parametrize("page", pages(), ids=lambda page: page.name)
 
 
 @pytest.fixture
-def program(offline: Tool) -> dict[str, Any]:
-    """What the tool tells of itself."""
-    return offline("__commands").json
+def commands(offline: Tool) -> list[dict[str, Any]]:
+    """What the tool tells about itself."""
+    listed = offline.json("help", "--list")
+    assert len(listed) > 20
+    return listed
 
 
-def test_every_command_stands_on_its_page_with_its_arguments(program: dict[str, Any]) -> None:
+def test_every_command_stands_on_its_page_with_its_arguments(commands: list[dict[str, Any]]) -> None:
     documented = {page.name: sorted(page.commands()) for page in pages()}
     there: dict[str, list[str]] = {name: [] for name in documented}
-    for command in program["commands"]:
-        there[page_of(command["words"])].append(synopsis(command))
+    for command in commands:
+        there[page_of(command["command"])].append(synopsis(command))
     assert documented == {name: sorted(lines) for name, lines in there.items()}
 
 
-def test_every_option_stands_at_its_command_with_its_argument(program: dict[str, Any]) -> None:
+def test_every_option_stands_at_its_command_with_its_value(commands: list[dict[str, Any]]) -> None:
     documented = {line: sorted(options) for page in pages() for line, options in page.commands().items()}
-    there = {
-        synopsis(command): sorted(option_line(option) for option in command["options"] if HELP not in option["names"])
-        for command in program["commands"]
+    assert documented == {
+        synopsis(command): sorted(option_line(option) for option in command["options"]) for command in commands
     }
-    assert documented == there
-    assert any(there.values())
 
 
-def test_the_options_of_all_commands_stand_on_the_first_page(program: dict[str, Any]) -> None:
-    assert sorted(Page("progkeysctl").options()) == sorted(option_line(option) for option in program["options"])
-
-
-def test_an_argument_that_is_one_of_some_words_is_called_by_them(program: dict[str, Any]) -> None:
-    takers = [program, *program["commands"]]
-    choosers = [each for taker in takers for each in taker["options"] + taker["positionals"] if each["choices"]]
-    assert choosers
-    for chooser in choosers:
-        assert chooser["argument"] == "|".join(chooser["choices"])
+def test_the_options_of_all_commands_stand_on_the_first_page(commands: list[dict[str, Any]]) -> None:
+    assert sorted(Page("progkeysctl").options()) == sorted(option_line(option) for option in commands[0]["commonOptions"])
 
 
 def known_statuses() -> set[int]:
@@ -106,16 +96,13 @@ def lines_of_tool(page: Page) -> Iterator[list[str]]:
 
 
 @by_page
-def test_examples_use_commands_and_options_that_there_are(page: Page, program: dict[str, Any]) -> None:
+def test_examples_use_commands_and_options_that_there_are(page: Page, commands: list[dict[str, Any]]) -> None:
     runs = list(lines_of_tool(page))
     assert runs
     for words in runs:
-        commands = [each for each in program["commands"] if words[: len(each["words"])] == each["words"]]
-        assert len(commands) == 1, words
-        options = commands[0]["options"] + program["options"]
-        names = {name for option in options for name in option["names"]}
-        used = {word.partition("=")[0] for word in words if word.startswith("-")}
-        assert used <= names
+        (command,) = [each for each in commands if words[: len(each["command"].split())] == each["command"].split()]
+        names = {name for option in command["options"] + command["commonOptions"] for name in option["names"]}
+        assert {word.partition("=")[0] for word in words if word.startswith("-")} <= names
 
 
 @by_page

@@ -181,7 +181,7 @@ def test_who_waits_is_told_when_the_service_is_up(ctl: Tool, client: Client, set
     waiting = ctl.start("wait")
     module = launch()
     out, _ = waiting.communicate(timeout=LIMIT)
-    assert (waiting.returncode, out) == (0, "The service is up.\n")
+    assert (waiting.returncode, out) == (0, "ZelProgrammableKeys is running.\n")
     assert client.get_all_actions()
     assert ctl.json("wait") == {"running": True}
     module.stop()
@@ -190,7 +190,7 @@ def test_who_waits_is_told_when_the_service_is_up(ctl: Tool, client: Client, set
 def test_waiting_runs_out_of_time(ctl: Tool) -> None:
     result = ctl("wait", "--timeout", "0.2")
     assert (result.status, result.out) == (3, "")
-    assert "The service is still not there" in result.err
+    assert "ZelProgrammableKeys is not running on" in result.err
 
 
 def test_names_of_other_modules_do_not_end_the_wait(ctl: Tool, bus: PrivateBus, settings_manager: Module) -> None:

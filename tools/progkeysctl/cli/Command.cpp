@@ -84,7 +84,7 @@ Parameter Parameter::withShortName(const char *text) const
 
 bool Command::isMemberOf(const QStringList &group) const
 {
-    return !isHidden && words.size() == group.size() + 1 && words.mid(0, group.size()) == group;
+    return words.size() == group.size() + 1 && words.mid(0, group.size()) == group;
 }
 
 Parameter flag(const char *name, const char *help)

@@ -66,7 +66,6 @@ struct Command
     QList<Parameter> parameters;
     Run run = nullptr;
     QString notes = {}; ///< shown at the end of its help
-    bool isHidden = false;
 
     bool isGroup() const { return run == nullptr; }
     QString name() const { return words.join(QLatin1Char(' ')); }

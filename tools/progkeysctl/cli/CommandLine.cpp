@@ -5,6 +5,7 @@
 #include "cli/LineChecks.h"
 #include "outcome/Failure.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
@@ -36,8 +37,9 @@ CommandLine::CommandLine(const QList<Command> &commands)
 ExitStatus CommandLine::run(int argc, char **argv)
 {
     const ParsedLine line = m_parser.parse(argc, argv);
+    output::setColourChoice(colourFrom(line.arguments));
     if (line.arguments.has("--help")) {
-        print(helpText(m_commands, line.command, helpWidth()));
+        printHelp(line.command ? line.command->words : QStringList());
         return ExitStatus::Done;
     }
     if (line.arguments.has("--version")) {
@@ -49,6 +51,17 @@ ExitStatus CommandLine::run(int argc, char **argv)
     const ExitStatus status = line.command->run(session, line.arguments);
     session.out().flush();
     return status;
+}
+
+void CommandLine::printHelp(const QStringList &words) const
+{
+    const auto hasWords = [&](const Command &command) { return command.words == words; };
+    const auto found = std::find_if(m_commands.begin(), m_commands.end(), hasWords);
+    if (found == m_commands.end() && !words.isEmpty())
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("Unknown command \"%1\"").arg(words.join(QLatin1Char(' '))),
+                      QStringLiteral("See \"progkeysctl --help\".")};
+    print(helpText(m_commands, words.isEmpty() ? nullptr : &*found, helpWidth()));
 }
 
 int CommandLine::execute(int argc, char **argv)

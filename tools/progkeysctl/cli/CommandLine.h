@@ -13,10 +13,13 @@ public:
     explicit CommandLine(const QList<Command> &commands);
 
     const QList<Command> &commands() const { return m_commands; }
-    const Parser &parser() const { return m_parser; }
 
     /// Parses the line and runs the command; prints what went wrong on stderr. The exit status.
     int execute(int argc, char **argv);
+
+    /// Prints help on the command of these words, or on the whole tool for none. Throws a Failure
+    /// of status Usage if there is no such command.
+    void printHelp(const QStringList &words) const;
 
 private:
     ExitStatus run(int argc, char **argv);

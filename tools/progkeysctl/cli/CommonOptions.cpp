@@ -44,13 +44,26 @@ QList<Parameter> commonOptions()
             flag("--terse", "print one line per row, with fields separated by colons"),
             option("--fields", type::nonEmptyText("FIELD,..."),
                    "print only these fields, in this order"),
-            flag("--no-legend", "omit headings and totals")};
+            flag("--no-legend", "omit headings and totals"),
+            option("--color",
+                   type::choice(
+                       {QStringLiteral("auto"), QStringLiteral("always"), QStringLiteral("never")}),
+                   "when to use colors (default: auto)")};
 }
 
 QList<QStringList> exclusiveOptions()
 {
     return {{QStringLiteral("--system"), QStringLiteral("--session"), QStringLiteral("--address")},
             {QStringLiteral("--json"), QStringLiteral("-j"), QStringLiteral("--terse")}};
+}
+
+output::ColourChoice colourFrom(const Arguments &arguments)
+{
+    const QString choice = arguments.text("--color");
+    if (choice == QLatin1String("always"))
+        return output::ColourChoice::Always;
+    return choice == QLatin1String("never") ? output::ColourChoice::Never
+                                            : output::ColourChoice::Auto;
 }
 
 Options optionsFrom(const Arguments &arguments)

@@ -11,7 +11,10 @@ QList<Parameter> commonOptions();
 /// Options that exclude each other.
 QList<QStringList> exclusiveOptions();
 
-/// What they say.
+/// What --color says.
+output::ColourChoice colourFrom(const Arguments &arguments);
+
+/// What the others say.
 Options optionsFrom(const Arguments &arguments);
 
 } // namespace cli

@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace cli {
 namespace {
 
@@ -15,14 +17,6 @@ std::string namesOf(const Parameter &parameter)
                : (parameter.shortName + QLatin1Char(',') + parameter.name).toStdString();
 }
 
-std::string typeNameOf(const ValueType &type)
-{
-    return type.choices.isEmpty() ? type.name.toStdString()
-                                  : QStringLiteral("%1:{%2}")
-                                        .arg(type.name, type.choices.join(QLatin1Char(',')))
-                                        .toStdString();
-}
-
 void addParameter(CLI::App *app, const Parameter &parameter)
 {
     if (parameter.isFlag()) {
@@ -30,8 +24,7 @@ void addParameter(CLI::App *app, const Parameter &parameter)
         return;
     }
     CLI::Option *option = app->add_option(namesOf(parameter));
-    option->type_name(typeNameOf(parameter.type))
-        ->expected(1, parameter.isRepeatable ? -1 : 1)
+    option->expected(1, parameter.isRepeatable ? -1 : 1)
         ->allow_extra_args(parameter.isRepeatable)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
@@ -41,6 +34,22 @@ void collect(const CLI::App *app, const QList<Parameter> &parameters, Arguments 
     for (const Parameter &parameter : parameters)
         for (const std::string &value : app->get_option(parameter.name.toStdString())->results())
             arguments.add(parameter.name, QByteArray::fromStdString(value));
+}
+
+// Gives a word to the next positional argument of the command that takes one.
+void addArgument(ParsedLine &line, const QByteArray &word)
+{
+    const QList<Parameter> parameters =
+        line.command ? line.command->parameters : QList<Parameter>();
+    for (const Parameter &parameter : parameters) {
+        const bool isFull =
+            !parameter.isRepeatable && !line.arguments.values(parameter.name).isEmpty();
+        if (parameter.isPositional() && !isFull) {
+            line.arguments.add(parameter.name, word);
+            return;
+        }
+    }
+    line.unexpected.append(QString::fromUtf8(word));
 }
 
 } // namespace
@@ -67,16 +76,16 @@ void Parser::addCommand(const Command &command)
         parent = parent->get_subcommand(word.toStdString());
     CLI::App *app = parent->add_subcommand(command.words.last().toStdString());
     app->require_subcommand(0, 1);
-    if (command.isHidden)
-        app->group("");
     for (const Parameter &parameter : command.parameters)
         addParameter(app, parameter);
 }
 
 ParsedLine Parser::parse(int argc, char **argv)
 {
+    // Words after "--" are passed on as they are; the library would change some.
+    const int mark = static_cast<int>(std::find(argv, argv + argc, std::string("--")) - argv);
     try {
-        m_app->parse(argc, argv);
+        m_app->parse(mark, argv);
     } catch (const CLI::ArgumentMismatch &error) {
         // The library's message is "--limit: ...".
         const QString option = QString::fromUtf8(error.what()).section(QLatin1Char(':'), 0, 0);
@@ -85,9 +94,7 @@ ParsedLine Parser::parse(int argc, char **argv)
     }
     ParsedLine line;
     for (const std::string &word : m_app->remaining(true))
-        // The library counts the mark after which everything is an argument.
-        if (word != "--")
-            line.unexpected.append(QString::fromStdString(word));
+        line.unexpected.append(QString::fromStdString(word));
     collect(m_app.get(), m_common, line.arguments);
     for (const Command &command : std::as_const(m_commands)) {
         const CLI::App *app = appOf(command);
@@ -96,6 +103,8 @@ ParsedLine Parser::parse(int argc, char **argv)
         line.command = &command;
         collect(app, command.parameters, line.arguments);
     }
+    for (int i = mark + 1; i < argc; ++i)
+        addArgument(line, argv[i]);
     return line;
 }
 

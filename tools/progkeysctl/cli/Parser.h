@@ -32,8 +32,6 @@ public:
     /// Throws a Failure of status Usage if an option lacks its value.
     ParsedLine parse(int argc, char **argv);
 
-    const CLI::App &app() const { return *m_app; }
-
 private:
     void addCommand(const Command &command);
     CLI::App *appOf(const Command &command) const;

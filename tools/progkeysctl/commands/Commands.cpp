@@ -1,9 +1,9 @@
 #include "commands/Commands.h"
 
 #include "commands/ActionCommands.h"
-#include "commands/CompletionCommands.h"
 #include "commands/DefaultsCommands.h"
 #include "commands/ExchangeCommands.h"
+#include "commands/HelpCommand.h"
 #include "commands/KeyCommands.h"
 #include "commands/ModuleCommands.h"
 #include "commands/MonitorCommand.h"
@@ -18,8 +18,8 @@ QList<cli::Command> all()
 {
     return QList<cli::Command>{statusCommand(), waitCommand()} + keyCommands() + actionCommands() +
            moduleCommands() + QList<cli::Command>{monitorCommand()} + exchangeCommands() +
-           defaultsCommands() + QList<cli::Command>{restoreCommand(), sandboxCommand()} +
-           completionCommands();
+           defaultsCommands() +
+           QList<cli::Command>{restoreCommand(), sandboxCommand(), helpCommand()};
 }
 
 } // namespace commands

@@ -1,5 +1,6 @@
 #include "commands/WaitCommand.h"
 
+#include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "outcome/Failure.h"
 
@@ -18,19 +19,18 @@ constexpr int PulseMs = 100;
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("running"), QStringLiteral("Service running")}};
+    return {{QStringLiteral("running"), QStringLiteral("Running")}};
 }
 
 // The watch stands before the question is asked, so that the service cannot come in between unseen.
-bool comesUp(cli::Session &session)
+bool comesUp(cli::Session &session, const QString &name)
 {
     QEventLoop loop;
-    const QDBusServiceWatcher watcher(zel::serviceName(client::ProgrammableKeys::moduleName()),
-                                      session.bus().connection(),
+    const QDBusServiceWatcher watcher(name, session.bus().connection(),
                                       QDBusServiceWatcher::WatchForRegistration);
     QObject::connect(&watcher, &QDBusServiceWatcher::serviceRegistered, &loop,
                      [&loop] { loop.exit(1); });
-    if (session.service().isRunning())
+    if (session.bus().hasOwner(name))
         return true;
     QTimer::singleShot(session.timeoutMs(WaitSeconds), &loop, [&loop] { loop.exit(0); });
     QTimer pulse;
@@ -45,14 +45,16 @@ bool comesUp(cli::Session &session)
     return isUp;
 }
 
-ExitStatus wait(cli::Session &session, const cli::Arguments & /*arguments*/)
+ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
 {
-    if (!comesUp(session))
+    const QString module =
+        arguments.has("MODULE") ? arguments.text("MODULE") : client::ProgrammableKeys::moduleName();
+    if (!comesUp(session, zel::serviceName(module)))
         throw Failure{
             ExitStatus::TimeRanOut,
-            QStringLiteral("The service is still not there on %1").arg(session.bus().description()),
-            QStringLiteral("Its log says why; give it longer with --timeout.")};
-    session.out().done(QStringLiteral("The service is up."), columns(),
+            QStringLiteral("%1 is not running on %2").arg(module, session.bus().description()),
+            QStringLiteral("See its log, or allow more time with --timeout.")};
+    session.out().done(QStringLiteral("%1 is running.").arg(module), columns(),
                        {{QStringLiteral("running"), true}});
     return ExitStatus::Done;
 }
@@ -61,8 +63,11 @@ ExitStatus wait(cli::Session &session, const cli::Arguments & /*arguments*/)
 
 cli::Command waitCommand()
 {
-    return cli::command("wait", "wait until the service is up, at most 30 s or what --timeout says",
-                        {}, wait);
+    return cli::command("wait", "wait until the service is running, for up to 30 s or --timeout",
+                        {cli::argument("MODULE", cli::type::nonEmptyText("MODULE"),
+                                       "another module of the phone, such as SettingsManager")
+                             .optional()},
+                        wait);
 }
 
 } // namespace commands

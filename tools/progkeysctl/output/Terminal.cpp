@@ -6,11 +6,12 @@
 namespace output {
 namespace {
 
-constexpr int UsualWidth = 80;
+ColourChoice theChoice = ColourChoice::Auto;
 
-// A terminal may not know its size; then COLUMNS says it, or it is taken to be the usual one.
+// A terminal that does not know its size has the width in COLUMNS, or the usual one.
 int widthOf(int descriptor)
 {
+    constexpr int UsualWidth = 80;
     winsize size{};
     if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
         return size.ws_col;
@@ -18,23 +19,30 @@ int widthOf(int descriptor)
     return columns > 0 ? columns : UsualWidth;
 }
 
+bool wantsColour()
+{
+    return qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
 } // namespace
+
+void setColourChoice(ColourChoice choice)
+{
+    theChoice = choice;
+}
 
 Terminal Terminal::of(int descriptor)
 {
-    Terminal terminal;
-    terminal.m_isTerminal = isatty(descriptor) == 1;
-    if (!terminal.m_isTerminal)
-        return terminal;
-    terminal.m_width = widthOf(descriptor);
-    terminal.m_hasColour = qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+    const bool isTerminal = isatty(descriptor) == 1;
+    Terminal terminal = ofWidth(isTerminal ? widthOf(descriptor) : 0);
+    terminal.m_hasColour = theChoice == ColourChoice::Always ||
+                           (theChoice == ColourChoice::Auto && isTerminal && wantsColour());
     return terminal;
 }
 
 Terminal Terminal::ofWidth(int width)
 {
     Terminal terminal;
-    terminal.m_isTerminal = width > 0;
     terminal.m_width = width;
     return terminal;
 }

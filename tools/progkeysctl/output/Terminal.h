@@ -2,25 +2,29 @@
 
 #include <QString>
 
-/// What is known about the terminal that a stream goes to, if it goes to one.
 namespace output {
 
+/// When to use colours; `Auto` is on a terminal that supports them, unless NO_COLOR is set.
+enum class ColourChoice { Auto, Always, Never };
+
+/// Applies to all streams. `Auto` until it is called.
+void setColourChoice(ColourChoice choice);
+
+/// What is known about the terminal, if any, that a stream goes to.
 class Terminal
 {
 public:
     /// Of an open file descriptor.
     static Terminal of(int descriptor);
 
-    /// One without colours, so many columns wide; 0 for none at all.
+    /// Without colours, for tests; 0 for no terminal.
     static Terminal ofWidth(int width);
 
-    bool isTerminal() const { return m_isTerminal; }
-
-    /// Columns; 0 for no limit, where there is no terminal.
+    /// Columns; 0 if there is no terminal and so no limit.
     int width() const { return m_width; }
+    bool hasColour() const { return m_hasColour; }
 
-    /// The text in bold, or dimmed, or as a fault, where that is wanted: on a terminal that can,
-    /// and without NO_COLOR in the environment.
+    /// The text in a style or colour, if this terminal uses colours.
     QString bold(const QString &text) const;
     QString dim(const QString &text) const;
     QString red(const QString &text) const;
@@ -30,7 +34,6 @@ public:
 private:
     QString styled(const QString &text, const char *code) const;
 
-    bool m_isTerminal = false;
     bool m_hasColour = false;
     int m_width = 0;
 };

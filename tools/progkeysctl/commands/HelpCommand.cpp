@@ -1,0 +1,80 @@
+#include "commands/HelpCommand.h"
+
+#include "cli/Arguments.h"
+#include "cli/CommandLine.h"
+#include "cli/CommonOptions.h"
+#include "cli/Session.h"
+
+#include <QJsonArray>
+
+namespace commands {
+namespace {
+
+QList<output::Column> columns()
+{
+    return {{QStringLiteral("command"), QStringLiteral("COMMAND")},
+            {QStringLiteral("summary"), QStringLiteral("SUMMARY")}};
+}
+
+QJsonObject toJson(const cli::Parameter &parameter)
+{
+    QStringList names = {parameter.name};
+    if (!parameter.shortName.isEmpty())
+        names.prepend(parameter.shortName);
+    return {{QStringLiteral("names"), QJsonArray::fromStringList(names)},
+            {QStringLiteral("value"),
+             parameter.isFlag() ? QJsonValue() : QJsonValue(parameter.type.name)},
+            {QStringLiteral("choices"), QJsonArray::fromStringList(parameter.type.choices)},
+            {QStringLiteral("required"), parameter.isRequired},
+            {QStringLiteral("repeatable"), parameter.isRepeatable},
+            {QStringLiteral("help"), parameter.help}};
+}
+
+QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
+{
+    QJsonArray array;
+    for (const cli::Parameter &parameter : parameters)
+        if (parameter.isPositional() == arePositional)
+            array.append(toJson(parameter));
+    return array;
+}
+
+// In JSON with all options and arguments, for programs that complete or document commands.
+void listCommands(cli::Session &session)
+{
+    output::Listing listing;
+    listing.columns = columns();
+    for (const cli::Command &command : session.line().commands())
+        if (!command.isGroup())
+            listing.rows.append(
+                {{QStringLiteral("command"), command.name()},
+                 {QStringLiteral("summary"), command.summary},
+                 {QStringLiteral("arguments"), toJson(command.parameters, true)},
+                 {QStringLiteral("options"), toJson(command.parameters, false)},
+                 {QStringLiteral("commonOptions"), toJson(cli::commonOptions(), false)}});
+    session.out().list(listing);
+}
+
+ExitStatus help(cli::Session &session, const cli::Arguments &arguments)
+{
+    if (arguments.has("--list"))
+        listCommands(session);
+    else
+        session.line().printHelp(arguments.texts("COMMAND"));
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+cli::Command helpCommand()
+{
+    return cli::command(
+        "help", "show help on a command",
+        {cli::argument("COMMAND", cli::type::text("COMMAND"), "a command, such as key add")
+             .optional()
+             .repeatable(),
+         cli::flag("--list", "list all commands; with --json, including their options")},
+        help);
+}
+
+} // namespace commands
