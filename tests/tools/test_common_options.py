@@ -124,13 +124,13 @@ def test_terse_lines_can_be_taken_apart(ctl: Tool, stocked: Module) -> None:
     assert listed.lines == ["-1::", r"1:a\:b\\c\nd:Empfang\: Ü, 受付 ☎"]
 
 
-def test_a_table_fits_a_narrow_terminal(ctl: Tool, stocked: Module) -> None:
-    for width in (60, 80, 100):
+def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> None:
+    for width in (70, 80, 100):
         shown = ctl.on_terminal(width, "key", "list", env={"NO_COLOR": "1"})
         assert shown.status == 0
         assert max(columns(line) for line in shown.lines) <= width
         assert shown.lines[0].startswith("KEY  DM")
-        assert "…" in shown.lines[1]
+        assert sum(line.count("a") for line in shown.lines) == 60
     assert shown.lines[-1] == "1 key"
 
 

@@ -227,7 +227,7 @@ def test_a_database_that_cannot_be_written_is_named(
         (["action", "add", "idAction=5"], "The service gives a new action its idAction"),
         (["action", "set", 1, "idAction=5"], "An action keeps its idAction"),
         (["key", "show", "x"], '"x" is not a whole number of 64 bits'),
-        (["key", "list", "--fields", "idKey,colour"], "--fields: there is no field colour here"),
+        (["key", "list", "--fields", "idKey,colour"], "--fields: unknown field colour"),
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )

@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -11,24 +12,28 @@ namespace output {
 struct Column
 {
     QString name;          ///< in JSON and in --fields
-    QString heading;       ///< above the column of a table
-    bool isNumber = false; ///< to be set flush right
+    QString heading;       ///< in a table
+    bool isNumber = false; ///< aligned to the right
+    bool isShown = true;   ///< in a table without --fields
 };
 
-/// What a command has to tell: rows with the same fields. A row is an object by the columns' names;
-/// what it has besides is told in JSON only.
+/// The colour of a row.
+enum class Colour { None, Red, Green, Yellow };
+
+/// The result of a command: rows with the same fields. A row is an object by the columns' names;
+/// other members are printed in JSON only.
 struct Listing
 {
     QList<Column> columns;
     QList<QJsonObject> rows;
-    QString legend; ///< below a table, such as "3 keys"
+    QString legend;                     ///< below a table, such as "3 keys"
+    QMap<QString, Colour> colours = {}; ///< of rows, by the text of their first column
 };
 
-/// A whole number in JSON: as a number where every reader keeps it, up to 2^53 either way; beyond
-/// as the text of its digits.
+/// An integer in JSON: a number up to 2^53, which every reader keeps, else a string.
 QJsonValue jsonNumber(qlonglong number);
 
-/// A field's value as people read it: a dash for null, yes and no, lists with commas.
+/// A value as text: "-" for null, "yes" and "no", lists with commas.
 QString displayText(const QJsonValue &value);
 
 } // namespace output

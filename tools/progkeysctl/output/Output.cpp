@@ -1,7 +1,7 @@
 #include "output/Output.h"
 
 #include "output/Table.h"
-#include "output/TextWidth.h"
+#include "output/Text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <unistd.h>
 
 namespace output {
@@ -76,6 +77,15 @@ bool Output::isJson() const
 void Output::requireFields(const QList<Column> &columns) const
 {
     chosen(columns);
+}
+
+void Output::requireDocumentForm() const
+{
+    if (m_manner.form == Form::Terse || !m_manner.fields.isEmpty())
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("This command prints a document: --terse and --fields do not "
+                                     "apply"),
+                      {}};
 }
 
 void Output::list(const Listing &listing)
@@ -145,15 +155,17 @@ void Output::flush()
 
 QList<Column> Output::chosen(const QList<Column> &columns) const
 {
-    if (m_manner.fields.isEmpty())
-        return columns;
     QList<Column> result;
+    if (m_manner.fields.isEmpty()) {
+        std::copy_if(columns.begin(), columns.end(), std::back_inserter(result),
+                     [this](const Column &each) { return each.isShown || !isForPeople(); });
+        return result;
+    }
     for (const QString &name : m_manner.fields) {
         const auto column = std::find_if(columns.begin(), columns.end(),
                                          [&](const Column &each) { return each.name == name; });
         if (column == columns.end())
-            throw Failure{ExitStatus::Usage,
-                          QStringLiteral("--fields: there is no field %1 here").arg(name),
+            throw Failure{ExitStatus::Usage, QStringLiteral("--fields: unknown field %1").arg(name),
                           QStringLiteral("The fields are %1.").arg(names(columns))};
         result.append(*column);
     }

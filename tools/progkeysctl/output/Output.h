@@ -31,6 +31,10 @@ public:
     /// changes something asks first: a mistake in the line is told before anything is done.
     void requireFields(const QList<Column> &columns) const;
 
+    /// Throws a Failure of status Usage if --terse or --fields is given. For commands that print a
+    /// document instead of rows.
+    void requireDocumentForm() const;
+
     /// Rows: a table that fits the terminal, a line a row, or an array of objects.
     void list(const Listing &listing);
 

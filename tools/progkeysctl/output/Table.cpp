@@ -1,95 +1,140 @@
 #include "output/Table.h"
 
-#include "output/TextWidth.h"
+#include "output/Text.h"
+
+#include <libsmartcols.h>
 
 #include <algorithm>
-#include <numeric>
+#include <cstdlib>
+#include <memory>
+#include <new>
 
 namespace output {
 namespace {
 
-const QString Gap = QStringLiteral("  ");
-constexpr int GapWidth = 2;
-// A column that would have to be narrower says nothing any more.
-constexpr int LeastWidth = 4;
+const char *const Bold = "\x1b[1m";
+
+struct TableDeleter
+{
+    void operator()(libscols_table *table) const { scols_unref_table(table); }
+};
+struct Freer
+{
+    void operator()(char *text) const { std::free(text); }
+};
+
+void require(bool isDone)
+{
+    if (!isDone)
+        throw std::bad_alloc();
+}
+
+// A table of libsmartcols, whose functions fail only without memory.
+class Table
+{
+public:
+    Table(const Terminal &terminal, bool hasHeadings) : m_table(scols_new_table())
+    {
+        require(m_table != nullptr);
+        require(scols_table_enable_noencoding(m_table.get(), 1) == 0); // all cells are printable
+        require(scols_table_set_column_separator(m_table.get(), "  ") == 0);
+        require(scols_table_enable_noheadings(m_table.get(), hasHeadings ? 0 : 1) == 0);
+        require(scols_table_enable_colors(m_table.get(), terminal.hasColour() ? 1 : 0) == 0);
+        const int force = terminal.width() > 0 ? SCOLS_TERMFORCE_ALWAYS : SCOLS_TERMFORCE_NEVER;
+        require(scols_table_set_termforce(m_table.get(), force) == 0);
+        if (terminal.width() > 0)
+            require(scols_table_set_termwidth(m_table.get(),
+                                              static_cast<std::size_t>(terminal.width())) == 0);
+    }
+
+    void addColumn(const QString &heading, int flags)
+    {
+        libscols_column *column =
+            scols_table_new_column(m_table.get(), heading.toUtf8().constData(), 0, flags);
+        require(column != nullptr);
+        require(scols_cell_set_color(scols_column_get_header(column), Bold) == 0);
+    }
+
+    void addRow(const QStringList &cells, const char *colour)
+    {
+        libscols_line *line = scols_table_new_line(m_table.get(), nullptr);
+        require(line != nullptr);
+        for (int place = 0; place < cells.size(); ++place)
+            require(scols_line_set_data(line, static_cast<std::size_t>(place),
+                                        cells.at(place).toUtf8().constData()) == 0);
+        if (colour)
+            require(scols_line_set_color(line, colour) == 0);
+    }
+
+    QStringList lines() const
+    {
+        char *text = nullptr;
+        require(scols_print_table_to_string(m_table.get(), &text) == 0);
+        const std::unique_ptr<char, Freer> owner(text);
+        QStringList lines = QString::fromUtf8(text).split(QLatin1Char('\n'));
+        for (QString &line : lines) {
+            while (line.endsWith(QLatin1Char(' ')))
+                line.chop(1);
+        }
+        return lines;
+    }
+
+private:
+    std::unique_ptr<libscols_table, TableDeleter> m_table;
+};
 
 QString cellText(const QJsonObject &row, const Column &column)
 {
     return printable(displayText(row.value(column.name)));
 }
 
-int tableWidth(const QList<int> &widths)
+const char *sequenceOf(Colour colour)
 {
-    const int gaps = static_cast<int>(widths.size()) - 1;
-    return std::accumulate(widths.begin(), widths.end(), 0) + gaps * GapWidth;
-}
-
-QList<int> naturalWidths(const Listing &listing)
-{
-    QList<int> widths;
-    for (const Column &column : listing.columns) {
-        int width = textWidth(column.heading);
-        for (const QJsonObject &row : listing.rows)
-            width = std::max(width, textWidth(cellText(row, column)));
-        widths.append(width);
+    switch (colour) {
+    case Colour::Red:
+        return "\x1b[31m";
+    case Colour::Green:
+        return "\x1b[32m";
+    case Colour::Yellow:
+        return "\x1b[33m";
+    case Colour::None:
+        break;
     }
-    return widths;
+    return nullptr;
 }
 
-// Narrows the widest column by one until the table fits, or nothing can be narrowed; numbers are
-// left whole, because a part of a number is another number. Whether it fits.
-bool narrow(QList<int> &widths, const QList<Column> &columns, int limit)
+// Only long texts are wrapped: a short one would become a column of syllables.
+int flagsOf(const Listing &listing, const Column &column)
 {
-    while (tableWidth(widths) > limit) {
-        int *widest = nullptr;
-        for (int place = 0; place < columns.size(); ++place)
-            if (!columns.at(place).isNumber && widths.at(place) > LeastWidth &&
-                (!widest || widths.at(place) > *widest))
-                widest = &widths[place];
-        if (!widest)
-            return false;
-        --*widest;
-    }
-    return true;
+    constexpr int LongestWhole = 12;
+    if (column.isNumber)
+        return SCOLS_FL_RIGHT;
+    const bool isLong =
+        std::any_of(listing.rows.cbegin(), listing.rows.cend(), [&](const QJsonObject &row) {
+            return textWidth(cellText(row, column)) > LongestWhole;
+        });
+    return isLong ? SCOLS_FL_WRAP : 0;
 }
 
-QString aligned(const QString &text, int width, bool isRight)
+QStringList rowLines(const Listing &listing, const Terminal &terminal, bool hasHeadings)
 {
-    const QString shown = elided(text, width);
-    const QString padding(std::max(0, width - textWidth(shown)), QLatin1Char(' '));
-    return isRight ? padding + shown : shown + padding;
-}
-
-QString withoutTrailingBlanks(QString line)
-{
-    while (line.endsWith(QLatin1Char(' ')))
-        line.chop(1);
-    return line;
-}
-
-template <typename Cell>
-QString lineText(const QList<Column> &columns, const QList<int> &widths, Cell cell)
-{
-    QStringList parts;
-    for (int place = 0; place < columns.size(); ++place)
-        parts.append(
-            aligned(cell(columns.at(place)), widths.at(place), columns.at(place).isNumber));
-    return withoutTrailingBlanks(parts.join(Gap));
-}
-
-QString rowsText(const Listing &listing, const QList<int> &widths, const Terminal &terminal,
-                 bool hasLegend)
-{
-    QString text;
-    if (hasLegend && !listing.rows.isEmpty()) {
-        const auto heading = [](const Column &column) { return column.heading; };
-        text += terminal.bold(lineText(listing.columns, widths, heading)) + QLatin1Char('\n');
-    }
+    Table table(terminal, hasHeadings);
+    for (const Column &column : listing.columns)
+        table.addColumn(hasHeadings ? column.heading : QString(), flagsOf(listing, column));
     for (const QJsonObject &row : listing.rows) {
-        const auto cell = [&row](const Column &column) { return cellText(row, column); };
-        text += lineText(listing.columns, widths, cell) + QLatin1Char('\n');
+        QStringList cells;
+        for (const Column &column : listing.columns)
+            cells.append(cellText(row, column));
+        table.addRow(cells, sequenceOf(listing.colours.value(cells.value(0))));
     }
-    return text;
+    return table.lines();
+}
+
+bool fits(const Listing &listing, int width, bool hasHeadings)
+{
+    const QStringList lines = rowLines(listing, Terminal::ofWidth(width), hasHeadings);
+    return std::all_of(lines.cbegin(), lines.cend(),
+                       [width](const QString &line) { return textWidth(line) <= width; });
 }
 
 QString rowsFieldByField(const Listing &listing, const Terminal &terminal)
@@ -104,10 +149,11 @@ QString rowsFieldByField(const Listing &listing, const Terminal &terminal)
 
 QString tableText(const Listing &listing, const Terminal &terminal, bool hasLegend)
 {
-    QList<int> widths = naturalWidths(listing);
-    const bool fits = terminal.width() == 0 || narrow(widths, listing.columns, terminal.width());
-    QString text =
-        fits ? rowsText(listing, widths, terminal, hasLegend) : rowsFieldByField(listing, terminal);
+    QString text;
+    if (terminal.width() > 0 && !fits(listing, terminal.width(), hasLegend))
+        text = rowsFieldByField(listing, terminal);
+    else if (!listing.rows.isEmpty())
+        text = rowLines(listing, terminal, hasLegend).join(QLatin1Char('\n')) + QLatin1Char('\n');
     if (hasLegend && !listing.legend.isEmpty())
         text += terminal.dim(listing.legend) + QLatin1Char('\n');
     return text;
@@ -115,19 +161,12 @@ QString tableText(const Listing &listing, const Terminal &terminal, bool hasLege
 
 QString recordText(const QList<Column> &columns, const QJsonObject &row, const Terminal &terminal)
 {
-    int headingWidth = 0;
+    Table table(terminal, false);
+    table.addColumn(QString(), 0);
+    table.addColumn(QString(), SCOLS_FL_WRAP);
     for (const Column &column : columns)
-        headingWidth = std::max(headingWidth, textWidth(column.heading));
-    QString text;
-    for (const Column &column : columns) {
-        QString value = cellText(row, column);
-        const int room = terminal.width() - headingWidth - GapWidth;
-        if (terminal.width() > 0 && !column.isNumber)
-            value = elided(value, std::max(room, LeastWidth));
-        const QString heading = aligned(column.heading, headingWidth, false);
-        text += withoutTrailingBlanks(terminal.bold(heading) + Gap + value) + QLatin1Char('\n');
-    }
-    return text;
+        table.addRow({column.heading, cellText(row, column)}, nullptr);
+    return table.lines().join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
 } // namespace output

@@ -3,15 +3,13 @@
 #include "output/Listing.h"
 #include "output/Terminal.h"
 
-#include <QString>
-
 namespace output {
 
-/// The listing as a table, each line ended. Where the terminal is too narrow the widest columns
-/// give way first; in one too narrow even for that, each row is told field by field.
+/// The listing as a table that fits the terminal: long texts are wrapped. If it cannot fit, each
+/// row is printed with one field in a line.
 QString tableText(const Listing &listing, const Terminal &terminal, bool hasLegend);
 
-/// The fields of one row, one below the other.
+/// One row with one field in a line.
 QString recordText(const QList<Column> &columns, const QJsonObject &row, const Terminal &terminal);
 
 } // namespace output
