@@ -1,25 +1,22 @@
-"""`defaults check`: what it says of settings, to people, editors and scripts."""
+"""`defaults check`: the problems it finds in settings, and how it reports them."""
 
 import re
-import shutil
 from pathlib import Path
 
 import pytest
 
-from golden_files import check_golden
 from progkeysctl import Tool
-
-GOLDEN = Path(__file__).with_name("golden") / "defaults-check"
-SETTINGS = ("DefaultActions", "DefaultKeys", "ProgKeysMax")
-COMPLAINT = re.compile(r"^(.+?):(\d+):(\d+):(\d+): (error|warning): .+$")
-INDENTATION = "    "
 
 GOOD_ACTION = "D1,3,call,,501,Reception,Rec"
 GOOD_KEY = "D1,main,0,ic1,0,0,0"
+FILES = ("DefaultActions", "DefaultKeys", "ProgKeysMax")
+HEAD = re.compile(r"^(.+?):(\d+):(\d+):(\d+): (error|warning): .+$")
 
 
 @pytest.fixture
 def write(tmp_path: Path):
+    """Writes a file of the rollout and returns its path."""
+
     def write_file(name: str, text: "str | bytes") -> Path:
         path = tmp_path / name
         path.write_bytes(text if isinstance(text, bytes) else text.encode())
@@ -28,197 +25,312 @@ def write(tmp_path: Path):
     return write_file
 
 
-@pytest.mark.parametrize("case", sorted(GOLDEN.iterdir()), ids=lambda case: case.name)
-def test_complaints_are_those_of_the_files(offline: Tool, case: Path) -> None:
-    files = [case / name for name in SETTINGS if (case / name).exists()]
-    result = offline("defaults", "check", *files)
-    check_golden(case / "expected.txt", result.out.replace(f"{case}/", ""))
-    assert result.status == (4 if ": error: " in result.out else 0)
-    assert result.err == ""
+@pytest.fixture
+def problems(offline: Tool, write, tmp_path: Path):
+    """The problems of a rollout, each as "FILE RECORD:FIELD:COLUMN severity code"."""
+
+    def check(*texts, options=()):
+        for name, text in zip(FILES, texts):
+            if text is not None:
+                write(name, text)
+        result = offline("defaults", "check", "--json=short", *options, tmp_path)
+        rows = result.json
+        assert result.status == (4 if any(row["severity"] == "error" for row in rows) else 0)
+        return [
+            f"{Path(row['file']).name.removeprefix('Default')} {row['record']}:{row['field'] or 0}:{row['column']} "
+            f"{row['severity']} {row['code']}"
+            for row in rows
+        ]
+
+    return check
+
+
+ACTIONS = [
+    ("a good action", "D,1,c,w,a,l,s", []),
+    ("an empty text", "", []),
+    ("a newline at the end of the file", "D,1,c,w,a,l,s\n", []),
+    ("a hash at the end", "D,1,c,w,a,l,s#", ["2:0:1 warning empty-record"]),
+    ("a hash at the start", "#D,1,c,w,a,l,s", ["1:0:1 warning empty-record"]),
+    ("two hashes", "D,1,c,w,a,l,s##E,1,c,w,a,l,s", ["2:0:1 warning empty-record"]),
+    ("too many fields", "D,1,c,w,a,l,s,t", ["1:0:1 error field-count"]),
+    ("too few fields", "D,1,c", ["1:0:1 error field-count"]),
+    ("a comma that only the identifier can have", "A,B,1,c,w,a,l,s", ["1:1:2 error field-count"]),
+    ("a number with a letter", "D,1O,c,w,a,l,s", ["1:2:3 error not-a-number"]),
+    ("a number beyond 32 bits", "D,2147483648,c,w,a,l,s", ["1:2:3 error not-a-number"]),
+    ("numbers that the phone accepts", "D, +5 ,c,w,a,l,s#E,-0,c,w,a,l,s#F,2147483647,,,,,", []),
+    ("an empty number", "D,,c,w,a,l,s", ["1:2:3 warning empty-number"]),
+    ("a blank number", "D, ,c,w,a,l,s", ["1:2:3 warning empty-number"]),
+    ("no identifier", ",1,c,w,a,l,s", ["1:1:1 error empty-identifier"]),
+    ("both placeholder words", "D,1,c,w,aescSharp,lescComa,s", ["1:5:10 error placeholder-word", "1:6:20 error placeholder-word"]),
+    ("a placeholder word in a refused record", "D,escComa", ["1:0:1 error field-count", "1:2:3 error placeholder-word"]),
+    ("other spellings of the words", "D,1,c,w,esccoma,ESCSHARP,esc\\,Coma", []),
+    ("a line break in a field", "D,1,c,w,a,l\nm,s", ["1:6:12 warning line-break"]),
+    ("line breaks between records", "D,1,c,w,a,l,s\nE,1,c,w,a,l,s", ["1:0:1 error field-count"]),
+    ("an identifier twice", "A,1,,,,,#B,1,,,,,#A,2,,,,,", ["3:1:1 error repeated-identifier"]),
+    ("identifiers that differ in case", "P6,1,,,,,#p6,2,,,,,", ["2:1:1 warning similar-identifier"]),
+    ("identifiers that differ in blanks", "p25,1,,,,,#p25 ,2,,,,,", ["2:1:1 warning similar-identifier"]),
+    ("U+0000", "D,1,c,w,\0,l,s", ["1:5:9 error null-character"]),
+    ("a byte order mark", b"\xef\xbb\xbfD,1,c,w,a,l,s", ["1:0:1 error byte-order-mark"]),
+    ("characters of several bytes", "ü🙂,1,,,,,#藤🙂,x,,,,,", ["2:2:4 error not-a-number"]),
+]
+
+KEYS = [
+    ("a good key", "D,c,1,i,0,0,0", []),
+    ("every number of a key", "D,c,a,i,b,d,", ["1:3:5 error not-a-number", "1:5:9 error not-a-number", "1:6:11 error not-a-number", "1:7:13 warning empty-number"]),
+    ("a negative position", "D,c,-1,i,0,0,0", ["1:3:5 warning negative-position"]),
+    ("an unknown key type", "D,c,1,i,2,0,0", ["1:5:9 warning unknown-key-type"]),
+    ("no identifier", ",c,1,i,0,0,0", ["1:1:1 error empty-identifier"]),
+    ("a comma that only the icon can have", "D,main,0,ic,1,1,0,0", ["1:4:12 error field-count"]),
+    ("a comma that two fields can have", "D,main, left,0,ic1,1,0,0", ["1:0:1 error field-count"]),
+    ("no action", "X,c,1,i,0,0,0", ["1:1:1 error key-without-action"]),
+    ("an action that differs in blanks", "D ,c,1,i,0,0,0", ["1:1:1 error key-without-action"]),
+    ("two keys of one action", "D,c,1,i,0,0,0#D,c,2,i,0,0,0", []),
+    ("a place of the set twice", "D,c,1,i,0,0,0#D,c,+01,j,00,1,1", ["2:2:3 error same-place"]),
+    ("a position in another container", "D,c,1,i,0,0,0#D,d,1,j,0,0,0", []),
+    ("a place of a module twice", "D,c,1,i,1,2,3#D,d,1,j,1,2,3", ["2:3:5 error same-place"]),
+    ("a number on other modules", "D,c,1,i,1,2,3#D,c,1,i,1,2,4#D,c,1,i,1,3,3#D,c,1,i,0,2,3", []),
+]  # fmt: skip
+
+
+@pytest.mark.parametrize(("text", "expected"), [pytest.param(*row[1:], id=row[0]) for row in ACTIONS])
+def test_problems_of_actions(problems, text, expected) -> None:
+    assert problems(text) == [f"Actions {problem}" for problem in expected]
+
+
+@pytest.mark.parametrize(("text", "expected"), [pytest.param(*row[1:], id=row[0]) for row in KEYS])
+def test_problems_of_keys(problems, text, expected) -> None:
+    assert problems("D,1,,,,,", text) == [f"Keys {problem}" for problem in expected]
+
+
+LIMITED = f"{GOOD_KEY}#X,main,1,i,0,0,0#D1,main,2,i,1,0,0#D1,main,3,i,0,0,0"
+WITHOUT_ACTION = "Keys 2:1:1 error key-without-action"
 
 
 @pytest.mark.parametrize(
-    ("text", "options", "status"),
+    ("limit", "options", "expected"),
     [
-        pytest.param(GOOD_ACTION, [], 0, id="nothing to complain of"),
-        pytest.param("", [], 0, id="nothing at all"),
-        pytest.param(GOOD_ACTION, ["--strict"], 0, id="nothing to complain of, strictly"),
-        pytest.param(f"{GOOD_ACTION}#", [], 0, id="a warning"),
-        pytest.param(f"{GOOD_ACTION}#", ["--strict"], 4, id="a warning, strictly"),
-        pytest.param(f"{GOOD_ACTION},x", [], 4, id="an error"),
-        pytest.param(b"\xff", [], 4, id="no UTF-8"),
-        pytest.param(GOOD_ACTION, ["--limit", "many"], 2, id="a limit that is no number"),
-        pytest.param(GOOD_ACTION, ["--limit", "-1"], 2, id="a limit below 0"),
-        pytest.param(GOOD_ACTION, ["--kind", "doors"], 2, id="an unknown kind"),
+        pytest.param(None, [], [], id="no limit"),
+        pytest.param("2\n", [], [], id="room for those with an action"),
+        pytest.param("1", [], ["Keys 4:0:1 error too-many-keys"], id="no room"),
+        pytest.param("1", ["--limit=2"], [], id="the option has priority"),
+        pytest.param(None, ["--limit=1"], ["Keys 4:0:1 error too-many-keys"], id="only the option"),
     ],
 )
-def test_the_status_tells_how_it_went(offline: Tool, write, text, options, status: int) -> None:
-    assert offline("defaults", "check", *options, write("DefaultActions", text)).status == status
+def test_keys_beyond_the_limit(problems, limit, options, expected) -> None:
+    assert problems(GOOD_ACTION, LIMITED, limit, options=options) == [WITHOUT_ACTION, *expected]
 
 
-def test_a_file_that_cannot_be_read_is_a_failure(offline: Tool, tmp_path: Path) -> None:
-    result = offline("defaults", "check", tmp_path / "DefaultKeys")
-    assert (result.status, result.out) == (1, "")
-    assert f"{tmp_path}/DefaultKeys cannot be read: No such file" in result.err
-    (tmp_path / "KeysOfMine").mkdir()
-    result = offline("defaults", "check", tmp_path / "KeysOfMine")
-    assert (result.status, result.out) == (1, "")
-    assert "is a directory" in result.err
-
-
-def test_a_kind_that_nobody_tells_is_asked_for(offline: Tool, write) -> None:
-    file = write("rollout.txt", GOOD_KEY)
-    result = offline("defaults", "check", file)
-    assert (result.status, result.out) == (2, "")
-    assert "Say so with --kind actions or --kind keys." in result.err
-    assert offline("defaults", "check", "--kind", "keys", file).status == 0
-    assert offline("defaults", "check", "--kind", "actions", file).status == 4
-
-
-def test_a_dash_is_stdin(offline: Tool) -> None:
-    result = offline("defaults", "check", "--kind", "actions", "-", stdin=f"{GOOD_ACTION}#D2\n")
-    assert result.status == 4
-    assert result.lines[0].startswith("-:2:0:1: error: 1 field instead of 7")
-    assert offline("defaults", "check", "-", stdin=GOOD_ACTION).status == 2
-    assert offline("defaults", "check", "--kind", "actions", "-", "-", stdin=GOOD_ACTION).status == 2
-
-
-def test_every_complaint_is_a_line_that_editors_understand(offline: Tool) -> None:
-    file = GOLDEN / "slips-in-actions" / "DefaultActions"
-    *lines, summary = offline("defaults", "check", file).lines
-    heads = [line for line in lines if not line.startswith(INDENTATION)]
-    assert len(heads) == len(lines) / 3
-    found = offline.json("defaults", "check", file, status=4)
-    assert summary.endswith(f" in {file}")
-    places = [COMPLAINT.match(head).groups() for head in heads]
-    assert places == [
-        (row["file"], str(row["record"]), str(row["field"] or 0), str(row["column"]), row["severity"])
-        for row in found
+@pytest.mark.parametrize("limit", ["many", "", "2#3"])
+def test_a_limit_that_is_not_a_number(problems, limit) -> None:
+    assert problems(GOOD_ACTION, GOOD_KEY, limit) == [
+        "Keys 1:0:1 error too-many-keys",
+        "ProgKeysMax 1:0:1 error not-a-number",
     ]
 
 
-def test_columns_lead_to_the_place_in_the_record(offline: Tool) -> None:
-    for case in ("slips-in-actions", "long-records", "other-scripts"):
-        file = GOLDEN / case / "DefaultActions"
-        text = file.read_text(encoding="utf-8").removesuffix("\n")
-        records = re.split(r"(?<!\\)#", text)
-        for row in offline.json("defaults", "check", file, status=4):
-            if row["code"] != "empty-record" and row["column"] > 1:
-                rest = records[row["record"] - 1][row["column"] - 1 :]
-                assert text[row["character"] - 1 :].startswith(rest)
+def many(count: int, end: str = "") -> tuple[str, str]:
+    """A good rollout of so many actions and keys, with something after each record separator."""
+    actions = f"#{end}".join(f"D{number},1,call,,{number},L,S" for number in range(count))
+    keys = f"#{end}".join(f"D{number},main,{number},i,0,0,0" for number in range(count))
+    return actions, keys
 
 
-def test_json_says_the_field_by_name_and_null_for_a_record(offline: Tool, write) -> None:
-    keys = write("DefaultKeys", "D1,main,1O,ic1,0,0,0#D1\n")
-    assert offline.json("defaults", "check", keys, status=4) == [
-        {
-            "file": str(keys),
-            "record": 1,
-            "field": 3,
-            "fieldName": "position",
-            "column": 9,
-            "character": 9,
-            "severity": "error",
-            "code": "not-a-number",
-            "message": "the position `1O` is no decimal number of 32 bits and counts as 0",
-        },
-        {
-            "file": str(keys),
-            "record": 2,
-            "field": None,
-            "fieldName": None,
-            "column": 1,
-            "character": 22,
-            "severity": "error",
-            "code": "field-count",
-            "message": "1 field instead of 7: wanted are identifier, container, position, icon, "
-            "key type, kind of add-on module, address of the add-on module; an empty one still "
-            "has its comma",
-        },
+def as_csv(tool: Tool, kind: str, text: str) -> str:
+    return tool("defaults", "convert", "--from=text", "--to=csv", "--kind", kind, stdin=text).out
+
+
+def test_one_mistake_in_all_records_is_one_problem(offline: Tool, problems) -> None:
+    actions, keys = many(60)
+    assert problems(*many(60, "\r\n")) == [
+        "Actions 2:1:1 error line-break",
+        "Keys 2:1:1 error line-break",
     ]
-    assert offline.json("defaults", "check", write("DefaultActions", GOOD_ACTION)) == []
+    assert problems(actions, many(60, "\n")[1] + "#\r\n") == ["Keys 2:1:1 error line-break"]
+    csv = as_csv(offline, "actions", actions)
+    assert problems(csv, keys) == ["Actions 1:0:1 error wrong-format"]
+    assert problems(csv.replace(",", ";"), keys) == ["Actions 1:0:1 error wrong-format"]
+    assert problems(actions, '{ "schema": 1 }') == ["Keys 1:0:1 error wrong-format"]
+    for encoding in ("utf-16", "utf-16-le", "utf-16-be"):
+        assert problems(actions.encode(encoding), keys) == ["Actions 1:0:1 error not-utf8"]
+    refused = actions.replace("L,S", "L")
+    assert [problem[:7] for problem in problems(refused, keys)] == ["Actions"] * 60
 
 
-def test_terse_lines_have_the_chosen_fields(offline: Tool, write) -> None:
+@pytest.mark.parametrize(
+    ("text", "byte", "place"),
+    [
+        pytest.param(b"D,1,caf\xe9,w,a,l,s", 8, "1:3:8", id="Latin-1"),
+        pytest.param("ü🙂,1,".encode() + b"\xe9,w,a,l,s#x", 10, "1:3:6", id="after wide characters"),
+        pytest.param(b"D\x80,1,c,w,a,l,s", 2, "1:1:2", id="a continuation byte"),
+        pytest.param(b"D,1,c,w,a,l,s\xef", 14, "1:7:14", id="cut off at the end"),
+        pytest.param(b"D,1,c\xef\xbf,w,a,l,s", 6, "1:3:6", id="cut off by a separator"),
+        pytest.param(b"\xef\xbf\xbd,1,\xe9,w,a,l,s", 7, "1:3:5", id="after a replacement character"),
+        pytest.param(b"D,1,\xed\xa0\x80,w,a,l,s", 5, "1:3:5", id="half of a surrogate pair"),
+        pytest.param(b"\xef\xbb\xbfD,1,\xe9,w,a,l,s", 8, "1:3:5", id="after a byte order mark"),
+        pytest.param(b"D,1,c,w,a,l,s#E,\xe9", 17, "2:2:3", id="in another record"),
+    ],
+)
+def test_bytes_that_are_not_utf8(offline: Tool, write, problems, text, byte, place) -> None:
+    assert problems(text) == [f"Actions {place} error not-utf8"]
+    assert f"error: byte {byte}, 0x" in offline("defaults", "check", write("DefaultActions", text)).out
+
+
+# How problems are reported
+
+
+def test_a_record_with_too_many_or_too_few_fields_is_shown_field_by_field(offline: Tool) -> None:
+    text = "D4,1,call,,501,Smith, John,Smith#D5,1"
+    assert offline("defaults", "check", "--kind=actions", "-", stdin=text).lines == [
+        "-:1:0:1: error: 8 fields instead of 7: write a comma that is part of a field as `\\,`",
+        "    identifier      D4",
+        "    type            1",
+        "    action          call",
+        "    web application ",
+        "    arguments       501",
+        "    label           Smith",
+        "    short label      John",
+        "    -               Smith",
+        "-:2:0:1: error: 2 fields instead of 7: an empty field needs its comma, and a field cannot end in `\\`",
+        "    identifier      D5",
+        "    type            1",
+        *(f"    {title:16}(missing)" for title in ("action", "web application", "arguments", "label", "short label")),
+        "2 errors in -",
+    ]
+
+
+@pytest.mark.parametrize(
+    ("width", "text", "shown", "marks"),
+    [
+        pytest.param(80, "D,12x,c,w,a,l,s", "D,12x,c,w,a,l,s", "  ^~~", id="all"),
+        pytest.param(80, "藤\u202e\n,12x,c,w,a,l,s", "藤\\u202e\\n,12x,c,w,a,l,s", "           ^~~", id="other scripts"),
+        pytest.param(24, f"{'i' * 50},12x,{'c' * 50},w,a,l,s", "…iiiiiiii,12x,ccccc…", "          ^~~", id="a part"),
+        pytest.param(24, f"藤{'田' * 30},1x,{'c' * 50},w,a,l,s", "…田田田田,1x,cccccc…", "          ^~", id="wide characters"),
+        pytest.param(24, f"D,{'x' * 50},c,w,a,l,s", "D,xxxxxxxxxxxxxxxxx…", "  ^~~~~~~~~~~~~~~~~~", id="a long place"),
+    ],
+)  # fmt: skip
+def test_other_problems_are_marked_in_the_text(offline: Tool, write, width, text, shown, marks) -> None:
+    file = write("DefaultActions", text)
+    lines = offline.on_terminal(width, "defaults", "check", file, env={"NO_COLOR": "1"}).lines
+    head = next(number for number, line in enumerate(lines) if "not a 32-bit" in line)
+    assert lines[head + 1 : head + 3] == [f"    {shown}", f"    {marks}"]
+    assert HEAD.match(lines[head])
+
+
+def test_of_many_problems_fifty_are_shown(offline: Tool, problems, tmp_path: Path) -> None:
+    actions, _ = many(60)
+    refused = actions.replace(",1,call", ",x,call")
+    assert len(problems(refused)) == 60
+    lines = offline("defaults", "check", tmp_path / "DefaultActions").lines
+    assert len([line for line in lines if HEAD.match(line)]) == 50
+    assert lines[-2:] == ["10 more problems are not shown", f"60 errors in {tmp_path}/DefaultActions"]
+
+
+def test_rows_have_the_name_and_place_of_the_field(offline: Tool, write) -> None:
     keys = write("DefaultKeys", "D1,main,1O,ic1,0,0,0#D1\n")
-    result = offline("defaults", "check", "--terse", "--fields", "code,record", keys)
-    assert result.lines == ["not-a-number:1", "field-count:2"]
-    assert result.status == 4
+    first, second = offline.json("defaults", "check", keys, status=4)
+    assert first == {
+        "file": str(keys),
+        "record": 1,
+        "field": 3,
+        "fieldName": "position",
+        "column": 9,
+        "character": 9,
+        "severity": "error",
+        "code": "not-a-number",
+        "message": "the position `1O` is not a 32-bit decimal number and becomes 0",
+    }
+    assert (second["field"], second["fieldName"], second["character"]) == (None, None, 22)
+    terse = offline("defaults", "check", "--terse", "--fields", "code,record", keys)
+    assert (terse.lines, terse.status) == (["not-a-number:1", "field-count:2"], 4)
 
 
-def test_the_summary_may_be_left_out(offline: Tool, write) -> None:
-    actions = write("DefaultActions", GOOD_ACTION)
-    assert offline("defaults", "check", actions).out == f"{actions}: 1 action, no complaint\n"
-    assert offline("defaults", "check", "--no-legend", actions).out == ""
-
-
-def test_keys_alone_are_said_not_to_be_held_against_actions(offline: Tool, write) -> None:
-    keys = write("DefaultKeys", GOOD_KEY)
-    result = offline("defaults", "check", keys)
-    assert (result.status, result.out) == (0, f"{keys}: 1 key, no complaint\n")
-    assert "no actions were given" in result.err
-    result = offline("defaults", "check", keys, write("DefaultActions", GOOD_ACTION))
-    assert (result.status, result.err) == (0, "")
-    assert result.out == "2 files: 1 key, 1 action, no complaint\n"
-
-
-def test_the_limit_is_that_of_the_directory_unless_it_is_given(offline: Tool, write) -> None:
-    keys = write("DefaultKeys", f"{GOOD_KEY}#D1,main,1,ic,0,0,0")
-    write("ProgKeysMax", "1\n")
-    codes = [row["code"] for row in offline.json("defaults", "check", keys, status=4)]
-    assert codes == ["too-many-keys"]
-    assert offline("defaults", "check", "--limit", "2", keys).status == 0
-
-
-@pytest.mark.parametrize("width", [40, 24])
-def test_a_narrow_terminal_shows_the_place_of_each_complaint(offline: Tool, width: int) -> None:
-    file = GOLDEN / "long-records" / "DefaultActions"
-    result = offline.on_terminal(width, "defaults", "check", file, env={"NO_COLOR": "1"})
-    assert result.status == 4
-    *lines, _ = result.lines
-    marks = 0
-    for head, text, mark in zip(lines[::3], lines[1::3], lines[2::3]):
-        assert COMPLAINT.match(head)
-        assert len(text) <= width
-        place = text[len(mark.rstrip("~^")) : len(mark)]
-        if "comma" in head:
-            assert place == ","
-            marks += 1
-        elif "2nd" in head:
-            assert place == "2nd"
-            marks += 1
-    assert marks == 3
-
-
-def test_colours_are_for_terminals_that_want_them(offline: Tool, tmp_path: Path) -> None:
-    file = tmp_path / "DefaultActions"
-    shutil.copy(GOLDEN / "slips-in-actions" / "DefaultActions", file)
+def test_colours_are_for_terminals(offline: Tool, write) -> None:
+    file = write("DefaultActions", "D1,x,call,,,,")
     assert "\x1b[31merror:\x1b[0m" in offline.on_terminal(80, "defaults", "check", file).out
     plain = offline.on_terminal(80, "defaults", "check", file, env={"NO_COLOR": "1"}).out
     assert "\x1b" not in plain
     assert plain == offline("defaults", "check", file).out
 
 
-@pytest.mark.parametrize("case", ["slips-in-actions", "slips-in-keys", "long-records", "other-scripts"])
-def test_what_is_said_to_be_refused_and_dropped_is(
-    ctl: Tool, start, settings, client, case: str
-) -> None:
-    files = [GOLDEN / case / name for name in SETTINGS[:2] if (GOLDEN / case / name).exists()]
-    texts = {file.name: file.read_text(encoding="utf-8").removesuffix("\n") for file in files}
-    settings.values.update(texts)
+# What is checked, and how it ends
+
+
+@pytest.mark.parametrize(
+    ("text", "options", "status"),
+    [
+        pytest.param(GOOD_ACTION, ["--strict"], 0, id="no problems"),
+        pytest.param(f"{GOOD_ACTION}#", [], 0, id="a warning"),
+        pytest.param(f"{GOOD_ACTION}#", ["--strict"], 4, id="a warning with --strict"),
+        pytest.param(f"{GOOD_ACTION},x", [], 4, id="an error"),
+        pytest.param(GOOD_ACTION, ["--limit", "many"], 2, id="an invalid limit"),
+        pytest.param(GOOD_ACTION, ["--limit", "-1"], 2, id="a negative limit"),
+        pytest.param(GOOD_ACTION, ["--kind", "doors"], 2, id="an unknown kind"),
+    ],
+)
+def test_the_exit_status(offline: Tool, write, text, options, status: int) -> None:
+    assert offline("defaults", "check", *options, write("DefaultActions", text)).status == status
+
+
+def test_a_rollout_is_a_directory_or_its_files(offline: Tool, write, tmp_path: Path) -> None:
+    actions, keys = write("DefaultActions", GOOD_ACTION), write("DefaultKeys", GOOD_KEY)
+    limit = write("ProgKeysMax", "1")
+    for paths in ([tmp_path], [keys, limit, actions]):
+        result = offline("defaults", "check", *paths)
+        assert (result.status, result.err) == (0, "")
+        assert result.out == "3 files: 1 action, 1 key, 1 limit, no problems\n"
+    assert offline("defaults", "check", "--no-legend", tmp_path).out == ""
+    own = write("my-actions", "X,1,,,,,")
+    assert [row["code"] for row in offline.json("defaults", "check", tmp_path, own, status=4)] == ["key-without-action"]
+
+
+def test_keys_without_actions_are_compared_with_the_limit_beside_them(offline: Tool, write) -> None:
+    keys = write("DefaultKeys", f"{GOOD_KEY}#D1,main,1,ic,0,0,0")
+    write("ProgKeysMax", "1\n")
+    result = offline("defaults", "check", "--json=short", keys)
+    assert [row["code"] for row in result.json] == ["too-many-keys"]
+    assert "the keys were not compared with them" in result.err
+
+
+def test_a_dash_is_standard_input(offline: Tool) -> None:
+    result = offline("defaults", "check", "--kind", "actions", "-", stdin=f"{GOOD_ACTION}#D2\n")
+    assert result.lines[0].startswith("-:2:0:1: error: 1 field instead of 7")
+    assert offline("defaults", "check", "-", stdin=GOOD_ACTION).status == 2
+    assert offline("defaults", "check", "--kind", "actions", "-", "-", stdin=GOOD_ACTION).status == 2
+
+
+def test_the_kind_of_a_file_must_be_known(offline: Tool, write) -> None:
+    file = write("rollout.txt", GOOD_KEY)
+    result = offline("defaults", "check", file)
+    assert (result.status, result.out) == (2, "")
+    assert "Specify --kind actions or --kind keys." in result.err
+    assert offline("defaults", "check", "--kind", "keys", file).status == 0
+    assert offline("defaults", "check", "--kind", "actions", file).status == 4
+    assert offline("defaults", "check", write("KEYS-and-actions", GOOD_KEY)).status == 2
+
+
+def test_what_cannot_be_read_is_a_failure(offline: Tool, write, tmp_path: Path) -> None:
+    (tmp_path / "empty").mkdir()
+    file = tmp_path / "DefaultKeys"
+    for paths, status, message in (
+        ([file], 1, f"Cannot read {file}: No such file"),
+        ([tmp_path / "empty"], 1, "contains none of the files DefaultActions, DefaultKeys and ProgKeysMax"),
+        ([write("keys1", GOOD_KEY), write("keys2", GOOD_KEY)], 2, "are both DefaultKeys"),
+        ([tmp_path, tmp_path / "empty"], 2, "are both directories"),
+    ):
+        result = offline("defaults", "check", *paths)
+        assert (result.status, result.out) == (status, "")
+        assert message in result.err
+
+
+def test_what_is_said_to_be_refused_and_dropped_is(ctl: Tool, start, settings, client, write) -> None:
+    actions = f"{GOOD_ACTION}#D2,1,call,,501,Smith, John,S##D3,1,call,,C:\\,L,S#"
+    keys = f"{GOOD_KEY}#D2,main,1,i,0,0,0#DX,main,2,i,0,0,0#D1,main\\,8,i,0,0,0#D1,m,3,i,x,0,0"
+    settings.values.update(DefaultActions=actions, DefaultKeys=keys)
     log = start().log.texts()
+    files = write("DefaultActions", actions), write("DefaultKeys", keys)
     rows = ctl.json("defaults", "check", "--limit", "1000", *files, status=4)
-    for file in files:
-        refused = [
-            row["record"]
-            for row in rows
-            if row["file"] == str(file) and row["code"] in ("field-count", "empty-record")
-        ]
-        what = "action" if file.name == "DefaultActions" else "key"
-        skipped = [text for text in log if text.startswith(f"Skipping invalid dm {what}: ")]
-        assert len(skipped) == len(refused)
-        if what == "key":
-            dropped = [row for row in rows if row["code"] == "key-without-action"]
-            records = len(re.split(r"(?<!\\)#", texts[file.name]))
-            made = client.get_all_programmable_keys()
-            assert len(made) == records - len(refused) - len(dropped)
+    refused = [row for row in rows if row["code"] in ("field-count", "empty-record")]
+    assert len([text for text in log if text.startswith("Skipping invalid dm ")]) == len(refused) == 5
+    # The second key is dropped for its refused action, which is reported.
+    assert [row["record"] for row in rows if row["code"] == "key-without-action"] == [3]
+    assert [key.position for key in client.get_all_programmable_keys()] == [0, 3]

@@ -4,15 +4,18 @@ import csv
 import io
 import json
 import os
+import subprocess
 from pathlib import Path
 
 import pytest
 
-from progkeysctl import Tool
+from progkeysctl import Tool, environment
 
 EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 FILES = sorted(EXAMPLES.glob("settings*/Default*"))
-KEYS_HEADER = "dmId,container,position,icon,type,aom_type,aom_addr"
+KEYS = "dmId,container,position,icon,type,aom_type,aom_addr"
+ACTIONS = "dmId,type,action,webAppName,arguments,label,shortLabel"
+SCHEMA = "com.velmora.Tessaro.ProgrammableKeys.Defaults"
 
 
 def convert(tool: Tool, start: str, end: str, *words: object, **options):
@@ -32,107 +35,186 @@ def test_a_rollout_comes_back_as_it_was(offline: Tool, tmp_path: Path, file: Pat
     assert as_text.read_bytes() == file.read_bytes()
 
 
-def test_a_pipe_needs_no_file(offline: Tool) -> None:
-    text = "a\\,b,main,-7,i\\#c,1,+2,3O\n"
+def test_the_same_records_in_each_format(offline: Tool) -> None:
+    text = 'a\\,b,main,-7,i\\#c,1,+2,3O#D, "m" ,,,0,0,\\\n'
     rows = convert(offline, "text", "csv", "--kind", "keys", stdin=text)
     assert list(csv.reader(io.StringIO(rows.out, newline=""), strict=True)) == [
-        KEYS_HEADER.split(","),
+        KEYS.split(","),
         ["a,b", "main", "-7", "i#c", "1", "+2", "3O"],
+        ["D", ' "m" ', "", "", "0", "0", "\\"],
     ]
     records = convert(offline, "csv", "json", "-", stdin=rows.out)
     assert json.loads(records.out) == {
-        "schema": "com.velmora.Tessaro.ProgrammableKeys.Defaults",
+        "schema": SCHEMA,
         "version": 1,
         "kind": "keys",
         "records": [
-            {
-                "dmId": "a,b",
-                "container": "main",
-                "position": -7,
-                "icon": "i#c",
-                "type": 1,
-                "aom_type": "+2",
-                "aom_addr": "3O",
-            }
+            dict(zip(KEYS.split(","), ["a,b", "main", -7, "i#c", 1, "+2", "3O"])),
+            dict(zip(KEYS.split(","), ["D", ' "m" ', "", "", 0, 0, "\\"])),
         ],
     }
     assert convert(offline, "json", "text", stdin=records.out).out == text
 
 
-def test_csv_of_another_program_is_understood(offline: Tool) -> None:
-    rows = (
-        "\ufefflabel,dmId,type,action,webAppName,arguments,shortLabel\r\n"
-        '"Smith, John ""JS""",D1,1,call,,"1\n2", J#S \r\n'
-    )
-    result = convert(offline, "csv", "text", stdin=rows)
-    assert result.out == 'D1,1,call,,1\n2,Smith\\, John "JS", J\\#S \n'
+def test_no_records_in_each_format(offline: Tool) -> None:
+    rows = convert(offline, "text", "csv", "--kind", "keys", stdin="\n").out
+    assert rows == f"{KEYS}\n"
+    records = convert(offline, "csv", "json", stdin=rows).out
+    assert json.loads(records)["records"] == []
+    assert convert(offline, "json", "text", stdin=records).out == "\n"
 
 
 @pytest.mark.parametrize(
-    ("start", "end", "options", "source", "complaint"),
+    ("source", "text"),
     [
-        pytest.param(
-            "text", "csv", ["--kind", "keys"], "D1,main, left,0,ic1,1,0,0",
-            "-:1:2:8: error: 8 fields instead of 7", id="a refused record",
-        ),
-        pytest.param("csv", "json", [], "a,b,c", "a line of field names", id="no header"),
-        pytest.param("csv", "json", [], f'{KEYS_HEADER}\na"b', "line 2 of -", id="a stray quote"),
-        pytest.param(
-            "csv", "text", [], f"{KEYS_HEADER}\nD,escComa,1,i,0,0,0\n",
-            "Record 1 cannot be written as text: field 2, container, contains the word `escComa`",
-            id="a placeholder word",
-        ),
-        pytest.param(
-            "csv", "text", [], f"{KEYS_HEADER}\nD,C:\\,1,i,0,0,0\n",
-            "Record 1 cannot be written as text: field 2, container, ends in a backslash",
-            id="a backslash before a separator",
-        ),
-        pytest.param("json", "text", [], "[]", "- is no JSON object", id="another JSON"),
-        pytest.param("json", "csv", [], "{", "line 1 of - is no JSON", id="no JSON"),
-        pytest.param(
-            "csv", "json", ["--kind", "actions"], f"{KEYS_HEADER}\n",
-            "The columns of - are those of keys", id="the other kind",
-        ),
+        pytest.param("\ufeff" + "label,dmId,type,action,webAppName,arguments,shortLabel\r\n"
+                     '"Smith, John ""JS""",D1,1,call,,"1\r\n2", J#S \r\n',
+                     'D1,1,call,,1\r\n2,Smith\\, John "JS", J\\#S \n', id="other order, quotes, a mark"),
+        pytest.param(ACTIONS.replace(",", ";") + "\nD1;1;call;;5,6;L;S\n", "D1,1,call,,5\\,6,L,S\n", id="semicolons"),
+        pytest.param(ACTIONS.replace(",", "\t") + "\nD1\t1\tcall\t\t5;6\tL\tS", "D1,1,call,,5;6,L,S\n", id="tabs, no newline at the end"),
+        pytest.param('"dmId","type",action,webAppName,arguments,label,shortLabel\r', "\n", id="a quoted header, another newline"),
     ],
 )  # fmt: skip
-def test_what_cannot_be_converted_leaves_no_file(
-    offline: Tool, tmp_path: Path, start, end, options, source, complaint
-) -> None:
-    target = tmp_path / "target"
-    result = convert(offline, start, end, *options, "-o", target, stdin=source)
+def test_spreadsheets_of_other_programs(offline: Tool, tmp_path: Path, source: str, text: str) -> None:
+    rows, target = tmp_path / "rows.csv", tmp_path / "text"
+    rows.write_bytes(source.encode())
+    result = convert(offline, "csv", "text", "-o", target, rows)
+    assert (result.status, result.err) == (0, "")
+    assert target.read_bytes() == text.encode()
+
+
+@pytest.mark.parametrize("newline", ["\n", "\r\n", "\r"])
+def test_empty_rows_are_skipped_with_a_warning(offline: Tool, tmp_path: Path, newline: str) -> None:
+    rows = tmp_path / "rows.csv"
+    rows.write_bytes(newline.join((ACTIONS, "", "D1,1,call,,5,L,S", ",,,,,,", "D2,1,call,,5,L,S", ",,,,,,", "")).encode())
+    result = convert(offline, "csv", "text", rows)
+    assert (result.status, result.out) == (0, "D1,1,call,,5,L,S#D2,1,call,,5,L,S\n")
+    assert result.err == f"progkeysctl: warning: {rows}: skipped empty lines: 2, 4, 6\n"
+
+
+def keys_csv(*rows: str) -> str:
+    return "\r\n".join((KEYS, *rows, ""))
+
+
+GOOD = "D,c,1,i,0,0,0"
+
+
+@pytest.mark.parametrize(
+    ("source", "message"),
+    [
+        ("", "standard input does not begin with a header"),
+        (GOOD, "Commas, semicolons and tabs are recognised as delimiters."),
+        (KEYS.removesuffix(",aom_addr"), "standard input has no column `aom_addr`"),
+        (f"x,{KEYS}", "standard input has an unknown column `x`"),
+        (f"icon,{KEYS}", "standard input has the column `icon` twice"),
+        (keys_csv(GOOD, "", "D,c,1,i,0,0"), "standard input, line 4: 6 fields instead of 7"),
+        (keys_csv('"a\n\nb",c,1,i,0,0,0', GOOD + ",x"), "standard input, line 3: 8 fields instead of 7"),
+        (keys_csv(GOOD, 'D"D,c,1,i,0,0,0'), "standard input, line 3: unexpected quote"),
+        (keys_csv(GOOD, '"D,c,1,i,0,0,0'), "standard input, line 3: the closing quote is missing"),
+        (keys_csv(GOOD, "D,escComa,1,i,0,0,0"), "Line 3 cannot be written as text: field 2, container, contains the reserved word `escComa`"),
+        (keys_csv("", "D,C:\\,1,i,0,0,0"), "Line 3 cannot be written as text: field 2, container, ends in a backslash"),
+        (keys_csv("\ufeffD,c,1,i,0,0,0"), "Line 2 cannot be written as text: field 1, identifier, begins with U+FEFF"),
+        (keys_csv("D,c\0,1,i,0,0,0"), "Line 2 cannot be written as text: field 2, container, contains U+0000"),
+    ],
+)  # fmt: skip
+def test_invalid_csv(offline: Tool, source: str, message: str) -> None:
+    result = convert(offline, "csv", "text", stdin=source)
     assert (result.status, result.out) == (4, "")
-    assert complaint in result.err
-    assert list(tmp_path.iterdir()) == []
-    target.write_text("what was there")
-    assert convert(offline, start, end, *options, "-o", target, stdin=source).status == 4
-    assert target.read_text() == "what was there"
-    assert list(tmp_path.iterdir()) == [target]
+    assert message in result.err
 
 
-def test_refused_records_lead_to_the_check(offline: Tool, tmp_path: Path) -> None:
-    file = tmp_path / "DefaultActions"
-    file.write_text("D1,1,call,,501,Smith, John,Smith#\n")
+def test_the_kind_must_be_the_expected_one(offline: Tool) -> None:
+    result = convert(offline, "csv", "json", "--kind", "actions", stdin=keys_csv())
+    assert (result.status, result.out) == (4, "")
+    assert "standard input has the columns of keys" in result.err
+
+
+JSON = """{
+"schema": "%s",
+"version": 1,
+"kind": "keys",
+"records": [{"dmId": "D", "container": "c", "position": 7, "icon": "i", "type": 0, "aom_type": 0, "aom_addr": 0}]}
+""" % SCHEMA
+
+
+@pytest.mark.parametrize(
+    ("old", "new", "text"),
+    [("7", "-2147483648", "-2147483648"), ("7", "1e2", "100"), ("7", '" +1"', " +1"), ('"c"', '"\ufeff"', None)],
+)
+def test_values_in_json(offline: Tool, old: str, new: str, text: str) -> None:
+    result = convert(offline, "json", "text", stdin=JSON.replace(old, new))
+    assert result.status == 0
+    expected = ["D", "c", text, "i"] if text else ["D", "\ufeff", "7", "i"]
+    assert result.out.split(",")[:4] == expected
+
+
+@pytest.mark.parametrize(
+    ("old", "new", "message"),
+    [
+        ("]", "}", "standard input is not valid JSON: line 5, column "),
+        ('"kind"', 'ü"kind"', "standard input is not valid JSON: line 4, column 2: "),
+        (".Defaults", ".Other", f"standard input does not have the schema {SCHEMA}."),
+        ("1,", "2,", "standard input does not have version 1"),
+        ("1,", '"1",', "standard input does not have version 1"),
+        ('"keys"', '"doors"', '"kind" must be "actions" or "keys"'),
+        ('"records"', '"rows"', 'standard input: unknown member "rows"'),
+        ('"kind": "keys",', "", 'standard input: the member "kind" is missing'),
+        ("[{", '{"x": [{', "standard input is not valid JSON: line 6, column 1: "),
+        ('"D"', "5", 'record 1: the member "dmId" must be a string'),
+        ('"D"', '"\\ud83d"', 'record 1: the member "dmId" must be a string of Unicode characters'),
+        ("7", "7.5", 'record 1: the member "position" must be a 32-bit integer or a string'),
+        ("7", "2147483648", 'record 1: the member "position" must be'),
+        ("7", "true", 'record 1: the member "position" must be'),
+        ('"icon"', '"x": 1, "icon"', 'record 1: unknown member "x"'),
+        ('"icon": "i", ', "", 'record 1: the member "icon" is missing'),
+    ],
+)
+def test_invalid_json(offline: Tool, old: str, new: str, message: str) -> None:
+    result = convert(offline, "json", "text", stdin=JSON.replace(old, new, 1))
+    assert (result.status, result.out) == (4, "")
+    assert message in result.err
+
+
+@pytest.mark.parametrize(
+    ("text", "message"),
+    [
+        ("D1,main, left,0,ic1,1,0,0", ":1:0:1: error: 8 fields instead of 7"),
+        ("D,c,1,i,0,0,0#", ":2:0:1: warning: record 2 is empty"),
+        ("D,c,1,\0,0,0,0", ":1:4:7: error: the bus cannot carry U+0000"),
+        ("\ufeffD,c,1,i,0,0,0", ":1:0:1: error: the file begins with a byte order mark"),
+        (KEYS, ":1:0:1: error: the file is CSV"),
+    ],
+)
+def test_text_that_the_phone_does_not_accept(offline: Tool, tmp_path: Path, text: str, message: str) -> None:
+    file = tmp_path / "DefaultKeys"
+    file.write_text(text, encoding="utf-8")
     result = convert(offline, "text", "json", file)
     assert (result.status, result.out) == (4, "")
-    assert f"{file}:1:6:21: error: 8 fields instead of 7" in result.err
-    assert f"{file}:2:0:1: warning: the `#` at the end" in result.err
-    assert f"`progkeysctl defaults check --kind actions {file}`" in result.err
+    assert f"{file}{message}" in result.err
+    assert "because the phone does not accept all of it" in result.err
 
 
-def test_a_kind_that_nobody_tells_is_asked_for(offline: Tool) -> None:
-    result = convert(offline, "text", "csv", stdin="")
-    assert (result.status, result.out) == (2, "")
-    assert "Say so with --kind actions or --kind keys." in result.err
+def test_a_file_is_written_completely_or_not_at_all(offline: Tool, tmp_path: Path) -> None:
+    target = tmp_path / "target"
+    assert convert(offline, "json", "csv", "-o", target, stdin="{").status == 4
+    assert list(tmp_path.iterdir()) == []
+    target.write_text("old")
+    assert convert(offline, "json", "csv", "-o", target, stdin="{").status == 4
+    assert (target.read_text(), list(tmp_path.iterdir())) == ("old", [target])
 
 
-def test_files_that_cannot_be_used_are_a_failure(offline: Tool, tmp_path: Path) -> None:
-    nowhere = tmp_path / "nowhere" / "DefaultKeys"
-    result = convert(offline, "text", "csv", nowhere)
-    assert (result.status, result.out) == (1, "")
-    assert f"{nowhere} cannot be read" in result.err
-    result = convert(offline, "text", "csv", "-o", nowhere, FILES[0])
-    assert (result.status, result.out) == (1, "")
-    assert f"{nowhere} cannot be written" in result.err
+@pytest.mark.parametrize("target", ["/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"])
+def test_a_name_of_standard_output_does_not_replace_the_file(offline: Tool, tmp_path: Path, target: str) -> None:
+    output = tmp_path / "output"
+    output.write_text("old\n")
+    inode = output.stat().st_ino
+    words = ("defaults", "convert", "--from=csv", "--to=text", "-o", target)
+    with output.open("a") as stream:
+        subprocess.run(
+            offline.command(*words), input=keys_csv(GOOD), stdout=stream, encoding="utf-8",
+            env=environment(None, {}), check=True,
+        )  # fmt: skip
+    assert (output.read_text(), output.stat().st_ino) == (f"old\n{GOOD}\n", inode)
 
 
 def test_a_pipe_is_written_to_and_stays_one(offline: Tool, tmp_path: Path) -> None:
@@ -140,15 +222,33 @@ def test_a_pipe_is_written_to_and_stays_one(offline: Tool, tmp_path: Path) -> No
     os.mkfifo(pipe)
     reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
     try:
-        source = "D1,main,0,ic1,1,0,0\n"
-        result = convert(offline, "text", "text", "--kind", "keys", "-o", pipe, stdin=source)
+        result = convert(offline, "text", "text", "--kind", "keys", "-o", pipe, stdin=GOOD)
         assert (result.status, result.out, result.err) == (0, "", "")
-        assert os.read(reader, 1000).decode() == source
+        assert os.read(reader, 1000).decode() == f"{GOOD}\n"
     finally:
         os.close(reader)
     assert pipe.is_fifo()
 
 
-def test_forms_must_be_known_and_given(offline: Tool) -> None:
-    assert convert(offline, "text", "xml", FILES[0]).status == 2
-    assert offline("defaults", "convert", "--from", "text", FILES[0]).status == 2
+def test_files_that_cannot_be_used_are_a_failure(offline: Tool, tmp_path: Path) -> None:
+    nowhere = tmp_path / "nowhere" / "DefaultKeys"
+    for words, message in ([nowhere], "Cannot read"), (["-o", nowhere, FILES[0]], "Cannot write"):
+        result = convert(offline, "text", "csv", *words)
+        assert (result.status, result.out) == (1, "")
+        assert f"{message} {nowhere}" in result.err
+
+
+@pytest.mark.parametrize(
+    "words",
+    [
+        ["--from=text", "--to=xml", FILES[0]],
+        ["--from=text", FILES[0]],
+        ["--from=text", "--to=csv"],
+        ["--from=text", "--to=csv", "--terse", FILES[0]],
+        ["--from=text", "--to=csv", "--fields=dmId", FILES[0]],
+    ],
+    ids=["unknown format", "no format", "unknown kind", "--terse", "--fields"],
+)
+def test_invalid_command_lines(offline: Tool, words) -> None:
+    result = offline("defaults", "convert", *words)
+    assert (result.status, result.out) == (2, "")

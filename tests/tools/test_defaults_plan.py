@@ -1,7 +1,6 @@
-"""What `defaults plan` tells of a phone, in every form, and how it ends."""
+"""`defaults plan`: what it prints, where it reads the settings, and how it ends."""
 
 import json
-import os
 import shutil
 from pathlib import Path
 
@@ -14,10 +13,6 @@ from sandbox.records import Action, Key
 
 CHECKOUT = Path(__file__).resolve().parents[2]
 FIRST, NEXT = CHECKOUT / "examples/settings", CHECKOUT / "examples/settings-next"
-GOLDEN = Path(__file__).parent / "golden/defaults-plan"
-REWRITE = "PROGKEYS_REWRITE_GOLDEN"
-NARROW, WIDE = 44, 100
-PLAIN = {"NO_COLOR": "1"}
 
 STORED = {
     "DefaultActions": "kept,1,call,,501,Kept,K#changed,1,call,,502,Old,O#gone,1,call,,503,Gone,G"
@@ -26,13 +21,39 @@ STORED = {
     "#goes,module,1,bell,1,0,2",
     "ProgKeysMax": "10",
 }
+# Every outcome occurs on the used phone.
 EVERYTHING = {
     "DefaultActions": "kept,1,call,,501,Kept,K#changed,2,call,,502,Old \\, new\x1b[1m,O#new,1,call,,505,N,N"
     "#too,few#goes,1,call,,504,Goes,G#,1,call,,,Nobody's,",
     "DefaultKeys": "kept,home,0,bell,0,0,0#changed,home,5,lamp,0,0,0#new,home,6,bell,0,0,0#unknown,home,7,,0,0,0"
     "#,home,8,,0,0,0#kept,home,9,,0,0,0#",
-    "ProgKeysMax": "5",
+    "ProgKeysMax": "6",
 }
+TABLE = r"""
+WHAT       KIND    ID  DMID     DETAIL
+changed    action  -1           type -1 -> 1: no identifier: overwrites the reserved action
+changed    action  -1           action "" -> "call": no identifier: overwrites the reserved action
+changed    action  -1           label "" -> "Nobody's": no identifier: overwrites the reserved action
+changed    action   2  changed  type 1 -> 2
+changed    action   2  changed  label "Old" -> "Old , new\x1b[1m"
+withdrawn  action   3  gone     Gone: stays in the database, user keys that trigger it: 1
+changed    action   5           arguments "600" -> "": no identifier: overwrites a user's action
+changed    action   5           label "Mine" -> "Nobody's": no identifier: overwrites a user's action
+changed    action   5           shortLabel "M" -> "": no identifier: overwrites a user's action
+added      action   -  new      N
+dropped    key      -  unknown  home, position 7: no such action
+dropped    key      -  kept     home, position 9: key limit reached
+changed    key      2  changed  position 1 -> 5
+changed    key      2  changed  icon "bell" -> "lamp"
+added      key      -  new      home, position 6
+added      key      -           home, position 8: no identifier: becomes a user's key, another at each start
+removed    key      3  gone     home, position 2
+removed    key      4  goes     module 2, key 1
+refused    action   -           too,few: 2 instead of 7 fields
+refused    key      -           1 instead of 7 fields
+Actions: 1 added, 3 changed, 2 kept, 1 withdrawn, 1 refused
+Keys: 2 added, 1 changed, 1 kept, 2 removed, 2 dropped, 1 refused
+"""
 
 
 @pytest.fixture
@@ -73,7 +94,6 @@ def used_phone(start_on, client):
 
 @pytest.fixture
 def everything(tmp_path):
-    """A rollout of which every outcome comes on the used phone."""
     return write(tmp_path / "everything", EVERYTHING)
 
 
@@ -84,84 +104,59 @@ def write(directory, settings):
     return directory
 
 
-def settings_of(directory):
-    return {path.name: path.read_text(encoding="utf-8") for path in directory.iterdir()}
+# What is printed
 
 
-def check_golden(name, found):
-    path = GOLDEN / name
-    if os.environ.get(REWRITE):
-        path.write_text(found, encoding="utf-8")
-    assert found == path.read_text(encoding="utf-8"), f"other than {path}"
+def test_each_outcome_is_a_row(ctl, used_phone, everything):
+    plan = ("defaults", "plan", everything)
+    assert ctl(*plan).lines == TABLE.strip().split("\n")
+    whole = ctl(*plan, "--all").lines
+    assert [line.split() for line in whole if line.startswith("kept")] == [
+        ["kept", "action", "1", "kept", "Kept"],
+        ["kept", "action", "4", "goes", "Goes"],
+        ["kept", "key", "1", "kept", "home,", "position", "0"],
+    ]
+    assert ctl(*plan, "--no-legend").lines[-1].startswith("refused")
 
 
-def pretty(content):
-    return json.dumps(content, indent=1, ensure_ascii=False, sort_keys=True) + "\n"
+def test_programs_read_the_same_rows(ctl, used_phone, everything):
+    plan = ("defaults", "plan", everything)
+    rows = ctl.json(*plan)
+    changed = next(row for row in rows if row["what"] == "changed" and row["kind"] == "key")
+    assert changed == {
+        "what": "changed",
+        "kind": "key",
+        "id": 2,
+        "dmId": "changed",
+        "field": "position",
+        "old": 1,
+        "new": 5,
+        "record": 2,
+        "reason": None,
+        "detail": "position 1 -> 5",
+        "content": None,
+    }
+    added = next(row for row in rows if row["what"] == "added" and row["kind"] == "action")
+    assert added["content"] == Action(None, "new", 1, "call", "", "505", "N", "N")._asdict()
+    terse = ctl(*plan, "--terse").lines
+    assert len(terse) == len(rows)
+    assert "changed:key:2:changed:position:1:5:2:-:position 1 -> 5" in terse
+    assert ctl(*plan, "--terse", "--fields", "what,kind,dmId").lines[-3:] == ["removed:key:goes", "refused:action:", "refused:key:"]
+    assert ctl(*plan, "--fields", "what,colour").status == 2
 
 
-# What is told
+def test_the_table_fits_the_terminal(ctl, start_on):
+    start_on({path.name: path.read_text(encoding="utf-8") for path in FIRST.iterdir()})
+    for width in (30, 44, 60, 80, 120):
+        lines = ctl.on_terminal(width, "defaults", "plan", NEXT, env={"NO_COLOR": "1"}).lines
+        assert max(map(len, lines[:-2])) <= width
+    coloured = ctl.on_terminal(120, "defaults", "plan", NEXT).out
+    assert "\x1b[32madded" in coloured and "\x1b[31mremoved" in coloured
+    assert "\x1b" not in ctl("defaults", "plan", NEXT).out
 
 
-@pytest.fixture(params=["next", "everything"])
-def planned(request):
-    """A phone with a rollout to come: its name, and the directory of its settings."""
-    if request.param == "next":
-        request.getfixturevalue("start_on")(settings_of(FIRST))
-        return "next", NEXT
-    request.getfixturevalue("used_phone")
-    return "everything", request.getfixturevalue("everything")
-
-
-def test_people_read_an_account_that_fits_their_terminal(ctl, planned):
-    name, directory = planned
-    plan = ("defaults", "plan", "--settings", directory)
-    for width in (12, 25, 60, 200):
-        assert max(map(len, ctl.on_terminal(width, *plan, env=PLAIN).lines)) <= width
-    for width in (NARROW, WIDE):
-        on_terminal = ctl.on_terminal(width, *plan, env=PLAIN)
-        assert on_terminal.status == 0
-        assert max(map(len, on_terminal.lines)) <= width
-        check_golden(f"{name}-{width}.txt", on_terminal.out)
-    whole = ctl(*plan, "--all")
-    assert whole.status == 0
-    check_golden(f"{name}-all.txt", whole.out)
-    check_golden(f"{name}-warnings.txt", whole.err)
-
-
-def test_programs_read_one_object_or_a_line_a_row(ctl, planned):
-    name, directory = planned
-    plan = ("defaults", "plan", "--settings", directory)
-    check_golden(f"{name}.json", pretty(ctl.json(*plan)))
-    assert json.loads(ctl(*plan, "--json=pretty").out) == ctl.json(*plan)
-    check_golden(f"{name}-terse.txt", ctl(*plan, "--terse").out)
-
-
-def test_fields_are_chosen_in_every_form(ctl, used_phone, everything):
-    plan = ("defaults", "plan", "--settings", everything)
-    assert ctl.json(*plan, "--fields=limit,hasChanges") == {"limit": 5, "hasChanges": True}
-    terse = ctl(*plan, "--terse", "--fields", "what,kind,dmId").lines
-    assert terse[0] == "added:action:new"
-    table = ctl(*plan, "--fields", "what,dmId", "--no-legend").lines
-    assert table[0].split() == ["added", "new"]
-    assert ctl(*plan, "--terse", "--fields", "colour").status == 2
-
-
-def test_no_sums_are_told_without_a_legend(ctl, used_phone, everything):
-    out = ctl("defaults", "plan", "--settings", everything, "--no-legend").out
-    assert "  + new" in out
-    assert "Actions:" not in out and "Keys," not in out
-
-
-def test_colours_come_on_a_terminal_alone(ctl, used_phone, everything):
-    plan = ("defaults", "plan", "--settings", everything)
-    coloured = ctl.on_terminal(WIDE, *plan).out
-    assert "\x1b[32m  + new" in coloured
-    assert "\x1b" not in ctl.on_terminal(WIDE, *plan, env=PLAIN).out
-    assert "\x1b" not in ctl(*plan).out
-
-
-def test_the_start_does_all_that_was_told(ctl, used_phone, everything, database, start_on):
-    plan = ctl.json("defaults", "plan", "--settings", everything)
+def test_the_start_does_what_was_planned(ctl, used_phone, everything, database, start_on):
+    plan = ctl.json("defaults", "plan", everything)
     before = Rows(database.actions(), database.keys())
     used_phone.stop()
     start_on(EVERYTHING)
@@ -173,84 +168,86 @@ def test_the_start_does_all_that_was_told(ctl, used_phone, everything, database,
 
 def test_every_source_leads_to_the_same_plan(ctl, used_phone, everything, provision, tmp_path):
     plan = ("defaults", "plan")
-    expected = ctl.json(*plan, "--settings", everything)
+    expected = ctl.json(*plan, everything)
+    assert ctl.json(*plan, "--settings", everything) == expected
     files = [everything / name for name in EVERYTHING]
     assert ctl.json(*plan, *files) == expected
     provision(EVERYTHING)
     assert ctl.json(*plan) == expected
     shutil.copy(everything / "DefaultActions", tmp_path / "a")
     shutil.copy(everything / "DefaultKeys", tmp_path / "b")
-    provision({"ProgKeysMax": "5"})
+    provision({"ProgKeysMax": "6"})
     assert ctl.json(*plan, "--actions", tmp_path / "a", "--keys", tmp_path / "b") == expected
     provision({})
-    assert ctl.json(*plan, *files[:2], "--limit=5") == expected
+    assert ctl.json(*plan, *files[:2], "--limit=6") == expected
     piped = ctl(
         *plan,
-        *("--actions=-", "--keys", tmp_path / "b", "--limit=5", "--json=short"),
+        *("--actions=-", "--keys", tmp_path / "b", "--limit=6", "--json=short"),
         stdin=EVERYTHING["DefaultActions"],
     )
     assert piped.json == expected
 
 
-def test_a_setting_that_cannot_be_read_counts_as_empty(ctl, used_phone, provision, tmp_path):
-    (tmp_path / "none").mkdir()
-    for words, where in ([], "the phone"), (["--settings", tmp_path / "none"], tmp_path / "none"):
-        provision({})
-        result = ctl("defaults", "plan", *words, "--json=short")
-        assert result.status == 0
-        assert [len(result.json["actions"][name]) for name in ("kept", "left")] == [0, 4]
-        assert [row["becomes"] for row in result.json["keys"]["removed"]] == ["gone"] * 4
-        assert result.json["limit"] is None
-        assert [row["code"] for row in result.json["warnings"]] == ["unreadable-setting"] * 3
-        assert f"{where} has no setting DefaultActions: it counts as empty" in result.err
-        assert f"{where} has no setting ProgKeysMax: nothing limits" in result.err
+def test_a_missing_setting_is_treated_as_empty(ctl, used_phone, provision, tmp_path):
+    keys = write(tmp_path / "keys", {"DefaultKeys": STORED["DefaultKeys"]})
+    result = ctl("defaults", "plan", "--json=short", keys)
+    assert [row["what"] for row in result.json] == ["withdrawn"] * 4 + ["kept"] * 4
+    assert f"{keys} has no setting DefaultActions: it is treated as empty" in result.err
+    assert f"{keys} has no setting ProgKeysMax: the number of keys is not limited" in result.err
+    provision({})
+    result = ctl("defaults", "plan", "--json=short")
+    assert [row["what"] for row in result.json] == ["withdrawn"] * 4 + ["removed"] * 4
+    assert "the phone has no setting DefaultKeys: it is treated as empty" in result.err
 
 
 # How it ends
 
 
-@pytest.mark.parametrize("words", [[], ["--detailed-exitcode"]], ids=["plain", "detailed"])
-def test_the_status_tells_of_changes_if_that_is_asked_for(ctl, used_phone, everything, words):
-    plan = ("defaults", "plan", *words)
-    nothing = ctl(*plan)
-    assert (nothing.status, nothing.err) == (0, "")
-    assert nothing.lines[-1] == "Nothing is to be changed."
-    assert ctl(*plan, "--settings", everything).status == (20 if words else 0)
+@pytest.mark.parametrize(
+    ("settings", "status"),
+    [
+        pytest.param(STORED, 0, id="no changes"),
+        pytest.param(STORED | {"DefaultKeys": ""}, 20, id="changes"),
+        pytest.param(STORED | {"DefaultActions": STORED["DefaultActions"] + "#D1,1"}, 4, id="refused records"),
+        pytest.param(EVERYTHING, 4, id="both"),
+    ],
+)
+def test_the_detailed_exit_status(ctl, used_phone, tmp_path, settings, status):
+    plan = ("defaults", "plan", write(tmp_path / "rollout", settings))
+    assert ctl(*plan).status == 0
+    result = ctl(*plan, "--detailed-exitcode")
+    assert (result.status, result.err) == (status, "")
+    assert ("No changes." in result.out) == (settings not in (EVERYTHING, STORED | {"DefaultKeys": ""}))
 
 
-@pytest.mark.parametrize("words", [[], ["--detailed-exitcode"]], ids=["plain", "detailed"])
-def test_a_plan_wants_a_running_service(ctl, settings_manager, words):
-    result = ctl("defaults", "plan", *words)
+def test_a_plan_needs_a_running_service(ctl, settings_manager):
+    result = ctl("defaults", "plan")
     assert (result.status, result.out) == (8, "")
     assert "not running" in result.err
 
 
-def test_texts_that_cannot_be_delivered_are_refused(ctl, used_phone, tmp_path):
-    for bytes_of_it in b"D1\xff", b"D1\0", b"\xef\xbb\xbfD1":
-        (tmp_path / "DefaultKeys").write_bytes(bytes_of_it)
-        result = ctl("defaults", "plan", "--detailed-exitcode", tmp_path / "DefaultKeys")
-        assert (result.status, result.out) == (4, "")
-        assert "defaults check" in result.err
+@pytest.mark.parametrize("content", [b"D1\xff", b"D1\0", b"\xef\xbb\xbfD1", b"dmId,container,position,icon\n"])
+def test_text_that_cannot_be_delivered_is_refused(offline, tmp_path, content):
+    (tmp_path / "DefaultKeys").write_bytes(content)
+    result = offline("defaults", "plan", "--detailed-exitcode", tmp_path / "DefaultKeys")
+    assert (result.status, result.out) == (4, "")
+    assert "cannot be delivered to a phone" in result.err
+    assert f"defaults check {tmp_path}/DefaultKeys" in result.err
 
 
 @pytest.mark.parametrize(
-    "words, told",
+    ("words", "message", "status"),
     [
-        (["x"], "Say so with --actions FILE or --keys FILE."),
-        (["keys", "--keys", "other"], "Give one of them."),
-        (["--actions=-", "--keys=-"], "Name a file for one of them."),
-        (["--settings", "nowhere"], "--settings"),
-        (["--limit", "many"], "--limit"),
+        (["/dev/null"], "Specify --actions FILE or --keys FILE.", 2),
+        (["/dev/null", "--keys=/dev/null", "--actions=/dev/null"], "Cannot tell", 2),
+        (["--actions=-", "--keys=-"], "Standard input can be read only once", 2),
+        ([FIRST, NEXT], "Specify one rollout at a time.", 2),
+        (["--settings", "nowhere"], "--settings", 2),
+        (["--limit", "many"], "--limit", 2),
+        (["nowhere/DefaultKeys"], "Cannot read nowhere/DefaultKeys", 1),
     ],
-    ids=["unclear", "twice", "stdin twice", "no directory", "no number"],
 )
-def test_words_that_make_no_sense_are_errors_of_usage(offline, words, told):
+def test_invalid_command_lines(offline, words, message, status):
     result = offline("defaults", "plan", *words)
-    assert (result.status, result.out) == (2, "")
-    assert told in result.err
-
-
-def test_a_file_that_is_not_there_is_a_failure(offline, tmp_path):
-    result = offline("defaults", "plan", tmp_path / "DefaultKeys")
-    assert result.status == 1
-    assert f"{tmp_path}/DefaultKeys cannot be read" in result.err
+    assert (result.status, result.out) == (status, "")
+    assert message in result.err

@@ -1,4 +1,4 @@
-"""Plans against what the next start of the service really does, for rollouts made at random."""
+"""Plans compared with what the next start of the service does, for random rollouts."""
 
 import os
 import random
@@ -10,7 +10,7 @@ import pytest
 
 pytest.register_assert_rewrite("planning")
 
-from planning import Rows, check_plan
+from planning import Rows, check_plan, has_changes
 from rollout import DM_IDS, Rollout, untidy_rollout
 from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
@@ -21,20 +21,19 @@ SEED_VARIABLE = "PROGKEYS_TEST_SEED"
 FIXED_SEED = 9
 RANDOM_SEED = int(os.environ.get(SEED_VARIABLE) or random.SystemRandom().randrange(2**32))
 LIMITS = ("0", "3", "8", "12", "100", "1000", "", "x", "-1", " 6 ")
-REFUSED = {
-    "DefaultActions": "Skipping invalid dm action: ",
-    "DefaultKeys": "Skipping invalid dm key: ",
-}
 EVERY_OUTCOME = {
-    *("added", "changed", "kept", "left"),
-    *("key new", "key same", "key changed", "key of a new action", "gone", "no action", "limit"),
-    *("user-actions-overwritten", "reserved-action-overwritten", "action-without-identifier"),
-    *("key-without-identifier", "unreadable-setting", "something", "nothing"),
+    *(f"{what} action" for what in ("added", "changed", "kept", "withdrawn", "refused")),
+    *(f"{what} key" for what in ("added", "changed", "kept", "removed", "dropped", "refused")),
+    *("key limit reached", "no such action", "key of a new action", "changes", "no changes"),
+    "no identifier: overwrites a user's action",
+    "no identifier: overwrites the reserved action",
+    "no identifier: becomes a user's action",
+    "no identifier: becomes a user's key, another at each start",
 }
 
 
 class User:
-    """Somebody who uses the phone, and clients that store rows of all kinds."""
+    """A user of the phone, and clients that store rows of all kinds."""
 
     def __init__(self, source: random.Random, client: Client) -> None:
         self._source = source
@@ -70,7 +69,7 @@ class User:
 
 
 class Settings:
-    """The settings of the phone, and those to come, which a plan may take from several places."""
+    """The settings of the phone, and the next ones, which a plan reads from several places."""
 
     def __init__(self, source: random.Random, phone: Path, scratch: Path) -> None:
         self._source = source
@@ -89,39 +88,37 @@ class Settings:
         write_settings(directory, settings)
 
     def sources(self, settings: dict[str, str]) -> list[str]:
-        """The words that have a plan read these settings: a directory, the phone, or the phone but for some files."""
+        """Arguments that make a plan read these settings: from a directory, the phone, or files and the phone."""
         self._count += 1
         directory = self._scratch / f"rollout-{self._count}"
         directory.mkdir()
         self.roll_out(settings, directory)
         place = self._source.choice(("directory", "phone", "files"))
-        if place == "directory":
+        if place == "directory" and settings:
             return [f"--settings={directory}"]
         self.roll_out(settings)
-        if place == "phone":
+        if place == "phone" or not settings:
             return []
         return [str(path) for path in sorted(directory.iterdir()) if self._source.random() < 0.5]
 
 
 def outcomes_of(plan) -> Counter[str]:
-    """How often the plan tells of what can become of a row."""
-    actions, keys = plan["actions"], plan["keys"]
-    told = [name for name in actions for _ in actions[name]]
-    told += [f"key {row['comparison']}" for row in keys["made"]]
-    told += ["key of a new action" for row in keys["made"] if row["idAction"] is None]
-    told += [row["becomes"] for row in keys["removed"] if row["becomes"] == "gone"]
-    told += [row["reason"] for row in keys["dropped"]]
-    told += [row["code"] for row in plan["warnings"]]
-    told.append("something" if plan["hasChanges"] else "nothing")
-    return Counter(told)
+    """How often each outcome occurs in the plan."""
+    outcomes = Counter(f"{row['what']} {row['kind']}" for row in plan)
+    outcomes.update(row["reason"] for row in plan if row["reason"])
+    outcomes["key of a new action"] = sum(
+        row["kind"] == "key" and bool(row["content"]) and row["content"]["idAction"] is None for row in plan
+    )
+    outcomes["changes" if has_changes(plan) else "no changes"] += 1
+    return outcomes
 
 
-def records_told_of(plan, setting: str, text: str) -> list[str]:
+def refused_lines(plan, kind: str, text: str) -> list[str]:
     """The refused records as the service logs them; an empty setting is one empty record to it."""
-    told = [row["text"] for row in plan["refusedRecords"] if row["setting"] == setting]
+    refused = [row["new"] for row in plan if (row["what"], row["kind"]) == ("refused", kind)]
     return [
-        REFUSED[setting] + record.replace("\\,", "escComa").replace("\\#", "escSharp")
-        for record in (told if text else [""])
+        f"Skipping invalid dm {kind}: " + record.replace("\\,", "escComa").replace("\\#", "escSharp")
+        for record in (refused if text else [""])
     ]
 
 
@@ -129,7 +126,7 @@ def records_told_of(plan, setting: str, text: str) -> list[str]:
 def test_the_next_start_does_what_was_planned(
     launch, settings_manager, settings_dir, client, database, events, ctl, tmp_path, seed
 ):
-    print(f"To have this run again: {SEED_VARIABLE}={seed}")
+    print(f"To repeat this run: {SEED_VARIABLE}={seed}")
     source = random.Random(seed)
     user = User(source, client)
     settings = Settings(source, settings_dir, tmp_path)
@@ -157,11 +154,12 @@ def test_the_next_start_does_what_was_planned(
 
         refusals = [text for text in service.log.take() if "Skipping" in text]
         assert refusals == [
-            line for name in REFUSED for line in records_told_of(plan, name, expected.get(name, ""))
+            line
+            for name, kind in (("DefaultActions", "action"), ("DefaultKeys", "key"))
+            for line in refused_lines(plan, kind, expected.get(name, ""))
         ]
         full = [event for event in events.take() if event.name == "KO_PROGKEYS_DB_FULL"]
-        dropped = [row["reason"] for row in plan["keys"]["dropped"]]
-        assert len(full) == dropped.count("limit")
+        assert len(full) == sum(row["reason"] == "key limit reached" for row in plan)
         outcomes += outcomes_of(plan)
     print(outcomes)
     if seed == FIXED_SEED:

@@ -2,97 +2,128 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "commands/DefaultsPlanCommand.h"
-#include "converting/Table.h"
+#include "client/Settings.h"
+#include "converting/Formats.h"
 #include "defaults/Report.h"
 #include "defaults/Rollout.h"
 #include "files/Files.h"
-#include "outcome/Failure.h"
-
-#include <limits>
+#include "planning/PlanSettings.h"
 
 namespace commands {
 namespace {
+
+const QString KindAdvice = QStringLiteral("Specify --kind actions or --kind keys.");
 
 std::optional<defaults::Kind> kindFrom(const cli::Arguments &arguments)
 {
     return defaults::kindNamed(arguments.text("--kind"));
 }
 
-void tellFindings(output::Output &out, const QList<defaults::Setting> &settings)
+void printProblems(output::Output &out, const QList<defaults::Setting> &settings)
 {
     if (!out.isForPeople()) {
         out.list(defaults::listingOf(settings));
         return;
     }
-    for (const defaults::Setting &setting : settings) {
-        const QStringList lines = defaults::linesOf(setting, out.terminal());
-        for (const QString &line : lines)
-            out.say(line);
-    }
+    const QStringList lines = defaults::linesOf(settings, out.terminal());
+    for (const QString &line : lines)
+        out.say(line);
     if (out.manner().hasLegend)
         out.say(defaults::summaryOf(settings));
 }
 
 ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
 {
-    const defaults::CheckRequest request{arguments.paths("FILE"), kindFrom(arguments),
-                                         arguments.optionalInteger("--limit")};
-    const defaults::CheckResult result = defaults::checkFiles(request);
-    tellFindings(session.out(), result.settings);
-    for (const QString &file : result.keysAlone)
-        output::warn(QStringLiteral("no actions were given, so nobody looked whether each key of "
-                                    "%1 has one")
-                         .arg(file));
-    const int errors = defaults::countOf(result.settings, defaults::Severity::Error);
-    const int warnings = defaults::countOf(result.settings, defaults::Severity::Warning);
+    const defaults::Rollout rollout =
+        defaults::readRollout({arguments.paths("PATH"), kindFrom(arguments), {}, KindAdvice});
+    const QList<defaults::Setting> settings =
+        defaults::checkRollout(rollout, arguments.optionalInteger("--limit"));
+    printProblems(session.out(), settings);
+    if (rollout.find(defaults::Kind::Keys) && !rollout.find(defaults::Kind::Actions))
+        output::warn(QStringLiteral("no actions were specified, so the keys were not compared "
+                                    "with them"));
+    const int errors = defaults::countOf(settings, defaults::Severity::Error);
+    const int warnings = defaults::countOf(settings, defaults::Severity::Warning);
     const bool isGood = errors == 0 && (warnings == 0 || !arguments.has("--strict"));
     return isGood ? ExitStatus::Done : ExitStatus::InvalidText;
 }
 
-defaults::Kind kindOfText(const QString &file, std::optional<defaults::Kind> asked)
-{
-    const std::optional<defaults::Kind> told = asked ? asked : defaults::kindOfFile(file);
-    if (told)
-        return *told;
-    throw defaults::unknownKind(file, QStringLiteral("Say so with --kind actions or --kind keys."));
-}
-
-QString fileOr(const QString &path)
+QString fileOrStream(const QString &path)
 {
     return path.isEmpty() ? QString(files::StandardStream) : path;
 }
 
-defaults::Table read(const cli::Arguments &arguments)
+defaults::Records read(const cli::Arguments &arguments)
 {
-    const QString file = fileOr(arguments.path("FILE"));
+    const QString file = fileOrStream(arguments.path("FILE"));
+    const QString name = files::displayName(file);
     const QString form = arguments.text("--from");
-    const std::optional<defaults::Kind> kind = kindFrom(arguments);
-    if (form == QLatin1String("text")) {
-        const defaults::Kind known = kindOfText(file, kind);
-        return defaults::readText(files::readAll(file), file, known);
-    }
+    const std::optional<defaults::Kind> expected = kindFrom(arguments);
+    const std::optional<defaults::Kind> kind = expected ? expected : defaults::kindOfFile(file);
+    if (form == QLatin1String("text") && (!kind || *kind == defaults::Kind::Limit))
+        throw defaults::unknownKind(name, KindAdvice);
     const QByteArray bytes = files::readAll(file);
-    return form == QLatin1String("csv") ? defaults::readCsv(bytes, file, kind)
-                                        : defaults::readJson(bytes, file, kind);
+    if (form == QLatin1String("text"))
+        return defaults::readText(bytes, file, *kind);
+    return form == QLatin1String("csv") ? defaults::readCsv(bytes, name, expected)
+                                        : defaults::readJson(bytes, name, expected);
 }
 
-QByteArray written(const defaults::Table &table, const QString &form)
+QByteArray written(const defaults::Records &records, const QString &form)
 {
     if (form == QLatin1String("text"))
-        return defaults::writeText(table);
-    return form == QLatin1String("csv") ? defaults::writeCsv(table) : defaults::writeJson(table);
+        return defaults::writeText(records);
+    return form == QLatin1String("csv") ? defaults::writeCsv(records)
+                                        : defaults::writeJson(records);
 }
 
 ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
 {
+    session.out().requireDocumentForm();
     const QByteArray bytes = written(read(arguments), arguments.text("--to"));
-    const QString target = fileOr(arguments.path("--output"));
+    const QString target = fileOrStream(arguments.path("--output"));
     if (target == files::StandardStream)
         session.out().raw(bytes);
     else
         files::writeWhole(target, bytes);
     return ExitStatus::Done;
+}
+
+defaults::Rollout readRollout(const cli::Arguments &arguments)
+{
+    defaults::RolloutSources sources;
+    sources.paths = arguments.paths("PATH") + arguments.paths("--settings");
+    sources.unknownKindAdvice = QStringLiteral("Specify --actions FILE or --keys FILE.");
+    if (arguments.has("--actions"))
+        sources.files.emplace(defaults::Kind::Actions, arguments.path("--actions"));
+    if (arguments.has("--keys"))
+        sources.files.emplace(defaults::Kind::Keys, arguments.path("--keys"));
+    return defaults::readRollout(sources);
+}
+
+ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
+{
+    const defaults::PlannedSettings settings = defaults::settingsOf(
+        readRollout(arguments), arguments.optionalInteger("--limit"),
+        [&session](const QString &name) { return client::readSetting(session.bus(), name); });
+    const ListAction actions = session.service().actions();
+    const ListKey keys = session.service().keys();
+    const defaults::Plan plan = defaults::planOf(actions, keys, settings);
+    output::Output &out = session.out();
+    out.list(plan.listing(arguments.has("--all") || !out.isForPeople()));
+    if (!arguments.has("--detailed-exitcode"))
+        return ExitStatus::Done;
+    if (plan.hasRefusedRecords())
+        return ExitStatus::InvalidText;
+    return plan.hasChanges() ? ExitStatus::Changes : ExitStatus::Done;
+}
+
+cli::Parameter rolloutArgument()
+{
+    return cli::argument("PATH", cli::type::file(),
+                         "files DefaultActions, DefaultKeys and ProgKeysMax, or a directory that "
+                         "contains them; - is standard input")
+        .repeatable();
 }
 
 cli::Parameter kindOption(const char *help)
@@ -101,23 +132,22 @@ cli::Parameter kindOption(const char *help)
         "--kind", cli::type::choice({QStringLiteral("actions"), QStringLiteral("keys")}), help);
 }
 
+cli::Parameter limitOption()
+{
+    return cli::option("--limit", cli::type::integer("NUMBER", 0),
+                       "key limit; by default the value of ProgKeysMax");
+}
+
 cli::Command checkCommand()
 {
-    cli::Command command = cli::command(
-        "defaults check", "find what is wrong with texts that provision a phone",
-        {cli::argument(
-             "FILE", cli::type::file(),
-             "files of the settings DefaultActions, DefaultKeys, ProgKeysMax; - for stdin")
-             .repeatable(),
-         kindOption("what files are whose name does not tell"),
-         cli::option("--limit", cli::type::integer("NUMBER", 0),
-                     "most keys of the set; else what the file ProgKeysMax says, if there is one"),
-         cli::flag("--strict", "fail for warnings, too")},
-        check);
+    cli::Command command =
+        cli::command("defaults check", "check the settings that provision a phone",
+                     {rolloutArgument(), kindOption("content of files whose name does not tell it"),
+                      limitOption(), cli::flag("--strict", "fail for warnings, too")},
+                     check);
     command.notes = QStringLiteral(
-        "Each complaint begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
-        "FIELD is 0 where the record as a whole is meant; COLUMN counts the characters of the "
-        "record.");
+        "Each problem begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
+        "FIELD is 0 for a problem with the whole record. COLUMN counts characters in the record.");
     return command;
 }
 
@@ -126,22 +156,42 @@ cli::Command convertCommand()
     const cli::ValueType form =
         cli::type::choice({QStringLiteral("csv"), QStringLiteral("json"), QStringLiteral("text")});
     return cli::command(
-        "defaults convert", "turn provisioned records into CSV, JSON or the text of a setting",
-        {cli::option("--from", form, "what is read").required(),
-         cli::option("--to", form, "what is to be written").required(),
-         kindOption("what a text is of; else its file name tells"),
-         cli::option("--output", cli::type::file(), "write this file, whole or not at all")
+        "defaults convert", "convert provisioned records between CSV, JSON and setting text",
+        {cli::option("--from", form, "input format").required(),
+         cli::option("--to", form, "output format").required(),
+         kindOption("content of the input; for text, by default derived from the file name"),
+         cli::option("--output", cli::type::file(), "write to this file instead of standard output")
              .withShortName("-o"),
-         cli::argument("FILE", cli::type::file(), "what to read; - or none for stdin").optional()},
+         cli::argument("FILE", cli::type::file(), "input; standard input by default or for -")
+             .optional()},
         convert);
+}
+
+cli::Command planCommand()
+{
+    cli::Command command = cli::command(
+        "defaults plan", "show what the next start of the service would change",
+        {rolloutArgument().optional(),
+         cli::option("--actions", cli::type::file(), "file with actions; - is standard input"),
+         cli::option("--keys", cli::type::file(), "file with keys; - is standard input"),
+         cli::option("--settings", cli::type::existingDirectory(),
+                     "directory for the settings that are not specified as files"),
+         limitOption(), cli::flag("--all", "show what does not change, too"),
+         cli::flag("--detailed-exitcode",
+                   "status 20 if there are changes, 4 if records are refused")},
+        plan);
+    command.notes =
+        QStringLiteral("Settings that are neither specified as files nor by a directory are read "
+                       "from the phone. This command changes nothing.");
+    return command;
 }
 
 } // namespace
 
 QList<cli::Command> defaultsCommands()
 {
-    return {cli::group("defaults", "check, convert and plan the texts that provision a phone"),
-            checkCommand(), convertCommand(), defaultsPlanCommand()};
+    return {cli::group("defaults", "check, convert and plan the settings that provision a phone"),
+            checkCommand(), convertCommand(), planCommand()};
 }
 
 } // namespace commands

@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `defaults ...`: what there is to do with the texts that provision a phone.
+/// `defaults check`, `defaults convert` and `defaults plan`: the settings that provision a phone.
 QList<cli::Command> defaultsCommands();
 
 } // namespace commands

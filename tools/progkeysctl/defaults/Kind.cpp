@@ -24,19 +24,27 @@ const QList<FieldName> &fieldNames(Kind kind)
         text("action", "action"),         text("webAppName", "web application"),
         text("arguments", "arguments"),   text("label", "label"),
         text("shortLabel", "short label")};
-    static const QList<FieldName> keys{text("dmId", "identifier"),
-                                       text("container", "container"),
-                                       number("position", "position"),
-                                       text("icon", "icon"),
-                                       number("type", "key type"),
-                                       number("aom_type", "kind of add-on module"),
-                                       number("aom_addr", "address of the add-on module")};
-    return kind == Kind::Actions ? actions : keys;
+    static const QList<FieldName> keys{
+        text("dmId", "identifier"),          text("container", "container"),
+        number("position", "position"),      text("icon", "icon"),
+        number("type", "key type"),          number("aom_type", "module type"),
+        number("aom_addr", "module address")};
+    static const QList<FieldName> none;
+    return kind == Kind::Actions ? actions : kind == Kind::Keys ? keys : none;
 }
 
 QString nameOf(Kind kind)
 {
-    return kind == Kind::Actions ? QStringLiteral("actions") : QStringLiteral("keys");
+    return kind == Kind::Actions ? QStringLiteral("actions")
+           : kind == Kind::Keys  ? QStringLiteral("keys")
+                                 : QStringLiteral("limit");
+}
+
+QString settingName(Kind kind)
+{
+    return kind == Kind::Actions ? QStringLiteral("DefaultActions")
+           : kind == Kind::Keys  ? QStringLiteral("DefaultKeys")
+                                 : QStringLiteral("ProgKeysMax");
 }
 
 std::optional<Kind> kindNamed(const QString &name)
@@ -51,6 +59,8 @@ std::optional<Kind> kindNamed(const QString &name)
 std::optional<Kind> kindOfFile(const QString &path)
 {
     const QString name = QFileInfo(path).fileName();
+    if (name == settingName(Kind::Limit))
+        return Kind::Limit;
     const bool isActions = name.contains(QLatin1String("actions"), Qt::CaseInsensitive);
     const bool isKeys = name.contains(QLatin1String("keys"), Qt::CaseInsensitive);
     if (isActions == isKeys)
@@ -61,7 +71,8 @@ std::optional<Kind> kindOfFile(const QString &path)
 Failure unknownKind(const QString &file, const QString &advice)
 {
     return {ExitStatus::Usage,
-            QStringLiteral("%1 does not tell whether it is of actions or of keys").arg(file),
+            QStringLiteral("Cannot tell from the name of %1 whether it contains actions or keys")
+                .arg(file),
             advice};
 }
 

@@ -7,37 +7,40 @@
 
 #include <optional>
 
-/// The texts that provision a phone, looked at without one.
+/// The settings that provision a phone, as files.
 namespace defaults {
 
-/// Which of the two settings a text is.
-enum class Kind { Actions, Keys };
+/// Which setting a text is: DefaultActions, DefaultKeys or ProgKeysMax.
+enum class Kind { Actions, Keys, Limit };
 
-/// One of the fields of a record.
+/// A field of a record.
 struct FieldName
 {
-    QString name;  ///< as on the bus; in CSV, JSON and findings
-    QString title; ///< as people call it
+    QString name;  ///< on the bus, in CSV, JSON and reports
+    QString title; ///< in messages
     bool isNumber = false;
 };
 
-/// The fields of a record of that kind, in the order of the text.
+/// The fields of a record, in the order of the text; none for the limit, which is one number.
 const QList<FieldName> &fieldNames(Kind kind);
 
-/// "actions" or "keys".
+/// "actions", "keys" or "limit".
 QString nameOf(Kind kind);
 
-/// The kind of that name; nothing for another one.
+/// "DefaultActions", "DefaultKeys" or "ProgKeysMax".
+QString settingName(Kind kind);
+
+/// The kind for "actions" or "keys".
 std::optional<Kind> kindNamed(const QString &name);
 
-/// The kind that the name of a file tells: it contains "Actions" or "Keys", in any case. Nothing if
-/// it contains neither or both. The directories of its path do not matter.
+/// The kind that a file name implies: `ProgKeysMax`, or a name that contains either "Actions" or
+/// "Keys" in any case. Directories do not matter.
 std::optional<Kind> kindOfFile(const QString &path);
 
-/// Thrown where nothing tells the kind of a file; `advice` says how to tell it.
+/// Thrown if the kind of a file is unknown; `advice` names the option that specifies it.
 Failure unknownKind(const QString &file, const QString &advice);
 
-/// "field 6, label": for messages; `number` counts from 1, and beyond the last there is no name.
+/// "field 6, label"; `number` counts from 1.
 QString describeField(Kind kind, int number);
 
 } // namespace defaults

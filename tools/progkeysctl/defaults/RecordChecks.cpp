@@ -1,76 +1,88 @@
 #include "defaults/RecordChecks.h"
 
-#include "defaults/FieldCountCheck.h"
-#include "defaults/Messages.h"
+#include "defaults/FieldCount.h"
+#include "output/Text.h"
+#include "records/Key.h"
+
+#include <algorithm>
 
 namespace defaults {
 namespace {
 
 using provisioning::Record;
 
-bool isNumberField(Kind kind, int field)
-{
-    const QList<FieldName> &names = fieldNames(kind);
-    return field <= names.size() && names.at(field - 1).isNumber;
-}
+constexpr int PositionField = 3;
+constexpr int KeyTypeField = 5;
 
 bool isLineBreak(QChar c)
 {
     return c == QLatin1Char('\n') || c == QLatin1Char('\r');
 }
 
-Finding emptyRecord(const Setting &setting, int index)
+QString textOf(const Setting &setting, const Record &record)
 {
-    const auto &records = setting.records;
-    Finding finding = complaint(Severity::Warning, "empty-record", records.at(index));
-    const QString skipped = QStringLiteral("which the phone passes over: leave the hash out");
-    if (index == 0) {
-        finding.place.length = 1;
-        finding.shown.length = 1 + records.at(1).length;
-        finding.message = QStringLiteral("the `#` at the start ends an empty record, %1");
-    } else {
-        const Record &before = records.at(index - 1);
-        finding.place = {before.start + before.length, 1};
-        finding.shown = {before.start, before.length + 1};
-        const bool isLast = index + 1 == records.size();
-        finding.shown.length += isLast ? 0 : 1 + records.at(index + 1).length;
-        finding.message = isLast ? QStringLiteral("the `#` at the end begins an empty record, %1")
-                                 : QStringLiteral("an empty record between two `#`, %1");
-    }
-    finding.message = finding.message.arg(skipped);
-    return finding;
+    return setting.text.mid(record.start, record.length);
+}
+
+bool isBlank(const Setting &setting, const Record &record)
+{
+    const QString text = textOf(setting, record);
+    return std::all_of(text.cbegin(), text.cend(), isLineBreak);
+}
+
+void add(Setting &setting, Finding finding, const QString &message)
+{
+    finding.message = message;
+    setting.findings.append(finding);
+}
+
+void addEmptyRecord(Setting &setting, const Record &record)
+{
+    Finding finding = problem(Severity::Warning, "empty-record", record);
+    finding.place = {std::max(0, record.start - 1), 1};
+    add(setting, finding, QStringLiteral("record %1 is empty: remove a `#`").arg(record.number));
+}
+
+void checkSign(Setting &setting, const Record &record, int field, int number)
+{
+    const bool isOfKeys = setting.kind == Kind::Keys;
+    if (isOfKeys && field == PositionField && number < 0)
+        add(setting, problem(Severity::Warning, "negative-position", record, field),
+            QStringLiteral("the position %1 is negative").arg(number));
+    if (isOfKeys && field == KeyTypeField && number != KeyType::Set &&
+        number != KeyType::AddOnModule)
+        add(setting, problem(Severity::Warning, "unknown-key-type", record, field),
+            QStringLiteral("the key type %1 is neither 0, the set, nor 1, an add-on module")
+                .arg(number));
 }
 
 void checkNumber(Setting &setting, const Record &record, int field)
 {
     const QString &text = record.fields.at(field - 1).text;
+    const QString title = fieldNames(setting.kind).at(field - 1).title;
     bool isNumber = false;
-    text.toInt(&isNumber);
+    const int number = text.toInt(&isNumber);
     if (isNumber)
-        return;
-    const QString title = fieldNames(*setting.kind).at(field - 1).title;
-    const bool isEmpty = text.trimmed().isEmpty();
-    Finding finding = isEmpty ? complaint(Severity::Warning, "empty-number", record, field)
-                              : complaint(Severity::Error, "not-a-number", record, field);
-    finding.message =
-        isEmpty ? QStringLiteral("the %1 is empty and counts as 0").arg(title)
-                : QStringLiteral("the %1 %2 is no decimal number of 32 bits and counts as 0")
-                      .arg(title, quoted(text));
-    setting.findings.append(finding);
+        checkSign(setting, record, field, number);
+    else if (text.trimmed().isEmpty())
+        add(setting, problem(Severity::Warning, "empty-number", record, field),
+            QStringLiteral("the %1 is empty and becomes 0").arg(title));
+    else
+        add(setting, problem(Severity::Error, "not-a-number", record, field),
+            QStringLiteral("the %1 %2 is not a 32-bit decimal number and becomes 0")
+                .arg(title, output::quoted(text)));
 }
 
 void checkIdentifier(Setting &setting, const Record &record)
 {
-    if (!record.fields.first().text.isEmpty())
+    if (!identifierOf(record).isEmpty())
         return;
-    Finding finding = complaint(Severity::Error, "empty-identifier", record, 1);
-    finding.message =
+    add(setting, problem(Severity::Error, "empty-identifier", record, 1),
         setting.kind == Kind::Actions
-            ? QStringLiteral("the identifier is empty: the action would overwrite every action "
-                             "that users made")
-            : QStringLiteral("the identifier is empty: the key would count as a user's, and one "
-                             "more would be made at every start");
-    setting.findings.append(finding);
+            ? QStringLiteral("the identifier is empty: the action overwrites every action that "
+                             "users made")
+            : QStringLiteral("the identifier is empty: the key counts as made by a user, and each "
+                             "start adds one more"));
 }
 
 void checkWord(Setting &setting, const Record &record, int field, const QString &word,
@@ -78,74 +90,82 @@ void checkWord(Setting &setting, const Record &record, int field, const QString 
 {
     const Span place = spanOf(record.fields.at(field - 1));
     const QString text = setting.text.mid(place.start, place.length);
-    for (auto at = text.indexOf(word); at >= 0; at = text.indexOf(word, at + word.size())) {
-        Finding finding = complaint(Severity::Error, "placeholder-word", record, field);
-        finding.place = {place.start + static_cast<int>(at), static_cast<int>(word.size())};
-        finding.message =
-            QStringLiteral("the word `%1` comes out as a %2: spell it otherwise").arg(word, sign);
-        setting.findings.append(finding);
-    }
+    const auto at = text.indexOf(word);
+    if (at < 0)
+        return;
+    Finding finding = problem(Severity::Error, "placeholder-word", record, field);
+    finding.place = {place.start + static_cast<int>(at), static_cast<int>(word.size())};
+    add(setting, finding,
+        QStringLiteral("the phone reads the word `%1` as a %2: use another spelling")
+            .arg(word, sign));
 }
 
-bool checkLineBreak(Setting &setting, const Record &record, int field)
-{
-    const Span place = spanOf(record.fields.at(field - 1));
-    int at = place.start;
-    while (at < place.end() && !isLineBreak(setting.text.at(at)))
-        ++at;
-    if (at == place.end())
-        return false;
-    Finding finding = complaint(Severity::Warning, "line-break", record, field);
-    finding.place = {at, 1};
-    finding.message =
-        QStringLiteral("a line break stands in %1").arg(describeField(*setting.kind, field));
-    if (!isNumberField(*setting.kind, field))
-        finding.message += QStringLiteral(", and stays part of its text");
-    setting.findings.append(finding);
-    return true;
-}
-
-// Of a refused record only the first: one that is made of very many lines has as many breaks.
-void checkLineBreaks(Setting &setting, const Record &record)
+void checkWords(Setting &setting, const Record &record)
 {
     for (int field = 1; field <= record.fields.size(); ++field) {
-        if (checkLineBreak(setting, record, field) && !record.isAccepted())
-            return;
+        checkWord(setting, record, field, QStringLiteral("escComa"), QStringLiteral("comma"));
+        checkWord(setting, record, field, QStringLiteral("escSharp"), QStringLiteral("hash"));
     }
 }
 
-void checkWords(Setting &setting, const Record &record, int field)
+// One problem for the whole text: a tool that breaks lines does so after each record. In a refused
+// record the problem is the number of fields.
+void checkLineBreaks(Setting &setting)
 {
-    checkWord(setting, record, field, QStringLiteral("escComa"), QStringLiteral("comma"));
-    checkWord(setting, record, field, QStringLiteral("escSharp"), QStringLiteral("hash"));
+    QList<int> places;
+    bool isInIdentifier = false;
+    for (const Record &record : std::as_const(setting.records)) {
+        const QString text = textOf(setting, record);
+        const auto at = std::find_if(text.cbegin(), text.cend(), isLineBreak) - text.cbegin();
+        if (at == text.size() || (!record.isAccepted() && !isBlank(setting, record)))
+            continue;
+        places.append(record.start + static_cast<int>(at));
+        isInIdentifier = isInIdentifier || (at == 0 && record.isAccepted());
+    }
+    if (places.isEmpty())
+        return;
+    Finding finding = problemAt(setting, isInIdentifier ? Severity::Error : Severity::Warning,
+                                "line-break", {places.first(), 1});
+    QString message = QStringLiteral("%1, contains a line break, which becomes part of the text")
+                          .arg(describeField(setting.kind, finding.field));
+    if (places.size() > 1)
+        message += QStringLiteral("; %1 records contain line breaks").arg(places.size());
+    add(setting, finding, message);
 }
 
-void checkAccepted(Setting &setting, const Record &record)
+void checkRecord(Setting &setting, const Record &record)
 {
+    if (!record.isAccepted()) {
+        setting.findings.append(wrongFieldCount(setting, record));
+        return;
+    }
     checkIdentifier(setting, record);
     for (int field = 1; field <= provisioning::FieldCount; ++field) {
-        if (isNumberField(*setting.kind, field))
+        if (fieldNames(setting.kind).at(field - 1).isNumber)
             checkNumber(setting, record, field);
     }
 }
 
 } // namespace
 
+QString identifierOf(const Record &record)
+{
+    const QString &text = record.fields.first().text;
+    const auto start = std::find_if_not(text.cbegin(), text.cend(), isLineBreak);
+    return text.mid(static_cast<int>(std::distance(text.cbegin(), start)));
+}
+
 void checkRecords(Setting &setting)
 {
-    const Habits habits(setting.records);
-    for (int index = 0; index < setting.records.size(); ++index) {
-        const Record &record = setting.records.at(index);
+    const QList<Record> records = setting.records;
+    for (const Record &record : records) {
         if (record.length == 0)
-            setting.findings.append(emptyRecord(setting, index));
-        else if (record.isAccepted())
-            checkAccepted(setting, record);
-        else
-            setting.findings.append(wrongFieldCount(setting, index, habits));
-        for (int field = 1; field <= record.fields.size(); ++field)
-            checkWords(setting, record, field);
-        checkLineBreaks(setting, record);
+            addEmptyRecord(setting, record);
+        else if (!isBlank(setting, record))
+            checkRecord(setting, record);
+        checkWords(setting, record);
     }
+    checkLineBreaks(setting);
 }
 
 } // namespace defaults

@@ -4,9 +4,12 @@
 
 namespace defaults {
 
-/// Adds to the setting's findings what is wrong with its records, each by itself: fields too many
-/// or too few, empty records, numbers that are none, empty identifiers, words and line breaks that
-/// do not come out as they are written.
+/// Finds what is wrong with single records: the number of fields, empty records, numbers, empty
+/// identifiers, placeholder words and line breaks.
 void checkRecords(Setting &setting);
+
+/// The identifier of a record, without line breaks at its start: these are reported once, and must
+/// not make every comparison fail.
+QString identifierOf(const provisioning::Record &record);
 
 } // namespace defaults

@@ -8,16 +8,16 @@
 
 namespace defaults {
 
-/// What was found, as objects: file, record, field and fieldName (null for a record as a whole),
-/// column, severity, code, message; and character, which counts in the whole text.
+/// All problems as rows: file, record, field and fieldName (null for a whole record), column,
+/// severity, code, message; character counts in the whole text.
 output::Listing listingOf(const QList<Setting> &settings);
 
-/// What was found in one setting, as people and editors read it:
-/// `FILE:RECORD:FIELD:COLUMN: error: ...`, then the text and a mark below the place. FIELD is 0 for
-/// a record as a whole; COLUMN counts characters from 1 in the record.
-QStringList linesOf(const Setting &setting, const output::Terminal &terminal);
+/// The problems for people and editors: `FILE:RECORD:FIELD:COLUMN: error: ...`, then the text with
+/// the place marked, or the fields of a record that has too many or too few. Of many problems the
+/// first 50 are shown, then the number of the others.
+QStringList linesOf(const QList<Setting> &settings, const output::Terminal &terminal);
 
-/// "2 errors, 1 warning in 2 files", or "DefaultKeys: 24 keys, no complaint".
+/// "2 errors, 1 warning in 2 files", or "DefaultKeys: 24 keys, no problems".
 QString summaryOf(const QList<Setting> &settings);
 
 int countOf(const QList<Setting> &settings, Severity severity);

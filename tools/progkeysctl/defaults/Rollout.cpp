@@ -3,7 +3,6 @@
 #include "defaults/RecordChecks.h"
 #include "defaults/RolloutChecks.h"
 #include "files/Files.h"
-#include "outcome/Failure.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,86 +12,114 @@
 namespace defaults {
 namespace {
 
-const QString LimitName = QStringLiteral("ProgKeysMax");
-
-QString directoryOf(const QString &file)
+class Reader
 {
-    return file == files::StandardStream ? QString() : QFileInfo(file).absolutePath();
+public:
+    explicit Reader(const RolloutSources &sources) : m_sources(sources) {}
+    Rollout read();
+
+private:
+    Kind kindOf(const QString &file) const;
+    void setDirectory(const QString &path);
+    void add(Kind kind, const QString &file);
+    void addFromDirectory();
+
+    const RolloutSources &m_sources;
+    Rollout m_rollout;
+};
+
+Kind Reader::kindOf(const QString &file) const
+{
+    const std::optional<Kind> implied = kindOfFile(file);
+    if (!implied && !m_sources.kind)
+        throw unknownKind(file, m_sources.unknownKindAdvice);
+    return implied ? *implied : *m_sources.kind;
 }
 
-bool isLimit(const QString &file)
+void Reader::setDirectory(const QString &path)
 {
-    return QFileInfo(file).fileName() == LimitName;
+    if (!m_rollout.directory.isEmpty())
+        throw Failure{
+            ExitStatus::Usage,
+            QStringLiteral("%1 and %2 are both directories").arg(m_rollout.directory, path),
+            QStringLiteral("Specify one rollout at a time.")};
+    m_rollout.directory = path;
 }
 
-Kind kindOf(const QString &file, const CheckRequest &request)
+void Reader::add(Kind kind, const QString &file)
 {
-    const std::optional<Kind> told = kindOfFile(file);
-    if (told)
-        return *told;
-    if (request.kind)
-        return *request.kind;
-    throw unknownKind(file, QStringLiteral("Say so with --kind actions or --kind keys."));
-}
-
-Setting readFile(const QString &file, const CheckRequest &request)
-{
-    if (isLimit(file))
-        return readSetting(file, std::nullopt, files::readAll(file));
-    const Kind kind = kindOf(file, request);
-    return readSetting(file, kind, files::readAll(file));
-}
-
-// The limit of a directory is part of its rollout even if nobody named it.
-void addLimits(QList<Setting> &settings)
-{
-    QStringList directories;
-    for (const Setting &setting : std::as_const(settings)) {
-        if (!setting.kind)
-            directories.append(directoryOf(setting.file));
+    for (const auto &[otherKind, other] : m_rollout.settings) {
+        if (file == files::StandardStream && other.file == files::StandardStream)
+            throw Failure{
+                ExitStatus::Usage, QStringLiteral("Standard input can be read only once"), {}};
+        if (otherKind == kind)
+            throw Failure{
+                ExitStatus::Usage,
+                QStringLiteral("%1 and %2 are both %3").arg(other.file, file, settingName(kind)),
+                QStringLiteral("Specify one of them.")};
     }
-    const QList<Setting> given = settings;
-    for (const Setting &setting : given) {
-        const QString limit = QFileInfo(setting.file).dir().filePath(LimitName);
-        if (setting.kind != Kind::Keys || setting.file == files::StandardStream ||
-            directories.contains(directoryOf(setting.file)) || !QFileInfo::exists(limit))
+    m_rollout.settings.emplace(kind, readSetting(file, kind, files::readAll(file)));
+}
+
+void Reader::addFromDirectory()
+{
+    bool isEmpty = true;
+    for (const Kind kind : {Kind::Actions, Kind::Keys, Kind::Limit}) {
+        const QString file = QDir::cleanPath(QDir(m_rollout.directory).filePath(settingName(kind)));
+        if (!QFileInfo::exists(file))
             continue;
-        directories.append(directoryOf(setting.file));
-        settings.append(readSetting(QDir::cleanPath(limit), std::nullopt, files::readAll(limit)));
+        isEmpty = false;
+        if (!m_rollout.find(kind))
+            add(kind, file);
     }
+    if (isEmpty)
+        throw Failure{
+            ExitStatus::Failed,
+            QStringLiteral("%1 contains none of the files DefaultActions, DefaultKeys and "
+                           "ProgKeysMax")
+                .arg(m_rollout.directory),
+            {}};
 }
 
-// The settings that go with `file`: those of its directory, or all there are.
-template <typename Wanted>
-QList<const Setting *> fellows(const QList<Setting> &settings, const QString &file, Wanted isWanted)
+Rollout Reader::read()
 {
-    QList<const Setting *> near;
-    QList<const Setting *> all;
-    for (const Setting &setting : settings) {
-        if (!isWanted(setting))
-            continue;
-        all.append(&setting);
-        if (directoryOf(setting.file) == directoryOf(file))
-            near.append(&setting);
+    for (const auto &[kind, file] : m_sources.files)
+        add(kind, file);
+    for (const QString &path : m_sources.paths) {
+        if (QFileInfo(path).isDir())
+            setDirectory(path);
+        else
+            add(kindOf(path), path);
     }
-    return near.isEmpty() ? all : near;
+    if (!m_rollout.directory.isEmpty())
+        addFromDirectory();
+    return m_rollout;
 }
 
-void checkKeys(Setting &keys, const CheckRequest &request, CheckResult &result)
+// The limit in the directory of the keys applies even if only the keys are checked.
+void addLimitBeside(Rollout &rollout)
 {
-    const auto isOfActions = [](const Setting &setting) { return setting.kind == Kind::Actions; };
-    const auto isOfLimit = [](const Setting &setting) { return !setting.kind; };
-    checkPlaces(keys);
-    const auto actions = fellows(result.settings, keys.file, isOfActions);
-    if (actions.isEmpty())
-        result.keysAlone.append(keys.file);
-    else
-        checkActions(keys, actions);
-    const auto limits = fellows(result.settings, keys.file, isOfLimit);
-    if (request.limit)
-        checkLimit(keys, *request.limit);
-    else if (!limits.isEmpty())
-        checkLimit(keys, limits.first()->text.toInt());
+    const Setting *keys = rollout.find(Kind::Keys);
+    if (!keys || rollout.find(Kind::Limit) || keys->file == files::StandardStream)
+        return;
+    const QString file = QFileInfo(keys->file).dir().filePath(settingName(Kind::Limit));
+    if (QFileInfo::exists(file))
+        rollout.settings.emplace(
+            Kind::Limit, readSetting(QDir::cleanPath(file), Kind::Limit, files::readAll(file)));
+}
+
+void checkKeys(Rollout &rollout, std::optional<int> limit)
+{
+    const auto keys = rollout.settings.find(Kind::Keys);
+    if (keys == rollout.settings.end() || !keys->second.isReadable)
+        return;
+    checkPlaces(keys->second);
+    const Setting *actions = rollout.find(Kind::Actions);
+    if (actions && actions->isReadable)
+        checkActionsOf(keys->second, *actions);
+    const Setting *file = rollout.find(Kind::Limit);
+    if (limit || file)
+        checkLimit(keys->second, limit ? *limit : file->text.toInt());
 }
 
 void sort(QList<Finding> &findings)
@@ -106,31 +133,36 @@ void sort(QList<Finding> &findings)
 
 } // namespace
 
-CheckResult checkFiles(const CheckRequest &request)
+const Setting *Rollout::find(Kind kind) const
 {
-    if (request.files.count(files::StandardStream) > 1)
-        throw Failure{ExitStatus::Usage, QStringLiteral("Standard input can be read only once"),
-                      QStringLiteral("Name the files.")};
-    CheckResult result;
-    for (const QString &file : request.files)
-        result.settings.append(readFile(file, request));
-    if (!request.limit)
-        addLimits(result.settings);
-    for (Setting &setting : result.settings) {
-        if (setting.kind)
-            checkRecords(setting);
-        if (setting.kind == Kind::Actions)
-            checkIdentifiers(setting);
-        else if (!setting.kind)
+    const auto found = settings.find(kind);
+    return found == settings.end() ? nullptr : &found->second;
+}
+
+Rollout readRollout(const RolloutSources &sources)
+{
+    return Reader(sources).read();
+}
+
+QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit)
+{
+    if (!limit)
+        addLimitBeside(rollout);
+    for (auto &[kind, setting] : rollout.settings) {
+        if (setting.isReadable && kind == Kind::Limit)
             checkLimitText(setting);
+        else if (setting.isReadable)
+            checkRecords(setting);
+        if (setting.isReadable && kind == Kind::Actions)
+            checkIdentifiers(setting);
     }
-    for (Setting &setting : result.settings) {
-        if (setting.kind == Kind::Keys)
-            checkKeys(setting, request, result);
-    }
-    for (Setting &setting : result.settings)
+    checkKeys(rollout, limit);
+    QList<Setting> settings;
+    for (auto &[kind, setting] : rollout.settings) {
         sort(setting.findings);
-    return result;
+        settings.append(setting);
+    }
+    return settings;
 }
 
 } // namespace defaults

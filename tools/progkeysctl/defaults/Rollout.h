@@ -4,31 +4,37 @@
 
 #include <QStringList>
 
-#include <optional>
+#include <map>
 
 namespace defaults {
 
-/// Which files are to be checked, and what they do not say themselves.
-struct CheckRequest
+/// Where the settings of a rollout are.
+struct RolloutSources
 {
-    QStringList files;        ///< `-` is stdin
-    std::optional<Kind> kind; ///< of files whose name does not tell
-    std::optional<int> limit; ///< keys of the set; else what `ProgKeysMax` says, if it is there
+    QStringList paths;             ///< files, `-` for stdin, and at most one directory
+    std::optional<Kind> kind;      ///< of files whose names do not imply it
+    std::map<Kind, QString> files; ///< files of a known kind, `-` for stdin
+    QString unknownKindAdvice;     ///< how to specify the kind of a file
 };
 
-/// The settings that were looked at, with what was found in them.
-struct CheckResult
+/// The settings that a rollout consists of; one that is not there has no entry.
+struct Rollout
 {
-    QList<Setting> settings; ///< in the order of the files; `ProgKeysMax` after what it limits
-    QStringList keysAlone;   ///< files of keys that no actions were given for
+    std::map<Kind, Setting> settings;
+    QString directory; ///< empty if there is none
+
+    const Setting *find(Kind kind) const;
 };
 
-/// Reads and checks the files. Keys are held against the actions of the same directory if they were
-/// given, else against all actions given; likewise the limit, which is also taken from the
-/// directory if it was not given.
+/// Reads a rollout: the files and, for the settings that none of them is, the files in the
+/// directory that have the names of the settings.
 ///
-/// Throws a Failure: of status Usage if the kind of a file is not known, of status Failed if one
-/// cannot be read.
-CheckResult checkFiles(const CheckRequest &request);
+/// Throws a Failure of status Usage if the kind of a file is unknown, or if two files are the same
+/// setting; of status Failed if a file cannot be read or the directory contains no setting.
+Rollout readRollout(const RolloutSources &sources);
+
+/// Checks all settings. Keys are compared with the actions, and with the limit: the given one, else
+/// ProgKeysMax of the rollout or beside the keys. Returns the settings, problems included.
+QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit);
 
 } // namespace defaults

@@ -6,20 +6,20 @@ namespace defaults {
 
 /// Checks of accepted records against each other. Each adds to the findings of its first argument.
 
-/// Identifiers that an earlier action has already.
+/// Identifiers that an earlier action has, or that differ from one only in case or blanks.
 void checkIdentifiers(Setting &actions);
 
-/// Keys in a place that an earlier key has already.
+/// Keys at the same place as an earlier key.
 void checkPlaces(Setting &keys);
 
-/// Keys whose identifier no record of these settings of actions has.
-void checkActions(Setting &keys, const QList<const Setting *> &actions);
+/// Keys whose identifier no action has. Those of a refused action are not reported: the action is.
+void checkActionsOf(Setting &keys, const Setting &actions);
 
-/// Keys of the set beyond the limit. Those without an action, found before, do not count: they are
-/// dropped.
+/// Keys of the set beyond the limit. Keys without an action, found before, do not count: the phone
+/// drops them.
 void checkLimit(Setting &keys, int limit);
 
-/// A text of the setting `ProgKeysMax` that is no number, and so counts as 0.
+/// A limit that is not a number, and so becomes 0.
 void checkLimitText(Setting &limit);
 
 } // namespace defaults

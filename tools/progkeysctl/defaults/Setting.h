@@ -1,46 +1,65 @@
 #pragma once
 
-#include "defaults/Finding.h"
 #include "defaults/Kind.h"
 #include "provisioning/ProvisioningText.h"
 
 #include <QByteArray>
 
-#include <optional>
-
 namespace defaults {
 
-/// The text of a setting as it stands in a file, and what there is to complain of.
-struct Setting
+/// Part of a text, in QChars from 0.
+struct Span
 {
-    QString file;
-    std::optional<Kind> kind; ///< nothing for the limit, which is a number
-    QString text;
-    QList<provisioning::Record> records; ///< none for an empty text: nothing is provisioned
-    QList<Finding> findings;
+    int start = 0;
+    int length = 0;
+
+    int end() const { return start + length; }
 };
 
-/// The setting that a file with these bytes is. One newline at the end is dropped, as it is when
-/// the setting is delivered. What of it cannot be delivered is found: bytes that are not UTF-8, a
-/// byte order mark, U+0000.
-Setting readSetting(const QString &file, std::optional<Kind> kind, QByteArray bytes);
-
-/// The part of the text that a record or a field is.
+/// The part of the text that a record or field occupies.
 template <typename Part>
 Span spanOf(const Part &part)
 {
     return {part.start, part.length};
 }
 
-/// How many characters, as Unicode counts them, stand in that part of the text.
+enum class Severity { Warning, Error };
+
+/// A problem in a setting, and where it is.
+struct Finding
+{
+    Severity severity = Severity::Error;
+    QString code; ///< identifies the kind of problem; stays the same when the message changes
+    QString message;
+    int record = 1; ///< from 1; refused and empty records count
+    int field = 0;  ///< from 1; 0 for the whole record
+    Span place;
+};
+
+/// The text of a setting, and the problems found in it.
+struct Setting
+{
+    QString file;
+    Kind kind = Kind::Actions;
+    QString text;
+    QList<provisioning::Record> records; ///< none if the text is empty or the limit
+    QList<Finding> findings;
+    bool isReadable = true; ///< encoding and format are right; else nothing more is checked
+};
+
+/// The setting in a file with this content, without one newline at the end. Finds what cannot be
+/// delivered to a phone: another encoding or format than the text of a setting, a byte order mark,
+/// U+0000.
+Setting readSetting(const QString &file, Kind kind, QByteArray bytes);
+
+/// The number of Unicode characters in that part of the text.
 int characters(const QString &text, const Span &part);
 
-/// A complaint of a record or, with `field` from 1, of one of its fields, to be placed exactly.
-Finding complaint(Severity severity, const char *code, const provisioning::Record &record,
-                  int field = 0);
+/// A problem with a record or, if `field` is not 0, with one of its fields.
+Finding problem(Severity severity, const char *code, const provisioning::Record &record,
+                int field = 0);
 
-/// The record, and the field from 1, that the index into the text belongs to. The text must have
-/// records; a separator belongs to what it ends.
-Finding complaintAt(const Setting &setting, Severity severity, const char *code, const Span &place);
+/// A problem at a place in the text.
+Finding problemAt(const Setting &setting, Severity severity, const char *code, const Span &place);
 
 } // namespace defaults

@@ -2,6 +2,7 @@
 
 #include "outcome/Failure.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -13,27 +14,35 @@ namespace {
 
 [[noreturn]] void throwReadFailure(const QString &file, const QString &reason)
 {
-    throw Failure{
-        ExitStatus::Failed, QStringLiteral("%1 cannot be read: %2").arg(file, reason), {}};
-}
-
-[[noreturn]] void throwWriteFailure(const QString &file, const QFileDevice &target)
-{
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("%1 cannot be written: %2").arg(file, target.errorString()),
+                  QStringLiteral("Cannot read %1: %2").arg(displayName(file), reason),
                   {}};
 }
 
-// A pipe or a device is written to: to save a file would put that in its place.
-void writeThrough(const QString &file, const QByteArray &bytes)
+// A pipe, a device, or another name of an open file: a new file must not take its place.
+bool isStream(const QString &file)
 {
-    QFile target(file);
-    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
-        !target.flush())
-        throwWriteFailure(file, target);
+    const QFileInfo info(file);
+    const QString path = QDir::cleanPath(info.absoluteFilePath());
+    return path.startsWith(QLatin1String("/dev/")) || path.startsWith(QLatin1String("/proc/")) ||
+           (info.exists() && !info.isFile() && !info.isDir());
+}
+
+void throwUnless(bool isWritten, const QFileDevice &target)
+{
+    if (!isWritten)
+        throw Failure{
+            ExitStatus::Failed,
+            QStringLiteral("Cannot write %1: %2").arg(target.fileName(), target.errorString()),
+            {}};
 }
 
 } // namespace
+
+QString displayName(const QString &file)
+{
+    return file == StandardStream ? QStringLiteral("standard input") : file;
+}
 
 QByteArray readAll(const QString &file)
 {
@@ -52,15 +61,19 @@ QByteArray readAll(const QString &file)
 
 void writeWhole(const QString &file, const QByteArray &bytes)
 {
-    const QFileInfo there(file);
-    if (there.exists() && !there.isFile() && !there.isDir()) {
-        writeThrough(file, bytes);
+    if (isStream(file)) {
+        QFile target(file);
+        const QIODevice::OpenMode mode = QFileInfo(file).isFile()
+                                             ? QIODevice::WriteOnly | QIODevice::Append
+                                             : QIODevice::WriteOnly;
+        throwUnless(target.open(mode) && target.write(bytes) == bytes.size() && target.flush(),
+                    target);
         return;
     }
     QSaveFile target(file);
-    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
-        !target.commit())
-        throwWriteFailure(file, target);
+    throwUnless(target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() &&
+                    target.commit(),
+                target);
 }
 
 } // namespace files

@@ -5,14 +5,17 @@
 
 namespace files {
 
-/// Stands for stdin, or stdout, in the place of a file.
+/// Stands for stdin or stdout where a file is expected.
 const QLatin1String StandardStream("-");
 
-/// Everything that the file, or stdin, has. Throws a Failure if it cannot be read.
+/// How messages call a file: its path, or "standard input".
+QString displayName(const QString &file);
+
+/// The content of the file or of stdin. Throws a Failure if it cannot be read.
 QByteArray readAll(const QString &file);
 
-/// Makes these bytes the content of the file: all of them or, with a Failure, none. A pipe or a
-/// device is written to as it is. Throws a Failure if that cannot be.
+/// Replaces the content of the file: completely or, with a Failure, not at all. Pipes, devices and
+/// open files such as /dev/stdout are appended to instead.
 void writeWhole(const QString &file, const QByteArray &bytes);
 
 } // namespace files

@@ -14,7 +14,7 @@ PlanTarget::PlanTarget(ListAction actions, ListKey keys, std::optional<int> limi
         m_places.insert(m_stored.at(place).idAction, place);
 }
 
-// The database numbers new rows upward, so they come after those that are there.
+// New rows get the highest ids, so they come last.
 std::optional<Action> PlanTarget::actionWithDmId(const QString &dmId)
 {
     for (const ListAction &actions : {m_stored, m_added}) {
@@ -44,7 +44,7 @@ void PlanTarget::modifyAction(const Action &action)
     m_modified.insert(action.idAction);
 }
 
-// Only provisioned ones are asked to go, and those are never deleted.
+// The merge asks only for provisioned actions, which the service never deletes.
 void PlanTarget::deleteAction(qlonglong idAction)
 {
     m_toBeDeleted.insert(idAction);
@@ -58,17 +58,17 @@ void PlanTarget::deleteProvisionedKeys()
 
 void PlanTarget::createKey(const Key &key)
 {
-    const int setKeys = countSetKeys();
-    const bool isMade = key.type != KeyType::Set || !m_limit || setKeys < *m_limit;
-    m_keyRequests.append({key, isMade, setKeys});
-    if (isMade)
+    const bool isCreated = hasRoomFor(key);
+    m_keyRequests.append({key, isCreated});
+    if (isCreated)
         m_keys.append(key);
 }
 
-int PlanTarget::countSetKeys() const
+bool PlanTarget::hasRoomFor(const Key &key) const
 {
-    const auto isOfTheSet = [](const Key &key) { return key.type == KeyType::Set; };
-    return static_cast<int>(std::count_if(m_keys.cbegin(), m_keys.cend(), isOfTheSet));
+    const auto isOfSet = [](const Key &each) { return each.type == KeyType::Set; };
+    return !m_limit || !isOfSet(key) ||
+           std::count_if(m_keys.cbegin(), m_keys.cend(), isOfSet) < *m_limit;
 }
 
 } // namespace defaults

@@ -9,21 +9,21 @@
 
 namespace defaults {
 
-/// The rows of a phone in memory, under the service's own rules, for a merge to be tried on. It
-/// notes what it was asked.
+/// The rows of a phone in memory, under the rules of the service, to try a merge on. Records what
+/// the merge asked for.
 class PlanTarget : public provisioning::MergeTarget
 {
 public:
-    /// A key that was asked for.
+    /// A key that the merge asked to create.
     struct KeyRequest
     {
         Key key;
-        bool isMade = false;
-        int setKeys = 0; ///< keys of the set at that moment
+        bool isCreated = false; ///< false if the key limit is reached
     };
 
     PlanTarget(ListAction actions, ListKey keys, std::optional<int> limit);
 
+    bool isLogged() const override { return false; }
     ListAction allActions() override { return m_stored; }
     std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
@@ -32,9 +32,9 @@ public:
     void deleteProvisionedKeys() override;
     void createKey(const Key &key) override;
 
-    /// The actions that were there from the beginning, in their order, as they are now.
+    /// The actions that the phone had before, in the same order, as they are now.
     const ListAction &stored() const { return m_stored; }
-    /// Those that came, under numbers that stand for ones not known yet.
+    /// The new actions, with placeholders for the ids that are not known yet.
     const ListAction &added() const { return m_added; }
     bool isNew(qlonglong idAction) const { return !m_places.contains(idAction); }
     bool wasModified(qlonglong idAction) const { return m_modified.contains(idAction); }
@@ -42,13 +42,13 @@ public:
     const QList<KeyRequest> &keyRequests() const { return m_keyRequests; }
 
 private:
-    int countSetKeys() const;
+    bool hasRoomFor(const Key &key) const;
 
     ListAction m_stored;
     ListAction m_added;
     ListKey m_keys;
     std::optional<int> m_limit;
-    QHash<qlonglong, int> m_places; ///< of stored actions
+    QHash<qlonglong, int> m_places; ///< of the stored actions
     qlonglong m_nextId;
     QSet<qlonglong> m_modified;
     QSet<qlonglong> m_toBeDeleted;

@@ -1,13 +1,8 @@
 #include "planning/Plan.h"
-#include "planning/PlanListing.h"
-#include "planning/PlanWarnings.h"
 #include "support/LogCapture.h"
 #include "support/TestMain.h"
 
-#include <zelcore/ZELLogger.h>
-
 using defaults::Plan;
-using defaults::PlannedSettings;
 
 Q_DECLARE_METATYPE(std::optional<int>)
 
@@ -58,28 +53,25 @@ Plan plan(const QByteArray &actions, const QByteArray &keys, std::optional<int> 
     return defaults::planOf(Actions, Keys, {text(actions), text(keys), limit});
 }
 
-// The rows of the listing, each the words of its fields that are not null.
+// The rows, each the values of its columns that are not null; `new` and `old` of whole rows and the
+// text for people are left out.
 QStringList rowsOf(const Plan &plan)
 {
-    const output::Listing listing = defaults::listingOf(plan);
     QStringList rows;
-    for (const QJsonObject &row : listing.rows) {
+    for (const QJsonObject &row : plan.rows) {
+        const bool hasField = !row.value(QStringLiteral("field")).isNull();
         QStringList words;
-        for (const output::Column &column : listing.columns) {
-            if (!row.value(column.name).isNull())
-                words.append(output::displayText(row.value(column.name)));
+        for (const char *name :
+             {"what", "kind", "id", "dmId", "field", "old", "new", "record", "reason"}) {
+            const QString column = QString::fromLatin1(name);
+            const bool isDescription =
+                !hasField && (column == QLatin1String("old") || column == QLatin1String("new"));
+            if (!isDescription && !row.value(column).isNull())
+                words.append(output::displayText(row.value(column)));
         }
         rows.append(words.join(QLatin1Char(' ')));
     }
     return rows;
-}
-
-QStringList codesOf(const QList<defaults::PlanWarning> &warnings)
-{
-    QStringList codes;
-    for (const defaults::PlanWarning &warning : warnings)
-        codes.append(warning.code);
-    return codes;
 }
 
 void addRow(const char *name, const QByteArray &actions, const QByteArray &keys,
@@ -96,17 +88,15 @@ class PlanTest : public QObject
     Q_OBJECT
 
 private slots:
-    void everyRowIsToldOf_data();
-    void everyRowIsToldOf();
-    void keysOfALeftActionAreCounted();
-    void aKeyOfANewActionNamesNoNumber();
-    void anOrphanBoundToTheReservedNumberIsNotTheSameAsAKeyOfANewAction();
-    void emptyIdentifiersAreWarnedOf_data();
-    void emptyIdentifiersAreWarnedOf();
-    void nothingIsLoggedAndTheLevelStays();
+    void eachOutcomeIsARow_data();
+    void eachOutcomeIsARow();
+    void aRowThatIsAddedHasItsContent();
+    void aKeyOfAMissingActionIsNotTheSameAsOneOfANewAction();
+    void theListingSumsUp();
+    void nothingIsLogged();
 };
 
-void PlanTest::everyRowIsToldOf_data()
+void PlanTest::eachOutcomeIsARow_data()
 {
     QTest::addColumn<QByteArray>("actions");
     QTest::addColumn<QByteArray>("keys");
@@ -115,67 +105,82 @@ void PlanTest::everyRowIsToldOf_data()
     QTest::addColumn<bool>("hasChanges");
     const QString first = QStringLiteral("kept action 3 D1");
     const QString second = QStringLiteral("kept action 5 D2");
-    const QStringList keys{QStringLiteral("kept key 1 D1"), QStringLiteral("kept key 2 D2")};
-    const QStringList kept = QStringList{first, second} + keys;
+    const QStringList actions{first, second};
+    const QString firstKey = QStringLiteral("kept key 1 D1 1");
+    const QString secondKey = QStringLiteral("kept key 2 D2 2");
+    const QStringList keys{firstKey, secondKey};
+    const QString withdrawn = QStringLiteral("withdrawn action 3 D1 stays in the database");
+    const QString used = QStringLiteral("withdrawn action 5 D2 stays in the database, user keys "
+                                        "that trigger it: 1");
+    const QStringList removed{QStringLiteral("removed key 1 D1"),
+                              QStringLiteral("removed key 2 D2")};
 
-    addRow("the same again is no change", SameActions, SameKeys, kept, false);
-    addRow("the order of the records is no change", "D2,1,,,,Door,#D1,1,,,,Desk,",
+    addRow("the same settings change nothing", SameActions, SameKeys, actions + keys, false);
+    addRow("the order of the records changes nothing", "D2,1,,,,Door,#D1,1,,,,Desk,",
            "D2,home,1,,1,0,0#D1,home,0,,0,0,0",
-           {first, second, QStringLiteral("kept key 2 D2"), QStringLiteral("kept key 1 D1")},
+           actions +
+               QStringList{QStringLiteral("kept key 2 D2 1"), QStringLiteral("kept key 1 D1 2")},
            false);
-    addRow("empty settings leave the actions and take the keys", "", "",
-           {QStringLiteral("left action 3 D1"), QStringLiteral("left action 5 D2"),
-            QStringLiteral("removed key 1 D1"), QStringLiteral("removed key 2 D2")},
-           true);
-    addRow("a change is told field by field", "D1,2,,,,New,#D2,1,,,,Door,", SameKeys,
+    addRow("empty settings leave the actions and remove the keys", "", "",
+           QStringList{withdrawn, used} + removed, true);
+    addRow("a change has a row for each field", "D1,2,,,,New,#D2,1,,,,Door,", SameKeys,
            QStringList{QStringLiteral("changed action 3 D1 type 1 2"),
                        QStringLiteral("changed action 3 D1 label Desk New"), second} +
                keys,
            true);
-    addRow("the last content of a repeated identifier wins where the action is stored",
-           "D1,1,,,,Other,#D2,1,,,,Door,#D1,1,,,,Desk,", SameKeys, kept, false);
-    addRow("both of a repeated identifier are added where it is new",
+    addRow("the last record of a repeated identifier applies to a stored action",
+           "D1,1,,,,Other,#D2,1,,,,Door,#D1,1,,,,Desk,", SameKeys, actions + keys, false);
+    addRow("each record of a repeated identifier is added as a new action",
            QByteArray(SameActions) + "#N,1,,,,A,#N,1,,,,B,", SameKeys,
-           QStringList{QStringLiteral("added action N"), QStringLiteral("added action N")} + kept,
+           actions +
+               QStringList{QStringLiteral("added action N"), QStringLiteral("added action N")} +
+               keys,
            true);
-    addRow("a key that moves is changed", SameActions, "D1,home,9,,0,0,0#D2,home,1,,1,0,0",
-           {first, second, QStringLiteral("changed key 1 D1 position 0 9"),
-            QStringLiteral("kept key 2 D2")},
+    addRow("a key at another position is changed", SameActions, "D1,home,9,,0,0,0#D2,home,1,,1,0,0",
+           actions + QStringList{QStringLiteral("changed key 1 D1 position 0 9 1"), secondKey},
            true);
     addRow("of several keys the one at the same place is the successor", SameActions,
            "D1,home,9,,0,0,0#D1,home,0,bell,0,0,0#D2,home,1,,1,0,0",
-           {first, second, QStringLiteral("added key D1"),
-            QStringLiteral("changed key 1 D1 icon  bell"), QStringLiteral("kept key 2 D2")},
+           actions + QStringList{QStringLiteral("added key D1 1"),
+                                 QStringLiteral("changed key 1 D1 icon  bell 2"),
+                                 QStringLiteral("kept key 2 D2 3")},
            true);
     addRow("a key without an action is dropped", SameActions,
            QByteArray(SameKeys) + "#none,home,5,,0,0,0",
-           kept + QStringList{QStringLiteral("dropped key none 3 no action")}, false);
-    addRow("a key is bound to an action that was withdrawn", "D2,1,,,,Door,", SameKeys,
-           QStringList{second, QStringLiteral("left action 3 D1")} + keys, false);
-    addRow("keys of users count against the limit", SameActions, SameKeys,
-           {first, second, QStringLiteral("kept key 2 D2"), QStringLiteral("removed key 1 D1"),
-            QStringLiteral("dropped key D1 1 limit")},
-           true, 2);
-    addRow("the limit has room", SameActions, SameKeys, kept, false, 3);
-    addRow("a limit below 0 is as one of 0", SameActions, "D1,home,0,,0,0,0",
-           {first, second, QStringLiteral("removed key 1 D1"), QStringLiteral("removed key 2 D2"),
-            QStringLiteral("dropped key D1 1 limit")},
-           true, -1);
-    addRow("refused records are told with their number", QByteArray("D1,too,few#") + SameActions,
-           QByteArray(SameKeys) + "#",
-           kept + QStringList{QStringLiteral("refused action  1 3 instead of 7 fields"),
-                              QStringLiteral("refused key  3 1 instead of 7 fields")},
+           actions + QStringList{QStringLiteral("dropped key none 3 no such action")} + keys,
            false);
-    addRow("an empty identifier overwrites what has none, and its key comes besides",
-           QByteArray(SameActions) + "#,1,,,,Mine,", QByteArray(SameKeys) + "#,home,4,,0,0,0",
-           QStringList{QStringLiteral("changed action -1  type -1 1"),
-                       QStringLiteral("changed action -1  label  Mine"), first, second,
-                       QStringLiteral("kept action 7 ")} +
-               keys + QStringList{QStringLiteral("added key ")},
+    addRow("a key triggers an action that was withdrawn", "D2,1,,,,Door,", SameKeys,
+           QStringList{withdrawn, second} + keys, false);
+    addRow("keys of users count towards the limit", SameActions, SameKeys,
+           actions + QStringList{QStringLiteral("dropped key D1 1 key limit reached"), secondKey,
+                                 removed.first()},
+           true, 2);
+    addRow("the limit is not reached", SameActions, SameKeys, actions + keys, false, 3);
+    addRow("a negative limit is like 0", SameActions, "D1,home,0,,0,0,0",
+           actions + QStringList{QStringLiteral("dropped key D1 1 key limit reached")} + removed,
+           true, -1);
+    addRow("refused records have their numbers", QByteArray("D1,too,few#") + SameActions,
+           QByteArray(SameKeys) + "#",
+           actions + keys +
+               QStringList{QStringLiteral("refused action  1 3 instead of 7 fields"),
+                           QStringLiteral("refused key  3 1 instead of 7 fields")},
+           false);
+    addRow("an action without identifier overwrites all that have none",
+           QByteArray(SameActions) + "#,1,,,,New,", QByteArray(SameKeys) + "#,home,4,,0,0,0",
+           QStringList{QStringLiteral("changed action -1  type -1 1 no identifier: overwrites the "
+                                      "reserved action"),
+                       QStringLiteral("changed action -1  label  New no identifier: overwrites "
+                                      "the reserved action"),
+                       first, second,
+                       QStringLiteral("changed action 7  label Mine New no identifier: overwrites "
+                                      "a user's action")} +
+               keys +
+               QStringList{QStringLiteral("added key  3 no identifier: becomes a user's "
+                                          "key, another at each start")},
            true);
 }
 
-void PlanTest::everyRowIsToldOf()
+void PlanTest::eachOutcomeIsARow()
 {
     QFETCH(QByteArray, actions);
     QFETCH(QByteArray, keys);
@@ -184,76 +189,57 @@ void PlanTest::everyRowIsToldOf()
     const Plan found = plan(actions, keys, limit);
     QCOMPARE(rowsOf(found), rows);
     QTEST(found.hasChanges(), "hasChanges");
+    QCOMPARE(found.hasRefusedRecords(),
+             rows.join(QLatin1Char('|')).contains(QLatin1String("refused")));
 }
 
-void PlanTest::keysOfALeftActionAreCounted()
+void PlanTest::aRowThatIsAddedHasItsContent()
 {
-    const Plan found = plan("", "D2,home,1,,1,0,0#D2,home,2,,1,0,0");
-    QCOMPARE(found.left.size(), 2);
-    const defaults::LeftAction &left = found.left.last();
-    QCOMPARE(left.action.dmId, QStringLiteral("D2"));
-    QCOMPARE(left.removedKeys, 1);
-    QCOMPARE(left.madeKeys, 2);
-    QCOMPARE(left.userKeys, 1);
+    const Plan found = plan("N,1,call,,,New,#,1,,,,None,", "N,home,0,,0,0,0");
+    const auto contentOf = [&](const char *dmId, const char *kind) {
+        for (const QJsonObject &row : found.rows) {
+            if (row.value(QStringLiteral("dmId")) == QLatin1String(dmId) &&
+                row.value(QStringLiteral("kind")) == QLatin1String(kind))
+                return row.value(QStringLiteral("content")).toObject();
+        }
+        return QJsonObject();
+    };
+    const QJsonObject action = contentOf("N", "action");
+    QCOMPARE(action.value(QStringLiteral("label")), QJsonValue(QStringLiteral("New")));
+    QVERIFY(action.value(QStringLiteral("idAction")).isNull());
+    const QJsonObject key = contentOf("N", "key");
+    QCOMPARE(key.value(QStringLiteral("container")), QJsonValue(QStringLiteral("home")));
+    QVERIFY(key.value(QStringLiteral("idKey")).isNull());
+    QVERIFY(key.value(QStringLiteral("idAction")).isNull());
 }
 
-void PlanTest::aKeyOfANewActionNamesNoNumber()
-{
-    const Plan found = plan("N,1,,,,New,", "N,home,0,,0,0,0");
-    QCOMPARE(found.added.size(), 1);
-    QCOMPARE(found.added.first().idAction, Action().idAction);
-    QCOMPARE(found.made.size(), 1);
-    QVERIFY(found.made.first().hasNewAction);
-    QCOMPARE(found.made.first().key.idAction, Key().idAction);
-}
-
-void PlanTest::anOrphanBoundToTheReservedNumberIsNotTheSameAsAKeyOfANewAction()
+void PlanTest::aKeyOfAMissingActionIsNotTheSameAsOneOfANewAction()
 {
     const ListKey keys{key(1, "N", ReservedActionId, 0, KeyType::Set)};
     const Plan found = defaults::planOf(
         Actions, keys, {text("N,1,,,,New,"), text("N,home,0,,0,0,0"), std::nullopt});
-    QCOMPARE(found.made.size(), 1);
-    QCOMPARE(found.made.first().changes.size(), 1);
-    QCOMPARE(found.made.first().changes.first().field, QStringLiteral("idAction"));
-    QCOMPARE(found.made.first().changes.first().before, QJsonValue(ReservedActionId));
-    QCOMPARE(found.made.first().changes.first().after, QJsonValue());
+    const QJsonObject row = found.rows.last();
+    QCOMPARE(row.value(QStringLiteral("field")), QJsonValue(QStringLiteral("idAction")));
+    QCOMPARE(row.value(QStringLiteral("old")), QJsonValue(ReservedActionId));
+    QVERIFY(row.value(QStringLiteral("new")).isNull());
 }
 
-void PlanTest::emptyIdentifiersAreWarnedOf_data()
+void PlanTest::theListingSumsUp()
 {
-    QTest::addColumn<QByteArray>("actions");
-    QTest::addColumn<QByteArray>("keys");
-    QTest::addColumn<QStringList>("codes");
-    const QString user = QStringLiteral("user-actions-overwritten");
-    const QString reserved = QStringLiteral("reserved-action-overwritten");
-    const QString key = QStringLiteral("key-without-identifier");
-    QTest::newRow("an action") << QByteArray(",1,,,,X,") << QByteArray()
-                               << QStringList{reserved, user};
-    QTest::newRow("an action as the user's is")
-        << QByteArray(",1,,,,Mine,") << QByteArray() << QStringList{reserved};
-    QTest::newRow("a key") << QByteArray() << QByteArray(",home,0,,0,0,0") << QStringList{key};
-    QTest::newRow("identifiers everywhere")
-        << QByteArray(SameActions) << QByteArray(SameKeys) << QStringList();
+    const Plan found = plan("D1,2,,,,New,#D2,1,,,,Door,", SameKeys);
+    QCOMPARE(found.listing(false).rows.size(), 2);
+    QCOMPARE(found.listing(true).rows.size(), 5);
+    QCOMPARE(found.listing(false).legend,
+             QStringLiteral("Actions: 1 changed, 1 kept\nKeys: 2 kept"));
+    QCOMPARE(plan(SameActions, SameKeys).listing(false).legend,
+             QStringLiteral("Actions: 2 kept\nKeys: 2 kept\nNo changes."));
 }
 
-void PlanTest::emptyIdentifiersAreWarnedOf()
-{
-    QFETCH(QByteArray, actions);
-    QFETCH(QByteArray, keys);
-    QTEST(codesOf(defaults::warningsOf(plan(actions, keys))), "codes");
-    const ListAction reservedAlone{Actions.first()};
-    const Plan added = defaults::planOf(reservedAlone, {}, {text(",1,,,,X,"), {}, {}});
-    QCOMPARE(codesOf(defaults::warningsOf(added)),
-             (QStringList{QStringLiteral("reserved-action-overwritten"),
-                          QStringLiteral("action-without-identifier")}));
-}
-
-void PlanTest::nothingIsLoggedAndTheLevelStays()
+void PlanTest::nothingIsLogged()
 {
     unit::LogCapture log(EveryLevel);
     plan("too,few", "too,few");
     QCOMPARE(log.take(), QStringList());
-    QCOMPARE(ZELLogger::getConfiguredLevel(), EveryLevel);
 }
 
 PROGKEYS_TEST_MAIN(PlanTest)

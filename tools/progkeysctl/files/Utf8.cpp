@@ -1,12 +1,12 @@
-#include "defaults/Utf8.h"
+#include "files/Utf8.h"
 
 #include "outcome/Failure.h"
 
-namespace defaults {
+namespace files {
 
 QString decodeUtf8(const QByteArray &bytes)
 {
-    // Behind a letter a byte order mark is not taken for one.
+    // After a letter, a byte order mark is an ordinary character to Qt.
     const QByteArray guarded = 'x' + bytes;
     return QString::fromUtf8(guarded.constData(), static_cast<int>(guarded.size())).mid(1);
 }
@@ -18,14 +18,8 @@ QByteArray requireUtf8(QByteArray bytes, const QString &file)
         bytes.remove(0, static_cast<int>(mark.size()));
     if (decodeUtf8(bytes).toUtf8() != bytes)
         throw Failure{ExitStatus::InvalidText, QStringLiteral("%1 is not UTF-8").arg(file),
-                      QStringLiteral("Save it in that encoding.")};
+                      QStringLiteral("Save it as UTF-8.")};
     return bytes;
 }
 
-QString lineOf(const QByteArray &bytes, qint64 offset, const QString &file)
-{
-    const auto lines = bytes.left(static_cast<int>(offset)).count('\n');
-    return QStringLiteral("line %1 of %2").arg(QString::number(lines + 1), file);
-}
-
-} // namespace defaults
+} // namespace files

@@ -1,0 +1,233 @@
+#include "converting/Formats.h"
+#include "files/Utf8.h"
+#include "output/Output.h"
+#include "output/Text.h"
+
+#include <csv.h>
+
+#include <algorithm>
+#include <new>
+
+namespace defaults {
+namespace {
+
+using output::quoted;
+
+[[noreturn]] void throwInvalid(const QString &message, const QString &advice = {})
+{
+    throw Failure{ExitStatus::InvalidText, message, advice};
+}
+
+[[noreturn]] void throwInvalidLine(const QString &file, int line, const QString &message,
+                                   const QString &advice)
+{
+    throwInvalid(QStringLiteral("%1, line %2: %3").arg(file, QString::number(line), message),
+                 advice);
+}
+
+// All rows of a spreadsheet, so that the place of a row is its line. Blanks are kept.
+class CsvReader
+{
+public:
+    explicit CsvReader(char delimiter)
+    {
+        if (csv_init(&m_parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0)
+            throw std::bad_alloc();
+        csv_set_delim(&m_parser, static_cast<unsigned char>(delimiter));
+        csv_set_space_func(&m_parser, [](unsigned char) { return 0; });
+    }
+    ~CsvReader() { csv_free(&m_parser); }
+    CsvReader(const CsvReader &) = delete;
+    CsvReader &operator=(const CsvReader &) = delete;
+
+    QList<QStringList> read(const QByteArray &bytes, const QString &file);
+
+private:
+    static void endField(void *text, size_t size, void *reader);
+    static void endRow(int end, void *reader);
+
+    csv_parser m_parser{};
+    QStringList m_row;
+    QList<QStringList> m_rows;
+    int m_lastEnd = 0;
+};
+
+QList<QStringList> CsvReader::read(const QByteArray &bytes, const QString &file)
+{
+    const auto size = static_cast<size_t>(bytes.size());
+    if (csv_parse(&m_parser, bytes.constData(), size, endField, endRow, this) != size)
+        throwInvalidLine(
+            file, static_cast<int>(m_rows.size()) + 1, QStringLiteral("unexpected quote"),
+            QStringLiteral("Quote the whole field, and write each quote in it twice."));
+    if (csv_fini(&m_parser, endField, endRow, this) != 0)
+        throwInvalidLine(file, static_cast<int>(m_rows.size()) + 1,
+                         QStringLiteral("the closing quote is missing"), {});
+    return m_rows;
+}
+
+void CsvReader::endField(void *text, size_t size, void *reader)
+{
+    auto &self = *static_cast<CsvReader *>(reader);
+    self.m_row.append(files::decodeUtf8({static_cast<const char *>(text), static_cast<int>(size)}));
+}
+
+// Called for each character that ends a line; a line feed after a carriage return ends none.
+void CsvReader::endRow(int end, void *reader)
+{
+    auto &self = *static_cast<CsvReader *>(reader);
+    if (end == '\n' && self.m_lastEnd == '\r' && self.m_row.isEmpty()) {
+        self.m_lastEnd = end;
+        return;
+    }
+    self.m_rows.append(self.m_row);
+    self.m_row.clear();
+    self.m_lastEnd = end;
+}
+
+QStringList namesOf(Kind kind)
+{
+    QStringList names;
+    for (const FieldName &field : fieldNames(kind))
+        names.append(field.name);
+    return names;
+}
+
+int knownColumns(Kind kind, const QStringList &header)
+{
+    const QStringList names = namesOf(kind);
+    return static_cast<int>(std::count_if(
+        header.cbegin(), header.cend(), [&](const QString &name) { return names.contains(name); }));
+}
+
+// The one that splits the header into the most names of fields.
+char delimiterOf(const QByteArray &text)
+{
+    const QString header =
+        QString::fromUtf8(text.left(text.indexOf('\n'))).remove(QLatin1Char('"')).trimmed();
+    char best = ',';
+    int most = 0;
+    for (const char delimiter : {',', ';', '\t'}) {
+        const QStringList columns = header.split(QLatin1Char(delimiter));
+        const int known =
+            std::max(knownColumns(Kind::Actions, columns), knownColumns(Kind::Keys, columns));
+        best = known > most ? delimiter : best;
+        most = std::max(most, known);
+    }
+    return best;
+}
+
+Kind kindOfHeader(const QStringList &header, const QString &file, std::optional<Kind> expected)
+{
+    const int actions = knownColumns(Kind::Actions, header);
+    const int keys = knownColumns(Kind::Keys, header);
+    if (actions == 0 && keys == 0)
+        throwInvalid(
+            QStringLiteral("%1 does not begin with a header that names the fields").arg(file),
+            QStringLiteral("The header is %1 for actions and %2 for keys. Commas, "
+                           "semicolons and tabs are recognised as delimiters.")
+                .arg(namesOf(Kind::Actions).join(QLatin1Char(',')),
+                     namesOf(Kind::Keys).join(QLatin1Char(','))));
+    const Kind kind = actions > keys ? Kind::Actions : Kind::Keys;
+    if (expected && *expected != kind && actions != keys)
+        throwInvalid(QStringLiteral("%1 has the columns of %2").arg(file, nameOf(kind)));
+    return expected.value_or(kind);
+}
+
+// For each field of a record, its column.
+QList<int> columnsOf(Kind kind, const QStringList &header, const QString &file)
+{
+    const QStringList names = namesOf(kind);
+    for (const QString &name : header) {
+        if (!names.contains(name))
+            throwInvalid(
+                QStringLiteral("%1 has an unknown column %2").arg(file, quoted(name)),
+                QStringLiteral("The columns are %1.").arg(names.join(QStringLiteral(", "))));
+        if (header.count(name) > 1)
+            throwInvalid(QStringLiteral("%1 has the column %2 twice").arg(file, quoted(name)));
+    }
+    QList<int> columns;
+    for (const QString &name : names) {
+        columns.append(static_cast<int>(header.indexOf(name)));
+        if (columns.last() < 0)
+            throwInvalid(QStringLiteral("%1 has no column %2").arg(file, quoted(name)));
+    }
+    return columns;
+}
+
+QStringList recordOf(const QStringList &row, const QList<int> &columns, int line,
+                     const QString &file)
+{
+    if (row.size() != columns.size())
+        throwInvalidLine(
+            file, line,
+            QStringLiteral("%1 instead of %2")
+                .arg(output::counted(static_cast<int>(row.size()), QStringLiteral("field")),
+                     QString::number(columns.size())),
+            QStringLiteral("Quote a field that contains the delimiter."));
+    QStringList record;
+    for (const int column : columns)
+        record.append(row.at(column));
+    return record;
+}
+
+bool isEmpty(const QStringList &row)
+{
+    return std::all_of(row.cbegin(), row.cend(),
+                       [](const QString &field) { return field.trimmed().isEmpty(); });
+}
+
+// Some programs drop blanks at the ends of fields that are not quoted.
+bool needsQuotes(const QString &field)
+{
+    const auto isSpecial = [](QChar c) {
+        return c == QLatin1Char(',') || c == QLatin1Char('"') || c == QLatin1Char('\n') ||
+               c == QLatin1Char('\r');
+    };
+    return field != field.trimmed() || std::any_of(field.cbegin(), field.cend(), isSpecial);
+}
+
+QByteArray csvLine(const QStringList &fields)
+{
+    QStringList written;
+    for (QString field : fields) {
+        const bool isQuoted = needsQuotes(field);
+        field.replace(QLatin1Char('"'), QLatin1String("\"\""));
+        written.append(isQuoted ? QStringLiteral("\"%1\"").arg(field) : field);
+    }
+    return written.join(QLatin1Char(',')).toUtf8() + "\r\n";
+}
+
+} // namespace
+
+Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind> kind)
+{
+    const QByteArray text = files::requireUtf8(bytes, file);
+    const QList<QStringList> rows = CsvReader(delimiterOf(text)).read(text, file);
+    const QStringList header = rows.isEmpty() ? QStringList() : rows.first();
+    Records records{kindOfHeader(header, file, kind), {}};
+    const QList<int> columns = columnsOf(records.kind, header, file);
+    QStringList skipped;
+    for (int line = 2; line <= rows.size(); ++line) {
+        const QStringList &row = rows.at(line - 1);
+        if (isEmpty(row)) {
+            skipped.append(QString::number(line));
+            continue;
+        }
+        records.records.append(recordOf(row, columns, line, file));
+        records.lines.append(line);
+    }
+    if (!skipped.isEmpty())
+        output::warn(QStringLiteral("%1: skipped empty lines: %2")
+                         .arg(file, skipped.join(QStringLiteral(", "))));
+    return records;
+}
+
+QByteArray writeCsv(const Records &records)
+{
+    QByteArray text = csvLine(namesOf(records.kind));
+    for (const QStringList &record : records.records)
+        text += csvLine(record);
+    return text;
+}
+
+} // namespace defaults
