@@ -1,4 +1,4 @@
-"""`export` and `import`: what users made, to a file and to a phone again."""
+"""`export` and `import`: the keys and actions that users made, in a file."""
 
 import json
 import signal
@@ -28,7 +28,7 @@ def document(actions: list[dict[str, Any]], keys: list[dict[str, Any]]) -> dict[
 
 @pytest.fixture
 def brought(ctl: Tool, tmp_path: Path) -> Callable[..., Any]:
-    """Imports a document; the rows told, or the result if it is to fail."""
+    """Imports a document; returns the rows, or the result if it is expected to fail."""
     file = tmp_path / "export.json"
 
     def bring(content: Any, *words: str, status: int = 0) -> Any:
@@ -63,7 +63,7 @@ def stock(client: Client, database: Database) -> None:
     client.delete_programmable_key(1)
 
 
-def test_an_empty_phone_gets_the_same_keys_and_actions(
+def test_an_import_restores_what_was_exported(
     ctl: Tool, client: Client, phone: Module, database: Database, tmp_path: Path
 ) -> None:
     stock(client, database)
@@ -88,7 +88,7 @@ def test_an_empty_phone_gets_the_same_keys_and_actions(
     assert client.get_all_actions() == actions
 
 
-def test_only_what_users_made_is_exported(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
+def test_only_rows_of_users_are_exported(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
     stock(client, database)
     exported = ctl("export", "--json=short")
     assert len(exported.lines) == 1
@@ -100,7 +100,7 @@ def test_only_what_users_made_is_exported(ctl: Tool, client: Client, phone: Modu
     assert 40 not in {key["position"] for key in rows["keys"]}
 
 
-def test_a_part_is_exported_with_the_actions_it_needs(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
+def test_a_part_is_exported_with_its_actions(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
     stock(client, database)
     client.create_programmable_key(SET_KEY._replace(idAction=5, container="other"))
     rows = ctl("export", "--container", "other").json
@@ -110,7 +110,7 @@ def test_a_part_is_exported_with_the_actions_it_needs(ctl: Tool, client: Client,
     assert ctl("export", "--module", 99).json == document([], [])
 
 
-def test_what_would_be_done_is_told_and_not_done(brought, client: Client, phone: Module, database: Database) -> None:
+def test_a_dry_run_shows_what_the_import_does(brought, client: Client, phone: Module, database: Database) -> None:
     database.execute(PROVISIONED.format("D1"))
     client.add_action(CALL)
     client.create_programmable_key(SET_KEY._replace(idAction=2, position=1))
@@ -130,20 +130,18 @@ def test_what_would_be_done_is_told_and_not_done(brought, client: Client, phone:
             key | {"idKey": 85, "idAction": -1, "position": 5},
             {name: value for name, value in key.items() if name != "idAction"} | {"idKey": 86, "actionDmId": "D1", "position": 6},
             {name: value for name, value in key.items() if name != "idAction"} | {"idKey": 87, "actionDmId": "D7", "position": 7},
-            key | {"idKey": 88, "idAction": 99, "position": 8},
         ],
     )
     told = [
-        ("skip", "action", 70, 2, "already there as action 2"),
+        ("skip", "action", 70, 2, "equal to action 2"),
         ("add", "action", 71, None, ""),
-        ("skip", "key", 81, 1, "already there as key 1"),
+        ("skip", "key", 81, 1, "equal to key 1"),
         ("change", "key", 82, 2, ""),
-        ("skip", "key", 83, None, "provisioned key 3 has its place"),
+        ("skip", "key", 83, None, "place of provisioned key 3"),
         ("add", "key", 84, None, ""),
         ("add", "key", 85, None, ""),
         ("add", "key", 86, None, ""),
         ("skip", "key", 87, None, 'no provisioned action "D7" here'),
-        ("skip", "key", 88, None, "its action 99 is not in the file"),
     ]
     rows = brought(content, "--dry-run")
     assert [(row["step"], row["what"], row["fileId"], row["id"], row["reason"]) for row in rows] == told
@@ -167,12 +165,12 @@ def test_an_import_without_room_does_not_begin(
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     key = SET_KEY._asdict() | {"idAction": -1}
     refused = brought(document([], [key | {"position": 1}, key | {"position": 2}]), status=1)
-    assert "There would be 2 keys of the set, and ProgKeysMax allows 1; nothing was imported" in refused.err
+    assert "Nothing was imported: the phone would have 2 keys of the set, and the limit ProgKeysMax is 1" in refused.err
     assert client.get_all_programmable_keys() == []
     assert len(brought(document([], [key | {"position": 1}]))) == 1
 
 
-def test_an_import_that_fails_says_what_was_done(brought, client: Client, phone: Module, database: Database) -> None:
+def test_a_failed_import_shows_what_was_done(brought, client: Client, phone: Module, database: Database) -> None:
     database.execute(refusing("INSERT", "KEY", "NEW.position = 2").trigger)
     key = SET_KEY._asdict() | {"idAction": 5}
     content = document(
@@ -185,7 +183,7 @@ def test_an_import_that_fails_says_what_was_done(brought, client: Client, phone:
         (2, "failed", None),
         (3, "not done", None),
     ]
-    assert "Key 2 of the file was refused (-2), and the import stopped there: the database could not be written" in failed.err
+    assert "The service refused key 2 of the file (-2): the database could not be written" in failed.err
     assert len(client.get_all_programmable_keys()) == 1
 
     database.execute("DROP TRIGGER fault")
@@ -194,14 +192,14 @@ def test_an_import_that_fails_says_what_was_done(brought, client: Client, phone:
     assert [each.position for each in client.get_all_programmable_keys()] == [1, 2, 3]
 
 
-def test_a_call_that_is_not_answered_leaves_its_outcome_open(brought, client: Client, phone: Module, database: Database) -> None:
+def test_the_outcome_of_a_call_without_answer_is_unknown(brought, client: Client, phone: Module, database: Database) -> None:
     """The database is locked for longer than the tool waits, but not than the service does."""
     with database.locked():
         failed = brought(document([CALL._asdict() | {"idAction": 5}], []), "--timeout", "0.5", status=3)
     assert [row["outcome"] for row in failed.json] == ["unknown"]
 
 
-def test_an_interrupted_import_says_what_was_done(ctl: Tool, client: Client, phone: Module, tmp_path: Path) -> None:
+def test_an_interrupted_import_shows_what_was_done(ctl: Tool, client: Client, phone: Module, tmp_path: Path) -> None:
     key = SET_KEY._asdict() | {"idAction": -1}
     file = tmp_path / "many.json"
     file.write_text(json.dumps(document([], [key | {"idKey": place, "position": place} for place in range(900)])), encoding="utf-8")
@@ -218,40 +216,53 @@ def test_an_interrupted_import_says_what_was_done(ctl: Tool, client: Client, pho
     assert [(row["id"], row["fileId"]) for row in done] == [(each.idKey, each.position) for each in stored]
 
 
+ACTION = {"idAction": 1, "type": 1, "action": ""}
+KEY = {"type": 0, "position": 1, "idAction": -1}
+
+
 @pytest.mark.parametrize(
     ("content", "message"),
     [
-        ("", "is no JSON"),
-        ("[1, 2]", "is no export of programmable keys"),
-        ('{"schema": "x"', "is no JSON"),
-        (document([], []) | {"version": 2}, "is of another version than 1"),
-        (document([], []) | {"colour": 1}, 'there is no "colour" in an export'),
-        ({"schema": SCHEMA, "version": 1, "actions": []}, '"keys" is no list'),
-        (document([1], []), '"actions" has an element that is no object'),  # type: ignore[list-item]
+        ("", "is not valid JSON: line 1, column 1: "),
+        ('{"schema":\n"ü" x', "is not valid JSON: line 2, column 6: "),
+        ("[1, 2]", f"does not have the schema {SCHEMA}."),
+        (document([], []) | {"version": 2}, "does not have version 1"),
+        (document([], []) | {"colour": 1}, 'unknown member "colour"'),
+        ({"schema": SCHEMA, "version": 1, "actions": []}, 'the member "keys" is missing'),
+        (document([], []) | {"keys": {}}, '"keys" is not an array'),
+        (document([1], []), "actions[0]: not an object"),  # type: ignore[list-item]
         (document([{"idAction": 1, "type": 1}], []), "actions[0]: the field action is missing"),
-        (document([{"idAction": 1, "type": "1", "action": ""}], []), "actions[0]: the field type is not a whole number of 32 bits"),
-        (document([{"idAction": 1, "type": 2147483648, "action": ""}], []), "actions[0]: the field type is not"),
-        (document([{"idAction": 1.5, "type": 1, "action": ""}], []), "actions[0]: the field idAction is not"),
-        (document([{"idAction": 2**63, "type": 1, "action": ""}], []), "actions[0]: the field idAction is not"),
-        (document([{"idAction": 1, "type": 1, "action": "a\0b"}], []), "actions[0]: the field action is not a text that the bus can carry"),
-        (document([{"idAction": 1, "type": 1, "action": "\ud800"}], []), "actions[0]: the field action is not a text that the bus can carry"),
-        (document([{"idAction": 1, "type": 1, "action": None}], []), "actions[0]: the field action is not a text"),
-        (document([{"idAction": 1, "type": 1, "action": "", "dmId": "D1"}], []), "actions[0]: its dmId says that it is provisioned"),
-        (document([{"idAction": -1, "type": 1, "action": ""}], []), "actions[0]: -1 is the reserved action"),
-        (document([{"idAction": 1, "type": 1, "action": ""}] * 2, []), "actions[1]: the id 1 stands twice"),
-        (document([], [{"type": 0, "position": 1, "idAction": -1, "idKey": 4}] * 2), "keys[1]: the id 4 stands twice"),
-        (document([], [{"type": 0, "position": 1}]), "keys[0]: either idAction or actionDmId"),
-        (document([], [{"type": 0, "position": 1, "idAction": 1, "actionDmId": "D1"}]), "keys[0]: either idAction or actionDmId"),
-        (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId is no identifier"),
+        (document([ACTION | {"type": "1"}], []), "actions[0]: the field type "),
+        (document([ACTION | {"type": 2147483648}], []), "actions[0]: the field type "),
+        (document([ACTION | {"idAction": 1.5}], []), "actions[0]: the field idAction "),
+        (document([ACTION | {"idAction": 2**63}], []), "actions[0]: the field idAction "),
+        (document([ACTION | {"action": "a\0b"}], []), "actions[0]: the field action "),
+        (document([ACTION | {"action": "\ud800"}], []), "actions[0]: the field action "),
+        (document([ACTION | {"action": None}], []), "actions[0]: the field action "),
+        (document([ACTION | {"dmId": "D1"}], []), "actions[0]: the dmId is not empty"),
+        (document([ACTION | {"idAction": -1}], []), "actions[0]: the idAction -1 is reserved"),
+        (document([ACTION, ACTION], []), "actions[1]: the id 1 is used twice"),
+        (document([], [KEY | {"idKey": 4}] * 2), "keys[1]: the id 4 is used twice"),
+        (document([], [{"type": 0, "position": 1}]), "keys[0]: either idAction or actionDmId is required"),
+        (document([], [KEY | {"actionDmId": "D1"}]), "keys[0]: either idAction or actionDmId is required"),
+        (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId must be a string"),
+        (document([ACTION], [KEY, KEY | {"idAction": 99}]), "keys[1]: the file has no action 99"),
         (document([], [{"type": 0, "idAction": -1}]), "keys[0]: the field position is missing"),
-        (document([], [{"type": 0, "position": 1, "idAction": -1, "colour": 1}]), "keys[0]: there is no field colour"),
+        (document([], [KEY | {"colour": 1}]), "keys[0]: "),
     ],
 )
-def test_a_file_that_is_no_export_is_refused_whole(brought, client: Client, phone: Module, content: Any, message: str) -> None:
+def test_an_invalid_file_is_refused(brought, client: Client, phone: Module, content: Any, message: str) -> None:
     refused = brought(content, status=4)
     assert message in refused.err
     assert refused.out == ""
     assert (len(client.get_all_actions()), client.get_all_programmable_keys()) == (1, [])
+
+
+def test_an_export_is_a_document(ctl: Tool, phone: Module) -> None:
+    for words in (["--terse"], ["--fields=keys"]):
+        refused = ctl("export", *words)
+        assert (refused.status, refused.out) == (2, "")
+        assert "--terse and --fields do not apply" in refused.err
 
 
 def test_a_file_that_is_not_there(ctl: Tool, phone: Module, tmp_path: Path) -> None:

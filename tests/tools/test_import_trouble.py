@@ -1,4 +1,4 @@
-"""`import` when something comes between: the bus, a signal, another program."""
+"""`import` disturbed by the bus, a signal, or another client."""
 
 import json
 import os
@@ -24,7 +24,7 @@ def document(actions: list[dict[str, Any]], keys: list[dict[str, Any]]) -> dict[
 
 @pytest.fixture
 def many(tmp_path: Path) -> Path:
-    """An export of more keys than are imported before somebody looks."""
+    """An export with so many keys that the import takes a while."""
     key = SET_KEY._asdict() | {"idAction": -1}
     keys = [key | {"idKey": place, "position": place} for place in range(KEYS)]
     file = tmp_path / "many.json"
@@ -34,7 +34,7 @@ def many(tmp_path: Path) -> Path:
 
 @pytest.fixture
 def importing(ctl: Tool, client: Client, phone: Module, many: Path) -> Iterator[subprocess.Popen[str]]:
-    """An import that has begun."""
+    """An import that has started."""
     process = ctl.start("import", "--json=short", "--timeout", "1", many)
     wait_until(client.get_all_programmable_keys, "the first key is there")
     yield process
@@ -43,11 +43,11 @@ def importing(ctl: Tool, client: Client, phone: Module, many: Path) -> Iterator[
 
 
 def outcomes(out: str) -> list[str]:
-    """What became of the steps, each said once."""
+    """The different outcomes, in their order."""
     return list(dict.fromkeys(row["outcome"] for row in json.loads(out)))
 
 
-def test_a_bus_that_stands_still_ends_the_import(importing: subprocess.Popen[str], client: Client) -> None:
+def test_a_bus_that_hangs_ends_the_import(importing: subprocess.Popen[str], client: Client) -> None:
     daemon = client.process_of("org.freedesktop.DBus")
     os.kill(daemon, signal.SIGSTOP)
     try:
@@ -59,8 +59,8 @@ def test_a_bus_that_stands_still_ends_the_import(importing: subprocess.Popen[str
     assert "did not answer within 1 s" in err
 
 
-def test_a_bus_that_is_lost_leaves_the_outcome_open(ctl: Tool, client: Client, phone: Module) -> None:
-    """The bus parts with whoever sends more than it carries."""
+def test_the_outcome_is_unknown_if_the_bus_disconnects(ctl: Tool, client: Client, phone: Module) -> None:
+    """The bus disconnects a client that sends too large a message."""
     large = CALL._asdict() | {"idAction": 1, "arguments": "x" * 34_000_000}
     lost = ctl("import", "--json=short", "--fields", "outcome", "-", stdin=json.dumps(document([large], [])))
     assert (lost.status, lost.json) == (1, [{"outcome": "unknown"}])
@@ -68,7 +68,7 @@ def test_a_bus_that_is_lost_leaves_the_outcome_open(ctl: Tool, client: Client, p
     assert "Try again once the bus and the service are up" in lost.err
 
 
-def test_signals_that_are_ignored_do_not_interrupt(
+def test_ignored_signals_do_not_interrupt(
     ctl: Tool, client: Client, phone: Module, many: Path
 ) -> None:
     """As under nohup."""
@@ -85,11 +85,11 @@ def test_signals_that_are_ignored_do_not_interrupt(
     assert len(client.get_all_programmable_keys()) == KEYS
 
 
-def test_a_key_that_somebody_else_was_faster_to_make_is_told_with_its_cause(
+def test_a_refusal_has_its_cause(
     importing: subprocess.Popen[str], client: Client, settings_dir: Path
 ) -> None:
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     out, err = importing.communicate(timeout=LIMIT)
     assert importing.returncode == 1
     assert outcomes(out) == ["done", "failed", "not done"]
-    assert "the set has as many keys as ProgKeysMax allows" in err
+    assert "the key limit ProgKeysMax is reached" in err

@@ -4,12 +4,11 @@
 #include "cli/Session.h"
 #include "client/Settings.h"
 #include "commands/KeyFilter.h"
-#include "exchange/ImportRun.h"
+#include "exchange/Import.h"
 #include "fields/Fields.h"
 #include "files/Files.h"
 
-#include <cstdio>
-#include <unistd.h>
+#include <algorithm>
 
 namespace commands {
 namespace {
@@ -33,7 +32,7 @@ void takeKey(exchange::Document &document, const Key &key, const ListAction &act
     exchange::ExportedKey exported{key, {}};
     const Action *action = find(actions, key.idAction);
     if (!action) {
-        output::warn(QStringLiteral("key %1 is left out: its action %2 is gone")
+        output::warn(QStringLiteral("key %1 was not exported: action %2 does not exist")
                          .arg(QString::number(key.idKey), QString::number(key.idAction)));
         return;
     }
@@ -60,6 +59,7 @@ exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &f
 
 ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 {
+    session.out().requireDocumentForm();
     const KeyFilter filter = keyFilterFrom(arguments);
     const QString file = arguments.path("--output");
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
@@ -71,73 +71,55 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
     return ExitStatus::Done;
 }
 
-// Known before anything is done, so that an import that cannot end whole does not begin.
+// An import without room for all keys does not begin.
 void requireRoom(const client::Bus &bus, const exchange::ImportPlan &plan)
 {
-    if (!plan.addsSetKeys())
+    if (plan.addedSetKeys == 0)
         return;
     const std::optional<QString> setting = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
     if (!setting || plan.setKeysAfterwards <= setting->toInt())
         return;
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("There would be %1 keys of the set, and ProgKeysMax allows %2; "
-                                 "nothing was imported")
+                  QStringLiteral("Nothing was imported: the phone would have %1 keys of the set, "
+                                 "and the limit ProgKeysMax is %2")
                       .arg(plan.setKeysAfterwards)
                       .arg(setting->toInt()),
-                  QStringLiteral("Delete keys of type 0, have the limit raised, or export less "
-                                 "with --container or --module.")};
+                  QStringLiteral("Delete keys of type 0, have the limit raised, or export fewer "
+                                 "keys with --container or --module.")};
 }
 
-class ProgressLine
+QString summary(const output::Listing &steps, bool isDryRun)
 {
-public:
-    ProgressLine() : m_isShown(isatty(STDERR_FILENO) == 1) {}
-    ~ProgressLine()
-    {
-        if (m_isShown)
-            std::fputs("\r\x1b[K", stderr);
-    }
-    ProgressLine(const ProgressLine &) = delete;
-    ProgressLine &operator=(const ProgressLine &) = delete;
-
-    void show(int done, int all) const
-    {
-        if (m_isShown)
-            std::fprintf(stderr, "\rimporting %d/%d", done, all);
-    }
-
-private:
-    bool m_isShown;
-};
-
-exchange::ImportResult carryOut(cli::Session &session, const exchange::ImportPlan &plan)
-{
-    const ProgressLine line;
-    return exchange::carryOut(plan, session.service(),
-                              [&line](int done, int all) { line.show(done, all); });
-}
-
-QString summary(const exchange::ImportResult &result, bool isDryRun)
-{
+    const QStringList counted{QStringLiteral("planned"), QStringLiteral("done"),
+                              QStringLiteral("skipped")};
+    const auto count = [&](const char *step) {
+        return std::count_if(steps.rows.begin(), steps.rows.end(), [&](const QJsonObject &row) {
+            return row.value(QStringLiteral("step")) == QLatin1String(step) &&
+                   counted.contains(row.value(QStringLiteral("outcome")).toString());
+        });
+    };
     return QStringLiteral("%1%2 added, %3 changed, %4 skipped")
-        .arg(isDryRun ? QStringLiteral("would be: ") : QString(), QString::number(result.added),
-             QString::number(result.changed), QString::number(result.skipped));
+        .arg(isDryRun ? QStringLiteral("dry run: ") : QString())
+        .arg(count("add"))
+        .arg(count("change"))
+        .arg(count("skip"));
 }
 
 ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
-    const QString name = arguments.path("FILE");
-    const exchange::Document document = exchange::fromJson(files::readAll(name), name);
+    const QString file = arguments.path("FILE");
+    const exchange::Document document =
+        exchange::fromJson(files::readAll(file), files::displayName(file));
     client::ProgrammableKeys &service = session.service();
     const exchange::ImportPlan plan =
         exchange::planImport(document, service.actions(), service.keys());
     requireRoom(session.bus(), plan);
-    exchange::ImportResult result = exchange::describe(plan);
+    exchange::ImportResult result{exchange::listingOf(plan), std::nullopt};
     session.out().requireFields(result.steps.columns);
     if (!isDryRun)
-        result = carryOut(session, plan);
-    result.steps.legend = summary(result, isDryRun);
+        result = exchange::carryOut(plan, service);
+    result.steps.legend = summary(result.steps, isDryRun);
     session.out().list(result.steps);
     if (result.failure)
         throw Failure(*result.failure);
@@ -149,15 +131,14 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
 QList<cli::Command> exchangeCommands()
 {
     const cli::Parameter output =
-        cli::option("--output", cli::type::file(),
-                    "write to this file, whole or not at all; - is stdout")
+        cli::option("--output", cli::type::file(), "write to this file instead of standard output")
             .withShortName("-o");
-    return {cli::command("export",
-                         "write what users made as JSON: keys, and the actions that they trigger",
+    return {cli::command("export", "export the keys and actions that users made, as JSON",
                          placeOptions() << output, runExport),
-            cli::command("import", "bring what was exported to this phone",
-                         {cli::argument("FILE", cli::type::file(), "an export; - is stdin"),
-                          cli::flag("--dry-run", "say what would be done, and do nothing")},
+            cli::command("import", "import keys and actions from an export",
+                         {cli::argument("FILE", cli::type::file(),
+                                        "file made by export; - is standard input"),
+                          cli::flag("--dry-run", "show what would be done, without doing it")},
                          runImport)};
 }
 

@@ -1,6 +1,7 @@
 #include "exchange/Document.h"
 
 #include "fields/Fields.h"
+#include "files/Json.h"
 #include "outcome/Failure.h"
 
 #include <QJsonArray>
@@ -10,20 +11,19 @@
 namespace exchange {
 namespace {
 
-constexpr int Version = 1;
-const QString SchemaName = QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.Export");
-
-const QString SchemaMember = QStringLiteral("schema");
-const QString VersionMember = QStringLiteral("version");
 const QString ActionsMember = QStringLiteral("actions");
 const QString KeysMember = QStringLiteral("keys");
 const QString ActionDmIdMember = QStringLiteral("actionDmId");
 const QString IdActionMember = QStringLiteral("idAction");
 const QString DmIdMember = QStringLiteral("dmId");
 
-[[noreturn]] void throwInvalid(const QString &message, const QString &advice = {})
+const files::Schema Schema{
+    QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.Export"), 1, {ActionsMember, KeysMember}};
+
+[[noreturn]] void throwInvalid(const QString &where, const QString &message,
+                               const QString &advice = {})
 {
-    throw Failure{ExitStatus::InvalidText, message, advice};
+    throw Failure{ExitStatus::InvalidText, QStringLiteral("%1: %2").arg(where, message), advice};
 }
 
 QJsonObject keyToJson(const ExportedKey &exported)
@@ -44,137 +44,69 @@ QJsonObject actionToJson(const Action &action)
     return object;
 }
 
-void require(const QJsonObject &object, const char *member, const QString &where)
+// Sets the fields of a row that a user made; the required ones must be there.
+template <typename Row>
+Row rowFromJson(const QJsonObject &object, const QStringList &required, const QString &where)
 {
-    if (!object.contains(QLatin1String(member)))
-        throwInvalid(
-            QStringLiteral("%1: the field %2 is missing").arg(where, QString::fromLatin1(member)));
-}
-
-void refuseProvisioned(const QString &dmId, const QString &where)
-{
-    if (!dmId.isEmpty())
-        throwInvalid(QStringLiteral("%1: its dmId says that it is provisioned").arg(where),
-                     QStringLiteral("Only what users made can be imported; what is provisioned "
-                                    "comes from device management."));
+    Row row;
+    fields::setFromJson(row, object, where);
+    for (const QString &field : required) {
+        if (!object.contains(field))
+            throwInvalid(where, QStringLiteral("the field %1 is missing").arg(field));
+    }
+    if (!row.dmId.isEmpty())
+        throwInvalid(where, QStringLiteral("the dmId is not empty"),
+                     QStringLiteral("Only rows made by users can be imported. Provisioned rows "
+                                    "come from device management."));
+    return row;
 }
 
 Action actionFromJson(const QJsonObject &object, const QString &where)
 {
-    Action action;
-    fields::setFromJson(action, object, where);
-    require(object, "idAction", where);
-    require(object, "type", where);
-    require(object, "action", where);
-    refuseProvisioned(action.dmId, where);
+    const Action action = rowFromJson<Action>(
+        object, {IdActionMember, QStringLiteral("type"), QStringLiteral("action")}, where);
+    if (action.idAction == ReservedActionId)
+        throwInvalid(where, QStringLiteral("the idAction -1 is reserved"),
+                     QStringLiteral("Remove this action. Keys may refer to it nevertheless."));
     return action;
 }
 
 ExportedKey keyFromJson(QJsonObject object, const QString &where)
 {
     ExportedKey exported;
-    const QJsonValue actionDmId = object.take(ActionDmIdMember);
-    if (!actionDmId.isUndefined() && actionDmId.toString().isEmpty())
-        throwInvalid(QStringLiteral("%1: actionDmId is no identifier").arg(where));
-    exported.actionDmId = actionDmId.toString();
-    if (exported.actionDmId.isEmpty() != object.contains(IdActionMember))
-        throwInvalid(QStringLiteral("%1: either idAction or actionDmId says what it triggers, and "
-                                    "not both")
-                         .arg(where));
-    fields::setFromJson(exported.key, object, where);
-    require(object, "type", where);
-    require(object, "position", where);
-    refuseProvisioned(exported.key.dmId, where);
+    const bool hasDmId = object.contains(ActionDmIdMember);
+    exported.actionDmId = object.take(ActionDmIdMember).toString();
+    if (hasDmId && exported.actionDmId.isEmpty())
+        throwInvalid(where, QStringLiteral("actionDmId must be a string that is not empty"));
+    if (hasDmId == object.contains(IdActionMember))
+        throwInvalid(where, QStringLiteral("either idAction or actionDmId is required"));
+    exported.key =
+        rowFromJson<Key>(object, {QStringLiteral("type"), QStringLiteral("position")}, where);
     return exported;
 }
 
-QList<QJsonObject> objectsOf(const QJsonObject &document, const QString &member,
-                             const QString &name)
+// Calls `add` for each object of an array, with a description of its place.
+template <typename Add>
+void forEachObject(const QJsonObject &document, const QString &member, const QString &file, Add add)
 {
     const QJsonValue list = document.value(member);
     if (!list.isArray())
-        throwInvalid(QStringLiteral("%1: \"%2\" is no list").arg(name, member));
-    QList<QJsonObject> objects;
+        throwInvalid(file, QStringLiteral("\"%1\" is not an array").arg(member));
     const QJsonArray array = list.toArray();
-    for (const QJsonValue &value : array) {
-        if (!value.isObject())
-            throwInvalid(
-                QStringLiteral("%1: \"%2\" has an element that is no object").arg(name, member));
-        objects.append(value.toObject());
+    for (int index = 0; index < array.size(); ++index) {
+        const QString where =
+            QStringLiteral("%1: %2[%3]").arg(file, member, QString::number(index));
+        if (!array.at(index).isObject())
+            throwInvalid(where, QStringLiteral("not an object"));
+        add(array.at(index).toObject(), where);
     }
-    return objects;
 }
 
-QJsonObject parsed(const QByteArray &text, const QString &name)
+void requireNew(QSet<qlonglong> &ids, qlonglong id, const QString &where)
 {
-    QJsonParseError error{};
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    if (error.error != QJsonParseError::NoError)
-        throwInvalid(QStringLiteral("%1 is no JSON: %2 at byte %3")
-                         .arg(name, error.errorString(), QString::number(error.offset)));
-    return document.object();
-}
-
-void checkHead(const QJsonObject &object, const QString &name)
-{
-    if (object.value(SchemaMember) != SchemaName)
-        throwInvalid(QStringLiteral("%1 is no export of programmable keys: its schema is not %2")
-                         .arg(name, SchemaName),
-                     QStringLiteral("\"progkeysctl export\" makes one."));
-    if (object.value(VersionMember) != Version)
-        throwInvalid(
-            QStringLiteral("%1 is of another version than %2").arg(name, QString::number(Version)),
-            QStringLiteral("A newer progkeysctl may know it."));
-    const QStringList known = {SchemaMember, VersionMember, ActionsMember, KeysMember};
-    const QStringList members = object.keys();
-    for (const QString &member : members)
-        if (!known.contains(member))
-            throwInvalid(QStringLiteral("%1: there is no \"%2\" in an export").arg(name, member));
-}
-
-QString placeOf(const QString &name, const QString &member, qsizetype index)
-{
-    return QStringLiteral("%1: %2[%3]").arg(name, member, QString::number(index));
-}
-
-[[noreturn]] void throwTwice(const QString &where, qlonglong id)
-{
-    throwInvalid(QStringLiteral("%1: the id %2 stands twice").arg(where, QString::number(id)));
-}
-
-ListAction actionsOf(const QJsonObject &object, const QString &name)
-{
-    ListAction actions;
-    QSet<qlonglong> ids;
-    const QList<QJsonObject> objects = objectsOf(object, ActionsMember, name);
-    for (const QJsonObject &each : objects) {
-        const QString where = placeOf(name, ActionsMember, actions.size());
-        const Action action = actionFromJson(each, where);
-        if (action.idAction == ReservedActionId)
-            throwInvalid(QStringLiteral("%1: -1 is the reserved action").arg(where),
-                         QStringLiteral("Leave it out; keys may name it all the same."));
-        if (ids.contains(action.idAction))
-            throwTwice(where, action.idAction);
-        ids.insert(action.idAction);
-        actions.append(action);
-    }
-    return actions;
-}
-
-QList<ExportedKey> keysOf(const QJsonObject &object, const QString &name)
-{
-    QList<ExportedKey> keys;
-    QSet<qlonglong> ids;
-    const QList<QJsonObject> objects = objectsOf(object, KeysMember, name);
-    for (const QJsonObject &each : objects) {
-        const QString where = placeOf(name, KeysMember, keys.size());
-        keys.append(keyFromJson(each, where));
-        const qlonglong id = keys.last().key.idKey;
-        if (id != Key().idKey && ids.contains(id))
-            throwTwice(where, id);
-        ids.insert(id);
-    }
-    return keys;
+    if (ids.contains(id))
+        throwInvalid(where, QStringLiteral("the id %1 is used twice").arg(id));
+    ids.insert(id);
 }
 
 } // namespace
@@ -187,8 +119,8 @@ QByteArray toJson(const Document &document, bool isPretty)
     QJsonArray keys;
     for (const ExportedKey &key : document.keys)
         keys.append(keyToJson(key));
-    const QJsonObject object{{SchemaMember, SchemaName},
-                             {VersionMember, Version},
+    const QJsonObject object{{QStringLiteral("schema"), Schema.name},
+                             {QStringLiteral("version"), Schema.version},
                              {ActionsMember, actions},
                              {KeysMember, keys}};
     const QByteArray text =
@@ -196,13 +128,25 @@ QByteArray toJson(const Document &document, bool isPretty)
     return isPretty ? text : text + '\n';
 }
 
-Document fromJson(const QByteArray &text, const QString &name)
+Document fromJson(const QByteArray &text, const QString &file)
 {
-    const QJsonObject object = parsed(text, name);
-    checkHead(object, name);
+    const QJsonObject object = files::readJson(text, file, Schema);
     Document document;
-    document.actions = actionsOf(object, name);
-    document.keys = keysOf(object, name);
+    QSet<qlonglong> actionIds;
+    forEachObject(object, ActionsMember, file, [&](const QJsonObject &each, const QString &where) {
+        document.actions.append(actionFromJson(each, where));
+        requireNew(actionIds, document.actions.last().idAction, where);
+    });
+    QSet<qlonglong> keyIds;
+    forEachObject(object, KeysMember, file, [&](const QJsonObject &each, const QString &where) {
+        const ExportedKey exported = keyFromJson(each, where);
+        if (exported.key.idKey != Key().idKey)
+            requireNew(keyIds, exported.key.idKey, where);
+        const qlonglong idAction = exported.key.idAction;
+        if (idAction != ReservedActionId && !actionIds.contains(idAction))
+            throwInvalid(where, QStringLiteral("the file has no action %1").arg(idAction));
+        document.keys.append(exported);
+    });
     return document;
 }
 

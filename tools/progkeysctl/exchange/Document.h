@@ -6,15 +6,15 @@
 #include <QByteArray>
 #include <QString>
 
-/// What users made, to be kept in a file and brought to a phone again.
+/// The keys and actions that users made, in a file.
 namespace exchange {
 
-/// A user's key. One that triggers a provisioned action names it by its dmId, because its number is
-/// another one on another phone.
+/// A user's key. A provisioned action is identified by its dmId, because its id differs from phone
+/// to phone.
 struct ExportedKey
 {
     Key key;
-    QString actionDmId; ///< empty: `key.idAction` is one of the document's actions, or the reserved
+    QString actionDmId; ///< empty if `key.idAction` is an action of the document, or reserved
 };
 
 /// User keys and actions, with the ids that they had.
@@ -24,12 +24,12 @@ struct Document
     QList<ExportedKey> keys;
 };
 
-/// The document as JSON, with its schema and version.
+/// The document as JSON.
 QByteArray toJson(const Document &document, bool isPretty);
 
-/// The document that a file holds. Throws a Failure of status InvalidText if it is none: no JSON,
-/// another schema or version, a wrong field, an id that stands twice, or a row that claims to be
-/// provisioned. `name` is the file's, for the messages.
-Document fromJson(const QByteArray &text, const QString &name);
+/// The document in a file. Throws a Failure of status InvalidText for invalid JSON, another schema
+/// or version, an invalid field, a repeated id, a provisioned row, or a key whose action is
+/// missing.
+Document fromJson(const QByteArray &text, const QString &file);
 
 } // namespace exchange

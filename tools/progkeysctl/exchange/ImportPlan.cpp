@@ -20,7 +20,7 @@ bool hasSameContent(Key left, const Key &right)
     return left == right;
 }
 
-// Keys of the set are placed in their container, those of an add-on module on the module.
+// A key of the set is in a container, a key of an add-on module on that module.
 auto placeOf(const Key &key)
 {
     const bool isOnModule = key.type == KeyType::AddOnModule;
@@ -28,169 +28,152 @@ auto placeOf(const Key &key)
                            isOnModule ? key.aom_type : 0, isOnModule ? key.aom_addr : 0);
 }
 
-/// Takes the first row that fits out of the list.
-template <typename Record, typename Predicate>
-std::optional<Record> takeFirst(QList<Record> &rows, Predicate fits)
+bool isOfSet(const Key &key)
+{
+    return key.type == KeyType::Set;
+}
+
+// Removes the first row that fits from the list and returns it.
+template <typename Row, typename Predicate>
+std::optional<Row> takeFirst(QList<Row> &rows, Predicate fits)
 {
     const auto found = std::find_if(rows.begin(), rows.end(), fits);
     if (found == rows.end())
         return std::nullopt;
-    const Record row = *found;
+    const Row row = *found;
     rows.erase(found);
     return row;
 }
 
-QList<ActionStep> planActions(const Document &document, const ListAction &here)
-{
-    ListAction free;
-    std::copy_if(here.begin(), here.end(), std::back_inserter(free), fields::isUsers);
-    QList<ActionStep> steps;
-    for (const Action &action : document.actions) {
-        ActionStep step;
-        step.action = action;
-        const auto equal =
-            takeFirst(free, [&](const Action &each) { return hasSameContent(each, action); });
-        if (equal) {
-            step.kind = StepKind::Skip;
-            step.here = equal->idAction;
-            step.reason = QStringLiteral("already there as action %1").arg(equal->idAction);
-        }
-        steps.append(step);
-    }
-    return steps;
-}
-
-/// Finds out which keys are there already and which have their place taken.
-class KeyPlanner
+class Planner
 {
 public:
-    KeyPlanner(const QList<ActionStep> &actions, const ListAction &actionsHere,
-               const ListKey &keysHere);
-    QList<KeyStep> plan(const QList<ExportedKey> &keys);
+    Planner(const ListAction &actions, const ListKey &keys) : m_actions(actions)
+    {
+        std::copy_if(actions.begin(), actions.end(), std::back_inserter(m_userActions),
+                     fields::isUsers);
+        for (const Key &key : keys)
+            (key.dmId.isEmpty() ? m_userKeys : m_provisionedKeys).append(key);
+    }
+
+    QList<Step> plan(const Document &document);
 
 private:
-    void resolveAction(KeyStep &step) const;
-    void skipEqual(KeyStep &step);
-    void settlePlace(KeyStep &step);
+    Step planAction(const Action &action);
+    void findAction(Step &step, const QList<Step> &actions) const;
+    void findEqualKey(Step &step);
+    void findPlace(Step &step);
 
-    const QList<ActionStep> &m_actions;
-    const ListAction &m_actionsHere;
-    ListKey m_users;
-    ListKey m_provisioned;
+    const ListAction &m_actions;
+    ListAction m_userActions; ///< that no action of the document is equal to yet
+    ListKey m_userKeys;       ///< likewise
+    ListKey m_provisionedKeys;
 };
 
-KeyPlanner::KeyPlanner(const QList<ActionStep> &actions, const ListAction &actionsHere,
-                       const ListKey &keysHere)
-    : m_actions(actions), m_actionsHere(actionsHere)
-{
-    for (const Key &key : keysHere)
-        (key.dmId.isEmpty() ? m_users : m_provisioned).append(key);
-}
-
-void skip(KeyStep &step, const QString &reason)
+void skip(Step &step, const QString &reason)
 {
     step.kind = StepKind::Skip;
     step.reason = reason;
 }
 
-void KeyPlanner::resolveAction(KeyStep &step) const
+Step Planner::planAction(const Action &action)
 {
-    const QString &dmId = step.exported.actionDmId;
-    if (!dmId.isEmpty()) {
-        const auto here = std::find_if(m_actionsHere.begin(), m_actionsHere.end(),
-                                       [&](const Action &each) { return each.dmId == dmId; });
-        if (here == m_actionsHere.end())
-            skip(step, QStringLiteral("no provisioned action \"%1\" here").arg(dmId));
-        else
-            step.idAction = here->idAction;
-        return;
+    Step step;
+    step.action = action;
+    const auto equal =
+        takeFirst(m_userActions, [&](const Action &each) { return hasSameContent(each, action); });
+    if (equal) {
+        step.here = equal->idAction;
+        skip(step, QStringLiteral("equal to action %1").arg(equal->idAction));
     }
-    const qlonglong idAction = step.exported.key.idAction;
-    if (idAction == ReservedActionId) {
-        step.idAction = ReservedActionId;
-        return;
-    }
-    const auto own = std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionStep &each) {
-        return each.action.idAction == idAction;
-    });
-    if (own == m_actions.end())
-        skip(step, QStringLiteral("its action %1 is not in the file").arg(idAction));
-    else if (own->kind == StepKind::Skip)
-        step.idAction = own->here;
+    return step;
 }
 
-void KeyPlanner::skipEqual(KeyStep &step)
+void Planner::findAction(Step &step, const QList<Step> &actions) const
 {
-    if (step.kind == StepKind::Skip || !step.idAction)
+    const QString &dmId = step.exported.actionDmId;
+    const qlonglong idAction = step.exported.key.idAction;
+    if (!dmId.isEmpty()) {
+        const auto here = std::find_if(m_actions.begin(), m_actions.end(),
+                                       [&](const Action &each) { return each.dmId == dmId; });
+        if (here == m_actions.end())
+            skip(step, QStringLiteral("no provisioned action \"%1\" here").arg(dmId));
+        else
+            step.target = here->idAction;
+        return;
+    }
+    if (idAction == ReservedActionId)
+        step.target = ReservedActionId;
+    for (const Step &each : actions) {
+        if (each.kind == StepKind::Skip && each.action->idAction == idAction)
+            step.target = each.here;
+    }
+}
+
+void Planner::findEqualKey(Step &step)
+{
+    if (step.kind == StepKind::Skip || !step.target)
         return;
     Key wanted = step.exported.key;
-    wanted.idAction = *step.idAction;
+    wanted.idAction = *step.target;
     const auto equal =
-        takeFirst(m_users, [&](const Key &each) { return hasSameContent(each, wanted); });
+        takeFirst(m_userKeys, [&](const Key &each) { return hasSameContent(each, wanted); });
     if (!equal)
         return;
     step.here = equal->idKey;
-    skip(step, QStringLiteral("already there as key %1").arg(equal->idKey));
+    skip(step, QStringLiteral("equal to key %1").arg(equal->idKey));
 }
 
-void KeyPlanner::settlePlace(KeyStep &step)
+void Planner::findPlace(Step &step)
 {
     if (step.kind == StepKind::Skip)
         return;
     const auto isThere = [place = placeOf(step.exported.key)](const Key &each) {
         return placeOf(each) == place;
     };
-    if (const auto taken = takeFirst(m_users, isThere)) {
+    if (const auto occupant = takeFirst(m_userKeys, isThere)) {
         step.kind = StepKind::Change;
-        step.here = taken->idKey;
+        step.here = occupant->idKey;
         return;
     }
-    const auto provisioned = std::find_if(m_provisioned.begin(), m_provisioned.end(), isThere);
-    if (provisioned != m_provisioned.end())
-        skip(step, QStringLiteral("provisioned key %1 has its place").arg(provisioned->idKey));
+    const auto provisioned =
+        std::find_if(m_provisionedKeys.begin(), m_provisionedKeys.end(), isThere);
+    if (provisioned != m_provisionedKeys.end())
+        skip(step, QStringLiteral("place of provisioned key %1").arg(provisioned->idKey));
 }
 
-// Equal ones are found before places are given away: a key that is there already keeps its own.
-QList<KeyStep> KeyPlanner::plan(const QList<ExportedKey> &keys)
+// All equal keys are found before places are given away, so that they keep theirs.
+QList<Step> Planner::plan(const Document &document)
 {
-    QList<KeyStep> steps;
-    for (const ExportedKey &exported : keys) {
-        KeyStep step;
+    QList<Step> actions;
+    for (const Action &action : document.actions)
+        actions.append(planAction(action));
+    QList<Step> keys;
+    for (const ExportedKey &exported : document.keys) {
+        Step step;
         step.exported = exported;
-        resolveAction(step);
-        skipEqual(step);
-        steps.append(step);
+        findAction(step, actions);
+        findEqualKey(step);
+        keys.append(step);
     }
-    for (KeyStep &step : steps)
-        settlePlace(step);
-    return steps;
-}
-
-bool isOfSet(const Key &key)
-{
-    return key.type == KeyType::Set;
-}
-
-bool addsSetKey(const KeyStep &step)
-{
-    return step.kind == StepKind::Add && isOfSet(step.exported.key);
+    for (Step &step : keys)
+        findPlace(step);
+    return actions + keys;
 }
 
 } // namespace
 
-bool ImportPlan::addsSetKeys() const
-{
-    return std::any_of(keys.begin(), keys.end(), addsSetKey);
-}
-
 ImportPlan planImport(const Document &document, const ListAction &actions, const ListKey &keys)
 {
     ImportPlan plan;
-    plan.actions = planActions(document, actions);
-    plan.keys = KeyPlanner(plan.actions, actions, keys).plan(document.keys);
+    plan.steps = Planner(actions, keys).plan(document);
+    const auto addsSetKey = [](const Step &step) {
+        return !step.action && step.kind == StepKind::Add && isOfSet(step.exported.key);
+    };
+    plan.addedSetKeys =
+        static_cast<int>(std::count_if(plan.steps.begin(), plan.steps.end(), addsSetKey));
     plan.setKeysAfterwards =
-        static_cast<int>(std::count_if(keys.begin(), keys.end(), isOfSet) +
-                         std::count_if(plan.keys.begin(), plan.keys.end(), addsSetKey));
+        plan.addedSetKeys + static_cast<int>(std::count_if(keys.begin(), keys.end(), isOfSet));
     return plan;
 }
 

@@ -2,49 +2,35 @@
 
 #include "exchange/Document.h"
 
-#include <QMap>
-
 #include <optional>
 
 namespace exchange {
 
 enum class StepKind { Add, Change, Skip };
 
-/// What is to become of one action of the document. `here` is the equal one that is here already.
-struct ActionStep
+/// What an import does with one action or key of the document.
+struct Step
 {
     StepKind kind = StepKind::Add;
-    Action action;
-    qlonglong here = 0;
-    QString reason; ///< why it is skipped
-};
-
-/// What is to become of one key of the document. `here` is the key that is equal, or that it
-/// changes. Its action is known by the number that it has in the document until that one is added.
-struct KeyStep
-{
-    StepKind kind = StepKind::Add;
-    ExportedKey exported;
-    qlonglong here = 0;
-    std::optional<qlonglong> idAction; ///< nothing: that of a document's action yet to be added
-    QString reason;
+    std::optional<Action> action;    ///< nothing for a key
+    ExportedKey exported;            ///< if it is a key
+    qlonglong here = 0;              ///< id of the row here that is equal, or that is changed
+    std::optional<qlonglong> target; ///< action of a key here; nothing if it is yet to be added
+    QString reason;                  ///< why it is skipped
 };
 
 struct ImportPlan
 {
-    QList<ActionStep> actions;
-    QList<KeyStep> keys;
-    int setKeysAfterwards = 0; ///< how many keys of the set there would be
-
-    bool addsSetKeys() const;
+    QList<Step> steps;         ///< actions, then keys
+    int addedSetKeys = 0;      ///< new keys of the set
+    int setKeysAfterwards = 0; ///< all keys of the set
 };
 
 /// What importing the document does to a phone with these rows.
 ///
-/// A user row with the same content is left as it is, and each of them stands for one row of the
-/// document only. A key whose place a user's key has is changed to what the document says; one
-/// whose place only provisioned keys have is skipped. Everything else is added. No provisioned row
-/// is touched.
+/// A user row with the same content is left as it is, and stands for one row of the document only.
+/// A key whose place a user key occupies changes that key. A key whose place only provisioned keys
+/// occupy is skipped. Everything else is added. Provisioned rows do not change.
 ImportPlan planImport(const Document &document, const ListAction &actions, const ListKey &keys);
 
 } // namespace exchange
