@@ -88,6 +88,7 @@ KEYS = [
     ("a place of the set twice", "D,c,1,i,0,0,0#D,c,+01,j,00,1,1", ["2:2:3 error same-place"]),
     ("a position in another container", "D,c,1,i,0,0,0#D,d,1,j,0,0,0", []),
     ("a place of a module twice", "D,c,1,i,1,2,3#D,d,1,j,1,2,3", ["2:3:5 error same-place"]),
+    ("a place with an invalid number", "D,c,0,i,0,0,0#D,c,O,i,0,0,0", ["2:3:5 error not-a-number"]),
     ("a number on other modules", "D,c,1,i,1,2,3#D,c,1,i,1,2,4#D,c,1,i,1,3,3#D,c,1,i,0,2,3", []),
 ]  # fmt: skip
 
@@ -185,7 +186,7 @@ def test_a_record_with_too_many_or_too_few_fields_is_shown_field_by_field(offlin
         "    identifier      D4",
         "    type            1",
         "    action          call",
-        "    web application ",
+        "    web application",
         "    arguments       501",
         "    label           Smith",
         "    short label      John",

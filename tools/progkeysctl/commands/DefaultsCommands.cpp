@@ -35,7 +35,7 @@ void printProblems(output::Output &out, const QList<defaults::Setting> &settings
 ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
 {
     const defaults::Rollout rollout =
-        defaults::readRollout({arguments.paths("PATH"), kindFrom(arguments), {}, KindAdvice});
+        defaults::readRollout({arguments.paths("FILE"), kindFrom(arguments), {}, KindAdvice});
     const QList<defaults::Setting> settings =
         defaults::checkRollout(rollout, arguments.optionalInteger("--limit"));
     printProblems(session.out(), settings);
@@ -92,7 +92,7 @@ ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
 defaults::Rollout readRollout(const cli::Arguments &arguments)
 {
     defaults::RolloutSources sources;
-    sources.paths = arguments.paths("PATH") + arguments.paths("--settings");
+    sources.paths = arguments.paths("FILE") + arguments.paths("--settings");
     sources.unknownKindAdvice = QStringLiteral("Specify --actions FILE or --keys FILE.");
     if (arguments.has("--actions"))
         sources.files.emplace(defaults::Kind::Actions, arguments.path("--actions"));
@@ -120,7 +120,7 @@ ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
 
 cli::Parameter rolloutArgument()
 {
-    return cli::argument("PATH", cli::type::file(),
+    return cli::argument("FILE", cli::type::file(),
                          "files DefaultActions, DefaultKeys and ProgKeysMax, or a directory that "
                          "contains them; - is standard input")
         .repeatable();
@@ -142,7 +142,7 @@ cli::Command checkCommand()
 {
     cli::Command command =
         cli::command("defaults check", "check the settings that provision a phone",
-                     {rolloutArgument(), kindOption("content of files whose name does not tell it"),
+                     {rolloutArgument(), kindOption("content of files whose name does not imply it"),
                       limitOption(), cli::flag("--strict", "fail for warnings, too")},
                      check);
     command.notes = QStringLiteral(

@@ -82,7 +82,8 @@ Finding wrongFieldCount(const Setting &setting, const Record &record)
 
 QStringList fieldByField(Kind kind, const Record &record)
 {
-    constexpr int Surplus = 3; // shown fields that no name belongs to
+    constexpr int TitleWidth = 16;
+    constexpr int Surplus = 3; // shown fields that have no name
     const QList<FieldName> &names = fieldNames(kind);
     const int size = sizeOf(record);
     QStringList lines;
@@ -91,7 +92,7 @@ QStringList fieldByField(Kind kind, const Record &record)
         const QString title = field < FieldCount ? names.at(field).title : QStringLiteral("-");
         const QString text = field < size ? output::printable(record.fields.at(field).text)
                                           : QStringLiteral("(missing)");
-        lines.append(title.leftJustified(16) + text);
+        lines.append(text.isEmpty() ? title : title.leftJustified(TitleWidth) + text);
     }
     if (size > FieldCount + Surplus)
         lines.append(QStringLiteral("..."));

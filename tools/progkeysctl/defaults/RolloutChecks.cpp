@@ -48,14 +48,14 @@ QString identityOf(const Key &key, const QString &place)
     return key.type == KeyType::Set ? place + QChar(0) + key.container : place;
 }
 
-QSet<int> droppedRecords(const Setting &keys)
+QSet<int> recordsWith(const Setting &setting, const char *code)
 {
-    QSet<int> dropped;
-    for (const Finding &finding : keys.findings) {
-        if (finding.code == QLatin1String("key-without-action"))
-            dropped.insert(finding.record);
+    QSet<int> records;
+    for (const Finding &finding : setting.findings) {
+        if (finding.code == QLatin1String(code))
+            records.insert(finding.record);
     }
-    return dropped;
+    return records;
 }
 
 Finding takenPlace(const Record &record)
@@ -96,9 +96,10 @@ void checkIdentifiers(Setting &actions)
 
 void checkPlaces(Setting &keys)
 {
+    const QSet<int> invalid = recordsWith(keys, "not-a-number");
     QHash<QString, int> records;
     for (const Record &record : std::as_const(keys.records)) {
-        if (!record.isAccepted())
+        if (!record.isAccepted() || invalid.contains(record.number))
             continue;
         const Key key = provisioning::toKey(record);
         const QString place = placeOf(key);
@@ -139,7 +140,7 @@ void checkActionsOf(Setting &keys, const Setting &actions)
 
 void checkLimit(Setting &keys, int limit)
 {
-    const QSet<int> dropped = droppedRecords(keys);
+    const QSet<int> dropped = recordsWith(keys, "key-without-action");
     int count = 0;
     const Record *first = nullptr;
     for (const Record &record : std::as_const(keys.records)) {

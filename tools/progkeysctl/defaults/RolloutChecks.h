@@ -9,7 +9,7 @@ namespace defaults {
 /// Identifiers that an earlier action has, or that differ from one only in case or blanks.
 void checkIdentifiers(Setting &actions);
 
-/// Keys at the same place as an earlier key.
+/// Keys at the same place as an earlier key. Those with an invalid number have no place.
 void checkPlaces(Setting &keys);
 
 /// Keys whose identifier no action has. Those of a refused action are not reported: the action is.
