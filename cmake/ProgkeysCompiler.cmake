@@ -26,10 +26,12 @@ endif()
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
                         QT_DEPRECATED_WARNINGS)
 
+# What the service's and the platform's directories add to their compile options.
+set(PROGKEYS_COVERAGE_OPTIONS)
 if(PROGKEYS_COVERAGE)
-  # Statics without a guard against a second thread: that branch would never be taken.
-  add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic
-                      -fno-threadsafe-statics)
+  # Without guards for statics: the branch of the thread that loses the race is never taken.
+  set(PROGKEYS_COVERAGE_OPTIONS --coverage -fprofile-abs-path -fprofile-update=atomic
+                                -fno-threadsafe-statics)
   list(APPEND PROGKEYS_INSTRUMENTATION --coverage)
 endif()
 
