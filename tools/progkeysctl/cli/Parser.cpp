@@ -9,12 +9,21 @@
 namespace cli {
 namespace {
 
-// The library's own names of a parameter: "-o,--output", or "FILE".
+// The name under which the library knows a parameter. It refuses some characters in the name of an
+// argument, such as those of "FIELD=VALUE".
+std::string nameOf(const Parameter &parameter)
+{
+    QString name = parameter.name;
+    return parameter.isPositional() ? name.replace(QLatin1Char('='), QLatin1Char('_')).toStdString()
+                                    : name.toStdString();
+}
+
+// All names of a parameter in the library: "-o,--output", or "FILE".
 std::string namesOf(const Parameter &parameter)
 {
-    return parameter.shortName.isEmpty()
-               ? parameter.name.toStdString()
-               : (parameter.shortName + QLatin1Char(',') + parameter.name).toStdString();
+    return parameter.shortName.isEmpty() ? nameOf(parameter)
+                                         : parameter.shortName.toStdString() + ',' +
+                                               nameOf(parameter);
 }
 
 void addParameter(CLI::App *app, const Parameter &parameter)
@@ -32,7 +41,7 @@ void addParameter(CLI::App *app, const Parameter &parameter)
 void collect(const CLI::App *app, const QList<Parameter> &parameters, Arguments &arguments)
 {
     for (const Parameter &parameter : parameters)
-        for (const std::string &value : app->get_option(parameter.name.toStdString())->results())
+        for (const std::string &value : app->get_option(nameOf(parameter))->results())
             arguments.add(parameter.name, QByteArray::fromStdString(value));
 }
 
