@@ -80,7 +80,11 @@ void PhasesTest::afterInitAPressIsAnsweredOnce()
     unit::EventRecorder recorder;
     pressAnyKey();
     QStringList names;
-    QTRY_VERIFY(!(names += recorder.takeNames()).filter(QStringLiteral("NTF")).isEmpty());
+    const auto isAnswered = [&] {
+        names += recorder.takeNames();
+        return !names.filter(QStringLiteral("NTF")).isEmpty();
+    };
+    QVERIFY(QTest::qWaitFor(isAnswered));
     names += recorder.takeNames();
     names.removeAll(QStringLiteral("AOM_KEY_PRESS_EVENT"));
     QCOMPARE(names, QStringList{QStringLiteral("AOMKEY_PRESS_NTF")});

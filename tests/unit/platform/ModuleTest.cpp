@@ -123,7 +123,7 @@ void ModuleTest::nobodyRunsTheHooksUnderAnotherApplicationObject()
     bool isLoopDone = false;
     QMetaObject::invokeMethod(
         this, [&isLoopDone] { isLoopDone = true; }, Qt::QueuedConnection);
-    QTRY_VERIFY(isLoopDone);
+    QVERIFY(QTest::qWaitFor([&] { return isLoopDone; }));
     QCOMPARE(module.hooks, 0);
 }
 

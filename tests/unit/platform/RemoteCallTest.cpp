@@ -138,7 +138,7 @@ void RemoteCallTest::noEventLoopRunsDuringACall()
         this, [&isLoopRunning] { isLoopRunning = true; }, Qt::QueuedConnection);
     m_module.syncRemoteCall(QStringLiteral("Peer"), QStringLiteral("doIt"), {});
     QVERIFY(!isLoopRunning);
-    QTRY_VERIFY(isLoopRunning);
+    QVERIFY(QTest::qWaitFor([&] { return isLoopRunning; }));
 }
 
 PROGKEYS_TEST_MAIN(RemoteCallTest)

@@ -97,7 +97,7 @@ void SubscribeEventTest::waitForFence()
     m_peer->settle();
     const auto seen = m_fence->events.size();
     sendWellFormed(Fence);
-    QTRY_COMPARE(m_fence->events.size(), seen + 1);
+    QVERIFY(QTest::qWaitFor([&] { return m_fence->events.size() == seen + 1; }));
 }
 
 void SubscribeEventTest::aSlotThatIsNotThereIsRefusedAndNamed_data()

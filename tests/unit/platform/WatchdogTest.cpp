@@ -99,7 +99,7 @@ void WatchdogTest::theEventLoopFeedsAgainAndAgain()
     qputenv("WATCHDOG_USEC", "20000");
     const Watchdog watchdog;
     QStringList fed;
-    QTRY_VERIFY_WITH_TIMEOUT((fed += socket.take()).size() >= 3, 20000);
+    QVERIFY(QTest::qWaitFor([&] { return (fed += socket.take()).size() >= 3; }, 20000));
     QCOMPARE(fed.count(Alive), fed.size());
 }
 
