@@ -6,7 +6,7 @@
 #include "commands/DeleteEach.h"
 #include "commands/Refusals.h"
 #include "fields/Fields.h"
-#include "output/TextWidth.h"
+#include "output/Text.h"
 
 #include <QJsonArray>
 

@@ -5,7 +5,7 @@
 #include "events/EventListener.h"
 #include "events/EventText.h"
 #include "outcome/Failure.h"
-#include "output/TextWidth.h"
+#include "output/Text.h"
 
 #include <zelcore/ZELBusNames.h>
 

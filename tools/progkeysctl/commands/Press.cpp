@@ -4,7 +4,7 @@
 #include "events/EventText.h"
 #include "fields/Fields.h"
 #include "outcome/Failure.h"
-#include "output/TextWidth.h"
+#include "output/Text.h"
 
 #include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELEventCodec.h>

@@ -3,7 +3,7 @@
 #include "events/Values.h"
 #include "fields/Fields.h"
 #include "output/Listing.h"
-#include "output/TextWidth.h"
+#include "output/Text.h"
 
 #include <QJsonArray>
 
