@@ -46,10 +46,11 @@ bool BusConnection::open()
     }
     dbus_connection_set_max_received_size(static_cast<DBusConnection *>(bus.internalPointer()),
                                           MaxWaitingBytes);
-    return bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
-                       this, SLOT(lost())) ||
-           refuse(QStringLiteral("Cannot watch the connection to the system bus"));
+    if (bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                    QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                    this, SLOT(lost())))
+        return true;
+    return refuse(QStringLiteral("Cannot watch the connection to the system bus"));
 }
 
 bool BusConnection::isFree(const QString &serviceName)
@@ -78,9 +79,10 @@ void BusConnection::release(const QString &serviceName)
 
 bool BusConnection::registerObject(const QString &path, QObject &object)
 {
-    return QDBusConnection::systemBus().registerObject(path, &object,
-                                                       QDBusConnection::ExportAdaptors) ||
-           refuse(QStringLiteral("Cannot register the object %1").arg(path));
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (bus.registerObject(path, &object, QDBusConnection::ExportAdaptors))
+        return true;
+    return refuse(QStringLiteral("Cannot register the object %1").arg(path));
 }
 
 void BusConnection::lost()

@@ -91,15 +91,15 @@ bool DataDirectory::isWritable() const
 QString DataDirectory::copyAside() const
 {
     const Names names = namesAfter(m_path + QStringLiteral(".before-deploy"));
-    if (!names.last.isEmpty() &&
-        succeeds(QStringLiteral("diff"), {QStringLiteral("-rq"), m_path, names.last}))
+    const QStringList comparison{QStringLiteral("-rq"), m_path, names.last};
+    if (!names.last.isEmpty() && succeeds(QStringLiteral("diff"), comparison))
         return names.last;
     // The copy gets its name when it is complete, so that a process that is killed leaves no part.
     const QString part = m_path + QStringLiteral(".copying");
     discard(part);
-    const bool isCopied = succeeds(QStringLiteral("cp"), {QStringLiteral("-aL"), m_path, part}) &&
-                          syncFileSystemOf(part) && QDir().rename(part, names.free);
-    if (isCopied && syncFileSystemOf(names.free))
+    const bool isCopied = succeeds(QStringLiteral("cp"), {QStringLiteral("-aL"), m_path, part});
+    if (isCopied && syncFileSystemOf(part) && QDir().rename(part, names.free) &&
+        syncFileSystemOf(names.free))
         return names.free;
     if (!discard(part))
         logger().warning(QStringLiteral("A part of a copy is left behind in %1").arg(part));

@@ -68,10 +68,11 @@ bool ModuleRunner::bringUp()
 // Called before `check`, and again after each hook that may create or replace the directory.
 bool ModuleRunner::lockData()
 {
-    return m_lock.acquire(m_directory.path()) ||
-           refuse(QStringLiteral("Another process uses the data in %1; is the module running "
-                                 "already?")
-                      .arg(m_directory.path()));
+    if (m_lock.acquire(m_directory.path()))
+        return true;
+    return refuse(
+        QStringLiteral("Another process uses the data in %1; is the module running already?")
+            .arg(m_directory.path()));
 }
 
 bool ModuleRunner::ensureData()
@@ -134,8 +135,9 @@ bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const
 {
     if (ZELApplication::isEnding())
         return false;
-    return (m_module.*hook)() ||
-           refuse(QStringLiteral("The module's hook %1 failed").arg(QLatin1String(name)));
+    if ((m_module.*hook)())
+        return true;
+    return refuse(QStringLiteral("The module's hook %1 failed").arg(QLatin1String(name)));
 }
 
 bool ModuleRunner::registerObjects()
@@ -144,7 +146,8 @@ bool ModuleRunner::registerObjects()
         m_object.publish(adaptor);
     m_object.publish(new LifecycleAdaptor(m_module));
     new LogControl(m_logObject); // belongs to the object
-    return BusConnection::registerObject(objectPath(m_module.getModuleName()), m_object) &&
+    const QString path = objectPath(m_module.getModuleName());
+    return BusConnection::registerObject(path, m_object) &&
            BusConnection::registerObject(LogControl::path(), m_logObject);
 }
 

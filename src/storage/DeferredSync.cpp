@@ -27,7 +27,7 @@ bool copyLog()
     const std::optional<QString> isBusy =
         connection::execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
     connection::waitForLocks(connection::BusyMilliseconds);
-    return isBusy == QStringLiteral("0");
+    return isBusy && *isBusy == QLatin1String("0");
 }
 
 // A write that is synced also syncs the log before it. This one writes a number back unchanged.

@@ -224,6 +224,20 @@ def test_a_reset_that_meets_a_lock_leaves_everything_as_it_was_also_when_the_loc
     assert client.get_all_actions() == [RESERVED_ACTION]
 
 
+def test_a_merge_beside_another_process_that_reads_is_complete_and_logs_no_error(
+    service, client, database, settings
+):
+    settings.values["DefaultActions"] = "D1,1,call,,501,Reception,Rec"
+    settings.values["DefaultKeys"] = "D1,main,0,bell,0,0,0"
+    with database.kept_open() as other:
+        other.execute("BEGIN")
+        other.execute("SELECT * FROM ACTION").fetchall()
+        client.restore_default()
+        assert [action.dmId for action in client.get_all_actions()] == ["", "D1"]
+        assert [key.dmId for key in client.get_all_programmable_keys()] == ["D1"]
+        assert service.log.texts("error") == []
+
+
 def test_the_database_keeps_a_write_ahead_log(service, database):
     assert database.value("PRAGMA journal_mode") == "wal"
 
