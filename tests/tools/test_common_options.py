@@ -248,7 +248,7 @@ def test_output_that_cannot_be_written_is_a_failure(ctl: Tool, stocked: Module) 
             env=environment(ctl.address, {}), check=False,
         )
     assert ended.returncode == 1
-    assert "The output could not be written: No space left on device" in ended.stderr
+    assert "Cannot write the output: No space left on device" in ended.stderr
 
 
 def columns(text: str) -> int:

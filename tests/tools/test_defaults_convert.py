@@ -102,19 +102,18 @@ GOOD = "D,c,1,i,0,0,0"
 @pytest.mark.parametrize(
     ("source", "message"),
     [
-        ("", "standard input does not begin with a header"),
-        (GOOD, "Commas, semicolons and tabs are recognised as delimiters."),
-        (KEYS.removesuffix(",aom_addr"), "standard input has no column `aom_addr`"),
-        (f"x,{KEYS}", "standard input has an unknown column `x`"),
-        (f"icon,{KEYS}", "standard input has the column `icon` twice"),
+        ("", "standard input, line 1: invalid header: no names of fields"),
+        (GOOD, "separated by commas, semicolons or tabs."),
+        (KEYS.removesuffix(",aom_addr"), "standard input, line 1: invalid header: `aom_addr` is missing"),
+        (f"x,icon,{KEYS}", "standard input, line 1: invalid header: `icon` is repeated, `x` is unknown"),
         (keys_csv(GOOD, "", "D,c,1,i,0,0"), "standard input, line 4: 6 fields instead of 7"),
         (keys_csv('"a\n\nb",c,1,i,0,0,0', GOOD + ",x"), "standard input, line 3: 8 fields instead of 7"),
         (keys_csv(GOOD, 'D"D,c,1,i,0,0,0'), "standard input, line 3: unexpected quote"),
         (keys_csv(GOOD, '"D,c,1,i,0,0,0'), "standard input, line 3: the closing quote is missing"),
-        (keys_csv(GOOD, "D,escComa,1,i,0,0,0"), "Line 3 cannot be written as text: field 2, container, contains the reserved word `escComa`"),
-        (keys_csv("", "D,C:\\,1,i,0,0,0"), "Line 3 cannot be written as text: field 2, container, ends in a backslash"),
-        (keys_csv("\ufeffD,c,1,i,0,0,0"), "Line 2 cannot be written as text: field 1, identifier, begins with U+FEFF"),
-        (keys_csv("D,c\0,1,i,0,0,0"), "Line 2 cannot be written as text: field 2, container, contains U+0000"),
+        (keys_csv(GOOD, "D,escComa,1,i,0,0,0"), "Line 3 cannot be written as text: the field container contains the reserved word `escComa`"),
+        (keys_csv("", "D,C:\\,1,i,0,0,0"), "Line 3 cannot be written as text: the field container ends in a backslash"),
+        (keys_csv("\ufeffD,c,1,i,0,0,0"), "Line 2 cannot be written as text: the field dmId begins with U+FEFF"),
+        (keys_csv("D,c\0,1,i,0,0,0"), "Line 2 cannot be written as text: the field container contains U+0000"),
     ],
 )  # fmt: skip
 def test_invalid_csv(offline: Tool, source: str, message: str) -> None:
@@ -126,7 +125,7 @@ def test_invalid_csv(offline: Tool, source: str, message: str) -> None:
 def test_the_kind_must_be_the_expected_one(offline: Tool) -> None:
     result = convert(offline, "csv", "json", "--kind", "actions", stdin=keys_csv())
     assert (result.status, result.out) == (4, "")
-    assert "standard input has the columns of keys" in result.err
+    assert "standard input, line 1: the columns are those of keys" in result.err
 
 
 JSON = """{

@@ -77,7 +77,7 @@ def test_an_empty_text_is_no_choice(ctl: Tool, phone: Module, option: str) -> No
 def test_a_closed_stdout_is_a_failure(ctl: Tool, client: Client, key: Key, words: str) -> None:
     ended = closing(ctl, words, "1>&-")
     assert ended.returncode == 1
-    assert "The output could not be written: Bad file descriptor" in ended.stderr
+    assert "Cannot write the output: Bad file descriptor" in ended.stderr
 
 
 def test_what_is_said_where_nobody_listens_goes_nowhere(ctl: Tool, client: Client, key: Key) -> None:

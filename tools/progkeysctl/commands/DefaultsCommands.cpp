@@ -83,7 +83,7 @@ ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
     const QByteArray bytes = written(read(arguments), arguments.text("--to"));
     const QString target = fileOrStream(arguments.path("--output"));
     if (target == files::StandardStream)
-        session.out().raw(bytes);
+        session.out().write(bytes);
     else
         files::writeWhole(target, bytes);
     return ExitStatus::Done;
@@ -140,11 +140,11 @@ cli::Parameter limitOption()
 
 cli::Command checkCommand()
 {
-    cli::Command command =
-        cli::command("defaults check", "check the settings that provision a phone",
-                     {rolloutArgument(), kindOption("content of files whose name does not imply it"),
-                      limitOption(), cli::flag("--strict", "fail for warnings, too")},
-                     check);
+    cli::Command command = cli::command(
+        "defaults check", "check the settings that provision a phone",
+        {rolloutArgument(), kindOption("content of files whose name does not imply it"),
+         limitOption(), cli::flag("--strict", "fail for warnings, too")},
+        check);
     command.notes = QStringLiteral(
         "Each problem begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
         "FIELD is 0 for a problem with the whole record. COLUMN counts characters in the record.");

@@ -65,7 +65,7 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
     const QByteArray text = exchange::toJson(collect(session.service(), filter), isPretty);
     if (file.isEmpty() || file == files::StandardStream)
-        session.out().raw(text);
+        session.out().write(text);
     else
         files::writeWhole(file, text);
     return ExitStatus::Done;

@@ -1,11 +1,12 @@
 #include "converting/Formats.h"
-#include "files/Utf8.h"
+#include "files/Files.h"
 #include "output/Output.h"
 #include "output/Text.h"
 
 #include <csv.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 namespace defaults {
@@ -13,16 +14,12 @@ namespace {
 
 using output::quoted;
 
-[[noreturn]] void throwInvalid(const QString &message, const QString &advice = {})
-{
-    throw Failure{ExitStatus::InvalidText, message, advice};
-}
-
 [[noreturn]] void throwInvalidLine(const QString &file, int line, const QString &message,
                                    const QString &advice)
 {
-    throwInvalid(QStringLiteral("%1, line %2: %3").arg(file, QString::number(line), message),
-                 advice);
+    throw Failure{ExitStatus::InvalidText,
+                  QStringLiteral("%1, line %2: %3").arg(file, QString::number(line), message),
+                  advice};
 }
 
 // All rows of a spreadsheet, so that the place of a row is its line. Blanks are kept.
@@ -84,89 +81,72 @@ void CsvReader::endRow(int end, void *reader)
     self.m_lastEnd = end;
 }
 
-QStringList namesOf(Kind kind)
-{
-    QStringList names;
-    for (const FieldName &field : fieldNames(kind))
-        names.append(field.name);
-    return names;
-}
-
 int knownColumns(Kind kind, const QStringList &header)
 {
-    const QStringList names = namesOf(kind);
+    const QStringList names = fieldNames(kind);
     return static_cast<int>(std::count_if(
         header.cbegin(), header.cend(), [&](const QString &name) { return names.contains(name); }));
 }
 
-// The one that splits the header into the most names of fields.
+Kind kindOf(const QStringList &header)
+{
+    return knownColumns(Kind::Actions, header) > knownColumns(Kind::Keys, header) ? Kind::Actions
+                                                                                  : Kind::Keys;
+}
+
+// The delimiter that splits the header into the most names of fields.
 char delimiterOf(const QByteArray &text)
 {
     const QString header =
         QString::fromUtf8(text.left(text.indexOf('\n'))).remove(QLatin1Char('"')).trimmed();
-    char best = ',';
-    int most = 0;
-    for (const char delimiter : {',', ';', '\t'}) {
+    const auto namesWith = [&header](char delimiter) {
         const QStringList columns = header.split(QLatin1Char(delimiter));
-        const int known =
-            std::max(knownColumns(Kind::Actions, columns), knownColumns(Kind::Keys, columns));
-        best = known > most ? delimiter : best;
-        most = std::max(most, known);
+        return knownColumns(kindOf(columns), columns);
+    };
+    const std::array<char, 3> delimiters{',', ';', '\t'};
+    return *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
+        return namesWith(left) < namesWith(right);
+    });
+}
+
+void requireHeader(const QStringList &header, Kind kind, const QString &file)
+{
+    const QStringList names = fieldNames(kind);
+    QStringList faults;
+    for (const QString &name : names) {
+        if (header.count(name) != 1)
+            faults.append((header.contains(name) ? QStringLiteral("%1 is repeated")
+                                                 : QStringLiteral("%1 is missing"))
+                              .arg(quoted(name)));
     }
-    return best;
-}
-
-Kind kindOfHeader(const QStringList &header, const QString &file, std::optional<Kind> expected)
-{
-    const int actions = knownColumns(Kind::Actions, header);
-    const int keys = knownColumns(Kind::Keys, header);
-    if (actions == 0 && keys == 0)
-        throwInvalid(
-            QStringLiteral("%1 does not begin with a header that names the fields").arg(file),
-            QStringLiteral("The header is %1 for actions and %2 for keys. Commas, "
-                           "semicolons and tabs are recognised as delimiters.")
-                .arg(namesOf(Kind::Actions).join(QLatin1Char(',')),
-                     namesOf(Kind::Keys).join(QLatin1Char(','))));
-    const Kind kind = actions > keys ? Kind::Actions : Kind::Keys;
-    if (expected && *expected != kind && actions != keys)
-        throwInvalid(QStringLiteral("%1 has the columns of %2").arg(file, nameOf(kind)));
-    return expected.value_or(kind);
-}
-
-// For each field of a record, its column.
-QList<int> columnsOf(Kind kind, const QStringList &header, const QString &file)
-{
-    const QStringList names = namesOf(kind);
     for (const QString &name : header) {
         if (!names.contains(name))
-            throwInvalid(
-                QStringLiteral("%1 has an unknown column %2").arg(file, quoted(name)),
-                QStringLiteral("The columns are %1.").arg(names.join(QStringLiteral(", "))));
-        if (header.count(name) > 1)
-            throwInvalid(QStringLiteral("%1 has the column %2 twice").arg(file, quoted(name)));
+            faults.append(QStringLiteral("%1 is unknown").arg(quoted(name)));
     }
-    QList<int> columns;
-    for (const QString &name : names) {
-        columns.append(static_cast<int>(header.indexOf(name)));
-        if (columns.last() < 0)
-            throwInvalid(QStringLiteral("%1 has no column %2").arg(file, quoted(name)));
-    }
-    return columns;
+    if (knownColumns(kind, header) == 0)
+        faults = QStringList{QStringLiteral("no names of fields")};
+    if (!faults.isEmpty())
+        throwInvalidLine(
+            file, 1, QStringLiteral("invalid header: %1").arg(faults.join(QStringLiteral(", "))),
+            QStringLiteral("The columns are %1 for actions and %2 for keys, separated "
+                           "by commas, semicolons or tabs.")
+                .arg(fieldNames(Kind::Actions).join(QLatin1Char(',')),
+                     fieldNames(Kind::Keys).join(QLatin1Char(','))));
 }
 
-QStringList recordOf(const QStringList &row, const QList<int> &columns, int line,
+QStringList recordOf(const QStringList &row, const QStringList &header, Kind kind, int line,
                      const QString &file)
 {
-    if (row.size() != columns.size())
+    if (row.size() != header.size())
         throwInvalidLine(
             file, line,
             QStringLiteral("%1 instead of %2")
                 .arg(output::counted(static_cast<int>(row.size()), QStringLiteral("field")),
-                     QString::number(columns.size())),
+                     QString::number(header.size())),
             QStringLiteral("Quote a field that contains the delimiter."));
     QStringList record;
-    for (const int column : columns)
-        record.append(row.at(column));
+    for (const QString &name : fieldNames(kind))
+        record.append(row.at(header.indexOf(name)));
     return record;
 }
 
@@ -203,9 +183,12 @@ Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind
 {
     const QByteArray text = files::requireUtf8(bytes, file);
     const QList<QStringList> rows = CsvReader(delimiterOf(text)).read(text, file);
-    const QStringList header = rows.isEmpty() ? QStringList() : rows.first();
-    Records records{kindOfHeader(header, file, kind), {}};
-    const QList<int> columns = columnsOf(records.kind, header, file);
+    const QStringList header = rows.value(0);
+    Records records{kindOf(header), {}};
+    requireHeader(header, records.kind, file);
+    if (kind && *kind != records.kind)
+        throwInvalidLine(
+            file, 1, QStringLiteral("the columns are those of %1").arg(nameOf(records.kind)), {});
     QStringList skipped;
     for (int line = 2; line <= rows.size(); ++line) {
         const QStringList &row = rows.at(line - 1);
@@ -213,7 +196,7 @@ Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind
             skipped.append(QString::number(line));
             continue;
         }
-        records.records.append(recordOf(row, columns, line, file));
+        records.records.append(recordOf(row, header, records.kind, line, file));
         records.lines.append(line);
     }
     if (!skipped.isEmpty())
@@ -224,7 +207,7 @@ Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind
 
 QByteArray writeCsv(const Records &records)
 {
-    QByteArray text = csvLine(namesOf(records.kind));
+    QByteArray text = csvLine(fieldNames(records.kind));
     for (const QStringList &record : records.records)
         text += csvLine(record);
     return text;

@@ -38,7 +38,7 @@ std::optional<int> intOf(const QJsonValue &value)
     return static_cast<int>(number);
 }
 
-QString readField(const QJsonValue &value, const FieldName &field, const QString &where)
+QString readField(const QJsonValue &value, const output::Column &field, const QString &where)
 {
     if (value.isString() && value.toString().isValidUtf16())
         return value.toString();
@@ -53,41 +53,22 @@ QString readField(const QJsonValue &value, const FieldName &field, const QString
 
 QStringList readRecord(const QJsonValue &value, Kind kind, const QString &where)
 {
-    QStringList names;
-    for (const FieldName &field : fieldNames(kind))
-        names.append(field.name);
     if (!value.isObject())
         throwInvalid(QStringLiteral("%1 is not an object").arg(where));
     const QJsonObject object = value.toObject();
-    files::requireMembers(object, names, where);
+    files::requireMembers(object, fieldNames(kind), where);
     QStringList record;
-    for (const FieldName &field : fieldNames(kind))
+    for (const output::Column &field : fieldsOf(kind))
         record.append(readField(object.value(field.name), field, where));
     return record;
 }
 
-// A text in JSON. Qt writes a text only as part of an array.
-QByteArray jsonText(const QString &text)
-{
-    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return array.mid(1, array.size() - 2);
-}
-
-QByteArray jsonField(const FieldName &field, const QString &text)
+QJsonValue toJson(const output::Column &field, const QString &text)
 {
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
     const bool isUsual = field.isNumber && isNumber && QString::number(number) == text;
-    return jsonText(field.name) + ": " + (isUsual ? text.toUtf8() : jsonText(text));
-}
-
-// One line for each record, with the fields in their order, which QJsonObject does not keep.
-QByteArray jsonRecord(Kind kind, const QStringList &record)
-{
-    QByteArrayList members;
-    for (int field = 0; field < record.size(); ++field)
-        members.append(jsonField(fieldNames(kind).at(field), record.at(field)));
-    return "    {" + members.join(", ") + '}';
+    return isUsual ? QJsonValue(number) : QJsonValue(text);
 }
 
 } // namespace
@@ -109,14 +90,19 @@ Records readJson(const QByteArray &bytes, const QString &file, std::optional<Kin
 
 QByteArray writeJson(const Records &records)
 {
-    QByteArrayList lines;
-    for (const QStringList &record : records.records)
-        lines.append(jsonRecord(records.kind, record));
-    const QByteArray list = lines.isEmpty() ? "[]" : "[\n" + lines.join(",\n") + "\n  ]";
-    return "{\n  \"schema\": " + jsonText(Schema.name) +
-           ",\n  \"version\": " + QByteArray::number(Schema.version) +
-           ",\n  \"kind\": " + jsonText(nameOf(records.kind)) + ",\n  \"records\": " + list +
-           "\n}\n";
+    const QList<output::Column> &fields = fieldsOf(records.kind);
+    QJsonArray list;
+    for (const QStringList &record : records.records) {
+        QJsonObject object;
+        for (int field = 0; field < record.size(); ++field)
+            object.insert(fields.at(field).name, toJson(fields.at(field), record.at(field)));
+        list.append(object);
+    }
+    return QJsonDocument(QJsonObject{{QStringLiteral("schema"), Schema.name},
+                                     {QStringLiteral("version"), Schema.version},
+                                     {QStringLiteral("kind"), nameOf(records.kind)},
+                                     {QStringLiteral("records"), list}})
+        .toJson();
 }
 
 } // namespace defaults

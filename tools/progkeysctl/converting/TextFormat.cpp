@@ -1,5 +1,5 @@
 #include "converting/Formats.h"
-#include "defaults/RecordChecks.h"
+#include "defaults/Checks.h"
 #include "defaults/Report.h"
 
 #include <cstdio>
@@ -8,25 +8,25 @@
 namespace defaults {
 namespace {
 
-bool preventsConversion(const Setting &setting, const Finding &finding)
+bool preventsConversion(const Setting &setting, const Problem &problem)
 {
     static const QStringList codes{QStringLiteral("byte-order-mark"),
                                    QStringLiteral("null-character"), QStringLiteral("field-count"),
                                    QStringLiteral("empty-record")};
-    return !setting.isReadable || codes.contains(finding.code);
+    return !setting.isReadable || codes.contains(problem.code);
 }
 
 // Throws if the phone would not accept the whole text; prints why.
 void requireAcceptance(Setting setting)
 {
-    QList<Finding> problems;
-    for (const Finding &finding : std::as_const(setting.findings)) {
-        if (preventsConversion(setting, finding))
-            problems.append(finding);
+    QList<Problem> problems;
+    for (const Problem &problem : std::as_const(setting.problems)) {
+        if (preventsConversion(setting, problem))
+            problems.append(problem);
     }
     if (problems.isEmpty())
         return;
-    setting.findings = problems;
+    setting.problems = problems;
     const QStringList lines = linesOf({setting}, output::Terminal::of(STDERR_FILENO));
     std::fputs((lines.join(QLatin1Char('\n')) + QLatin1Char('\n')).toUtf8().constData(), stderr);
     throw Failure{
@@ -79,8 +79,8 @@ void requireSame(const Records &records, int record, int field, const provisioni
                               ? QStringLiteral("Record %1").arg(record + 1)
                               : QStringLiteral("Line %1").arg(records.lines.at(record));
     throw Failure{ExitStatus::InvalidText,
-                  QStringLiteral("%1 cannot be written as text: %2, %3")
-                      .arg(where, describeField(records.kind, field + 1), faultOf(text)),
+                  QStringLiteral("%1 cannot be written as text: the field %2 %3")
+                      .arg(where, fieldNames(records.kind).at(field), faultOf(text)),
                   {}};
 }
 

@@ -1,50 +1,45 @@
 #include "defaults/Kind.h"
 
+#include "fields/Fields.h"
+
 #include <QFileInfo>
 
 namespace defaults {
 namespace {
 
-FieldName text(const char *name, const char *title)
+// The texts have the fields in the order of the bus, without the ids.
+template <typename Record>
+QList<output::Column> fieldsWithoutIds()
 {
-    return {QString::fromLatin1(name), QString::fromLatin1(title), false};
-}
-
-FieldName number(const char *name, const char *title)
-{
-    return {QString::fromLatin1(name), QString::fromLatin1(title), true};
+    QList<output::Column> fields;
+    for (const output::Column &column : fields::columns<Record>()) {
+        if (column.name != QLatin1String("idKey") && column.name != QLatin1String("idAction"))
+            fields.append(column);
+    }
+    return fields;
 }
 
 } // namespace
 
-const QList<FieldName> &fieldNames(Kind kind)
+const QList<output::Column> &fieldsOf(Kind kind)
 {
-    static const QList<FieldName> actions{
-        text("dmId", "identifier"),       number("type", "type"),
-        text("action", "action"),         text("webAppName", "web application"),
-        text("arguments", "arguments"),   text("label", "label"),
-        text("shortLabel", "short label")};
-    static const QList<FieldName> keys{
-        text("dmId", "identifier"),          text("container", "container"),
-        number("position", "position"),      text("icon", "icon"),
-        number("type", "key type"),          number("aom_type", "module type"),
-        number("aom_addr", "module address")};
-    static const QList<FieldName> none;
+    static const QList<output::Column> actions = fieldsWithoutIds<Action>();
+    static const QList<output::Column> keys = fieldsWithoutIds<Key>();
+    static const QList<output::Column> none;
     return kind == Kind::Actions ? actions : kind == Kind::Keys ? keys : none;
+}
+
+QStringList fieldNames(Kind kind)
+{
+    QStringList names;
+    for (const output::Column &field : fieldsOf(kind))
+        names.append(field.name);
+    return names;
 }
 
 QString nameOf(Kind kind)
 {
-    return kind == Kind::Actions ? QStringLiteral("actions")
-           : kind == Kind::Keys  ? QStringLiteral("keys")
-                                 : QStringLiteral("limit");
-}
-
-QString settingName(Kind kind)
-{
-    return kind == Kind::Actions ? QStringLiteral("DefaultActions")
-           : kind == Kind::Keys  ? QStringLiteral("DefaultKeys")
-                                 : QStringLiteral("ProgKeysMax");
+    return kind == Kind::Actions ? QStringLiteral("actions") : QStringLiteral("keys");
 }
 
 std::optional<Kind> kindNamed(const QString &name)
@@ -54,6 +49,13 @@ std::optional<Kind> kindNamed(const QString &name)
             return kind;
     }
     return std::nullopt;
+}
+
+QString settingName(Kind kind)
+{
+    return kind == Kind::Actions ? QStringLiteral("DefaultActions")
+           : kind == Kind::Keys  ? QStringLiteral("DefaultKeys")
+                                 : QStringLiteral("ProgKeysMax");
 }
 
 std::optional<Kind> kindOfFile(const QString &path)
@@ -74,13 +76,6 @@ Failure unknownKind(const QString &file, const QString &advice)
             QStringLiteral("Cannot tell from the name of %1 whether it contains actions or keys")
                 .arg(file),
             advice};
-}
-
-QString describeField(Kind kind, int number)
-{
-    const QString text = QStringLiteral("field %1").arg(number);
-    const QList<FieldName> &names = fieldNames(kind);
-    return number > names.size() ? text : text + QStringLiteral(", ") + names.at(number - 1).title;
 }
 
 } // namespace defaults

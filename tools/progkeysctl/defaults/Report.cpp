@@ -1,6 +1,5 @@
 #include "defaults/Report.h"
 
-#include "defaults/FieldCount.h"
 #include "output/Text.h"
 
 #include <algorithm>
@@ -8,72 +7,50 @@
 namespace defaults {
 namespace {
 
-constexpr int ShownProblems = 50;
-constexpr int UsualWidth = 80;
-constexpr int LeastWidth = 16;
-const QString Indentation = QStringLiteral("    ");
-
 using output::counted;
 using output::printable;
 using output::textWidth;
+using provisioning::FieldCount;
+using provisioning::Record;
+
+constexpr int ShownProblems = 50;
+const QString Indentation = QStringLiteral("    ");
 
 QString nameOf(Severity severity)
 {
     return severity == Severity::Error ? QStringLiteral("error") : QStringLiteral("warning");
 }
 
-const provisioning::Record *recordOf(const Setting &setting, const Finding &finding)
+int characters(const QString &text, int start, int end)
 {
-    return finding.record > setting.records.size() ? nullptr
-                                                   : &setting.records.at(finding.record - 1);
+    return static_cast<int>(text.mid(start, std::max(0, end - start)).toUcs4().size());
+}
+
+Record recordOf(const Setting &setting, const Problem &problem)
+{
+    return setting.records.value(problem.record - 1);
 }
 
 // The hash before an empty record counts as its start.
-int columnOf(const Setting &setting, const Finding &finding)
+int columnOf(const Setting &setting, const Problem &problem)
 {
-    const provisioning::Record *record = recordOf(setting, finding);
-    const int start = record ? record->start : 0;
-    return characters(setting.text, {start, std::max(finding.place.start - start, 0)}) + 1;
+    return characters(setting.text, recordOf(setting, problem).start, problem.place.start) + 1;
 }
 
-QJsonValue fieldNameOf(const Setting &setting, const Finding &finding)
-{
-    const bool hasName = finding.field > 0 && finding.field <= fieldNames(setting.kind).size();
-    return hasName ? fieldNames(setting.kind).at(finding.field - 1).name : QJsonValue();
-}
-
-QJsonObject rowOf(const Setting &setting, const Finding &finding)
-{
-    return {{QStringLiteral("file"), setting.file},
-            {QStringLiteral("record"), finding.record},
-            {QStringLiteral("field"), finding.field > 0 ? finding.field : QJsonValue()},
-            {QStringLiteral("fieldName"), fieldNameOf(setting, finding)},
-            {QStringLiteral("column"), columnOf(setting, finding)},
-            {QStringLiteral("character"), characters(setting.text, {0, finding.place.start}) + 1},
-            {QStringLiteral("severity"), nameOf(finding.severity)},
-            {QStringLiteral("code"), finding.code},
-            {QStringLiteral("message"), finding.message}};
-}
-
-output::Column column(const char *name, bool isNumber = false)
-{
-    return {QString::fromLatin1(name), QString::fromLatin1(name).toUpper(), isNumber};
-}
-
-QString headOf(const Setting &setting, const Finding &finding, const output::Terminal &terminal)
+QString headOf(const Setting &setting, const Problem &problem, const output::Terminal &terminal)
 {
     const QString place =
         QStringLiteral("%1:%2:%3:%4:")
-            .arg(printable(setting.file), QString::number(finding.record),
-                 QString::number(finding.field), QString::number(columnOf(setting, finding)));
-    const QString label = nameOf(finding.severity) + QLatin1Char(':');
+            .arg(printable(setting.file), QString::number(problem.record),
+                 QString::number(problem.field), QString::number(columnOf(setting, problem)));
+    const QString label = nameOf(problem.severity) + QLatin1Char(':');
     return QStringLiteral("%1 %2 %3")
         .arg(terminal.bold(place),
-             finding.severity == Severity::Error ? terminal.red(label) : terminal.yellow(label),
-             finding.message);
+             problem.severity == Severity::Error ? terminal.red(label) : terminal.yellow(label),
+             problem.message);
 }
 
-// The end of the text before a place, in so many columns at most.
+// The end of a text, in so many columns at most.
 QString endOf(const QString &text, int width)
 {
     QString end = printable(text.right(width));
@@ -85,14 +62,13 @@ QString endOf(const QString &text, int width)
 }
 
 // The text around the place, and `^~~~` below the place.
-QStringList excerptOf(const Setting &setting, const Finding &finding, int width,
+QStringList excerptOf(const Setting &setting, const Problem &problem, int width,
                       const output::Terminal &terminal)
 {
-    const provisioning::Record *record = recordOf(setting, finding);
-    const bool isInRecord = record && record->length > 0;
+    const Record record = recordOf(setting, problem);
     const Span shown =
-        isInRecord ? spanOf(*record) : Span{0, static_cast<int>(setting.text.size())};
-    const Span &place = finding.place;
+        record.length > 0 ? spanOf(record) : Span{0, static_cast<int>(setting.text.size())};
+    const Span &place = problem.place;
     const QString marked = printable(setting.text.mid(place.start, std::min(place.length, width)));
     const QString before =
         endOf(setting.text.mid(shown.start, place.start - shown.start), width / 2);
@@ -104,34 +80,48 @@ QStringList excerptOf(const Setting &setting, const Finding &finding, int width,
                       terminal.green(QStringLiteral("^").leftJustified(length, QLatin1Char('~')))};
 }
 
-QStringList detailsOf(const Setting &setting, const Finding &finding, int width,
+QStringList fieldByField(const Setting &setting, const Record &record, int width)
+{
+    constexpr int NameWidth = 12;
+    constexpr int Surplus = 3; // shown fields that have no name
+    const QStringList names = fieldNames(setting.kind);
+    const int size = static_cast<int>(record.fields.size());
+    QStringList lines;
+    for (int field = 0; field < std::max(FieldCount, std::min(size, FieldCount + Surplus));
+         ++field) {
+        const QString name = names.value(field, QStringLiteral("-"));
+        const QString text =
+            field < size ? printable(record.fields.at(field).text) : QStringLiteral("(missing)");
+        lines.append(text.isEmpty() ? name
+                                    : output::elided(name.leftJustified(NameWidth) + text, width));
+    }
+    if (size > FieldCount + Surplus)
+        lines.append(QStringLiteral("..."));
+    return lines;
+}
+
+QStringList detailsOf(const Setting &setting, const Problem &problem,
                       const output::Terminal &terminal)
 {
-    const bool isOfWholeFile = finding.place.length == 0 && finding.field == 0;
+    constexpr int UsualWidth = 80;
+    constexpr int LeastWidth = 16;
+    const int columns = terminal.width() > 0 ? terminal.width() : UsualWidth;
+    const int width = std::max(columns - static_cast<int>(Indentation.size()), LeastWidth);
+    const bool isOfWholeFile = problem.place.length == 0 && problem.field == 0;
     if (isOfWholeFile)
         return {};
-    if (finding.code != QLatin1String("field-count") || finding.field > 0)
-        return excerptOf(setting, finding, width, terminal);
-    QStringList lines;
-    for (const QString &line : fieldByField(setting.kind, *recordOf(setting, finding)))
-        lines.append(output::elided(line, width));
-    return lines;
+    return problem.code == QLatin1String("field-count") && problem.field == 0
+               ? fieldByField(setting, recordOf(setting, problem), width)
+               : excerptOf(setting, problem, width, terminal);
 }
 
 QString contentOf(const Setting &setting)
 {
-    return setting.kind == Kind::Limit
-               ? QStringLiteral("1 limit")
-               : counted(static_cast<int>(setting.records.size()), setting.kind == Kind::Actions
-                                                                       ? QStringLiteral("action")
-                                                                       : QStringLiteral("key"));
-}
-
-QString subjectOf(const QList<Setting> &settings)
-{
-    return settings.size() == 1
-               ? printable(settings.first().file)
-               : counted(static_cast<int>(settings.size()), QStringLiteral("file"));
+    const QString noun = setting.kind == Kind::Actions ? QStringLiteral("action")
+                         : setting.kind == Kind::Keys  ? QStringLiteral("key")
+                                                       : QStringLiteral("limit");
+    const auto count = setting.kind == Kind::Limit ? 1 : setting.records.size();
+    return counted(static_cast<int>(count), noun);
 }
 
 } // namespace
@@ -139,28 +129,38 @@ QString subjectOf(const QList<Setting> &settings)
 output::Listing listingOf(const QList<Setting> &settings)
 {
     output::Listing listing;
-    listing.columns = {column("file"),      column("record", true), column("field", true),
-                       column("fieldName"), column("column", true), column("severity"),
-                       column("code"),      column("message"),      column("character", true)};
+    for (const char *name : {"file", "record", "field", "fieldName", "column", "severity", "code",
+                             "message", "character"})
+        listing.columns.append({QString::fromLatin1(name), QString::fromLatin1(name).toUpper()});
     for (const Setting &setting : settings) {
-        for (const Finding &finding : setting.findings)
-            listing.rows.append(rowOf(setting, finding));
+        for (const Problem &problem : setting.problems) {
+            const QString field = fieldNames(setting.kind).value(problem.field - 1);
+            listing.rows.append(
+                {{QStringLiteral("file"), setting.file},
+                 {QStringLiteral("record"), problem.record},
+                 {QStringLiteral("field"), problem.field > 0 ? problem.field : QJsonValue()},
+                 {QStringLiteral("fieldName"), field.isEmpty() ? QJsonValue() : field},
+                 {QStringLiteral("column"), columnOf(setting, problem)},
+                 {QStringLiteral("severity"), nameOf(problem.severity)},
+                 {QStringLiteral("code"), problem.code},
+                 {QStringLiteral("message"), problem.message},
+                 {QStringLiteral("character"),
+                  characters(setting.text, 0, problem.place.start) + 1}});
+        }
     }
     return listing;
 }
 
 QStringList linesOf(const QList<Setting> &settings, const output::Terminal &terminal)
 {
-    const int columns = terminal.width() > 0 ? terminal.width() : UsualWidth;
-    const int width = std::max(columns - static_cast<int>(Indentation.size()), LeastWidth);
     QStringList lines;
     int count = 0;
     for (const Setting &setting : settings) {
-        for (const Finding &finding : setting.findings) {
+        for (const Problem &problem : setting.problems) {
             if (++count > ShownProblems)
                 continue;
-            lines.append(headOf(setting, finding, terminal));
-            const QStringList details = detailsOf(setting, finding, width, terminal);
+            lines.append(headOf(setting, problem, terminal));
+            const QStringList details = detailsOf(setting, problem, terminal);
             for (const QString &line : details)
                 lines.append(Indentation + line);
         }
@@ -173,20 +173,20 @@ QStringList linesOf(const QList<Setting> &settings, const output::Terminal &term
 
 QString summaryOf(const QList<Setting> &settings)
 {
+    const QString subject =
+        settings.size() == 1 ? printable(settings.first().file)
+                             : counted(static_cast<int>(settings.size()), QStringLiteral("file"));
     QStringList parts;
-    const int errors = countOf(settings, Severity::Error);
-    const int warnings = countOf(settings, Severity::Warning);
-    if (errors > 0)
-        parts.append(counted(errors, QStringLiteral("error")));
-    if (warnings > 0)
-        parts.append(counted(warnings, QStringLiteral("warning")));
+    for (const Severity severity : {Severity::Error, Severity::Warning}) {
+        const int count = countOf(settings, severity);
+        if (count > 0)
+            parts.append(counted(count, nameOf(severity)));
+    }
     if (!parts.isEmpty())
-        return QStringLiteral("%1 in %2")
-            .arg(parts.join(QStringLiteral(", ")), subjectOf(settings));
+        return QStringLiteral("%1 in %2").arg(parts.join(QStringLiteral(", ")), subject);
     for (const Setting &setting : settings)
         parts.append(contentOf(setting));
-    return QStringLiteral("%1: %2, no problems")
-        .arg(subjectOf(settings), parts.join(QStringLiteral(", ")));
+    return QStringLiteral("%1: %2, no problems").arg(subject, parts.join(QStringLiteral(", ")));
 }
 
 int countOf(const QList<Setting> &settings, Severity severity)
@@ -194,8 +194,8 @@ int countOf(const QList<Setting> &settings, Severity severity)
     int count = 0;
     for (const Setting &setting : settings)
         count += static_cast<int>(
-            std::count_if(setting.findings.cbegin(), setting.findings.cend(),
-                          [&](const Finding &finding) { return finding.severity == severity; }));
+            std::count_if(setting.problems.cbegin(), setting.problems.cend(),
+                          [&](const Problem &problem) { return problem.severity == severity; }));
     return count;
 }
 

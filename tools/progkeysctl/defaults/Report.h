@@ -1,10 +1,7 @@
 #pragma once
 
 #include "defaults/Setting.h"
-#include "output/Listing.h"
 #include "output/Terminal.h"
-
-#include <QStringList>
 
 namespace defaults {
 

@@ -1,7 +1,6 @@
 #include "defaults/Rollout.h"
 
-#include "defaults/RecordChecks.h"
-#include "defaults/RolloutChecks.h"
+#include "defaults/Checks.h"
 #include "files/Files.h"
 
 #include <QDir>
@@ -12,100 +11,61 @@
 namespace defaults {
 namespace {
 
-class Reader
+[[noreturn]] void throwUsage(const QString &message, const QString &advice)
 {
-public:
-    explicit Reader(const RolloutSources &sources) : m_sources(sources) {}
-    Rollout read();
-
-private:
-    Kind kindOf(const QString &file) const;
-    void setDirectory(const QString &path);
-    void add(Kind kind, const QString &file);
-    void addFromDirectory();
-
-    const RolloutSources &m_sources;
-    Rollout m_rollout;
-};
-
-Kind Reader::kindOf(const QString &file) const
-{
-    const std::optional<Kind> implied = kindOfFile(file);
-    if (!implied && !m_sources.kind)
-        throw unknownKind(file, m_sources.unknownKindAdvice);
-    return implied ? *implied : *m_sources.kind;
+    throw Failure{ExitStatus::Usage, message, advice};
 }
 
-void Reader::setDirectory(const QString &path)
+void add(Rollout &rollout, Kind kind, const QString &file)
 {
-    if (!m_rollout.directory.isEmpty())
-        throw Failure{
-            ExitStatus::Usage,
-            QStringLiteral("%1 and %2 are both directories").arg(m_rollout.directory, path),
-            QStringLiteral("Specify one rollout at a time.")};
-    m_rollout.directory = path;
-}
-
-void Reader::add(Kind kind, const QString &file)
-{
-    for (const auto &[otherKind, other] : m_rollout.settings) {
+    for (const auto &[otherKind, other] : rollout.settings) {
         if (file == files::StandardStream && other.file == files::StandardStream)
-            throw Failure{
-                ExitStatus::Usage, QStringLiteral("Standard input can be read only once"), {}};
+            throwUsage(QStringLiteral("Standard input can be read only once"), {});
         if (otherKind == kind)
-            throw Failure{
-                ExitStatus::Usage,
+            throwUsage(
                 QStringLiteral("%1 and %2 are both %3").arg(other.file, file, settingName(kind)),
-                QStringLiteral("Specify one of them.")};
+                QStringLiteral("Specify one of them."));
     }
-    m_rollout.settings.emplace(kind, readSetting(file, kind, files::readAll(file)));
+    rollout.settings.emplace(kind, readSetting(file, kind, files::readAll(file)));
 }
 
-void Reader::addFromDirectory()
+void addPath(Rollout &rollout, const QString &path, const RolloutSources &sources)
 {
-    bool isEmpty = true;
-    for (const Kind kind : {Kind::Actions, Kind::Keys, Kind::Limit}) {
-        const QString file = QDir::cleanPath(QDir(m_rollout.directory).filePath(settingName(kind)));
-        if (!QFileInfo::exists(file))
-            continue;
-        isEmpty = false;
-        if (!m_rollout.find(kind))
-            add(kind, file);
-    }
-    if (isEmpty)
+    const std::optional<Kind> implied = kindOfFile(path);
+    const std::optional<Kind> kind = implied ? implied : sources.kind;
+    if (!QFileInfo(path).isDir() && !kind)
+        throw unknownKind(path, sources.unknownKindAdvice);
+    if (!QFileInfo(path).isDir())
+        add(rollout, *kind, path);
+    else if (rollout.directory.isEmpty())
+        rollout.directory = path;
+    else
+        throwUsage(QStringLiteral("%1 and %2 are both directories").arg(rollout.directory, path),
+                   QStringLiteral("Specify one rollout at a time."));
+}
+
+// Adds the setting in a directory, if there is one, unless a file is specified for it.
+bool addFrom(Rollout &rollout, const QDir &directory, Kind kind)
+{
+    const QString file = QDir::cleanPath(directory.filePath(settingName(kind)));
+    const bool isThere = QFileInfo::exists(file);
+    if (isThere && !rollout.find(kind))
+        add(rollout, kind, file);
+    return isThere;
+}
+
+void addDirectory(Rollout &rollout)
+{
+    int found = 0;
+    for (const Kind kind : {Kind::Actions, Kind::Keys, Kind::Limit})
+        found += addFrom(rollout, rollout.directory, kind) ? 1 : 0;
+    if (found == 0)
         throw Failure{
             ExitStatus::Failed,
             QStringLiteral("%1 contains none of the files DefaultActions, DefaultKeys and "
                            "ProgKeysMax")
-                .arg(m_rollout.directory),
+                .arg(rollout.directory),
             {}};
-}
-
-Rollout Reader::read()
-{
-    for (const auto &[kind, file] : m_sources.files)
-        add(kind, file);
-    for (const QString &path : m_sources.paths) {
-        if (QFileInfo(path).isDir())
-            setDirectory(path);
-        else
-            add(kindOf(path), path);
-    }
-    if (!m_rollout.directory.isEmpty())
-        addFromDirectory();
-    return m_rollout;
-}
-
-// The limit in the directory of the keys applies even if only the keys are checked.
-void addLimitBeside(Rollout &rollout)
-{
-    const Setting *keys = rollout.find(Kind::Keys);
-    if (!keys || rollout.find(Kind::Limit) || keys->file == files::StandardStream)
-        return;
-    const QString file = QFileInfo(keys->file).dir().filePath(settingName(Kind::Limit));
-    if (QFileInfo::exists(file))
-        rollout.settings.emplace(
-            Kind::Limit, readSetting(QDir::cleanPath(file), Kind::Limit, files::readAll(file)));
 }
 
 void checkKeys(Rollout &rollout, std::optional<int> limit)
@@ -119,16 +79,7 @@ void checkKeys(Rollout &rollout, std::optional<int> limit)
         checkActionsOf(keys->second, *actions);
     const Setting *file = rollout.find(Kind::Limit);
     if (limit || file)
-        checkLimit(keys->second, limit ? *limit : file->text.toInt());
-}
-
-void sort(QList<Finding> &findings)
-{
-    std::stable_sort(findings.begin(), findings.end(),
-                     [](const Finding &left, const Finding &right) {
-                         return left.record != right.record ? left.record < right.record
-                                                            : left.place.start < right.place.start;
-                     });
+        checkLimit(keys->second, std::max(0, limit ? *limit : file->text.toInt()));
 }
 
 } // namespace
@@ -141,13 +92,21 @@ const Setting *Rollout::find(Kind kind) const
 
 Rollout readRollout(const RolloutSources &sources)
 {
-    return Reader(sources).read();
+    Rollout rollout;
+    for (const auto &[kind, file] : sources.files)
+        add(rollout, kind, file);
+    for (const QString &path : sources.paths)
+        addPath(rollout, path, sources);
+    if (!rollout.directory.isEmpty())
+        addDirectory(rollout);
+    return rollout;
 }
 
 QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit)
 {
-    if (!limit)
-        addLimitBeside(rollout);
+    const Setting *keys = rollout.find(Kind::Keys);
+    if (!limit && keys && keys->file != files::StandardStream)
+        addFrom(rollout, QFileInfo(keys->file).dir(), Kind::Limit);
     for (auto &[kind, setting] : rollout.settings) {
         if (setting.isReadable && kind == Kind::Limit)
             checkLimitText(setting);
@@ -159,7 +118,11 @@ QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit)
     checkKeys(rollout, limit);
     QList<Setting> settings;
     for (auto &[kind, setting] : rollout.settings) {
-        sort(setting.findings);
+        std::stable_sort(setting.problems.begin(), setting.problems.end(),
+                         [](const Problem &left, const Problem &right) {
+                             return std::make_pair(left.record, left.place.start) <
+                                    std::make_pair(right.record, right.place.start);
+                         });
         settings.append(setting);
     }
     return settings;

@@ -2,8 +2,6 @@
 
 #include "defaults/Setting.h"
 
-#include <QStringList>
-
 #include <map>
 
 namespace defaults {
@@ -17,7 +15,7 @@ struct RolloutSources
     QString unknownKindAdvice;     ///< how to specify the kind of a file
 };
 
-/// The settings that a rollout consists of; one that is not there has no entry.
+/// The settings that a rollout consists of; a missing one has no entry.
 struct Rollout
 {
     std::map<Kind, Setting> settings;
@@ -26,15 +24,15 @@ struct Rollout
     const Setting *find(Kind kind) const;
 };
 
-/// Reads a rollout: the files and, for the settings that none of them is, the files in the
-/// directory that have the names of the settings.
+/// Reads a rollout: the files and, for other settings, the files in the directory that have the
+/// names of the settings.
 ///
 /// Throws a Failure of status Usage if the kind of a file is unknown, or if two files are the same
 /// setting; of status Failed if a file cannot be read or the directory contains no setting.
 Rollout readRollout(const RolloutSources &sources);
 
 /// Checks all settings. Keys are compared with the actions, and with the limit: the given one, else
-/// ProgKeysMax of the rollout or beside the keys. Returns the settings, problems included.
+/// ProgKeysMax of the rollout or beside the keys. Returns the settings with their problems, sorted.
 QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit);
 
 } // namespace defaults

@@ -26,7 +26,7 @@ Span spanOf(const Part &part)
 enum class Severity { Warning, Error };
 
 /// A problem in a setting, and where it is.
-struct Finding
+struct Problem
 {
     Severity severity = Severity::Error;
     QString code; ///< identifies the kind of problem; stays the same when the message changes
@@ -43,7 +43,7 @@ struct Setting
     Kind kind = Kind::Actions;
     QString text;
     QList<provisioning::Record> records; ///< none if the text is empty or the limit
-    QList<Finding> findings;
+    QList<Problem> problems;
     bool isReadable = true; ///< encoding and format are right; else nothing more is checked
 };
 
@@ -52,14 +52,7 @@ struct Setting
 /// U+0000.
 Setting readSetting(const QString &file, Kind kind, QByteArray bytes);
 
-/// The number of Unicode characters in that part of the text.
-int characters(const QString &text, const Span &part);
-
-/// A problem with a record or, if `field` is not 0, with one of its fields.
-Finding problem(Severity severity, const char *code, const provisioning::Record &record,
-                int field = 0);
-
-/// A problem at a place in the text.
-Finding problemAt(const Setting &setting, Severity severity, const char *code, const Span &place);
+/// The record and the field at a place in the text, in a problem.
+Problem problemAt(const Setting &setting, const Span &place);
 
 } // namespace defaults

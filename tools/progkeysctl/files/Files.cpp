@@ -76,4 +76,21 @@ void writeWhole(const QString &file, const QByteArray &bytes)
                 target);
 }
 
+QString decodeUtf8(const QByteArray &bytes)
+{
+    // After a letter, a byte order mark is an ordinary character to Qt.
+    const QByteArray guarded = 'x' + bytes;
+    return QString::fromUtf8(guarded.constData(), static_cast<int>(guarded.size())).mid(1);
+}
+
+QByteArray requireUtf8(QByteArray bytes, const QString &file)
+{
+    if (bytes.startsWith("\xef\xbb\xbf"))
+        bytes.remove(0, 3);
+    if (decodeUtf8(bytes).toUtf8() != bytes)
+        throw Failure{ExitStatus::InvalidText, QStringLiteral("%1 is not UTF-8").arg(file),
+                      QStringLiteral("Save it as UTF-8.")};
+    return bytes;
+}
+
 } // namespace files

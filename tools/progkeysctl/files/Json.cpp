@@ -1,6 +1,6 @@
 #include "files/Json.h"
 
-#include "files/Utf8.h"
+#include "files/Files.h"
 #include "outcome/Failure.h"
 
 #include <QJsonDocument>

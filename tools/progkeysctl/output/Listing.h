@@ -17,17 +17,15 @@ struct Column
     bool isShown = true;   ///< in a table without --fields
 };
 
-/// The colour of a row.
-enum class Colour { None, Red, Green, Yellow };
-
 /// The result of a command: rows with the same fields. A row is an object by the columns' names;
 /// other members are printed in JSON only.
 struct Listing
 {
     QList<Column> columns;
     QList<QJsonObject> rows;
-    QString legend;                     ///< below a table, such as "3 keys"
-    QMap<QString, Colour> colours = {}; ///< of rows, by the text of their first column
+    QString legend; ///< below a table, such as "3 keys"
+    /// Colours of rows by the text of their first column: "red", "green", "brown".
+    QMap<QString, QByteArray> colours = {};
 };
 
 /// An integer in JSON: a number up to 2^53, which every reader keeps, else a string.

@@ -16,7 +16,7 @@
 namespace output {
 namespace {
 
-// One value of a line for scripts: what separates values and lines is escaped, and nothing else.
+// A value in a line for scripts, with the separators of values and lines escaped.
 QString terseText(const QJsonValue &value)
 {
     QString text = displayText(value);
@@ -49,7 +49,7 @@ QByteArray jsonText(const Document &content, bool isPretty)
     return isPretty ? text : text + '\n';
 }
 
-// Where stderr cannot be written there is nobody left to tell.
+// A failure to write to stderr cannot be reported.
 void sayOnStderr(const QString &text)
 {
     std::fputs((text + QLatin1Char('\n')).toUtf8().constData(), stderr);
@@ -58,7 +58,7 @@ void sayOnStderr(const QString &text)
 [[noreturn]] void throwWriteFailure()
 {
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("The output could not be written: %1")
+                  QStringLiteral("Cannot write the output: %1")
                       .arg(QString::fromLocal8Bit(std::strerror(errno))),
                   {}};
 }
@@ -74,11 +74,6 @@ bool Output::isJson() const
     return m_manner.form == Form::JsonPretty || m_manner.form == Form::JsonShort;
 }
 
-void Output::requireFields(const QList<Column> &columns) const
-{
-    chosen(columns);
-}
-
 void Output::requireDocumentForm() const
 {
     if (m_manner.form == Form::Terse || !m_manner.fields.isEmpty())
@@ -92,28 +87,35 @@ void Output::list(const Listing &listing)
 {
     Listing shown = listing;
     shown.columns = chosen(listing.columns);
-    if (isJson()) {
-        QJsonArray rows;
-        for (const QJsonObject &row : listing.rows)
-            rows.append(selected(row, shown.columns));
-        write(jsonText(rows, m_manner.form == Form::JsonPretty));
-    } else if (m_manner.form == Form::Terse) {
-        for (const QJsonObject &row : listing.rows)
-            write(terseLine(shown.columns, row));
-    } else {
+    if (isForPeople()) {
         write(tableText(shown, m_terminal, m_manner.hasLegend).toUtf8());
+        return;
     }
+    QJsonArray rows;
+    for (const QJsonObject &row : listing.rows) {
+        if (isJson())
+            rows.append(selected(row, shown.columns));
+        else
+            write(terseLine(shown.columns, row));
+    }
+    if (isJson())
+        write(jsonText(rows, m_manner.form == Form::JsonPretty));
+}
+
+void Output::writeRow(const QList<Column> &columns, const QJsonObject &row, bool isPretty)
+{
+    const QList<Column> shown = chosen(columns);
+    if (isForPeople())
+        write(recordText(shown, row, m_terminal).toUtf8());
+    else if (isJson())
+        write(jsonText(selected(row, shown), isPretty));
+    else
+        write(terseLine(shown, row));
 }
 
 void Output::record(const QList<Column> &columns, const QJsonObject &row)
 {
-    const QList<Column> shown = chosen(columns);
-    if (isJson())
-        write(jsonText(selected(row, shown), m_manner.form == Form::JsonPretty));
-    else if (m_manner.form == Form::Terse)
-        write(terseLine(shown, row));
-    else
-        write(recordText(shown, row, m_terminal).toUtf8());
+    writeRow(columns, row, m_manner.form == Form::JsonPretty);
 }
 
 void Output::done(const QString &sentence, const QList<Column> &columns, const QJsonObject &row)
@@ -126,13 +128,10 @@ void Output::done(const QString &sentence, const QList<Column> &columns, const Q
 
 void Output::stream(const QString &line, const QList<Column> &columns, const QJsonObject &row)
 {
-    const QList<Column> shown = chosen(columns);
-    if (isJson())
-        write(jsonText(selected(row, shown), false));
-    else if (m_manner.form == Form::Terse)
-        write(terseLine(shown, row));
+    if (isForPeople())
+        say(line);
     else
-        write(line.toUtf8() + '\n');
+        writeRow(columns, row, false);
     flush();
 }
 
@@ -140,11 +139,6 @@ void Output::say(const QString &line)
 {
     if (isForPeople())
         write(line.toUtf8() + '\n');
-}
-
-void Output::raw(const QByteArray &bytes)
-{
-    write(bytes);
 }
 
 void Output::flush()

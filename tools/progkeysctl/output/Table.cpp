@@ -12,8 +12,6 @@
 namespace output {
 namespace {
 
-const char *const Bold = "\x1b[1m";
-
 struct TableDeleter
 {
     void operator()(libscols_table *table) const { scols_unref_table(table); }
@@ -52,18 +50,18 @@ public:
         libscols_column *column =
             scols_table_new_column(m_table.get(), heading.toUtf8().constData(), 0, flags);
         require(column != nullptr);
-        require(scols_cell_set_color(scols_column_get_header(column), Bold) == 0);
+        require(scols_cell_set_color(scols_column_get_header(column), "bold") == 0);
     }
 
-    void addRow(const QStringList &cells, const char *colour)
+    void addRow(const QStringList &cells, const QByteArray &colour)
     {
         libscols_line *line = scols_table_new_line(m_table.get(), nullptr);
         require(line != nullptr);
         for (int place = 0; place < cells.size(); ++place)
             require(scols_line_set_data(line, static_cast<std::size_t>(place),
                                         cells.at(place).toUtf8().constData()) == 0);
-        if (colour)
-            require(scols_line_set_color(line, colour) == 0);
+        if (!colour.isEmpty())
+            require(scols_line_set_color(line, colour.constData()) == 0);
     }
 
     QStringList lines() const
@@ -88,21 +86,6 @@ QString cellText(const QJsonObject &row, const Column &column)
     return printable(displayText(row.value(column.name)));
 }
 
-const char *sequenceOf(Colour colour)
-{
-    switch (colour) {
-    case Colour::Red:
-        return "\x1b[31m";
-    case Colour::Green:
-        return "\x1b[32m";
-    case Colour::Yellow:
-        return "\x1b[33m";
-    case Colour::None:
-        break;
-    }
-    return nullptr;
-}
-
 // Only long texts are wrapped: a short one would become a column of syllables.
 int flagsOf(const Listing &listing, const Column &column)
 {
@@ -125,7 +108,7 @@ QStringList rowLines(const Listing &listing, const Terminal &terminal, bool hasH
         QStringList cells;
         for (const Column &column : listing.columns)
             cells.append(cellText(row, column));
-        table.addRow(cells, sequenceOf(listing.colours.value(cells.value(0))));
+        table.addRow(cells, listing.colours.value(cells.value(0)));
     }
     return table.lines();
 }
@@ -165,7 +148,7 @@ QString recordText(const QList<Column> &columns, const QJsonObject &row, const T
     table.addColumn(QString(), 0);
     table.addColumn(QString(), SCOLS_FL_WRAP);
     for (const Column &column : columns)
-        table.addRow({column.heading, cellText(row, column)}, nullptr);
+        table.addRow({column.heading, cellText(row, column)}, {});
     return table.lines().join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 

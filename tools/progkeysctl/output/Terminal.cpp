@@ -47,31 +47,6 @@ Terminal Terminal::ofWidth(int width)
     return terminal;
 }
 
-QString Terminal::bold(const QString &text) const
-{
-    return styled(text, "1");
-}
-
-QString Terminal::dim(const QString &text) const
-{
-    return styled(text, "2");
-}
-
-QString Terminal::red(const QString &text) const
-{
-    return styled(text, "31");
-}
-
-QString Terminal::green(const QString &text) const
-{
-    return styled(text, "32");
-}
-
-QString Terminal::yellow(const QString &text) const
-{
-    return styled(text, "33");
-}
-
 QString Terminal::styled(const QString &text, const char *code) const
 {
     if (!m_hasColour || text.isEmpty())

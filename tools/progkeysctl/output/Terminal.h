@@ -25,11 +25,11 @@ public:
     bool hasColour() const { return m_hasColour; }
 
     /// The text in a style or colour, if this terminal uses colours.
-    QString bold(const QString &text) const;
-    QString dim(const QString &text) const;
-    QString red(const QString &text) const;
-    QString green(const QString &text) const;
-    QString yellow(const QString &text) const;
+    QString bold(const QString &text) const { return styled(text, "1"); }
+    QString dim(const QString &text) const { return styled(text, "2"); }
+    QString red(const QString &text) const { return styled(text, "31"); }
+    QString green(const QString &text) const { return styled(text, "32"); }
+    QString yellow(const QString &text) const { return styled(text, "33"); }
 
 private:
     QString styled(const QString &text, const char *code) const;

@@ -35,6 +35,9 @@ const QString Reason = QStringLiteral("reason");
 const QString Detail = QStringLiteral("detail");
 const QString Content = QStringLiteral("content");
 
+const QString IdKey = QStringLiteral("idKey");
+const QString IdAction = QStringLiteral("idAction");
+
 // A key that is created, and the provisioned key that it replaces: all of them are deleted first.
 struct CreatedKey
 {
@@ -69,7 +72,7 @@ QList<QJsonObject> changesTo(const CreatedKey &created, const Key &before)
         after.idAction = ~before.idAction;
     QList<QJsonObject> changes = changesBetween(before, after);
     for (QJsonObject &change : changes) {
-        if (created.hasNewAction && change.value(FieldMember) == QLatin1String("idAction"))
+        if (created.hasNewAction && change.value(FieldMember) == IdAction)
             change.insert(New, QJsonValue());
     }
     return changes;
@@ -117,13 +120,12 @@ private:
     void add(const QString &what, const QString &kind, const QJsonValue &id, const QString &dmId,
              const QJsonObject &others);
     void planAction(const Action &before, const Action &after);
-    void planChangedAction(const Action &before, const QList<QJsonObject> &changes);
-    void planWithdrawnAction(const Action &action);
-    void planAddedAction(const Action &action);
+    QString withdrawal(const Action &action) const;
+    void planAdded(const QString &kind, QJsonObject content, const QStringList &unknownIds,
+                   QJsonObject row);
     void planKeys();
     QList<CreatedKey> createdKeys();
     void planCreatedKey(const CreatedKey &created);
-    void planAddedKey(const CreatedKey &created);
     void planRefusedRecords(const QString &kind, const QString &text);
 
     const ListAction &m_actions;
@@ -138,7 +140,7 @@ QList<QJsonObject> Planner::plan()
     for (int place = 0; place < m_actions.size(); ++place)
         planAction(m_actions.at(place), m_target.stored().at(place));
     for (const Action &action : m_target.added())
-        planAddedAction(action);
+        planAdded(OfAction, fields::toJson(action), {IdAction}, {{New, described(action)}});
     planKeys();
     planRefusedRecords(OfAction, m_settings.actions);
     planRefusedRecords(OfKey, m_settings.keys);
@@ -156,79 +158,72 @@ void Planner::add(const QString &what, const QString &kind, const QJsonValue &id
 
 void Planner::planAction(const Action &before, const Action &after)
 {
+    const QJsonValue id = output::jsonNumber(before.idAction);
     const QList<QJsonObject> changes = changesBetween(before, after);
-    if (!changes.isEmpty())
-        planChangedAction(before, changes);
-    else if (m_target.wasModified(before.idAction))
-        add(Kept, OfAction, output::jsonNumber(before.idAction), before.dmId,
-            {{New, described(before)}});
-    else if (m_target.wasToBeDeleted(before.idAction))
-        planWithdrawnAction(before);
-}
-
-void Planner::planChangedAction(const Action &before, const QList<QJsonObject> &changes)
-{
-    const bool isReserved = before.idAction == ReservedActionId;
+    const QString overwritten = before.idAction == ReservedActionId
+                                    ? QStringLiteral("the reserved action")
+                                    : QStringLiteral("a user's action");
     for (QJsonObject change : changes) {
         if (before.dmId.isEmpty())
-            change.insert(Reason, isReserved ? QStringLiteral("no identifier: overwrites the "
-                                                              "reserved action")
-                                             : QStringLiteral("no identifier: overwrites a user's "
-                                                              "action"));
-        add(Changed, OfAction, output::jsonNumber(before.idAction), before.dmId, change);
+            change.insert(Reason, QStringLiteral("no identifier: overwrites %1").arg(overwritten));
+        add(Changed, OfAction, id, before.dmId, change);
     }
+    if (m_target.isWithdrawn(before.idAction))
+        add(Withdrawn, OfAction, id, before.dmId,
+            {{Old, described(before)}, {Reason, withdrawal(before)}});
+    else if (changes.isEmpty() && m_target.isModified(before.idAction))
+        add(Kept, OfAction, id, before.dmId, {{New, described(before)}});
 }
 
-void Planner::planWithdrawnAction(const Action &action)
+QString Planner::withdrawal(const Action &action) const
 {
     const auto count = std::count_if(m_keys.cbegin(), m_keys.cend(), [&](const Key &key) {
         return key.dmId.isEmpty() && key.idAction == action.idAction;
     });
-    QString reason = QStringLiteral("stays in the database");
-    if (count > 0)
-        reason += QStringLiteral(", user keys that trigger it: %1").arg(count);
-    add(Withdrawn, OfAction, output::jsonNumber(action.idAction), action.dmId,
-        {{Old, described(action)}, {Reason, reason}});
+    const QString reason = QStringLiteral("stays in the database");
+    return count == 0 ? reason
+                      : QStringLiteral("%1, user keys that trigger it: %2")
+                            .arg(reason, QString::number(count));
 }
 
-void Planner::planAddedAction(const Action &action)
+// A row that is added; ids that are not known yet are null.
+void Planner::planAdded(const QString &kind, QJsonObject content, const QStringList &unknownIds,
+                        QJsonObject row)
 {
-    QJsonObject content = fields::toJson(action);
-    content.insert(QStringLiteral("idAction"), QJsonValue());
-    QJsonObject row{{New, described(action)}, {Content, content}};
-    if (action.dmId.isEmpty())
-        row.insert(Reason, QStringLiteral("no identifier: becomes a user's action"));
-    add(Added, OfAction, {}, action.dmId, row);
+    const QString dmId = content.value(DmId).toString();
+    for (const QString &id : unknownIds)
+        content.insert(id, QJsonValue());
+    row.insert(Content, content);
+    if (dmId.isEmpty())
+        row.insert(Reason,
+                   kind == OfAction
+                       ? QStringLiteral("no identifier: becomes a user's action")
+                       : QStringLiteral("no identifier: becomes a user's key, another at each "
+                                        "start"));
+    add(Added, kind, {}, dmId, row);
 }
 
-// The merge asks for keys in the order of their records, and leaves out those without an action. A
-// record with the content of the next request has the same identifier, so it is that request.
 QList<CreatedKey> Planner::createdKeys()
 {
     QList<CreatedKey> created;
-    auto request = m_target.keyRequests().cbegin();
+    auto outcome = m_target.keyOutcomes().cbegin();
     for (const Record &record : recordsOf(m_settings.keys)) {
         if (!record.isAccepted())
             continue;
-        Key key = provisioning::toKey(record);
-        bool isRequested = request != m_target.keyRequests().cend();
-        if (isRequested) {
-            Key requested = request->key;
-            requested.idAction = key.idAction;
-            isRequested = requested == key;
-        }
-        if (isRequested && request->isCreated) {
-            const bool hasNewAction = m_target.isNew(request->key.idAction);
-            key.idAction = hasNewAction ? key.idAction : request->key.idAction;
+        Key key = outcome->key.value_or(provisioning::toKey(record));
+        if (outcome->isCreated) {
+            const bool hasNewAction = m_target.isNew(key.idAction);
+            if (hasNewAction)
+                key.idAction = Key().idAction;
             created.append({key, record.number, hasNewAction, nullptr});
         } else {
             add(Dropped, OfKey, {}, key.dmId,
                 {{New, described(key)},
                  {RecordMember, record.number},
-                 {Reason, isRequested ? QStringLiteral("key limit reached")
-                                      : QStringLiteral("no such action")}});
+                 {Reason, outcome->key ? QStringLiteral("key limit reached")
+                                       : QStringLiteral("no such action")}});
         }
-        request += isRequested ? 1 : 0;
+        ++outcome;
     }
     return created;
 }
@@ -274,33 +269,24 @@ void Planner::planKeys()
 
 void Planner::planCreatedKey(const CreatedKey &created)
 {
+    QStringList unknownIds{IdKey};
+    if (created.hasNewAction)
+        unknownIds.append(IdAction);
     if (!created.predecessor) {
-        planAddedKey(created);
+        planAdded(OfKey, fields::toJson(created.key), unknownIds,
+                  {{New, described(created.key)}, {RecordMember, created.record}});
         return;
     }
     const Key &before = *created.predecessor;
+    const QJsonValue id = output::jsonNumber(before.idKey);
     const QList<QJsonObject> changes = changesTo(created, before);
     for (QJsonObject change : changes) {
         change.insert(RecordMember, created.record);
-        add(Changed, OfKey, output::jsonNumber(before.idKey), before.dmId, change);
+        add(Changed, OfKey, id, before.dmId, change);
     }
     if (changes.isEmpty())
-        add(Kept, OfKey, output::jsonNumber(before.idKey), before.dmId,
+        add(Kept, OfKey, id, before.dmId,
             {{New, described(before)}, {RecordMember, created.record}});
-}
-
-void Planner::planAddedKey(const CreatedKey &created)
-{
-    QJsonObject content = fields::toJson(created.key);
-    content.insert(QStringLiteral("idKey"), QJsonValue());
-    if (created.hasNewAction)
-        content.insert(QStringLiteral("idAction"), QJsonValue());
-    QJsonObject row{
-        {New, described(created.key)}, {RecordMember, created.record}, {Content, content}};
-    if (created.key.dmId.isEmpty())
-        row.insert(Reason,
-                   QStringLiteral("no identifier: becomes a user's key, another at each start"));
-    add(Added, OfKey, {}, created.key.dmId, row);
 }
 
 void Planner::planRefusedRecords(const QString &kind, const QString &text)
@@ -389,9 +375,8 @@ output::Listing Plan::listing(bool hasAll) const
                      summaryOf(rows, OfKey, QStringLiteral("Keys: "));
     if (!hasChanges())
         listing.legend += QStringLiteral("\nNo changes.");
-    listing.colours = {{Added, output::Colour::Green}, {Changed, output::Colour::Yellow},
-                       {Removed, output::Colour::Red}, {Withdrawn, output::Colour::Yellow},
-                       {Dropped, output::Colour::Red}, {Refused, output::Colour::Red}};
+    listing.colours = {{Added, "green"}, {Changed, "brown"}, {Withdrawn, "brown"},
+                       {Removed, "red"}, {Dropped, "red"},   {Refused, "red"}};
     return listing;
 }
 

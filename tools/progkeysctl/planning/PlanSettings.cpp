@@ -8,11 +8,11 @@ namespace {
 void requireDeliverable(const Rollout &rollout)
 {
     for (const auto &[kind, setting] : rollout.settings) {
-        if (!setting.findings.isEmpty())
+        if (!setting.problems.isEmpty())
             throw Failure{
                 ExitStatus::InvalidText,
                 QStringLiteral("%1 cannot be delivered to a phone: %2")
-                    .arg(setting.file, setting.findings.first().message),
+                    .arg(setting.file, setting.problems.first().message),
                 QStringLiteral("\"progkeysctl defaults check %1\" shows where.").arg(setting.file)};
     }
 }

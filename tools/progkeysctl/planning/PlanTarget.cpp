@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace defaults {
 
@@ -17,6 +16,7 @@ PlanTarget::PlanTarget(ListAction actions, ListKey keys, std::optional<int> limi
 // New rows get the highest ids, so they come last.
 std::optional<Action> PlanTarget::actionWithDmId(const QString &dmId)
 {
+    m_keyOutcomes.append(KeyOutcome());
     for (const ListAction &actions : {m_stored, m_added}) {
         for (const Action &action : actions) {
             if (action.dmId == dmId)
@@ -30,24 +30,14 @@ void PlanTarget::addAction(const Action &action)
 {
     while (m_places.contains(m_nextId))
         ++m_nextId;
-    Action added = action;
-    added.idAction = m_nextId++;
-    m_added.append(added);
+    m_added.append(action);
+    m_added.last().idAction = m_nextId++;
 }
 
 void PlanTarget::modifyAction(const Action &action)
 {
-    const auto place = m_places.constFind(action.idAction);
-    if (place == m_places.cend())
-        return;
-    m_stored[*place] = action;
+    m_stored[m_places.value(action.idAction)] = action;
     m_modified.insert(action.idAction);
-}
-
-// The merge asks only for provisioned actions, which the service never deletes.
-void PlanTarget::deleteAction(qlonglong idAction)
-{
-    m_toBeDeleted.insert(idAction);
 }
 
 void PlanTarget::deleteProvisionedKeys()
@@ -58,17 +48,12 @@ void PlanTarget::deleteProvisionedKeys()
 
 void PlanTarget::createKey(const Key &key)
 {
-    const bool isCreated = hasRoomFor(key);
-    m_keyRequests.append({key, isCreated});
-    if (isCreated)
-        m_keys.append(key);
-}
-
-bool PlanTarget::hasRoomFor(const Key &key) const
-{
     const auto isOfSet = [](const Key &each) { return each.type == KeyType::Set; };
-    return !m_limit || !isOfSet(key) ||
-           std::count_if(m_keys.cbegin(), m_keys.cend(), isOfSet) < *m_limit;
+    const bool hasRoom = !m_limit || !isOfSet(key) ||
+                         std::count_if(m_keys.cbegin(), m_keys.cend(), isOfSet) < *m_limit;
+    m_keyOutcomes.last() = {key, hasRoom};
+    if (hasRoom)
+        m_keys.append(key);
 }
 
 } // namespace defaults

@@ -9,18 +9,17 @@
 
 namespace defaults {
 
-/// The rows of a phone in memory, under the rules of the service, to try a merge on. Records what
-/// the merge asked for.
+/// What becomes of a provisioned key.
+struct KeyOutcome
+{
+    std::optional<Key> key; ///< nothing if no action has its identifier
+    bool isCreated = false; ///< false if the key limit is reached
+};
+
+/// The rows of a phone in memory, under the rules of the service, to try a merge on.
 class PlanTarget : public provisioning::MergeTarget
 {
 public:
-    /// A key that the merge asked to create.
-    struct KeyRequest
-    {
-        Key key;
-        bool isCreated = false; ///< false if the key limit is reached
-    };
-
     PlanTarget(ListAction actions, ListKey keys, std::optional<int> limit);
 
     bool isLogged() const override { return false; }
@@ -28,7 +27,7 @@ public:
     std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
     void modifyAction(const Action &action) override;
-    void deleteAction(qlonglong idAction) override;
+    void deleteAction(qlonglong idAction) override { m_withdrawn.insert(idAction); }
     void deleteProvisionedKeys() override;
     void createKey(const Key &key) override;
 
@@ -37,13 +36,13 @@ public:
     /// The new actions, with placeholders for the ids that are not known yet.
     const ListAction &added() const { return m_added; }
     bool isNew(qlonglong idAction) const { return !m_places.contains(idAction); }
-    bool wasModified(qlonglong idAction) const { return m_modified.contains(idAction); }
-    bool wasToBeDeleted(qlonglong idAction) const { return m_toBeDeleted.contains(idAction); }
-    const QList<KeyRequest> &keyRequests() const { return m_keyRequests; }
+    bool isModified(qlonglong idAction) const { return m_modified.contains(idAction); }
+    /// Whether the merge tried to delete it. The service never deletes a provisioned action.
+    bool isWithdrawn(qlonglong idAction) const { return m_withdrawn.contains(idAction); }
+    /// Of each accepted record of keys, in order: the merge asks for its action first.
+    const QList<KeyOutcome> &keyOutcomes() const { return m_keyOutcomes; }
 
 private:
-    bool hasRoomFor(const Key &key) const;
-
     ListAction m_stored;
     ListAction m_added;
     ListKey m_keys;
@@ -51,8 +50,8 @@ private:
     QHash<qlonglong, int> m_places; ///< of the stored actions
     qlonglong m_nextId;
     QSet<qlonglong> m_modified;
-    QSet<qlonglong> m_toBeDeleted;
-    QList<KeyRequest> m_keyRequests;
+    QSet<qlonglong> m_withdrawn;
+    QList<KeyOutcome> m_keyOutcomes;
 };
 
 } // namespace defaults

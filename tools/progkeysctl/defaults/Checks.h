@@ -4,7 +4,10 @@
 
 namespace defaults {
 
-/// Checks of accepted records against each other. Each adds to the findings of its first argument.
+/// Each of these checks adds problems to its first argument, which must be readable.
+
+/// Single records of actions or keys.
+void checkRecords(Setting &setting);
 
 /// Identifiers that an earlier action has, or that differ from one only in case or blanks.
 void checkIdentifiers(Setting &actions);
@@ -19,7 +22,7 @@ void checkActionsOf(Setting &keys, const Setting &actions);
 /// drops them.
 void checkLimit(Setting &keys, int limit);
 
-/// A limit that is not a number, and so becomes 0.
+/// A limit that is not a number.
 void checkLimitText(Setting &limit);
 
 } // namespace defaults
