@@ -183,7 +183,7 @@ def test_a_failed_import_shows_what_was_done(brought, client: Client, phone: Mod
         (2, "failed", None),
         (3, "not done", None),
     ]
-    assert "The service refused key 2 of the file (-2): the database could not be written" in failed.err
+    assert "The service refused key 2 of the file (-2): the row or its action no longer exists, or the database could not be written" in failed.err
     assert len(client.get_all_programmable_keys()) == 1
 
     database.execute("DROP TRIGGER fault")

@@ -3,6 +3,8 @@
 #include "output/Output.h"
 #include "output/Text.h"
 
+#include <QRegularExpression>
+
 #include <csv.h>
 
 #include <algorithm>
@@ -156,21 +158,13 @@ bool isEmpty(const QStringList &row)
                        [](const QString &field) { return field.trimmed().isEmpty(); });
 }
 
-// Some programs drop blanks at the ends of fields that are not quoted.
-bool needsQuotes(const QString &field)
-{
-    const auto isSpecial = [](QChar c) {
-        return c == QLatin1Char(',') || c == QLatin1Char('"') || c == QLatin1Char('\n') ||
-               c == QLatin1Char('\r');
-    };
-    return field != field.trimmed() || std::any_of(field.cbegin(), field.cend(), isSpecial);
-}
-
 QByteArray csvLine(const QStringList &fields)
 {
+    static const QRegularExpression special(QStringLiteral("[,\"\r\n]"));
     QStringList written;
     for (QString field : fields) {
-        const bool isQuoted = needsQuotes(field);
+        // Some programs drop blanks at the ends of fields that are not quoted.
+        const bool isQuoted = field.contains(special) || field != field.trimmed();
         field.replace(QLatin1Char('"'), QLatin1String("\"\""));
         written.append(isQuoted ? QStringLiteral("\"%1\"").arg(field) : field);
     }

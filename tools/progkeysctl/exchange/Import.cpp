@@ -69,33 +69,15 @@ struct Refusal : Failure
 {
 };
 
-class Importer
-{
-public:
-    explicit Importer(client::ProgrammableKeys &service) : m_service(service) {}
-
-    /// Returns the id of the row here.
-    qlonglong carryOut(const Step &step);
-
-private:
-    [[noreturn]] void throwRefusal(const Step &step, const Key &key, qlonglong code) const;
-
-    client::ProgrammableKeys &m_service;
-    QHash<qlonglong, qlonglong> m_newIds; ///< of the document's actions, by their ids there
-};
-
-// The plan made sure of room, action and key. A refusal means that another client was faster.
-void Importer::throwRefusal(const Step &step, const Key &key, qlonglong code) const
+// The plan made sure of room, action and key, so another client was faster, or a write failed.
+[[noreturn]] void throwRefusal(const Step &step, qlonglong code)
 {
     constexpr qlonglong LimitReached = -1;
-    constexpr qlonglong Refused = -2;
-    QString cause = QStringLiteral("the database could not be written; see the service's log");
-    if (!step.action && code == LimitReached)
-        cause = QStringLiteral("the key limit ProgKeysMax is reached");
-    else if (!step.action && code == Refused && !m_service.action(key.idAction))
-        cause = QStringLiteral("action %1 no longer exists").arg(key.idAction);
-    else if (step.kind == StepKind::Change && code == Refused && !m_service.key(key.idKey))
-        cause = QStringLiteral("key %1 no longer exists").arg(key.idKey);
+    const QString cause =
+        !step.action && code == LimitReached
+            ? QStringLiteral("the key limit ProgKeysMax is reached")
+            : QStringLiteral("the row or its action no longer exists, or the database could not be "
+                             "written; see the service's log");
     const QString what = step.action ? QStringLiteral("action %1").arg(step.action->idAction)
                                      : QStringLiteral("key %1").arg(step.exported.key.idKey);
     throw Refusal{
@@ -105,6 +87,19 @@ void Importer::throwRefusal(const Step &step, const Key &key, qlonglong code) co
          QStringLiteral("Earlier steps remain in effect. Remove the cause and import the file "
                         "again to continue.")}};
 }
+
+class Importer
+{
+public:
+    explicit Importer(client::ProgrammableKeys &service) : m_service(service) {}
+
+    /// Returns the id of the row here.
+    qlonglong carryOut(const Step &step);
+
+private:
+    client::ProgrammableKeys &m_service;
+    QHash<qlonglong, qlonglong> m_newIds; ///< of the document's actions, by their ids there
+};
 
 qlonglong Importer::carryOut(const Step &step)
 {
@@ -120,7 +115,7 @@ qlonglong Importer::carryOut(const Step &step)
         code = isNew ? m_service.createKey(key) : m_service.modifyKey(key);
     }
     if (step.kind == StepKind::Change ? code != 0 : code < 0)
-        throwRefusal(step, key, code);
+        throwRefusal(step, code);
     return step.kind == StepKind::Change ? step.here : code;
 }
 
