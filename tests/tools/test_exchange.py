@@ -132,7 +132,7 @@ def test_a_dry_run_shows_what_the_import_does(brought, client: Client, phone: Mo
             {name: value for name, value in key.items() if name != "idAction"} | {"idKey": 87, "actionDmId": "D7", "position": 7},
         ],
     )
-    told = [
+    expected = [
         ("skip", "action", 70, 2, "equal to action 2"),
         ("add", "action", 71, None, ""),
         ("skip", "key", 81, 1, "equal to key 1"),
@@ -144,12 +144,12 @@ def test_a_dry_run_shows_what_the_import_does(brought, client: Client, phone: Mo
         ("skip", "key", 87, None, 'no provisioned action "D7" here'),
     ]
     rows = brought(content, "--dry-run")
-    assert [(row["step"], row["what"], row["fileId"], row["id"], row["reason"]) for row in rows] == told
+    assert [(row["step"], row["what"], row["fileId"], row["id"], row["reason"]) for row in rows] == expected
     assert {row["outcome"] for row in rows if row["step"] != "skip"} == {"planned"}
     assert (client.get_all_actions(), client.get_all_programmable_keys()) == before
 
     done = brought(content)
-    assert [(row["step"], row["fileId"]) for row in done] == [(step, file_id) for step, _, file_id, _, _ in told]
+    assert [(row["step"], row["fileId"]) for row in done] == [(step, file_id) for step, _, file_id, _, _ in expected]
     assert {row["outcome"] for row in done if row["step"] != "skip"} == {"done"}
     assert client.get_action(3) == [Action(**(new | {"idAction": 3}))]
     keys = {each.idKey: each for each in client.get_all_programmable_keys()}

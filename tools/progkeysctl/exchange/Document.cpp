@@ -63,7 +63,7 @@ Row rowFromJson(const QJsonObject &object, const QStringList &required, const QS
 
 Action actionFromJson(const QJsonObject &object, const QString &where)
 {
-    const Action action = rowFromJson<Action>(
+    Action action = rowFromJson<Action>(
         object, {IdActionMember, QStringLiteral("type"), QStringLiteral("action")}, where);
     if (action.idAction == ReservedActionId)
         throwInvalid(where, QStringLiteral("the idAction -1 is reserved"),

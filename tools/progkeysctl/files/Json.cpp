@@ -40,7 +40,7 @@ QJsonObject readJson(const QByteArray &bytes, const QString &file, const Schema 
     if (error.error != QJsonParseError::NoError)
         throwInvalid(QStringLiteral("%1 is not valid JSON: %2: %3")
                          .arg(file, placeOf(text, error.offset), error.errorString()));
-    const QJsonObject object = document.object();
+    QJsonObject object = document.object();
     if (object.value(SchemaMember) != schema.name)
         throwInvalid(QStringLiteral("%1 does not have the schema %2").arg(file, schema.name));
     if (object.value(VersionMember) != schema.version)

@@ -26,7 +26,7 @@ std::optional<QString> read(Kind kind, const Rollout &rollout, const PhoneSettin
     if (const Setting *setting = rollout.find(kind))
         return setting->text;
     const bool isOfPhone = rollout.directory.isEmpty();
-    const std::optional<QString> text = isOfPhone ? phone(name) : std::nullopt;
+    std::optional<QString> text = isOfPhone ? phone(name) : std::nullopt;
     if (!text)
         output::warn(QStringLiteral("%1 has no setting %2: %3")
                          .arg(isOfPhone ? QStringLiteral("the phone") : rollout.directory, name,
