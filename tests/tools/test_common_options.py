@@ -2,6 +2,7 @@
 
 import ctypes
 import json
+import re
 import signal
 import subprocess
 import sys
@@ -56,11 +57,34 @@ def test_without_a_bus_every_command_says_so(offline: Tool, words: list[str]) ->
     assert "--address" in result.err
 
 
-@pytest.mark.parametrize("words", [["--version"], ["--help"], ["key", "--help"], ["key", "add", "--help"]], ids=" ".join)
-def test_help_needs_no_phone(offline: Tool, words: list[str]) -> None:
+@pytest.mark.parametrize(
+    ("words", "expected"),
+    [
+        (["--version"], r"\d+\.\d+"),
+        (["-V"], r"\d+\.\d+"),
+        (["--help"], "Usage: progkeysctl COMMAND"),
+        (["help"], "Usage: progkeysctl COMMAND"),
+        (["key", "--help"], "Usage: progkeysctl key COMMAND"),
+        (["key", "add", "-h"], "Usage: progkeysctl key add "),
+        (["help", "key", "add"], "Usage: progkeysctl key add "),
+    ],
+    ids=lambda value: " ".join(value) if isinstance(value, list) else "",
+)
+def test_help_needs_no_phone(offline: Tool, words: list[str], expected: str) -> None:
     result = offline(*words)
     assert (result.status, result.err) == (0, "")
-    assert result.out
+    assert re.match(expected, result.out)
+
+
+def test_the_help_of_every_command_fits_the_terminal_and_has_the_common_options(offline: Tool) -> None:
+    commands = [row["command"].split() for row in offline.json("help", "--list")]
+    assert len(commands) > 20
+    for words in commands:
+        shown = offline(*words, "--help")
+        assert max(map(len, shown.lines)) <= 80, words
+        assert "\n  --timeout SECONDS " in shown.out
+    narrow = offline.on_terminal(60, "key", "add", "--help")
+    assert 50 < max(map(len, narrow.lines)) <= 60
 
 
 @pytest.mark.parametrize(
@@ -69,6 +93,7 @@ def test_help_needs_no_phone(offline: Tool, words: list[str]) -> None:
         ([], "A command is required"),
         (["key"], "A command is required"),
         (["keys"], 'Unknown command "keys"'),
+        (["help", "key", "lst"], 'Did you mean "key list"?'),
         (["key", "paint"], 'Unknown command "key paint"'),
         (["key", "lst"], 'Did you mean "list"?'),
         (["key", "list", "--colour"], "Unknown option --colour"),
@@ -107,7 +132,9 @@ def stocked(client: Client, phone: Module) -> Module:
 def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> None:
     short = ctl("key", "list", "--json=short")
     pretty = ctl("key", "list", "--json=pretty")
-    assert short.json == pretty.json == [client.get_all_programmable_keys()[0]._asdict()]
+    key = client.get_all_programmable_keys()[0]
+    label = client.get_action(key.idAction)[0].label
+    assert short.json == pretty.json == [{**key._asdict(), "label": label}]
     assert len(short.lines) == 1
     assert len(pretty.lines) > 9
     assert ctl("key", "list", "-j").out == short.out
@@ -125,11 +152,11 @@ def test_terse_lines_can_be_taken_apart(ctl: Tool, stocked: Module) -> None:
 
 
 def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> None:
-    for width in (70, 80, 100):
+    for width in (80, 100):
         shown = ctl.on_terminal(width, "key", "list", env={"NO_COLOR": "1"})
         assert shown.status == 0
         assert max(columns(line) for line in shown.lines) <= width
-        assert shown.lines[0].startswith("KEY  DM")
+        assert shown.lines[0].startswith("idKey  idAction")
         assert sum(line.count("a") for line in shown.lines) == 60
     assert shown.lines[-1] == "1 key"
 
@@ -143,7 +170,7 @@ def test_a_wide_terminal_and_none_show_everything(ctl: Tool, stocked: Module) ->
 
 def test_a_very_narrow_terminal_shows_row_by_row(ctl: Tool, stocked: Module) -> None:
     shown = ctl.on_terminal(30, "key", "list", env={"NO_COLOR": "1"})
-    assert [line.split()[0] for line in shown.lines[:3]] == ["KEY", "DM", "ACTION"]
+    assert [line.split()[0] for line in shown.lines[:3]] == ["idKey", "idAction", "label"]
     assert max(columns(line) for line in shown.lines) <= 30
 
 
@@ -165,6 +192,9 @@ def test_colour_is_for_terminals_that_want_it(ctl: Tool, stocked: Module) -> Non
     assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"TERM": "dumb"}).out
     assert "\x1b[" not in ctl("key", "list").out
     assert "\x1b[" not in ctl("key", "show", "7").err
+    assert "\x1b[" not in ctl.on_terminal(80, "key", "list", "--color=never").out
+    assert "\x1b[" in ctl("key", "list", "--color", "always").out
+    assert "\x1b[" in ctl("key", "show", "7", "--color", "always", env={"NO_COLOR": "1"}).err
 
 
 def test_texts_cannot_write_on_the_terminal(ctl: Tool, client: Client, phone: Module) -> None:
@@ -179,9 +209,9 @@ def test_texts_cannot_write_on_the_terminal(ctl: Tool, client: Client, phone: Mo
 
 def test_the_session_bus_and_any_address_can_be_meant(offline: Tool, bus: PrivateBus, phone: Module) -> None:
     by_address = offline("status", "--address", bus.address, "--json=short")
-    assert (by_address.status, by_address.json["bus"]) == (0, f"the bus at {bus.address}")
+    assert (by_address.status, by_address.json["bus"], by_address.json["busAddress"]) == (0, "address", bus.address)
     on_session = offline("--session", "--json=short", "status", env={"DBUS_SESSION_BUS_ADDRESS": bus.address})
-    assert (on_session.status, on_session.json["bus"]) == (0, f"the session bus at {bus.address}")
+    assert (on_session.status, on_session.json["bus"], on_session.json["busAddress"]) == (0, "session", bus.address)
 
 
 def test_an_answer_that_takes_too_long(ctl: Tool, client: Client, phone: Module) -> None:
@@ -206,19 +236,40 @@ def test_where_nobody_answers_the_rest_is_not_tried(ctl: Tool, phone: Module) ->
 
 def test_a_policy_that_forbids_the_call(bin_dir: Path, tmp_path: Path) -> None:
     """The bus lets nobody send anything to the service."""
-    with ForbiddingBus() as forbidding:
+    with ForbiddingBus('send_destination="com.velmora.Tessaro.ZelProgrammableKeys"') as forbidding:
         owner = Client(forbidding.address)
         owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
         result = Tool(bin_dir, forbidding.address)("key", "list")
         owner.close()
     assert (result.status, result.out) == (5, "")
-    assert "does not let you do this" in result.err
+    assert "Access to ZelProgrammableKeys is denied" in result.err
+    assert "group progkeys-admin" in result.err
+    assert "org.freedesktop" not in result.err
+
+
+EVENTS = 'receive_type="signal" receive_path="/com/velmora/Tessaro/ZelProgrammableKeys" receive_interface="com.velmora.Tessaro.ZELEvents"'
+
+
+@pytest.mark.parametrize("words", [["monitor", "--timeout", "5"], ["press", "2/5"]], ids=lambda words: words[0])
+def test_a_policy_that_withholds_the_events(bin_dir: Path, words: list[str]) -> None:
+    """The bus drops the events without an error."""
+    with ForbiddingBus(EVENTS) as forbidding:
+        owner = Client(forbidding.address)
+        owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
+        result = Tool(bin_dir, forbidding.address)(*words)
+        owner.close()
+    assert (result.status, result.out) == (5, "")
+    assert "Listening" not in result.err
+    assert "Receiving events is denied" in result.err
+    assert "group progkeys-admin" in result.err
 
 
 class ForbiddingBus(PrivateBus):
-    def __init__(self) -> None:
+    """A bus with a policy that denies something."""
+
+    def __init__(self, denied: str) -> None:
         super().__init__()
-        rule = '<deny send_destination="com.velmora.Tessaro.ZelProgrammableKeys"/>\n  </policy>'
+        rule = f"<deny {denied}/>\n  </policy>"
         text = self._configuration.read_text(encoding="utf-8")
         self._configuration.write_text(text.replace("</policy>", rule), encoding="utf-8")
 

@@ -136,9 +136,15 @@ def test_options_are_offered_if_there_are_no_arguments(complete: Completer) -> N
 
 @pytest.mark.parametrize(("group", "fields"), [("key", KEY_FIELDS), ("action", ACTION_FIELDS)])
 def test_fields_by_their_names(complete: Completer, group: str, fields: list[str]) -> None:
-    assert complete(f"progkeysctl {group} list --fields ") == (fields, [])
-    assert complete.words(f"progkeysctl {group} list --fields={fields[0]},") == [f"{fields[0]},{name}" for name in fields[1:]]
+    assert complete(f"progkeysctl {group} show --fields ") == (fields, [])
+    assert complete.words(f"progkeysctl {group} show --fields={fields[0]},") == [f"{fields[0]},{name}" for name in fields[1:]]
     assert complete(f"progkeysctl {group} add ") == ([f"{name}=" for name in fields[1:]], [])
+
+
+def test_fields_of_a_list_are_those_of_the_tool(complete: Completer, phone: Tool) -> None:
+    for group in ("key", "action"):
+        listed = complete.words(f"progkeysctl {group} list --fields ")
+        assert sorted(phone.json(group, "list")[0]) == sorted(listed)
 
 
 def test_events_are_those_that_are_documented(complete: Completer) -> None:

@@ -65,7 +65,7 @@ def test_the_outcome_is_unknown_if_the_bus_disconnects(ctl: Tool, client: Client
     lost = ctl("import", "--json=short", "--fields", "outcome", "-", stdin=json.dumps(document([large], [])))
     assert (lost.status, lost.json) == (1, [{"outcome": "unknown"}])
     assert "The connection to the system bus at" in lost.err
-    assert "Try again once the bus and the service are up" in lost.err
+    assert "Try again when the bus is running" in lost.err
 
 
 def test_ignored_signals_do_not_interrupt(

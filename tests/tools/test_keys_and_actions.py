@@ -1,5 +1,7 @@
 """`key` and `action`: what is listed, made, changed, moved and deleted, and what is refused and why."""
 
+import re
+
 import pytest
 
 from database import Database, refusing
@@ -42,24 +44,47 @@ def provisioned(database: Database, client: Client) -> tuple[Action, Key]:
 # Keys
 
 
-def test_keys_are_listed_by_place_and_type(ctl: Tool, key: Key, module_key: Key) -> None:
-    assert ctl.json("key", "list") == [key._asdict(), module_key._asdict()]
-    assert ctl.json("key", "list", "--container", key.container) == [key._asdict()]
-    assert ctl.json("key", "list", "--module", module_key.aom_addr) == [module_key._asdict()]
-    assert ctl.json("key", "list", "--module", 99) == []
-    assert ctl.json("key", "list", "--type", 1) == [module_key._asdict()]
-    assert ctl.json("key", "list", "--type", 1, "--container", key.container) == []
+def test_keys_are_listed_with_the_labels_of_their_actions(ctl: Tool, database: Database, key: Key, module_key: Key) -> None:
+    database.execute(f"UPDATE KEY SET idAction = 99 WHERE idKey = {module_key.idKey}")
+    assert ctl.json("key", "list") == [
+        {**key._asdict(), "label": "Reception"},
+        {**module_key._asdict(), "idAction": 99, "label": None},
+    ]
+    shown = ctl("key", "list", "--fields", "idKey,label", "--no-legend")
+    assert [line.split() for line in shown.lines] == [["1", "Reception"], ["2", "-"]]
+    assert ctl("key", "list", "--terse").lines[1] == "2::99:-:module:5:lamp:1:1:2"
+    assert ctl("key", "list").lines[0].split() == [
+        "idKey", "idAction", "label", "container", "position", "icon", "type", "aom_addr"
+    ]
+
+
+@pytest.mark.parametrize(
+    ("options", "found"),
+    [
+        (["--container", "main"], [1]),
+        (["--module", 2], [2]),
+        (["--module", 99], []),
+        (["--type", 1], [2]),
+        (["--type", 1, "--container", "main"], []),
+        (["--action", 1], [1, 2]),
+        (["--action", -1], []),
+    ],
+    ids=lambda value: " ".join(map(str, value)),
+)
+def test_keys_are_selected(ctl: Tool, key: Key, module_key: Key, options: list[object], found: list[int]) -> None:
+    assert (key.container, module_key.aom_addr, key.idAction) == ("main", 2, 1)
+    assert [row["idKey"] for row in ctl.json("key", "list", *options)] == found
 
 
 def test_one_key_is_shown_with_all_its_fields(ctl: Tool, key: Key) -> None:
     assert ctl.json("key", "show", key.idKey) == key._asdict()
     shown = ctl("key", "show", key.idKey)
-    assert [line.split()[-1] for line in shown.lines if line.startswith(("KEY ", "CONTAINER"))] == ["1", "main"]
+    assert [line.split()[-1] for line in shown.lines if line.startswith(("idKey ", "container "))] == ["1", "main"]
 
 
 def test_a_key_is_made_from_assignments(ctl: Tool, client: Client, action: Action) -> None:
     made = ctl("key", "add", "container=my keys", "position=3", f"idAction={action.idAction}", "icon=a=b")
-    assert (made.status, made.out) == (0, "Key 1 is made.\n")
+    assert (made.status, made.out) == (0, "Created key 1.\n")
     expected = Key(1, "", action.idAction, "my keys", 3, "a=b", 0, -1, -1)
     assert client.get_programmable_key(1) == [expected]
     in_json = ctl.json("key", "add", "position=4", f"idAction={action.idAction}", "type=1", "aom_type=1", "aom_addr=2")
@@ -73,7 +98,7 @@ def test_a_new_key_prints_just_its_id_for_scripts(ctl: Tool, action: Action) -> 
 
 def test_fields_of_a_key_are_changed_and_the_others_kept(ctl: Tool, client: Client, key: Key) -> None:
     changed = ctl("key", "set", key.idKey, "icon=", "position=-7")
-    assert (changed.status, changed.out) == (0, f"Key {key.idKey} is changed.\n")
+    assert (changed.status, changed.out) == (0, f"Changed key {key.idKey}.\n")
     assert client.get_programmable_key(key.idKey) == [key._replace(icon="", position=-7)]
 
 
@@ -97,9 +122,9 @@ def test_keys_are_deleted_and_a_refused_one_does_not_keep_the_others(
     _, fixed = provisioned(database, client)
     deleted = ctl("key", "delete", 77, fixed.idKey, key.idKey)
     assert deleted.status == 10
-    assert deleted.out == f"Key {key.idKey} is deleted.\n"
+    assert deleted.out == f"Deleted key {key.idKey}.\n"
     assert "There is no key 77" in deleted.err
-    assert f'Key {fixed.idKey} was not deleted: device management provisioned it, as "D1" (-2)' in deleted.err
+    assert f'Key {fixed.idKey} cannot be deleted: it is provisioned, with the dmId "D1" (-2)' in deleted.err
     assert client.get_all_programmable_keys() == [fixed]
 
 
@@ -119,7 +144,7 @@ def test_actions_are_listed_and_shown(ctl: Tool, client: Client, action: Action)
 def test_an_action_is_added_and_changed(ctl: Tool, client: Client, phone: Module) -> None:
     added = ctl.json("action", "add", "type=3", "action=call", "arguments=501", "label=Böse, # \\", "shortLabel=B")
     assert client.get_action(added["idAction"]) == [Action(1, "", 3, "call", "", "501", "Böse, # \\", "B")]
-    assert ctl("action", "set", 1, "label=Reception").out == "Action 1 is changed.\n"
+    assert ctl("action", "set", 1, "label=Reception").out == "Changed action 1.\n"
     assert client.get_action(1)[0].label == "Reception"
 
 
@@ -127,13 +152,13 @@ def test_a_deletion_says_first_which_keys_go_with_it(
     ctl: Tool, client: Client, database: Database, action: Action, key: Key, module_key: Key
 ) -> None:
     stays = client.create_programmable_key(SET_KEY._replace(dmId="D9", idAction=action.idAction, position=9))
-    said = f'Action {action.idAction} "Reception": keys {key.idKey}, {module_key.idKey} go with it; key {stays} is provisioned and stays, without an action.\n'
+    said = f'Action {action.idAction} "Reception": deletes keys {key.idKey}, {module_key.idKey}; leaves provisioned key {stays} without an action.\n'
     tried = ctl("action", "delete", action.idAction, "--dry-run")
     assert (tried.status, tried.out) == (0, said)
     assert len(client.get_all_programmable_keys()) == 3
 
     deleted = ctl("action", "delete", action.idAction)
-    assert (deleted.status, deleted.out) == (0, f"{said}Action {action.idAction} is deleted.\n")
+    assert (deleted.status, deleted.out) == (0, f"{said}Deleted action {action.idAction}.\n")
     assert client.get_action(action.idAction) == []
     assert [left.idKey for left in client.get_all_programmable_keys()] == [stays]
 
@@ -145,10 +170,13 @@ def test_a_deletion_tells_its_keys_in_json(ctl: Tool, action: Action, key: Key) 
 
 def test_reserved_and_provisioned_actions_are_not_deleted(ctl: Tool, client: Client, database: Database) -> None:
     desk, _ = provisioned(database, client)
+    tried = ctl("action", "delete", desk.idAction, "--dry-run")
+    assert (tried.status, tried.out) == (1, "")
+    assert f"Action {desk.idAction} cannot be deleted" in tried.err
     refused = ctl("action", "delete", -1, desk.idAction)
     assert (refused.status, refused.out) == (1, "")
-    assert "Action -1 was not deleted: it is the reserved action that does nothing (-2)" in refused.err
-    assert f'Action {desk.idAction} was not deleted: device management provisioned it, as "D1" (-2)' in refused.err
+    assert "Action -1 cannot be deleted: it is the reserved action (-2)" in refused.err
+    assert f'Action {desk.idAction} cannot be deleted: it is provisioned, with the dmId "D1" (-2)' in refused.err
     assert desk in client.get_all_actions()
 
 
@@ -179,18 +207,18 @@ def test_a_full_set_is_told_with_its_setting(ctl: Tool, client: Client, key: Key
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     result = ctl("key", "add", "position=1", f"idAction={key.idAction}")
     assert result.status == 1
-    assert "ProgKeysMax allows (-1)" in result.err
+    assert "the key limit is reached (-1)" in result.err
     assert client.get_all_programmable_keys() == [key]
 
 
 @pytest.mark.parametrize(
     ("fault", "words", "message"),
     [
-        (refusing("INSERT", "KEY"), ["key", "add", "position=1", "idAction=1"], "The key was not made: the database could not be written (-2)"),
+        (refusing("INSERT", "KEY"), ["key", "add", "position=1", "idAction=1"], "The key was not created: the database could not be written (-2)"),
         (refusing("UPDATE", "KEY"), ["key", "set", 1, "icon=x"], "Key 1 was not changed: the database could not be written (-3)"),
         (refusing("DELETE", "KEY"), ["key", "delete", 1], "Key 1 was not deleted: the database could not be written (-3)"),
         (refusing("UPDATE", "KEY"), ["key", "move", "1=5"], "A position could not be stored"),
-        (refusing("INSERT", "ACTION"), ["action", "add", "type=1"], "The action was not added: the database could not be written (-3)"),
+        (refusing("INSERT", "ACTION"), ["action", "add", "type=1"], "The action was not created: the database could not be written (-3)"),
         (refusing("UPDATE", "ACTION"), ["action", "set", 1, "type=9"], "Action 1 was not changed: the database could not be written (-3)"),
         (refusing("DELETE", "ACTION"), ["action", "delete", 1], "Action 1 was not deleted: the database could not be written (-3)"),
     ],
@@ -209,29 +237,42 @@ def test_a_database_that_cannot_be_written_is_named(
 # Usage
 
 
+def test_the_help_names_the_fields_with_types_and_an_example(ctl: Tool) -> None:
+    for command in ("key add", "key set", "action add", "action set"):
+        shown = ctl(*command.split(), "--help").out
+        fields, example = re.findall(r"^  (\w+)=(?:NUMBER|TEXT) ", shown, re.M), re.search(r"^Example: progkeysctl (.*)", shown, re.M)
+        assert fields == list((Key if "key" in command else Action)._fields)[1:]
+        assert example and example[1].startswith(command)
+
+
+def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> None:
+    assert 'Did you mean "position"?' in ctl("key", "add", "postion=3").err
+    assert 'Did you mean "shortLabel"?' in ctl("action", "set", key.idAction, "shortlabel=x").err
+
+
 @pytest.mark.parametrize(
     ("words", "message"),
     [
-        (["key", "add", "position"], "position is not of the form FIELD=VALUE"),
-        (["key", "add", "=3"], "=3 is not of the form FIELD=VALUE"),
-        (["key", "add", "colour=red"], "There is no field colour"),
-        (["key", "add", "position=x"], 'position wants a whole number of 32 bits, not "x"'),
-        (["key", "add", "position=2147483648"], "position wants a whole number of 32 bits"),
-        (["key", "add", "position=1", "idAction=9223372036854775808"], "idAction wants a whole number of 64 bits"),
-        (["key", "add", "idAction=1"], "A key wants a position from 0 upward"),
-        (["key", "add", "position=1", "idKey=5"], "The service gives a new key its idKey"),
-        (["key", "set", 1, "idKey=5"], "A key keeps its idKey"),
-        (["key", "move", "1"], "1 is not of the form ID=POSITION"),
-        (["key", "move", "1=2", "1=3"], "Key 1 is named twice"),
-        (["key", "move", "4294967297=2"], "4294967297=2 is not of the form ID=POSITION"),
-        (["action", "add", "idAction=5"], "The service gives a new action its idAction"),
-        (["action", "set", 1, "idAction=5"], "An action keeps its idAction"),
+        (["key", "add", "position"], '"position" is not of the form FIELD=VALUE'),
+        (["key", "add", "=3"], '"=3" is not of the form FIELD=VALUE'),
+        (["key", "add", "colour=red"], 'Unknown field "colour"'),
+        (["key", "add", "position=x"], 'position: "x" is not a whole number of 32 bits'),
+        (["key", "add", "position=2147483648"], 'position: "2147483648" is not a whole number of 32 bits'),
+        (["key", "add", "position=1", "idAction=9223372036854775808"], 'idAction: "9223372036854775808" is not a whole number of 64 bits'),
+        (["key", "add", "idAction=1"], "position is required (0 or greater)"),
+        (["key", "add", "position=1", "idKey=5"], "The service assigns the idKey of a new key"),
+        (["key", "set", 1, "idKey=5"], "The idKey of a key cannot be changed"),
+        (["key", "move", "1"], '"1" is not of the form KEY_ID=POSITION'),
+        (["key", "move", "1=2", "1=3"], "Key 1 is given more than once"),
+        (["key", "move", "4294967297=2"], '"4294967297=2" is not of the form KEY_ID=POSITION'),
+        (["action", "add", "idAction=5"], "The service assigns the idAction of a new action"),
+        (["action", "set", 1, "idAction=5"], "The idAction of an action cannot be changed"),
         (["key", "show", "x"], '"x" is not a whole number of 64 bits'),
         (["key", "list", "--fields", "idKey,colour"], "--fields: unknown field colour"),
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )
-def test_what_cannot_be_meant_is_an_error_of_usage(
+def test_an_invalid_argument_is_an_error_of_usage(
     ctl: Tool, client: Client, key: Key, words: list[object], message: str
 ) -> None:
     result = ctl(*words)
@@ -240,10 +281,19 @@ def test_what_cannot_be_meant_is_an_error_of_usage(
     assert client.get_all_programmable_keys() == [key]
 
 
+def test_removing_the_dmid_is_warned_of(ctl: Tool, client: Client, database: Database) -> None:
+    desk, fixed = provisioned(database, client)
+    changed = ctl("action", "set", desk.idAction, "dmId=")
+    assert (changed.status, client.get_action(desk.idAction)[0].dmId) == (0, "")
+    assert f"warning: without its dmId, action {desk.idAction} is no longer provisioned: it can be deleted" in changed.err
+    assert f"warning: without its dmId, key {fixed.idKey} is no longer provisioned" in ctl("key", "set", fixed.idKey, "dmId=").err
+    assert ctl("action", "set", desk.idAction, "label=x").err == ""
+
+
 def test_an_identifier_of_device_management_is_warned_of(ctl: Tool, action: Action) -> None:
     result = ctl("key", "add", "position=1", f"idAction={action.idAction}", "dmId=mine")
     assert result.status == 0
-    assert "warning: a key with a dmId counts as provisioned" in result.err
+    assert "warning: a key with a dmId is treated as provisioned" in result.err
 
 
 def test_ids_of_64_bits_are_kept_to_the_last_digit(ctl: Tool, client: Client, database: Database) -> None:
@@ -252,5 +302,5 @@ def test_ids_of_64_bits_are_kept_to_the_last_digit(ctl: Tool, client: Client, da
     assert ctl.json("key", "show", wide + 1)["idAction"] == str(wide)
     assert ctl("key", "set", wide + 1, "icon=x").status == 0
     assert client.get_programmable_key(wide + 1) == [SET_KEY._replace(idKey=wide + 1, idAction=wide, icon="x")]
-    assert ctl("action", "delete", wide).out.startswith(f'Action {wide} "Reception": key {wide + 1} goes with it.')
+    assert ctl("action", "delete", wide).out.startswith(f'Action {wide} "Reception": deletes key {wide + 1}.')
     assert ctl("key", "list", "--no-legend").out == ""

@@ -30,7 +30,7 @@ def key(client: Client, action: Action) -> Key:
 def test_the_module_is_asked_to_show_an_icon(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
     asked = ctl("icon", key.idKey, 4, -5)
-    assert (asked.status, asked.out) == (0, "Module 2 is asked to show icon 4, -5 on its key 5.\n")
+    assert (asked.status, asked.out) == (0, "Sent icon 4, -5 for key 5 to module 2.\n")
     assert events.take() == [icon_set(key, 4, -5)]
     assert ctl.json("icon", key.idKey, 0, 0) == {"idKey": key.idKey, "addr": 2, "key_num": 5, "icon_x": 0, "icon_y": 0}
 
@@ -38,7 +38,7 @@ def test_the_module_is_asked_to_show_an_icon(ctl: Tool, client: Client, key: Key
 def test_the_module_is_asked_to_show_the_label(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
     asked = ctl("label", key.idKey, 3)
-    assert (asked.status, asked.out) == (0, "Module 2 is asked to show its label in state 3 on its key 5.\n")
+    assert (asked.status, asked.out) == (0, "Sent label state 3 for key 5 to module 2.\n")
     assert events.take() == [label_set(key, "Rec", 3)]
     assert ctl.json("label", key.idKey, 0) == {"idKey": key.idKey, "addr": 2, "key_num": 5, "label_state": 0}
 
@@ -48,7 +48,8 @@ def test_a_key_on_no_module_shows_nothing(ctl: Tool, client: Client, action: Act
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=action.idAction))
     refused = ctl(*(str(word).format(id=id_key) for word in words))
     assert (refused.status, refused.out) == (1, "")
-    assert "its aom_type is 0, not 1 (-2)" in refused.err
+    assert "is not on an add-on module: its type is 0, not 1 (-2)" in refused.err
+    assert "aom_type" not in refused.err
     unknown = ctl(*(str(word).format(id=77) for word in words))
     assert unknown.status == 10
     assert "There is no key 77" in unknown.err
@@ -64,6 +65,12 @@ def test_a_press_shows_the_key_and_its_action(ctl: Tool, key: Key, action: Actio
         "key": key._asdict(),
         "action": action._asdict(),
     }
+
+
+def test_a_press_shows_an_action_with_empty_fields(ctl: Tool, client: Client, phone: Module) -> None:
+    id_action = client.add_action(Action(0, "", 0, "", "", "", "", ""))
+    id_key = client.create_programmable_key(MODULE_KEY._replace(idAction=id_action))
+    assert ctl("press", "2/5").out == f'Key {id_key}: action {id_action} "", type 0\n'
 
 
 def test_a_press_of_an_unprogrammed_key_is_answered_too(ctl: Tool, key: Key) -> None:
@@ -89,7 +96,7 @@ def test_a_press_is_the_event_that_a_module_sends(ctl: Tool, client: Client, key
 def test_what_is_no_place_is_an_error_of_usage(ctl: Tool, phone: Module, place: str) -> None:
     result = ctl("press", place)
     assert result.status == 2
-    assert f"{place} is not of the form MODULE/NUMBER" in result.err
+    assert f'"{place}" is not of the form ADDRESS/NUMBER' in result.err
 
 
 def test_a_press_that_is_not_answered_runs_out_of_time(ctl: Tool, phone: Module) -> None:

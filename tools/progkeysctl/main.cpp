@@ -11,8 +11,8 @@
 
 namespace {
 
-// Where a standard stream is closed, the next file or socket would take its place, and be written
-// to. What stands in for it can only fail.
+// If a standard stream is closed, the next file or socket would take its place and receive output.
+// The replacement is opened so that reading or writing fails.
 void occupyStandardStreams()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -28,7 +28,7 @@ int main(int argc, char **argv)
     occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("progkeysctl"));
-    // The width of characters is that of UTF-8, which is what is written, whatever the locale says.
+    // The output is UTF-8 in every locale, and so is the width of its characters.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     cli::CommandLine line(commands::all());
     return line.execute(argc, argv);

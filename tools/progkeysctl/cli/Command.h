@@ -55,6 +55,13 @@ Parameter option(const char *name, const ValueType &type, const char *help);
 /// A positional argument, required unless `optional()`.
 Parameter argument(const char *name, const ValueType &type, const char *help);
 
+/// A field of a `FIELD=VALUE` argument.
+struct FieldHelp
+{
+    QString term; ///< such as "position=NUMBER"
+    QString help;
+};
+
 /// What a command does once the command line is understood.
 using Run = ExitStatus (*)(Session &, const Arguments &);
 
@@ -65,6 +72,7 @@ struct Command
     QString summary;
     QList<Parameter> parameters;
     Run run = nullptr;
+    QList<FieldHelp> fields = {};
     QString notes = {}; ///< shown at the end of its help
 
     bool isGroup() const { return run == nullptr; }

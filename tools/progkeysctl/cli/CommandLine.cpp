@@ -4,6 +4,7 @@
 #include "cli/Help.h"
 #include "cli/LineChecks.h"
 #include "outcome/Failure.h"
+#include "outcome/Suggestion.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -19,6 +20,16 @@ void print(const QString &text)
     output::Output out({});
     out.say(text);
     out.flush();
+}
+
+[[noreturn]] void throwUnknownCommand(const QString &name, const QList<Command> &commands)
+{
+    QStringList names;
+    for (const Command &command : commands)
+        names.append(command.name());
+    throw Failure{
+        ExitStatus::Usage, QStringLiteral("Unknown command \"%1\"").arg(name),
+        outcome::withSuggestion(name, names, QStringLiteral("See \"progkeysctl --help\"."))};
 }
 
 int helpWidth()
@@ -58,9 +69,7 @@ void CommandLine::printHelp(const QStringList &words) const
     const auto hasWords = [&](const Command &command) { return command.words == words; };
     const auto found = std::find_if(m_commands.begin(), m_commands.end(), hasWords);
     if (found == m_commands.end() && !words.isEmpty())
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("Unknown command \"%1\"").arg(words.join(QLatin1Char(' '))),
-                      QStringLiteral("See \"progkeysctl --help\".")};
+        throwUnknownCommand(words.join(QLatin1Char(' ')), m_commands);
     print(helpText(m_commands, words.isEmpty() ? nullptr : &*found, helpWidth()));
 }
 

@@ -12,12 +12,8 @@ constexpr int Gap = 2;
 constexpr int WidestTerm = 30;
 constexpr int NarrowestText = 20;
 
-/// A term and what it means, in two columns.
-struct Entry
-{
-    QString term;
-    QString text;
-};
+/// A term and its explanation, in two columns.
+using Entry = FieldHelp;
 
 QStringList wrapped(const QString &text, int width)
 {
@@ -58,7 +54,7 @@ QString table(const QString &title, const QList<Entry> &entries, int width)
     const int start = Indent + columns + Gap;
     QString text = QStringLiteral("\n%1:\n").arg(title);
     for (const Entry &entry : entries) {
-        const QStringList lines = wrapped(entry.text, std::max(NarrowestText, width - start));
+        const QStringList lines = wrapped(entry.help, std::max(NarrowestText, width - start));
         const bool fits = entry.term.size() <= columns;
         text += blanks(Indent) + entry.term;
         text += fits ? blanks(start - Indent - static_cast<int>(entry.term.size()))
@@ -149,6 +145,7 @@ QString helpText(const QList<Command> &commands, const Command *command, int wid
                   membersOf(commands, command ? command->words : QStringList()), width);
     if (command) {
         text += table(QStringLiteral("Arguments"), entriesOf(command->parameters, true), width);
+        text += table(QStringLiteral("Fields"), command->fields, width);
         text += table(QStringLiteral("Options"), entriesOf(command->parameters, false), width);
     }
     text +=

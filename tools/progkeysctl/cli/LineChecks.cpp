@@ -1,19 +1,19 @@
 #include "cli/LineChecks.h"
 
 #include "cli/CommonOptions.h"
-#include "cli/Suggestion.h"
 #include "outcome/Failure.h"
+#include "outcome/Suggestion.h"
 
 namespace cli {
 namespace {
 
-[[noreturn]] void refuse(const ParsedLine &line, const QString &message,
-                         const QString &suggested = {})
+// The word and the known words are for a suggestion.
+[[noreturn]] void refuse(const ParsedLine &line, const QString &message, const QString &word = {},
+                         const QStringList &known = {})
 {
     const QString name = line.command ? QLatin1Char(' ') + line.command->name() : QString();
     const QString help = QStringLiteral("See \"progkeysctl%1 --help\".").arg(name);
-    throw Failure{ExitStatus::Usage, message,
-                  suggested.isEmpty() ? help : suggested + QLatin1Char(' ') + help};
+    throw Failure{ExitStatus::Usage, message, outcome::withSuggestion(word, known, help)};
 }
 
 QStringList optionNames(const Command *command)
@@ -40,8 +40,8 @@ void requireKnownOptions(const ParsedLine &line)
     for (const QString &word : line.unexpected) {
         const QString name = word.section(QLatin1Char('='), 0, 0);
         if (name.startsWith(QLatin1Char('-')))
-            refuse(line, QStringLiteral("Unknown option %1").arg(name),
-                   suggestion(name, optionNames(line.command)));
+            refuse(line, QStringLiteral("Unknown option %1").arg(name), name,
+                   optionNames(line.command));
     }
 }
 
@@ -56,7 +56,7 @@ void requireCommand(const ParsedLine &line, const QList<Command> &commands)
     refuse(line,
            QStringLiteral("Unknown command \"%1\"")
                .arg((group + QStringList(word)).join(QLatin1Char(' '))),
-           suggestion(word, memberNames(commands, group)));
+           word, memberNames(commands, group));
 }
 
 void requireCompatibleOptions(const ParsedLine &line)

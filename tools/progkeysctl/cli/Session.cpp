@@ -1,11 +1,12 @@
 #include "cli/Session.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace cli {
 namespace {
 
-// What the bus library waits if nobody says otherwise.
+// The default of the bus library.
 constexpr double CallSeconds = 25;
 
 } // namespace
@@ -29,9 +30,16 @@ client::ProgrammableKeys &Session::service()
     return *m_service;
 }
 
+void Session::note(const QString &line)
+{
+    m_out.flush();
+    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stderr);
+    std::fflush(stderr);
+}
+
 int Session::timeoutMs(double defaultSeconds) const
 {
-    // A bus call takes 0 for its own default, so the shortest wait is 1 ms.
+    // 0 would mean the default of the bus library.
     return std::max(1, static_cast<int>(m_options.timeout.value_or(defaultSeconds) * 1000));
 }
 

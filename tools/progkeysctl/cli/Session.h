@@ -10,7 +10,7 @@ namespace cli {
 
 class CommandLine;
 
-/// What the options common to all commands say.
+/// The values of the common options.
 struct Options
 {
     client::BusChoice bus;
@@ -18,8 +18,8 @@ struct Options
     output::Manner manner;
 };
 
-/// What a command works with: the options, the output, and the phone, connected when first asked
-/// for, so that what works offline does not need one.
+/// What a command works with: the options, the output, and the bus. The bus is connected when it is
+/// first used, so that other commands do not need it.
 class Session
 {
 public:
@@ -31,7 +31,10 @@ public:
     client::Bus &bus();
     client::ProgrammableKeys &service();
 
-    /// How long to wait for an answer or an event; what --timeout says, else `defaultSeconds`.
+    /// Prints a line on stderr, where it does not mix with results.
+    void note(const QString &line);
+
+    /// How long to wait for an answer or an event: --timeout, or else `defaultSeconds`.
     int timeoutMs(double defaultSeconds) const;
 
 private:

@@ -10,10 +10,10 @@
 namespace client {
 namespace {
 
-// A name of its own: a connection of the same name would be shared.
+// Connections of the same name would be shared.
 const QString ConnectionName = QStringLiteral("progkeysctl");
 
-// Who did not answer, where it was the bus itself.
+// The name in messages if the bus itself did not answer.
 const QString TheBus = QStringLiteral("The bus");
 
 bool hasNoOwner(const QDBusError &error)
@@ -33,23 +33,31 @@ QDBusConnection connectTo(const BusChoice &choice)
     }
 }
 
-QString describe(const BusChoice &choice)
+QString addressOf(const BusChoice &choice)
 {
-    const auto withAddress = [](const QString &text, const char *variable) {
-        const QString address = qEnvironmentVariable(variable);
-        return address.isEmpty() ? text : QStringLiteral("%1 at %2").arg(text, address);
-    };
-    switch (choice.kind) {
-    case BusChoice::Session:
-        return withAddress(QStringLiteral("the session bus"), "DBUS_SESSION_BUS_ADDRESS");
-    case BusChoice::Address:
-        return QStringLiteral("the bus at %1").arg(choice.address);
-    default:
-        return withAddress(QStringLiteral("the system bus"), "DBUS_SYSTEM_BUS_ADDRESS");
-    }
+    if (choice.kind == BusChoice::Address)
+        return choice.address;
+    return qEnvironmentVariable(choice.kind == BusChoice::Session ? "DBUS_SESSION_BUS_ADDRESS"
+                                                                  : "DBUS_SYSTEM_BUS_ADDRESS");
 }
 
-// The bus library has no reason for every failure.
+QString kindOf(const BusChoice &choice)
+{
+    if (choice.kind == BusChoice::Address)
+        return QStringLiteral("address");
+    return choice.kind == BusChoice::Session ? QStringLiteral("session") : QStringLiteral("system");
+}
+
+QString describe(const BusChoice &choice)
+{
+    const QString address = addressOf(choice);
+    if (choice.kind == BusChoice::Address)
+        return QStringLiteral("the bus at %1").arg(address);
+    const QString bus = QStringLiteral("the %1 bus").arg(kindOf(choice));
+    return address.isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, address);
+}
+
+// The bus library does not give a reason for every failure.
 QString unreachable(const QString &bus, const QString &reason)
 {
     return reason.isEmpty() ? QStringLiteral("Cannot reach %1").arg(bus)
@@ -59,14 +67,15 @@ QString unreachable(const QString &bus, const QString &reason)
 } // namespace
 
 Bus::Bus(const BusChoice &choice, int timeoutMs)
-    : m_connection(connectTo(choice)), m_description(describe(choice)), m_timeoutMs(timeoutMs)
+    : m_connection(connectTo(choice)), m_kind(kindOf(choice)), m_address(addressOf(choice)),
+      m_description(describe(choice)), m_timeoutMs(timeoutMs)
 {
     if (!m_connection.isConnected())
         throw Failure{ExitStatus::Failed,
                       unreachable(m_description, m_connection.lastError().message()),
-                      QStringLiteral("Say where the phone's bus is with --address or in "
-                                     "DBUS_SYSTEM_BUS_ADDRESS; \"progkeysctl sandbox\" makes a "
-                                     "phone to try.")};
+                      QStringLiteral("Specify the bus of the phone with --address or "
+                                     "DBUS_SYSTEM_BUS_ADDRESS. \"progkeysctl sandbox\" starts a "
+                                     "private phone.")};
     m_connection.interface()->setTimeout(timeoutMs);
 }
 
@@ -104,8 +113,7 @@ QString Bus::ownerOf(const QString &name) const
 
 namespace {
 
-// The service's last words are lost if it ends while it is called; the bus then says NoReply at
-// once, as it does when nothing came in time. A bus that does not answer either leaves it open.
+// If the service ends during a call, the bus reports NoReply, as it does after a timeout.
 bool isNotRunning(const Bus &bus, const QString &module, const QDBusError &error)
 {
     if (error.type() == QDBusError::ServiceUnknown || hasNoOwner(error))
@@ -123,15 +131,23 @@ void throwNotRunning(const Bus &bus, const QString &module)
 {
     throw Failure{ExitStatus::NotRunning,
                   QStringLiteral("%1 is not running on %2").arg(module, bus.description()),
-                  QStringLiteral("Start it; \"progkeysctl wait\" tells when it is up.")};
+                  QStringLiteral("Start it. \"progkeysctl wait\" waits until it is running.")};
 }
 
 void throwLost(const Bus &bus)
 {
     throw Failure{ExitStatus::Failed,
                   QStringLiteral("The connection to %1 is lost").arg(bus.description()),
-                  QStringLiteral("Try again once the bus and the service are up; \"progkeysctl "
-                                 "status\" tells what is there.")};
+                  QStringLiteral("Try again when the bus is running: see \"progkeysctl status\".")};
+}
+
+void throwDenied(const Bus &bus, const QString &what)
+{
+    throw Failure{
+        ExitStatus::AccessDenied, QStringLiteral("%1 on %2").arg(what, bus.description()),
+        QStringLiteral("Everyone can read keys and actions. To change them, to press keys "
+                       "and to receive events, you must be root or a member of the group "
+                       "progkeys-admin. Only root can restore.")};
 }
 
 void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &error)
@@ -139,11 +155,7 @@ void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &e
     if (error.type() == QDBusError::Disconnected || !bus.connection().isConnected())
         throwLost(bus);
     if (error.type() == QDBusError::AccessDenied)
-        throw Failure{ExitStatus::AccessDenied,
-                      QStringLiteral("%1 does not let you do this: %2")
-                          .arg(bus.description(), error.message()),
-                      QStringLiteral("Run it as a user whom the bus's policy allows to call %1.")
-                          .arg(module)};
+        throwDenied(bus, QStringLiteral("Access to %1 is denied").arg(module));
     if (isNotRunning(bus, module, error))
         throwNotRunning(bus, module);
     if (error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
@@ -151,11 +163,11 @@ void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &e
         throw Failure{ExitStatus::TimeRanOut,
                       QStringLiteral("%1 did not answer within %2 s")
                           .arg(module, QString::number(bus.timeoutMs() / 1000.0)),
-                      QStringLiteral("Give it longer with --timeout, or look into its log.")};
+                      QStringLiteral("Allow more time with --timeout, or see its log.")};
     throw Failure{ExitStatus::Failed,
                   QStringLiteral("%1 answered with an error: %2 (%3)")
                       .arg(module, error.message(), error.name()),
-                  QStringLiteral("Its log says more.")};
+                  QStringLiteral("See its log.")};
 }
 
 } // namespace client

@@ -7,7 +7,7 @@
 
 namespace client {
 
-/// Which bus to talk on.
+/// Which bus to use.
 struct BusChoice
 {
     enum Kind { System, Session, Address };
@@ -15,11 +15,11 @@ struct BusChoice
     QString address; ///< for Kind::Address
 };
 
-/// A connection to a bus that is there: the constructor throws a Failure if it cannot be reached.
+/// A connection to a bus. The constructor throws a Failure if the bus cannot be reached.
 class Bus
 {
 public:
-    /// `timeoutMs` is how long each call waits for its answer.
+    /// `timeoutMs` is the maximum wait of each call.
     Bus(const BusChoice &choice, int timeoutMs);
     ~Bus();
     Bus(const Bus &) = delete;
@@ -28,18 +28,26 @@ public:
     const QDBusConnection &connection() const { return m_connection; }
     int timeoutMs() const { return m_timeoutMs; }
 
-    /// "the system bus", with its address where that is not the usual one.
+    /// "system", "session" or "address".
+    QString kind() const { return m_kind; }
+
+    /// Empty if it is the standard one of the system.
+    QString address() const { return m_address; }
+
+    /// For messages: "the system bus", with its address if that is not the standard one.
     QString description() const { return m_description; }
 
-    /// Every name on the bus, unique ones left out.
+    /// All names on the bus except unique ones.
     QStringList names() const;
     bool hasOwner(const QString &name) const;
 
-    /// The unique name of the connection that owns the name; empty if nobody does.
+    /// The unique name of the connection that owns the name; empty if there is none.
     QString ownerOf(const QString &name) const;
 
 private:
     QDBusConnection m_connection;
+    QString m_kind;
+    QString m_address;
     QString m_description;
     int m_timeoutMs;
 };
@@ -50,8 +58,11 @@ private:
 /// Throws that the connection to the bus is lost.
 [[noreturn]] void throwLost(const Bus &bus);
 
-/// Throws what a failed call of a peer means to people: access denied, time ran out, not running,
-/// or a failure. `module` is the peer's name without what all names begin with.
+/// Throws that the bus denies access. `what` begins the message.
+[[noreturn]] void throwDenied(const Bus &bus, const QString &what);
+
+/// Throws the failure for an error of a call: access denied, timeout, not running, or another.
+/// `module` is the short name of the module that was called.
 [[noreturn]] void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &error);
 
 } // namespace client

@@ -6,7 +6,7 @@
 
 namespace client {
 
-/// Waits for the answer of a call and returns its first value; throws what a failure means.
+/// Waits for the answer of a call and returns its first value. Throws a Failure for an error.
 template <typename Value>
 Value answer(const Bus &bus, const QString &module, QDBusPendingReply<Value> reply)
 {

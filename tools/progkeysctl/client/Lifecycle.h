@@ -4,9 +4,8 @@
 
 namespace client {
 
-/// Runs a lifecycle hook of the service, such as `restoreDefault`, by its method's name. Throws a
-/// Failure if it was not answered. What the hook returned is not told: it says nothing about what
-/// became of the data.
+/// Runs a lifecycle hook of the service, such as `restoreDefault`. Throws a Failure for an error.
+/// The result of the hook is ignored, because it does not depend on the data.
 void runHook(const Bus &bus, const QString &method);
 
 } // namespace client

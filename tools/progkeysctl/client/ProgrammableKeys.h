@@ -13,8 +13,8 @@ class ProgrammableKeysProxy;
 
 namespace client {
 
-/// The service, as a client sees it. Calls block; results are the service's own, codes included.
-/// Every call throws a Failure if it was not answered.
+/// The service. Calls block and return the results of the service, including its result codes. They
+/// throw a Failure for an error of the bus.
 class ProgrammableKeys
 {
 public:

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the generated proxy needs to know, under the names that the interface file uses.
+// The types that the generated proxy uses.
 #include "records/Action.h"
 #include "records/Key.h"
 

@@ -6,8 +6,8 @@
 
 namespace client {
 
-/// A setting's text, read from the SettingsManager of the phone; nothing if it does not answer or
-/// has no such setting. That is how the service reads it, too.
+/// The text of a setting, read from the SettingsManager of the phone. Like in the service, it is
+/// missing if the SettingsManager does not answer or has no such setting.
 std::optional<QString> readSetting(const Bus &bus, const QString &name);
 
 } // namespace client

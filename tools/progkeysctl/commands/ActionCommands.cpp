@@ -2,10 +2,10 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "commands/Counted.h"
 #include "commands/DeleteEach.h"
+#include "commands/FieldArguments.h"
+#include "commands/Plural.h"
 #include "commands/Refusals.h"
-#include "fields/Fields.h"
 #include "output/Text.h"
 
 #include <QJsonArray>
@@ -32,55 +32,61 @@ ExitStatus show(cli::Session &session, const cli::Arguments &arguments)
     return ExitStatus::Done;
 }
 
-void warnOfIdentifier(const Action &action)
+void warnOfIdentifier(const Action &before, const Action &after)
 {
-    if (!action.dmId.isEmpty())
-        output::warn(QStringLiteral("an action with a dmId counts as provisioned: it cannot be "
+    if (!after.dmId.isEmpty())
+        output::warn(QStringLiteral("an action with a dmId is treated as provisioned: it cannot be "
                                     "deleted, and a start of the service may overwrite it"));
+    else if (!before.dmId.isEmpty())
+        output::warn(QStringLiteral("without its dmId, action %1 is no longer provisioned: it can "
+                                    "be deleted, and the next start of the service may create the "
+                                    "provisioned action again")
+                         .arg(before.idAction));
 }
 
 ExitStatus add(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireFields(fields::columns<Action>());
     Action action;
-    fields::assign(action, arguments.texts("ACTION_FIELD=VALUE"));
+    fields::assign(action, arguments.texts("FIELD=VALUE"));
     if (action.idAction != Action().idAction)
         throw Failure{ExitStatus::Usage,
-                      QStringLiteral("The service gives a new action its idAction"),
-                      QStringLiteral("Leave it out.")};
-    warnOfIdentifier(action);
+                      QStringLiteral("The service assigns the idAction of a new action"),
+                      QStringLiteral("Omit idAction.")};
+    warnOfIdentifier(Action(), action);
     const qlonglong result = session.service().addAction(action);
     if (result < 0)
         throw additionRefused(result);
     action.idAction = result;
-    session.out().done(QStringLiteral("Action %1 is added.").arg(result), fields::columns<Action>(),
+    session.out().done(QStringLiteral("Created action %1.").arg(result), fields::columns<Action>(),
                        fields::toJson(action));
     return ExitStatus::Done;
 }
 
 ExitStatus set(cli::Session &session, const cli::Arguments &arguments)
 {
-    const qlonglong idAction = arguments.id("ACTION_ID");
     session.out().requireFields(fields::columns<Action>());
-    Action action = actionOf(session.service(), idAction);
-    fields::assign(action, arguments.texts("ACTION_FIELD=VALUE"));
-    if (action.idAction != idAction)
-        throw Failure{ExitStatus::Usage, QStringLiteral("An action keeps its idAction"),
-                      QStringLiteral("Add a new action and delete this one.")};
-    warnOfIdentifier(action);
+    const Action before = actionOf(session.service(), arguments.id("ACTION_ID"));
+    Action action = before;
+    fields::assign(action, arguments.texts("FIELD=VALUE"));
+    if (action.idAction != before.idAction)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("The idAction of an action cannot be changed"),
+                      QStringLiteral("Create another action and delete this one.")};
+    warnOfIdentifier(before, action);
     const int code = session.service().modifyAction(action);
     if (code != 0)
-        throw actionChangeRefused(session.service(), idAction, code);
-    session.out().done(QStringLiteral("Action %1 is changed.").arg(idAction),
+        throw actionChangeRefused(session.service(), action.idAction, code);
+    session.out().done(QStringLiteral("Changed action %1.").arg(action.idAction),
                        fields::columns<Action>(), fields::toJson(action));
     return ExitStatus::Done;
 }
 
-/// What becomes of the keys bound to an action when it is deleted.
+/// The keys of an action that is deleted.
 struct BoundKeys
 {
-    QJsonArray gone;
-    QJsonArray left; ///< provisioned: they stay, without an action
+    QJsonArray deleted;
+    QJsonArray left; ///< provisioned: they stay without an action
 };
 
 BoundKeys boundKeys(cli::Session &session, qlonglong idAction)
@@ -89,31 +95,27 @@ BoundKeys boundKeys(cli::Session &session, qlonglong idAction)
     const ListKey keys = session.service().keys();
     for (const Key &key : keys)
         if (key.idAction == idAction)
-            (key.dmId.isEmpty() ? bound.gone : bound.left).append(output::jsonNumber(key.idKey));
+            (key.dmId.isEmpty() ? bound.deleted : bound.left).append(output::jsonNumber(key.idKey));
     return bound;
 }
 
-QString keysText(const QJsonArray &ids, const char *one, const char *several)
+QString keysText(const QJsonArray &ids)
 {
-    return QStringLiteral("%1 %2 %3")
-        .arg(ids.size() == 1 ? QStringLiteral("key") : QStringLiteral("keys"),
-             output::displayText(ids), QString::fromLatin1(ids.size() == 1 ? one : several));
+    return QStringLiteral("%1 %2").arg(
+        ids.size() == 1 ? QStringLiteral("key") : QStringLiteral("keys"), output::displayText(ids));
 }
 
-// Said first, so that who looks on knows what is about to go.
+// Printed before the deletion, so that the keys are known even if it fails.
 void announce(cli::Session &session, const Action &action, const BoundKeys &bound)
 {
-    QStringList parts;
-    if (!bound.gone.isEmpty())
-        parts.append(keysText(bound.gone, "goes with it", "go with it"));
+    QString text =
+        QStringLiteral("Action %1 \"%2\": deletes %3")
+            .arg(QString::number(action.idAction), action.label,
+                 bound.deleted.isEmpty() ? QStringLiteral("no keys") : keysText(bound.deleted));
     if (!bound.left.isEmpty())
-        parts.append(keysText(bound.left, "is provisioned and stays, without an action",
-                              "are provisioned and stay, without an action"));
-    if (parts.isEmpty())
-        parts.append(QStringLiteral("no key goes with it"));
-    session.out().say(output::printable(QStringLiteral("Action %1 \"%2\": %3.")
-                                            .arg(QString::number(action.idAction), action.label,
-                                                 parts.join(QStringLiteral("; ")))));
+        text +=
+            QStringLiteral("; leaves provisioned %1 without an action").arg(keysText(bound.left));
+    session.out().say(output::printable(text + QLatin1Char('.')));
     session.out().flush();
 }
 
@@ -128,10 +130,10 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
         const int code = session.service().deleteAction(idAction);
         if (code != 0)
             throw actionDeletionRefused(session.service(), idAction, code);
-        session.out().say(QStringLiteral("Action %1 is deleted.").arg(idAction));
+        session.out().say(QStringLiteral("Deleted action %1.").arg(idAction));
     }
     QJsonObject row = fields::toJson(action);
-    row.insert(QStringLiteral("keysDeleted"), bound.gone);
+    row.insert(QStringLiteral("keysDeleted"), bound.deleted);
     row.insert(QStringLiteral("keysLeft"), bound.left);
     return row;
 }
@@ -147,20 +149,24 @@ ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 
 QList<cli::Command> actionCommands()
 {
-    const cli::Parameter id =
-        cli::argument("ACTION_ID", cli::type::id("ACTION_ID"), "its identifier");
+    using namespace cli::type;
+    const cli::Parameter action =
+        cli::argument("ACTION_ID", id("ACTION_ID"), "identifier of the action");
     const cli::Parameter assignments =
-        cli::argument("ACTION_FIELD=VALUE", cli::type::text("ACTION_FIELD=VALUE"), "what is to be")
-            .repeatable();
+        cli::argument("FIELD=VALUE", text("FIELD=VALUE"), "a field and its value").repeatable();
     const cli::Parameter dryRun =
-        cli::flag("--dry-run", "say which keys would go, and delete nothing");
+        cli::flag("--dry-run", "show which keys would be deleted, but delete nothing");
     return {cli::group("action", "list, add, change and delete actions"),
-            cli::command("action list", "list the actions", {}, list),
-            cli::command("action show", "show one action", {id}, show),
-            cli::command("action add", "add an action", {assignments}, add),
-            cli::command("action set", "change fields of an action", {id, assignments}, set),
-            cli::command("action delete", "delete actions and the keys bound to them",
-                         {id.repeatable(), dryRun}, remove)};
+            cli::command("action list", "list actions", {}, list),
+            cli::command("action show", "show an action", {action}, show),
+            withFields<Action>(cli::command("action add", "add an action", {assignments}, add),
+                               "progkeysctl action add type=1 action=call arguments=501 "
+                               "label=Reception shortLabel=Rec"),
+            withFields<Action>(cli::command("action set", "change fields of an action",
+                                            {action, assignments}, set),
+                               "progkeysctl action set 7 label=Reception"),
+            cli::command("action delete", "delete actions and the keys that trigger them",
+                         {action.repeatable(), dryRun}, remove)};
 }
 
 } // namespace commands

@@ -5,7 +5,7 @@
 namespace commands {
 namespace {
 
-/// Is it about the one row, so that the next one may well go?
+// Whether the failure concerns one row only.
 bool isOfOneRow(const Failure &failure)
 {
     return failure.status == ExitStatus::Failed || failure.status == ExitStatus::NotFound;

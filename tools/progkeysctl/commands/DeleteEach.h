@@ -7,9 +7,9 @@
 
 namespace commands {
 
-/// Deletes one row after the other with `remove`, which returns the row it deleted. One that is
-/// refused is told on stderr and does not keep the others; its status is the result then. Where the
-/// service does not answer any more the rest is not tried.
+/// Deletes rows one by one with `remove`, which returns the deleted row. A refusal is reported on
+/// stderr and does not stop the others; the first one is the exit status. If the service no longer
+/// answers, the rest is not tried.
 ExitStatus deleteEach(cli::Session &session, const QList<qlonglong> &ids,
                       const QList<output::Column> &columns,
                       const std::function<QJsonObject(qlonglong)> &remove);

@@ -6,14 +6,22 @@ bool KeyFilter::admits(const Key &key) const
 {
     return (!container || key.container == *container) &&
            (!module || (key.type == KeyType::AddOnModule && key.aom_addr == *module)) &&
-           (!type || key.type == *type);
+           (!type || key.type == *type) && (!action || key.idAction == *action);
 }
 
 QList<cli::Parameter> placeOptions()
 {
     return {cli::option("--container", cli::type::text("CONTAINER"), "only keys in this container"),
-            cli::option("--module", cli::type::integer("MODULE"),
-                        "only keys on the add-on module at this address")};
+            cli::option("--module", cli::type::integer("ADDRESS"),
+                        "only keys on the add-on module with this address")};
+}
+
+QList<cli::Parameter> keyFilterOptions()
+{
+    return placeOptions() << cli::option("--type", cli::type::integer("NUMBER"),
+                                         "only keys of this type")
+                          << cli::option("--action", cli::type::id("ACTION_ID"),
+                                         "only keys that trigger this action");
 }
 
 KeyFilter keyFilterFrom(const cli::Arguments &arguments)
@@ -23,6 +31,8 @@ KeyFilter keyFilterFrom(const cli::Arguments &arguments)
         filter.container = arguments.text("--container");
     filter.module = arguments.optionalInteger("--module");
     filter.type = arguments.optionalInteger("--type");
+    if (arguments.has("--action"))
+        filter.action = arguments.id("--action");
     return filter;
 }
 

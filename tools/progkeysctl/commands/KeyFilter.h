@@ -8,21 +8,25 @@
 
 namespace commands {
 
-/// Which keys a command is about; what is not given admits all.
+/// Selects keys. A condition that is not set admits all.
 struct KeyFilter
 {
     std::optional<QString> container;
     std::optional<int> module; ///< address of the add-on module
     std::optional<int> type;
+    std::optional<qlonglong> action;
 
     bool admits(const Key &key) const;
-    bool admitsAll() const { return !container && !module && !type; }
+    bool admitsAll() const { return !container && !module && !type && !action; }
 };
 
 /// `--container` and `--module`.
 QList<cli::Parameter> placeOptions();
 
-/// What they say, and `--type` where the command has it.
+/// These, `--type` and `--action`.
+QList<cli::Parameter> keyFilterOptions();
+
+/// The conditions that the options set.
 KeyFilter keyFilterFrom(const cli::Arguments &arguments);
 
 } // namespace commands

@@ -11,18 +11,18 @@ namespace {
 
 QList<output::Column> displayColumns()
 {
-    return {{QStringLiteral("idKey"), QStringLiteral("KEY"), true},
-            {QStringLiteral("addr"), QStringLiteral("MODULE"), true},
-            {QStringLiteral("key_num"), QStringLiteral("NUMBER"), true}};
+    return {{QStringLiteral("idKey"), QStringLiteral("idKey"), true},
+            {QStringLiteral("addr"), QStringLiteral("addr"), true},
+            {QStringLiteral("key_num"), QStringLiteral("key_num"), true}};
 }
 
-void sayAsked(cli::Session &session, const Key &key, const QString &what, QJsonObject row)
+void tellSent(cli::Session &session, const Key &key, const QString &what, QJsonObject row)
 {
     row.insert(QStringLiteral("idKey"), output::jsonNumber(key.idKey));
     row.insert(QStringLiteral("addr"), key.aom_addr);
     row.insert(QStringLiteral("key_num"), key.position);
-    session.out().done(QStringLiteral("Module %1 is asked to show %2 on its key %3.")
-                           .arg(QString::number(key.aom_addr), what, QString::number(key.position)),
+    session.out().done(QStringLiteral("Sent %1 for key %2 to module %3.")
+                           .arg(what, QString::number(key.position), QString::number(key.aom_addr)),
                        displayColumns(), row);
 }
 
@@ -36,7 +36,7 @@ ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
     const int code = session.service().setIconState(idKey, x, y);
     if (code != 0)
         throw displayRefused(session.service(), idKey, code);
-    sayAsked(session, key, QStringLiteral("icon %1, %2").arg(x).arg(y),
+    tellSent(session, key, QStringLiteral("icon %1, %2").arg(x).arg(y),
              {{QStringLiteral("icon_x"), x}, {QStringLiteral("icon_y"), y}});
     return ExitStatus::Done;
 }
@@ -50,7 +50,7 @@ ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
     const int code = session.service().setLabelState(idKey, state);
     if (code != 0)
         throw displayRefused(session.service(), idKey, code);
-    sayAsked(session, key, QStringLiteral("its label in state %1").arg(state),
+    tellSent(session, key, QStringLiteral("label state %1").arg(state),
              {{QStringLiteral("label_state"), state}});
     return ExitStatus::Done;
 }
@@ -58,7 +58,7 @@ ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
 ExitStatus pressPlace(cli::Session &session, const cli::Arguments &arguments)
 {
     const int moduleType = arguments.optionalInteger("--module-type").value_or(1);
-    return press(session, placeOf(arguments.text("MODULE/NUMBER"), moduleType));
+    return press(session, placeOf(arguments.text("ADDRESS/NUMBER"), moduleType));
 }
 
 } // namespace
@@ -66,22 +66,21 @@ ExitStatus pressPlace(cli::Session &session, const cli::Arguments &arguments)
 QList<cli::Command> moduleCommands()
 {
     using namespace cli::type;
-    const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "the key");
-    return {
-        cli::command("icon", "ask the add-on module of a key to show an icon",
-                     {key, cli::argument("X", integer("X"), "icon_x, for the module to understand"),
-                      cli::argument("Y", integer("Y"), "icon_y, for the module to understand")},
-                     icon),
-        cli::command("label", "ask the add-on module of a key to show its action's short label",
-                     {key, cli::argument("STATE", integer("STATE"),
-                                         "label_state, for the module to understand")},
-                     label),
-        cli::command(
-            "press", "press a key of an add-on module, and show what the service answers",
-            {cli::argument("MODULE/NUMBER", text("MODULE/NUMBER"),
-                           "the module's address and the key's number"),
-             cli::option("--module-type", integer("NUMBER"), "kind of add-on module, else 1")},
-            pressPlace)};
+    const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "identifier of the key");
+    const cli::Parameter place = cli::argument("ADDRESS/NUMBER", text("ADDRESS/NUMBER"),
+                                               "address of the module and number of the key");
+    return {cli::command("icon", "send an icon to the add-on module of a key",
+                         {key, cli::argument("X", integer("X"), "icon_x, as the module defines it"),
+                          cli::argument("Y", integer("Y"), "icon_y, as the module defines it")},
+                         icon),
+            cli::command("label", "send the short label of a key's action to its add-on module",
+                         {key, cli::argument("STATE", integer("STATE"),
+                                             "label_state, as the module defines it")},
+                         label),
+            cli::command("press", "press a key of an add-on module and show the answer",
+                         {place, cli::option("--module-type", integer("NUMBER"),
+                                             "kind of add-on module (default: 1)")},
+                         pressPlace)};
 }
 
 } // namespace commands

@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `icon`, `label` and `press`: what an add-on module shows, and a finger on it.
+/// `icon`, `label` and `press`: the display and the keys of an add-on module.
 QList<cli::Command> moduleCommands();
 
 } // namespace commands

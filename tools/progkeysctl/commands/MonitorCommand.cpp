@@ -14,12 +14,11 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace commands {
 namespace {
 
-// Nothing but * and ? stands for something else; no name of an event is a pattern that is broken.
+// A pattern in which * and ? are the only wildcards.
 QRegularExpression patternOf(const QString &name)
 {
     QString pattern = QRegularExpression::escape(name);
@@ -51,10 +50,10 @@ private:
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("time"), QStringLiteral("TIME")},
-            {QStringLiteral("event"), QStringLiteral("EVENT")},
-            {QStringLiteral("module"), QStringLiteral("MODULE")},
-            {QStringLiteral("arguments"), QStringLiteral("ARGUMENTS")}};
+    return {{QStringLiteral("time"), QStringLiteral("time")},
+            {QStringLiteral("event"), QStringLiteral("event")},
+            {QStringLiteral("module"), QStringLiteral("module")},
+            {QStringLiteral("arguments"), QStringLiteral("arguments")}};
 }
 
 QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
@@ -81,14 +80,6 @@ QString lineText(const output::Terminal &terminal, const QJsonObject &row)
     return parts.join(QStringLiteral("  "));
 }
 
-// On stderr, so that it is no event; whoever starts the monitor knows by it that none is missed.
-void sayListening(const client::Bus &bus)
-{
-    std::fputs(QStringLiteral("Listening on %1.\n").arg(bus.description()).toUtf8().constData(),
-               stderr);
-    std::fflush(stderr);
-}
-
 ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
 {
     constexpr double NoTimeout = -1;
@@ -100,7 +91,8 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
     QElapsedTimer sinceStart;
     sinceStart.start();
     events::EventListener listener(bus);
-    sayListening(bus);
+    // From now on no event is missed.
+    session.note(QStringLiteral("Listening on %1.").arg(bus.description()));
     int shown = 0;
     const auto take = [&](const events::ReceivedEvent &received) {
         if (!patterns.admit(received.event.getEvtName()))
@@ -121,14 +113,13 @@ cli::Command monitorCommand()
 {
     constexpr int LargestLimit = 1'000'000'000;
     return cli::command(
-        "monitor", "show every event on the bus as it comes",
+        "monitor", "show events as they arrive",
         {cli::option("--match", cli::type::text("EVENT"),
-                     "only events of these names; * stands for anything")
+                     "only events with this name; * and ? are wildcards")
              .repeatable(),
          cli::option("--limit", cli::type::integer("NUMBER", 1, LargestLimit),
-                     "end after so many events"),
-         cli::flag("--since-start",
-                   "tell the seconds since the start of the monitor, not the time of day")},
+                     "exit after this number of events"),
+         cli::flag("--since-start", "show the seconds since the start instead of the time of day")},
         monitor);
 }
 

@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `monitor`: every event as it comes.
+/// `monitor`: shows events as they arrive.
 cli::Command monitorCommand();
 
 } // namespace commands

@@ -30,7 +30,7 @@ void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
                       {}};
 }
 
-// Any peer can send an event of that name: the service's own is known by its connection.
+// Any peer can send an event of this name, so the sender must be the service.
 bool isAnswer(const events::ReceivedEvent &received, const QString &service,
               const ModuleKeyPlace &place)
 {
@@ -48,19 +48,22 @@ QString sentence(const Key &key, const Action &action, bool exists)
         return QStringLiteral("No key is programmed there.");
     const QString shown = QString::number(key.idKey);
     if (action.idAction == Action().idAction && key.idAction != action.idAction)
-        return QStringLiteral("Key %1 is there, but its action %2 is not.")
+        return QStringLiteral("Key %1: its action %2 does not exist.")
             .arg(shown, QString::number(key.idAction));
-    return QStringLiteral("Key %1: action %2 \"%3\", type %4, %5 %6")
-        .arg(shown, QString::number(action.idAction), action.label, QString::number(action.type),
-             action.action, action.arguments)
-        .trimmed();
+    QString text = QStringLiteral("Key %1: action %2 \"%3\", type %4")
+                       .arg(shown, QString::number(action.idAction), action.label,
+                            QString::number(action.type));
+    const QString call = QStringLiteral("%1 %2").arg(action.action, action.arguments).trimmed();
+    if (!call.isEmpty())
+        text += QStringLiteral(", ") + call;
+    return text;
 }
 
 QList<output::Column> answerColumns()
 {
-    return {{QStringLiteral("exists"), QStringLiteral("Programmed")},
-            {QStringLiteral("idKey"), QStringLiteral("Key"), true},
-            {QStringLiteral("idAction"), QStringLiteral("Action"), true}};
+    return {{QStringLiteral("exists"), QStringLiteral("exists")},
+            {QStringLiteral("idKey"), QStringLiteral("idKey"), true},
+            {QStringLiteral("idAction"), QStringLiteral("idAction"), true}};
 }
 
 void tell(cli::Session &session, const ZELEvent &answer)
@@ -84,7 +87,7 @@ void tell(cli::Session &session, const ZELEvent &answer)
     throw Failure{
         ExitStatus::TimeRanOut,
         QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
-        QStringLiteral("Its log may say why; give it longer with --timeout.")};
+        QStringLiteral("See its log, or allow more time with --timeout.")};
 }
 
 } // namespace
@@ -97,8 +100,8 @@ ModuleKeyPlace placeOf(const QString &text, int moduleType)
                                text.section(QLatin1Char('/'), 1).toInt(&hasNumber), moduleType};
     if (!hasAddress || !hasNumber)
         throw Failure{ExitStatus::Usage,
-                      QStringLiteral("%1 is not of the form MODULE/NUMBER").arg(text),
-                      QStringLiteral("For the key 5 of the module at address 2 say 2/5.")};
+                      QStringLiteral("\"%1\" is not of the form ADDRESS/NUMBER").arg(text),
+                      QStringLiteral("For example, 2/5 is key 5 of the module with address 2.")};
     return place;
 }
 

@@ -5,7 +5,7 @@
 
 namespace commands {
 
-/// A key of an add-on module, as its hardware knows it.
+/// A key of an add-on module, as the module's driver reports it.
 struct ModuleKeyPlace
 {
     int addr = 0;
@@ -13,11 +13,11 @@ struct ModuleKeyPlace
     int moduleType = 1;
 };
 
-/// The place that `ADDR/NUM` names; throws a Failure of status Usage if it is none.
+/// Reads `ADDRESS/NUMBER`. Throws a Failure of status Usage if the text is something else.
 ModuleKeyPlace placeOf(const QString &text, int moduleType);
 
-/// Sends the event of a key press, as the module's driver would, and tells what the service makes
-/// of it. A key that is not programmed is an answer, too.
+/// Sends the event of a key press, as the module's driver does, and shows the answer of the
+/// service.
 ExitStatus press(cli::Session &session, const ModuleKeyPlace &place);
 
 } // namespace commands

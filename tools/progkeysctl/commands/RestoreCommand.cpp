@@ -3,7 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "client/Lifecycle.h"
-#include "commands/Counted.h"
+#include "commands/Plural.h"
 #include "outcome/Failure.h"
 
 namespace commands {
@@ -11,9 +11,9 @@ namespace {
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("restored"), QStringLiteral("Restored to")},
-            {QStringLiteral("keys"), QStringLiteral("Keys"), true},
-            {QStringLiteral("actions"), QStringLiteral("Actions"), true}};
+    return {{QStringLiteral("restored"), QStringLiteral("restored")},
+            {QStringLiteral("keys"), QStringLiteral("keys"), true},
+            {QStringLiteral("actions"), QStringLiteral("actions"), true}};
 }
 
 struct Counts
@@ -40,8 +40,8 @@ void runRestore(const client::Bus &bus, const QString &method)
         client::runHook(bus, method);
     } catch (Failure &failure) {
         if (failure.status == ExitStatus::TimeRanOut)
-            failure.advice = QStringLiteral("It may still be at it: \"progkeysctl status\" tells "
-                                            "what there is. Give it longer with --timeout.");
+            failure.advice = QStringLiteral("The restore may still be running: see \"progkeysctl "
+                                            "status\". Allow more time with --timeout.");
         throw;
     }
 }
@@ -51,16 +51,17 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
     const QString what = arguments.text("default|factory");
     session.out().requireFields(columns());
     if (!arguments.has("--yes"))
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("This deletes every key and action, %1 now, also those that "
-                                     "users made, and merges the provisioned defaults afresh")
-                          .arg(text(counts(session.service()))),
-                      QStringLiteral("If that is meant, say --yes; \"progkeysctl export\" keeps "
-                                     "what users made.")};
+        throw Failure{
+            ExitStatus::Usage,
+            QStringLiteral("This deletes %1, including those of users")
+                .arg(text(counts(session.service()))),
+            QStringLiteral("Confirm with --yes. \"progkeysctl export\" saves the keys and "
+                           "actions of users.")};
     runRestore(session.bus(), what == QLatin1String("factory") ? QStringLiteral("restoreFactory")
                                                                : QStringLiteral("restoreDefault"));
     const Counts now = counts(session.service());
-    session.out().done(QStringLiteral("Restored; there are %1 now.").arg(text(now)), columns(),
+    session.out().done(QStringLiteral("Restored the provisioned defaults: %1.").arg(text(now)),
+                       columns(),
                        {{QStringLiteral("restored"), what},
                         {QStringLiteral("keys"), now.keys},
                         {QStringLiteral("actions"), now.actions}});
@@ -72,11 +73,11 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 cli::Command restoreCommand()
 {
     return cli::command(
-        "restore", "delete everything and merge the provisioned defaults afresh",
+        "restore", "delete all keys and actions and restore the provisioned defaults",
         {cli::argument("default|factory",
                        cli::type::choice({QStringLiteral("default"), QStringLiteral("factory")}),
-                       "to which state; both do the same in this service"),
-         cli::flag("--yes", "yes, delete everything")},
+                       "the state to restore; both do the same in this service"),
+         cli::flag("--yes", "confirm the deletion")},
         restore);
 }
 

@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `restore`: back to the defaults.
+/// `restore`: deletes all rows and restores the provisioned defaults.
 cli::Command restoreCommand();
 
 } // namespace commands

@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `sandbox`: a phone of one's own, for as long as a command runs.
+/// `sandbox`: runs a command with a private phone.
 cli::Command sandboxCommand();
 
 } // namespace commands

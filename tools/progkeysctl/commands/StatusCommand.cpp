@@ -17,12 +17,13 @@ QList<output::Column> columns()
 {
     return {{QStringLiteral("running"), QStringLiteral("Service running")},
             {QStringLiteral("bus"), QStringLiteral("Bus")},
-            {QStringLiteral("setKeys"), QStringLiteral("Keys of the set"), true},
+            {QStringLiteral("busAddress"), QStringLiteral("Bus address")},
+            {QStringLiteral("setKeys"), QStringLiteral("Keys on the set"), true},
             {QStringLiteral("moduleKeys"), QStringLiteral("Keys on add-on modules"), true},
             {QStringLiteral("otherKeys"), QStringLiteral("Keys of other types"), true},
             {QStringLiteral("provisionedKeys"), QStringLiteral("Provisioned keys"), true},
-            {QStringLiteral("limit"), QStringLiteral("Most keys of the set"), true},
-            {QStringLiteral("userActions"), QStringLiteral("Actions of users"), true},
+            {QStringLiteral("limit"), QStringLiteral("Key limit"), true},
+            {QStringLiteral("userActions"), QStringLiteral("User actions"), true},
             {QStringLiteral("provisionedActions"), QStringLiteral("Provisioned actions"), true},
             {QStringLiteral("peers"), QStringLiteral("Modules on the bus")}};
 }
@@ -65,7 +66,7 @@ void countActions(QJsonObject &row, const ListAction &actions)
                countIf(actions, [](const Action &action) { return !action.dmId.isEmpty(); }));
 }
 
-// As the service takes it: no setting, no limit; a text that is no number is 0.
+// As the service reads it: without the setting there is no limit, and an invalid number is 0.
 QJsonValue keyLimit(const client::Bus &bus)
 {
     const std::optional<QString> setting = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
@@ -76,15 +77,21 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     const client::Bus &bus = session.bus();
     const bool isRunning = session.service().isRunning();
-    QJsonObject row{{QStringLiteral("running"), isRunning},
-                    {QStringLiteral("bus"), bus.description()},
-                    {QStringLiteral("peers"), modulesOn(bus)}};
+    QJsonObject row;
+    const QList<output::Column> all = columns();
+    for (const output::Column &column : all)
+        row.insert(column.name, QJsonValue());
+    row.insert(QStringLiteral("running"), isRunning);
+    row.insert(QStringLiteral("bus"), bus.kind());
+    if (!bus.address().isEmpty())
+        row.insert(QStringLiteral("busAddress"), bus.address());
+    row.insert(QStringLiteral("peers"), modulesOn(bus));
     if (isRunning) {
         countKeys(row, session.service().keys());
         countActions(row, session.service().actions());
         row.insert(QStringLiteral("limit"), keyLimit(bus));
     }
-    session.out().record(columns(), row);
+    session.out().record(all, row);
     return isRunning ? ExitStatus::Done : ExitStatus::NotRunning;
 }
 
@@ -92,8 +99,7 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
 
 cli::Command statusCommand()
 {
-    return cli::command("status", "tell whether the service is there and what it holds", {},
-                        status);
+    return cli::command("status", "show the state of the service", {}, status);
 }
 
 } // namespace commands

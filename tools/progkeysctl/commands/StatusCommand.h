@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `status`: the service, its bus, what it holds, and who else is there.
+/// `status`: the state of the service, its bus, its keys and actions, and other modules.
 cli::Command statusCommand();
 
 } // namespace commands

@@ -14,15 +14,15 @@ namespace commands {
 namespace {
 
 constexpr double WaitSeconds = 30;
-// How soon a lost bus is noticed.
+// How often to check whether the bus is lost.
 constexpr int PulseMs = 100;
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("running"), QStringLiteral("Running")}};
+    return {{QStringLiteral("running"), QStringLiteral("running")}};
 }
 
-// The watch stands before the question is asked, so that the service cannot come in between unseen.
+// Watches first and asks then, so that a start in between is not missed.
 bool comesUp(cli::Session &session, const QString &name)
 {
     QEventLoop loop;
@@ -54,8 +54,11 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
             ExitStatus::TimeRanOut,
             QStringLiteral("%1 is not running on %2").arg(module, session.bus().description()),
             QStringLiteral("See its log, or allow more time with --timeout.")};
-    session.out().done(QStringLiteral("%1 is running.").arg(module), columns(),
-                       {{QStringLiteral("running"), true}});
+    // In scripts, another command often prints its results next.
+    if (session.out().isForPeople())
+        session.note(QStringLiteral("%1 is running.").arg(module));
+    else
+        session.out().record(columns(), {{QStringLiteral("running"), true}});
     return ExitStatus::Done;
 }
 

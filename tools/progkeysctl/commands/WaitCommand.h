@@ -4,7 +4,7 @@
 
 namespace commands {
 
-/// `wait`: until the service is up.
+/// `wait`: waits until the service, or another module, is running.
 cli::Command waitCommand();
 
 } // namespace commands

@@ -3,7 +3,7 @@
 # What an option takes: words to choose from, or @ and a kind of value.
 declare -gA _progkeysctl_values=(
     [--address]=@text [--timeout]=@text [--json]='pretty short' [--color]='auto always never' [--fields]=@fields
-    [--container]=@containers [--module]=@modules [--type]=@text [--module-type]=@text
+    [--container]=@containers [--module]=@modules [--type]=@text [--action]=@actions [--module-type]=@text
     [--match]=@events [--limit]=@text [--output]=@file [-o]=@file [--kind]='actions keys'
     [--from]='csv json text' [--to]='csv json text' [--actions]=@file [--keys]=@file
     [--settings]=@directory [--data]=@directory [--logs]=@directory [--bin]=@directory
@@ -14,7 +14,7 @@ _progkeysctl_common='--help --version --system --session --address --timeout --j
 # The options of each command, and its arguments in order, of which the last may be repeated (+).
 declare -gA _progkeysctl_options=(
     [status]='' [wait]='' [icon]='' [label]='' [press]='--module-type'
-    ['key list']='--container --module --type' ['key show']='' ['key add']='' ['key set']=''
+    ['key list']='--container --module --type --action' ['key show']='' ['key add']='' ['key set']=''
     ['key move']='' ['key delete']=''
     ['action list']='' ['action show']='' ['action add']='' ['action set']=''
     ['action delete']='--dry-run'
@@ -34,6 +34,7 @@ declare -gA _progkeysctl_arguments=(
     ['defaults plan']='@file+' [restore]='@states' [sandbox]='@program @file+' [help]='@commands+'
 )
 _progkeysctl_key_fields='idKey dmId idAction container position icon type aom_type aom_addr'
+_progkeysctl_listed_fields="${_progkeysctl_key_fields/idAction/idAction label}"
 _progkeysctl_action_fields='idAction dmId type action webAppName arguments label shortLabel'
 _progkeysctl_events='ACTION_CREATE_NTF ACTION_DELETE_NTF ACTION_MODIFY_NTF AOMKEY_PRESS_NTF
     AOM_KEY_PRESS_EVENT AOM_SET_ICON_PROPERTY_REC AOM_SET_LABEL_PROPERTY_REC DB_RESET_NTF
@@ -79,6 +80,7 @@ _progkeysctl_list() {
         @fields)
             local fields=_progkeysctl_${command%% *}_fields before='' name
             [[ $cur != *,* ]] || before=${cur%,*},
+            [[ $command != 'key list' ]] || fields=_progkeysctl_listed_fields
             for name in ${!fields-}; do
                 [[ ,$before == *",$name,"* ]] || echo "$before$name"
             done

@@ -1,15 +1,22 @@
 #include "events/EventListener.h"
 
+#include "client/ProgrammableKeys.h"
 #include "outcome/Failure.h"
 #include "output/Output.h"
 
 #include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELEventCodec.h>
 
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
 
 namespace events {
+namespace {
+
+const QString ProbeName = QStringLiteral("PROGKEYSCTL_PROBE");
+
+} // namespace
 
 EventListener::EventListener(const client::Bus &bus) : m_bus(bus)
 {
@@ -20,10 +27,29 @@ EventListener::EventListener(const client::Bus &bus) : m_bus(bus)
                                           QStringLiteral("org.freedesktop.DBus.Local"),
                                           QStringLiteral("Disconnected"), this, SLOT(lose()));
     if (!hears)
-        throw Failure{
-            ExitStatus::Failed, QStringLiteral("Cannot listen on %1").arg(bus.description()), {}};
-    // Asked of the bus after the match, and so answered after it stands.
-    bus.hasOwner(zel::serviceName(QString()) + QStringLiteral("Any"));
+        throw Failure{ExitStatus::Failed,
+                      QStringLiteral("Cannot receive events on %1").arg(bus.description()),
+                      {}};
+    requireAccess();
+}
+
+// A policy drops events silently. So an event like those of the service is sent to this connection
+// itself; it is subject to the same rules.
+void EventListener::requireAccess()
+{
+    QDBusMessage probe = QDBusMessage::createTargetedSignal(
+        m_bus.connection().baseService(), zel::objectPath(client::ProgrammableKeys::moduleName()),
+        zel::eventsInterface(), zel::eventSignal());
+    ZELEvent event;
+    event.setEvtName(ProbeName);
+    if (const auto message = zel::encodeEvent(probe.path(), event))
+        probe.setArguments(message->arguments());
+    m_bus.connection().send(probe);
+    // The bus answers after it has delivered the probe, and after the subscription is in place.
+    m_bus.hasOwner(zel::serviceName(client::ProgrammableKeys::moduleName()));
+    QCoreApplication::sendPostedEvents(this);
+    if (!m_hasAccess)
+        client::throwDenied(m_bus, QStringLiteral("Receiving events is denied"));
 }
 
 bool EventListener::listen(int timeoutMs, const std::function<bool(const ReceivedEvent &)> &take)
@@ -50,11 +76,16 @@ bool EventListener::listen(int timeoutMs, const std::function<bool(const Receive
 void EventListener::receive(const QDBusMessage &message)
 {
     const std::optional<ZELEvent> event = zel::decodeEvent(message);
+    if (event && event->getEvtName() == ProbeName &&
+        message.service() == m_bus.connection().baseService()) {
+        m_hasAccess = true;
+        return;
+    }
     const QString module = message.path().section(QLatin1Char('/'), -1);
     if (event)
         m_waiting.append({*event, message.service(), module});
     else
-        output::warn(QStringLiteral("%1 (%2) sent an event of the wrong signature \"%3\"")
+        output::warn(QStringLiteral("%1 (%2) sent an event with the invalid signature \"%3\"")
                          .arg(module, message.service(), message.signature()));
 }
 

@@ -12,26 +12,27 @@
 
 namespace events {
 
-/// An event as it came.
+/// An event from the bus.
 struct ReceivedEvent
 {
     ZELEvent event;
-    QString sender; ///< its unique name on the bus
+    QString sender; ///< unique name on the bus
     QString module; ///< the module whose object sent it
 };
 
-/// Hears every event on the bus, whoever sends it, from the moment it is made.
+/// Receives all events on the bus, of any sender, from its construction on.
 class EventListener : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Throws a Failure if the bus does not let it listen.
+    /// Throws a Failure if the bus refuses the subscription, or if its policy keeps the events of
+    /// the service from this user.
     explicit EventListener(const client::Bus &bus);
 
-    /// Hands over each event as it comes, until `take` says true: that is enough. What came before
-    /// is handed over first. False if the time ran out first; `timeoutMs` below 0 is no limit.
-    /// Throws a Failure if the bus is lost.
+    /// Passes each event to `take` until it returns true, beginning with those that arrived before.
+    /// Returns false after a timeout; a negative `timeoutMs` is no limit. Throws a Failure if the
+    /// bus is lost.
     bool listen(int timeoutMs, const std::function<bool(const ReceivedEvent &)> &take);
 
 private slots:
@@ -39,8 +40,11 @@ private slots:
     void lose();
 
 private:
+    void requireAccess();
+
     const client::Bus &m_bus;
     QList<ReceivedEvent> m_waiting;
+    bool m_hasAccess = false;
     bool m_isLost = false;
 };
 

@@ -1,6 +1,6 @@
 #include "events/EventText.h"
 
-#include "events/Values.h"
+#include "events/BusValues.h"
 #include "fields/Fields.h"
 #include "output/Listing.h"
 #include "output/Text.h"
@@ -44,7 +44,7 @@ QString valueText(const QJsonValue &value)
 
 QJsonObject toJson(const ReceivedEvent &received)
 {
-    // A list, because an argument's name may stand twice.
+    // A list, because the name of an argument may occur twice.
     QJsonArray arguments;
     for (const ZELEvent::Argument &argument : received.event.getArguments())
         arguments.append(QJsonObject{{Name, argument.name}, {Value, toJson(argument.value)}});

@@ -6,12 +6,12 @@
 
 namespace events {
 
-/// The event as an object: its name, who sent it, and its arguments in order, each with name and
+/// The event as an object: its name, its sender, and its arguments in order, each with name and
 /// value.
 QJsonObject toJson(const ReceivedEvent &received);
 
-/// The arguments of such an object on one line: `idKey={idKey=3 container="home" ...}`. Texts that
-/// are empty are left out of records.
+/// The arguments of such an object on one line: `idKey={idKey=3 container="home" ...}`. Records are
+/// printed without their empty texts.
 QString argumentsText(const QJsonObject &object);
 
 } // namespace events

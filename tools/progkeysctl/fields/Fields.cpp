@@ -1,10 +1,12 @@
 #include "fields/Fields.h"
 
 #include "outcome/Failure.h"
+#include "outcome/Suggestion.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 #include <type_traits>
 
 namespace fields {
@@ -20,12 +22,25 @@ const Field<Record> *find(const QString &name)
 }
 
 template <typename Record>
-QString names()
+QString adviceOn(const QString &name)
 {
-    QStringList all;
+    QStringList names;
     for (const Field<Record> &field : of<Record>())
-        all.append(field.name);
-    return all.join(QStringLiteral(", "));
+        names.append(field.name);
+    return outcome::withSuggestion(
+        name, names, QStringLiteral("The fields are %1.").arg(names.join(QStringLiteral(", "))));
+}
+
+// The fields that the record declares, with a help text for each.
+template <typename Record>
+QList<Field<Record>> withHelp(const QStringList &helps)
+{
+    QList<Field<Record>> all;
+    const auto append = [&](const auto &field) {
+        all.append({QString::fromLatin1(field.name), field.member, helps.at(all.size())});
+    };
+    std::apply([&](const auto &...field) { (append(field), ...); }, Record::fields());
+    return all;
 }
 
 QString rangeOf(const int & /*of*/)
@@ -40,7 +55,7 @@ QString rangeOf(const qlonglong & /*of*/)
 
 QString rangeOf(const QString & /*of*/)
 {
-    return QStringLiteral("a text that the bus can carry");
+    return QStringLiteral("a text without null characters");
 }
 
 bool setFromText(QString &member, const QString &text)
@@ -67,8 +82,7 @@ bool setFromText(qlonglong &member, const QString &text)
     return ok;
 }
 
-// The bus ends a text at its first null character and has nothing for half a surrogate pair: such
-// a text would arrive as another one.
+// The bus ends a text at its first null character and cannot encode half a surrogate pair.
 bool canBeSent(const QString &text)
 {
     return text.isValidUtf16() && !text.contains(QChar(QChar::Null));
@@ -127,33 +141,34 @@ bool isUsers(const Action &action)
 template <>
 const QList<Field<Key>> &of<Key>()
 {
-    static const QList<Field<Key>> all = {
-        {QStringLiteral("idKey"), QStringLiteral("KEY"), &Key::idKey},
-        {QStringLiteral("dmId"), QStringLiteral("DM ID"), &Key::dmId},
-        {QStringLiteral("idAction"), QStringLiteral("ACTION"), &Key::idAction},
-        {QStringLiteral("container"), QStringLiteral("CONTAINER"), &Key::container},
-        {QStringLiteral("position"), QStringLiteral("POS"), &Key::position},
-        {QStringLiteral("icon"), QStringLiteral("ICON"), &Key::icon},
-        {QStringLiteral("type"), QStringLiteral("TYPE"), &Key::type},
-        {QStringLiteral("aom_type"), QStringLiteral("MOD TYPE"), &Key::aom_type},
-        {QStringLiteral("aom_addr"), QStringLiteral("MODULE"), &Key::aom_addr},
-    };
+    static const auto all = withHelp<Key>({
+        QStringLiteral("identifier, assigned by the service"),
+        QStringLiteral("identifier of a provisioned key; leave it empty"),
+        QStringLiteral("identifier of the action that the key triggers, such as 7"),
+        QStringLiteral("container that shows the key, such as home or module3"),
+        QStringLiteral("position in the container, from 0; on an add-on module, the number of the "
+                       "key"),
+        QStringLiteral("name of the icon, such as phone"),
+        QStringLiteral("0: key on the set (default), 1: key on an add-on module"),
+        QStringLiteral("kind of add-on module, such as 1"),
+        QStringLiteral("address of the add-on module, such as 3"),
+    });
     return all;
 }
 
 template <>
 const QList<Field<Action>> &of<Action>()
 {
-    static const QList<Field<Action>> all = {
-        {QStringLiteral("idAction"), QStringLiteral("ACTION"), &Action::idAction},
-        {QStringLiteral("dmId"), QStringLiteral("DM ID"), &Action::dmId},
-        {QStringLiteral("type"), QStringLiteral("TYPE"), &Action::type},
-        {QStringLiteral("action"), QStringLiteral("DOES"), &Action::action},
-        {QStringLiteral("webAppName"), QStringLiteral("WEB APP"), &Action::webAppName},
-        {QStringLiteral("arguments"), QStringLiteral("ARGUMENTS"), &Action::arguments},
-        {QStringLiteral("label"), QStringLiteral("LABEL"), &Action::label},
-        {QStringLiteral("shortLabel"), QStringLiteral("SHORT"), &Action::shortLabel},
-    };
+    static const auto all = withHelp<Action>({
+        QStringLiteral("identifier, assigned by the service"),
+        QStringLiteral("identifier of a provisioned action; leave it empty"),
+        QStringLiteral("kind of action, as the applications of the phone define it, such as 1"),
+        QStringLiteral("what the action does, such as call"),
+        QStringLiteral("web application that runs the action, such as directory"),
+        QStringLiteral("arguments of the action, such as the number to call"),
+        QStringLiteral("label for users, such as Reception"),
+        QStringLiteral("label on an add-on module, such as Rec"),
+    });
     return all;
 }
 
@@ -161,10 +176,8 @@ template <typename Record>
 QList<output::Column> columns()
 {
     QList<output::Column> result;
-    for (const Field<Record> &field : of<Record>()) {
-        const bool isNumber = !std::holds_alternative<QString Record::*>(field.member);
-        result.append({field.name, field.heading, isNumber});
-    }
+    for (const Field<Record> &field : of<Record>())
+        result.append({field.name, field.name, !field.isText()});
     return result;
 }
 
@@ -185,8 +198,8 @@ void setFromJson(Record &record, const QJsonObject &object, const QString &where
         const Field<Record> *field = find<Record>(entry.key());
         if (!field)
             throw Failure{ExitStatus::InvalidText,
-                          QStringLiteral("%1: there is no field %2").arg(where, entry.key()),
-                          QStringLiteral("The fields are %1.").arg(names<Record>())};
+                          QStringLiteral("%1: unknown field \"%2\"").arg(where, entry.key()),
+                          adviceOn<Record>(entry.key())};
         std::visit(
             [&](auto member) {
                 if (!setFromValue(record.*member, entry.value()))
@@ -204,19 +217,19 @@ void assign(Record &record, const QStringList &assignments)
 {
     for (const QString &assignment : assignments) {
         const auto equals = assignment.indexOf(QLatin1Char('='));
-        const QString advice = QStringLiteral("The fields are %1.").arg(names<Record>());
         if (equals < 1)
-            throwUsage(QStringLiteral("%1 is not of the form FIELD=VALUE").arg(assignment), advice);
+            throwUsage(QStringLiteral("\"%1\" is not of the form FIELD=VALUE").arg(assignment),
+                       adviceOn<Record>({}));
         const QString name = assignment.left(equals);
         const QString text = assignment.mid(equals + 1);
         const Field<Record> *field = find<Record>(name);
         if (!field)
-            throwUsage(QStringLiteral("There is no field %1").arg(name), advice);
+            throwUsage(QStringLiteral("Unknown field \"%1\"").arg(name), adviceOn<Record>(name));
         std::visit(
             [&](auto member) {
                 if (!setFromText(record.*member, text))
-                    throwUsage(QStringLiteral("%1 wants %2, not \"%3\"")
-                                   .arg(name, rangeOf(record.*member), text),
+                    throwUsage(QStringLiteral("%1: \"%2\" is not %3")
+                                   .arg(name, text, rangeOf(record.*member)),
                                {});
             },
             field->member);

@@ -6,28 +6,31 @@
 
 #include <QJsonObject>
 #include <QString>
+#include <QStringList>
 
 #include <variant>
 
-/// Records by the names of their fields, as they stand in commands, tables and JSON.
+/// Records by the names of their fields, which are the same in commands, tables and JSON.
 namespace fields {
 
-/// Did a user make it: neither provisioned nor the reserved one?
+/// Whether a user created the action: it is neither provisioned nor the reserved action.
 bool isUsers(const Action &action);
 
 template <typename Record>
 struct Field
 {
     QString name;
-    QString heading;
     std::variant<QString Record::*, int Record::*, qlonglong Record::*> member;
+    QString help;
+
+    bool isText() const { return std::holds_alternative<QString Record::*>(member); }
 };
 
 /// The fields of `Key` or `Action`, in the order of the bus.
 template <typename Record>
 const QList<Field<Record>> &of();
 
-/// The same as the columns of a listing.
+/// The fields as columns of a listing.
 template <typename Record>
 QList<output::Column> columns();
 
@@ -35,13 +38,13 @@ QList<output::Column> columns();
 template <typename Record>
 QJsonObject toJson(const Record &record);
 
-/// Sets the fields that the object has. Throws a Failure of status InvalidText if it has a field
-/// that there is not, or one with a value of another type or out of range; `where` begins its text.
+/// Sets the fields that the object has. Throws a Failure of status InvalidText for an unknown field
+/// or an invalid value; `where` begins its message.
 template <typename Record>
 void setFromJson(Record &record, const QJsonObject &object, const QString &where);
 
-/// Sets the fields of assignments `FIELD=VALUE`. Throws a Failure of status Usage if one of them is
-/// none, names no field or gives a number field no decimal number of its range.
+/// Sets the fields of assignments `FIELD=VALUE`. Throws a Failure of status Usage for an invalid
+/// assignment, an unknown field or an invalid number.
 template <typename Record>
 void assign(Record &record, const QStringList &assignments);
 

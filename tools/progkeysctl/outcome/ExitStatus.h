@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the process's exit status says. Scripts rely on the numbers.
+/// The exit status of the process. Scripts rely on the numbers.
 enum class ExitStatus {
     Done = 0,
     Failed = 1,
@@ -10,5 +10,5 @@ enum class ExitStatus {
     AccessDenied = 5,
     NotRunning = 8,
     NotFound = 10,
-    Changes = 20, ///< `defaults plan --detailed-exitcode` found something to do
+    Changes = 20, ///< `defaults plan --detailed-exitcode` found changes
 };

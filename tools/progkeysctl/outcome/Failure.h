@@ -4,8 +4,9 @@
 
 #include <QString>
 
-/// Thrown by whatever cannot go on: what went wrong, in a sentence without a full stop, and what to
-/// do next, if there is something. main() says both on stderr and ends with the status.
+/// Thrown if a command cannot continue. The message is a sentence without a full stop; the advice,
+/// if any, is complete sentences about what to do next. The command line prints both on stderr and
+/// exits with the status.
 struct Failure
 {
     ExitStatus status = ExitStatus::Failed;

@@ -88,15 +88,15 @@ void FieldsTest::wrongJsonIsRefused_data()
     const auto refuse = [](const char *what, const char *json, const char *message) {
         QTest::newRow(what) << QByteArray(json) << QString::fromLatin1(message);
     };
-    refuse("an unknown field", R"({"colour": 1})", "key 3: there is no field colour");
+    refuse("an unknown field", R"({"colour": 1})", "key 3: unknown field \"colour\"");
     refuse("a text for a number", R"({"position": "1"})",
            "key 3: the field position is not a whole number of 32 bits");
     refuse("a number for a text", R"({"icon": 1})",
-           "key 3: the field icon is not a text that the bus can carry");
+           "key 3: the field icon is not a text without null characters");
     refuse("a text that the bus would cut short", R"({"icon": "a\u0000b"})",
-           "key 3: the field icon is not a text that the bus can carry");
+           "key 3: the field icon is not a text without null characters");
     refuse("half a character", R"({"icon": "\ud800"})",
-           "key 3: the field icon is not a text that the bus can carry");
+           "key 3: the field icon is not a text without null characters");
     refuse("half a number", R"({"position": 1.5})",
            "key 3: the field position is not a whole number of 32 bits");
     refuse("more than 32 bits", R"({"type": 2147483648})",
@@ -141,12 +141,12 @@ void FieldsTest::wrongAssignmentsAreRefused_data()
     const auto refuse = [](const char *what, const char *assignment, const char *message) {
         QTest::newRow(what) << QString::fromLatin1(assignment) << QString::fromLatin1(message);
     };
-    refuse("no sign between", "label", "label is not of the form FIELD=VALUE");
-    refuse("no field", "=x", "=x is not of the form FIELD=VALUE");
-    refuse("an unknown field", "colour=red", "There is no field colour");
-    refuse("no number", "type=x", "type wants a whole number of 32 bits, not \"x\"");
-    refuse("no decimal number", "type=0x10", "type wants a whole number of 32 bits, not \"0x10\"");
-    refuse("an empty number", "idAction=", "idAction wants a whole number of 64 bits, not \"\"");
+    refuse("no sign between", "label", "\"label\" is not of the form FIELD=VALUE");
+    refuse("no field", "=x", "\"=x\" is not of the form FIELD=VALUE");
+    refuse("an unknown field", "colour=red", "Unknown field \"colour\"");
+    refuse("no number", "type=x", "type: \"x\" is not a whole number of 32 bits");
+    refuse("no decimal number", "type=0x10", "type: \"0x10\" is not a whole number of 32 bits");
+    refuse("an empty number", "idAction=", "idAction: \"\" is not a whole number of 64 bits");
 }
 
 void FieldsTest::wrongAssignmentsAreRefused()

@@ -1,4 +1,4 @@
-#include "events/Values.h"
+#include "events/BusValues.h"
 
 #include "fields/Fields.h"
 #include "output/Listing.h"

@@ -1,9 +1,9 @@
-#include "cli/Suggestion.h"
+#include "outcome/Suggestion.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace cli {
+namespace outcome {
 namespace {
 
 // The number of characters to insert, remove or replace to make one word of the other.
@@ -24,9 +24,7 @@ int distance(const QString &one, const QString &other)
     return previous.back();
 }
 
-} // namespace
-
-QString suggestion(const QString &word, const QStringList &known)
+QString mostSimilar(const QString &word, const QStringList &known)
 {
     QString best;
     // Longer words may differ more.
@@ -38,7 +36,16 @@ QString suggestion(const QString &word, const QStringList &known)
             bestDistance = current;
         }
     }
-    return best.isEmpty() ? QString() : QStringLiteral("Did you mean \"%1\"?").arg(best);
+    return best;
 }
 
-} // namespace cli
+} // namespace
+
+QString withSuggestion(const QString &word, const QStringList &known, const QString &advice)
+{
+    const QString similar = mostSimilar(word, known);
+    return similar.isEmpty() ? advice
+                             : QStringLiteral("Did you mean \"%1\"? %2").arg(similar, advice);
+}
+
+} // namespace outcome

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace outcome {
+
+/// The advice, preceded by `Did you mean "key"?` if the word looks like a misspelling of one of the
+/// known words.
+QString withSuggestion(const QString &word, const QStringList &known, const QString &advice);
+
+} // namespace outcome
