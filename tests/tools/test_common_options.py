@@ -157,7 +157,7 @@ def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> N
         assert shown.status == 0
         assert max(columns(line) for line in shown.lines) <= width
         assert shown.lines[0].startswith("idKey  idAction")
-        assert sum(line.count("a") for line in shown.lines) == 60
+        assert sum(line.count("a") for line in shown.lines[1:-1]) == 60 + "Empfang".count("a")
     assert shown.lines[-1] == "1 key"
 
 

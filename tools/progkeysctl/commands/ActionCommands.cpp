@@ -4,7 +4,6 @@
 #include "cli/Session.h"
 #include "commands/DeleteEach.h"
 #include "commands/FieldArguments.h"
-#include "commands/Plural.h"
 #include "commands/Refusals.h"
 #include "output/Text.h"
 
@@ -20,7 +19,8 @@ ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
     const ListAction actions = session.service().actions();
     for (const Action &action : actions)
         listing.rows.append(fields::toJson(action));
-    listing.legend = counted(listing.rows.size(), "action");
+    listing.legend =
+        output::counted(static_cast<int>(listing.rows.size()), QStringLiteral("action"));
     session.out().list(listing);
     return ExitStatus::Done;
 }

@@ -5,8 +5,8 @@
 #include "commands/DeleteEach.h"
 #include "commands/FieldArguments.h"
 #include "commands/KeyFilter.h"
-#include "commands/Plural.h"
 #include "commands/Refusals.h"
+#include "output/Text.h"
 
 #include <QHash>
 
@@ -17,15 +17,14 @@ const QString Label = QStringLiteral("label");
 
 // The fields of a key, and the label of its action. A table without --fields has room for the
 // essential ones only.
-QList<output::Column> listColumns(const output::Output &out)
+QList<output::Column> listColumns()
 {
-    const bool isTable = out.isForPeople() && out.manner().fields.isEmpty();
     const QStringList details = {QStringLiteral("dmId"), QStringLiteral("aom_type")};
     QList<output::Column> columns;
     const QList<output::Column> all = fields::columns<Key>();
     for (const output::Column &column : all) {
-        if (!isTable || !details.contains(column.name))
-            columns.append(column);
+        columns.append(column);
+        columns.last().isShown = !details.contains(column.name);
         if (column.name == QLatin1String("idAction"))
             columns.append({Label, Label});
     }
@@ -46,7 +45,7 @@ ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
     const ListKey keys = session.service().keys();
     const QHash<qlonglong, QString> labels = labelsOf(session.service().actions());
     output::Listing listing;
-    listing.columns = listColumns(session.out());
+    listing.columns = listColumns();
     for (const Key &key : keys) {
         if (!filter.admits(key))
             continue;
@@ -55,7 +54,7 @@ ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
         row.insert(Label, label == labels.end() ? QJsonValue() : QJsonValue(*label));
         listing.rows.append(row);
     }
-    listing.legend = counted(listing.rows.size(), "key");
+    listing.legend = output::counted(static_cast<int>(listing.rows.size()), QStringLiteral("key"));
     session.out().list(listing);
     return ExitStatus::Done;
 }
@@ -164,7 +163,9 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
     for (auto move = positions.begin(); move != positions.end(); ++move)
         moved.rows.append(fields::toJson(keyOf(session.service(), move.key())));
     if (session.out().isForPeople())
-        session.out().say(QStringLiteral("Moved %1.").arg(counted(positions.size(), "key")));
+        session.out().say(
+            QStringLiteral("Moved %1.")
+                .arg(output::counted(static_cast<int>(positions.size()), QStringLiteral("key"))));
     else
         session.out().list(moved);
     return ExitStatus::Done;

@@ -3,8 +3,8 @@
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "client/Lifecycle.h"
-#include "commands/Plural.h"
 #include "outcome/Failure.h"
+#include "output/Text.h"
 
 namespace commands {
 namespace {
@@ -31,7 +31,8 @@ Counts counts(client::ProgrammableKeys &service)
 QString text(const Counts &counts)
 {
     return QStringLiteral("%1 and %2")
-        .arg(counted(counts.keys, "key"), counted(counts.actions, "action"));
+        .arg(output::counted(counts.keys, QStringLiteral("key")),
+             output::counted(counts.actions, QStringLiteral("action")));
 }
 
 void runRestore(const client::Bus &bus, const QString &method)
