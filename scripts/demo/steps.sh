@@ -1,4 +1,4 @@
-# Sourced by the scripts beside it: shows commands with what comes of them, and holds them to it.
+# Functions of the scripts in this directory, which show commands and check their results.
 set -euo pipefail
 export LC_ALL=C.UTF-8
 
@@ -12,11 +12,11 @@ heading() {
 }
 
 fail() {
-    printf '%sNot as it should be:%s %s\n' "$red" "$plain" "$*" >&2
+    printf '%sUnexpected result:%s %s\n' "$red" "$plain" "$*" >&2
     exit 1
 }
 
-# The words as one would type them.
+# The words, quoted for a shell.
 as_typed() {
     local word
     for word; do
@@ -32,13 +32,13 @@ prompt() {
     printf '\n%s$%s%s\n' "$dim" "$plain" "$(as_typed "$@")"
 }
 
-# Runs a command that must do what it is for.
+# Runs a command that must succeed.
 runs() {
     prompt "$@"
     "$@" || fail "the status is $?"
 }
 
-# Runs a command that must be refused with that status.
+# Runs a command that must fail with this status: STATUS COMMAND...
 refused() {
     local wanted=$1 status=0
     shift
@@ -51,29 +51,29 @@ is() {
     [[ $2 == "$3" ]] || fail "$1: $3, not $2"
 }
 
-# A field of the service's status.
+# A field of "progkeysctl status".
 status_of() {
     progkeysctl status --terse --fields "$1"
 }
 
-# The records that users made, one a line.
+# The keys and actions of users, one per line.
 rows_of_users() {
     progkeysctl action list --terse --fields dmId,idAction,type,action,arguments,label | grep '^:' | grep -v '^:-1:'
     progkeysctl key list --terse --fields dmId,idKey,idAction,container,position,icon | grep '^:'
 }
 
-# From now on every event on the bus becomes a line of a file, which `heard` reads.
+# Starts a monitor, whose output `heard` reads.
 listen() {
     local lines=$PROGKEYS_SANDBOX/events told=$PROGKEYS_SANDBOX/listening
     progkeysctl monitor >"$lines" 2>"$told" &
     until [[ -s $told ]]; do
-        kill -0 $! 2>/dev/null || fail 'nobody listens to the events'
+        kill -0 $! 2>/dev/null || fail 'the monitor did not start'
         sleep 0.02
     done
     exec {events}<"$lines"
 }
 
-# The next event, once it is there: its time, two blanks, its name, two blanks, the rest.
+# Waits for the next event. Its line has the time, the name and the arguments, separated by two blanks.
 next_event() {
     local part tries
     event=
@@ -86,10 +86,10 @@ next_event() {
         event+=$part
         sleep 0.02
     done
-    fail "no event comes, but $1 should"
+    fail "no event arrived, expected $1"
 }
 
-# Exactly these events come next, in this order.
+# Checks that exactly these events are next, in this order.
 heard() {
     local name event
     for name; do
@@ -99,7 +99,7 @@ heard() {
     done
 }
 
-# So many of each come next, in any order: NAME COUNT...
+# Checks that the next events are these, in any order: NAME COUNT...
 heard_in_all() {
     local event name count sum=0
     local -A found=()

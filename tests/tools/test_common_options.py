@@ -144,6 +144,7 @@ def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> 
 
 def test_json_has_only_the_fields_asked_for(ctl: Tool, stocked: Module) -> None:
     assert ctl.json("key", "list", "--fields", "idKey,type") == [{"idKey": 1, "type": 0}]
+    assert 'Did you mean "position"?' in ctl("key", "list", "--fields", "postion").err
 
 
 def test_terse_lines_can_be_taken_apart(ctl: Tool, stocked: Module) -> None:

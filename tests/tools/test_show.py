@@ -52,7 +52,7 @@ def test_it_goes_through_both_days_and_leaves_nothing(script: Path, environment:
     assert (result.returncode, result.stderr) == (0, "")
     for line in ("$ progkeysctl press 3/12", "$ progkeysctl defaults plan --settings settings-next", "$ progkeysctl restore default --yes"):
         assert f"\n{line}\n" in result.stdout
-    assert result.stdout.endswith("\nAll was as it should be.\n")
+    assert result.stdout.endswith("\nAll results are as expected.\n")
     assert not os.listdir(environment["TMPDIR"])
 
 
@@ -87,9 +87,9 @@ def test_what_is_not_as_it_should_be_fails_it(
     changed.write_text(text.replace(old, new), encoding="utf-8")
     result = run(tmp_path / "scripts" / "run", environment=environment)
     assert result.returncode == 1
-    assert "Not as it should be: " in result.stderr
+    assert "Unexpected result: " in result.stderr
     assert complaint in result.stderr
-    assert "All was as it should be" not in result.stdout
+    assert "All results are as expected" not in result.stdout
     assert not os.listdir(environment["TMPDIR"])
 
 
@@ -101,7 +101,7 @@ def test_programs_that_are_not_there_are_told(tmp_path: Path, environment: dict[
 
 def test_on_a_terminal_it_leaves_a_shell_on_the_phone(script: Path, environment: dict[str, str]) -> None:
     terminal = Terminal([str(script)], environment)
-    terminal.read_until("All was as it should be.")
+    terminal.read_until("All results are as expected.")
     terminal.read_until("(phone)")
     terminal.line("progkeysctl status --terse --fields provisionedActions; exit 6")
     terminal.read_until("57")
@@ -111,7 +111,7 @@ def test_on_a_terminal_it_leaves_a_shell_on_the_phone(script: Path, environment:
 
 def test_it_ends_on_a_terminal_too_if_that_is_wanted(script: Path, environment: dict[str, str]) -> None:
     terminal = Terminal([str(script), "--once"], environment)
-    terminal.read_until("All was as it should be.")
+    terminal.read_until("All results are as expected.")
     assert terminal.status() == 0
     assert not os.listdir(environment["TMPDIR"])
 

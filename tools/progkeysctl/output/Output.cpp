@@ -1,5 +1,6 @@
 #include "output/Output.h"
 
+#include "outcome/Suggestion.h"
 #include "output/Table.h"
 #include "output/Text.h"
 
@@ -33,12 +34,13 @@ QByteArray terseLine(const QList<Column> &columns, const QJsonObject &row)
     return values.join(QLatin1Char(':')).toUtf8() + '\n';
 }
 
-QString names(const QList<Column> &columns)
+QString adviceOn(const QString &name, const QList<Column> &columns)
 {
-    QStringList all;
+    QStringList names;
     for (const Column &column : columns)
-        all.append(column.name);
-    return all.join(QStringLiteral(", "));
+        names.append(column.name);
+    return outcome::withSuggestion(
+        name, names, QStringLiteral("The fields are %1.").arg(names.join(QStringLiteral(", "))));
 }
 
 template <typename Document>
@@ -160,7 +162,7 @@ QList<Column> Output::chosen(const QList<Column> &columns) const
                                          [&](const Column &each) { return each.name == name; });
         if (column == columns.end())
             throw Failure{ExitStatus::Usage, QStringLiteral("--fields: unknown field %1").arg(name),
-                          QStringLiteral("The fields are %1.").arg(names(columns))};
+                          adviceOn(name, columns)};
         result.append(*column);
     }
     return result;
