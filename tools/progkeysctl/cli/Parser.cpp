@@ -21,9 +21,9 @@ std::string nameOf(const Parameter &parameter)
 // All names of a parameter in the library: "-o,--output", or "FILE".
 std::string namesOf(const Parameter &parameter)
 {
-    return parameter.shortName.isEmpty() ? nameOf(parameter)
-                                         : parameter.shortName.toStdString() + ',' +
-                                               nameOf(parameter);
+    return parameter.shortName.isEmpty()
+               ? nameOf(parameter)
+               : parameter.shortName.toStdString() + ',' + nameOf(parameter);
 }
 
 void addParameter(CLI::App *app, const Parameter &parameter)
