@@ -22,7 +22,7 @@ QString findScript()
 {
     const QString beside =
         QStandardPaths::findExecutable(Script, {QCoreApplication::applicationDirPath()});
-    const QString found = beside.isEmpty() ? QStandardPaths::findExecutable(Script) : beside;
+    QString found = beside.isEmpty() ? QStandardPaths::findExecutable(Script) : beside;
     if (found.isEmpty())
         throw Failure{
             ExitStatus::Failed,
