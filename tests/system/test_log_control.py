@@ -209,6 +209,9 @@ REFUSALS = {
     "a method of an unknown interface": ("a.b", "Get", ("",), "UnknownInterface"),
 }
 
+QT_REPORTS = ("QDBusConnection: couldn't handle call to ", "Could not find slot ")
+"""What Qt 6.8 logs for a call that matches no method."""
+
 
 @pytest.mark.parametrize("interface, method, arguments, refusal", REFUSALS.values(), ids=REFUSALS)
 def test_what_cannot_be_done_is_refused_with_an_error(
@@ -219,7 +222,7 @@ def test_what_cannot_be_done_is_refused_with_an_error(
     assert error.value.name == f"{ERROR}.{refusal}"
     assert error.value.message
     assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "debug"
-    assert service.log.take() == []
+    assert [line for line in service.log.take() if not line.startswith(QT_REPORTS)] == []
 
 
 def test_the_refusal_of_a_level_names_the_levels(service, client):
