@@ -1,4 +1,4 @@
-#include "commands/ExchangeCommands.h"
+#include "commands/Commands.h"
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"

@@ -1,4 +1,4 @@
-#include "commands/HelpCommand.h"
+#include "commands/Commands.h"
 
 #include "cli/Arguments.h"
 #include "cli/CommandLine.h"

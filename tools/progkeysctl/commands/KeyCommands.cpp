@@ -1,4 +1,4 @@
-#include "commands/KeyCommands.h"
+#include "commands/Commands.h"
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"

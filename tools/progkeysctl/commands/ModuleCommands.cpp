@@ -1,8 +1,7 @@
-#include "commands/ModuleCommands.h"
+#include "commands/Commands.h"
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "commands/Press.h"
 #include "commands/Refusals.h"
 #include "fields/Fields.h"
 
@@ -55,20 +54,12 @@ ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
     return ExitStatus::Done;
 }
 
-ExitStatus pressPlace(cli::Session &session, const cli::Arguments &arguments)
-{
-    const int moduleType = arguments.optionalInteger("--module-type").value_or(1);
-    return press(session, placeOf(arguments.text("ADDRESS/NUMBER"), moduleType));
-}
-
 } // namespace
 
 QList<cli::Command> moduleCommands()
 {
     using namespace cli::type;
     const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "identifier of the key");
-    const cli::Parameter place = cli::argument("ADDRESS/NUMBER", text("ADDRESS/NUMBER"),
-                                               "address of the module and number of the key");
     return {cli::command("icon", "send an icon to the add-on module of a key",
                          {key, cli::argument("X", integer("X"), "icon_x, as the module defines it"),
                           cli::argument("Y", integer("Y"), "icon_y, as the module defines it")},
@@ -76,11 +67,7 @@ QList<cli::Command> moduleCommands()
             cli::command("label", "send the short label of a key's action to its add-on module",
                          {key, cli::argument("STATE", integer("STATE"),
                                              "label_state, as the module defines it")},
-                         label),
-            cli::command("press", "press a key of an add-on module and show the answer",
-                         {place, cli::option("--module-type", integer("NUMBER"),
-                                             "kind of add-on module (default: 1)")},
-                         pressPlace)};
+                         label)};
 }
 
 } // namespace commands

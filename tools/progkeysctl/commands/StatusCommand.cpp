@@ -1,4 +1,4 @@
-#include "commands/StatusCommand.h"
+#include "commands/Commands.h"
 
 #include "cli/Session.h"
 #include "client/Settings.h"

@@ -1,5 +1,7 @@
-#include "commands/Press.h"
+#include "commands/Commands.h"
 
+#include "cli/Arguments.h"
+#include "cli/Session.h"
 #include "events/EventListener.h"
 #include "events/EventText.h"
 #include "fields/Fields.h"
@@ -15,6 +17,14 @@ namespace commands {
 namespace {
 
 constexpr double AnswerSeconds = 5;
+
+/// A key of an add-on module, as the module's driver reports it.
+struct ModuleKeyPlace
+{
+    int addr = 0;
+    int number = 0;
+    int moduleType = 1;
+};
 
 void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
 {
@@ -90,8 +100,6 @@ void tell(cli::Session &session, const ZELEvent &answer)
         QStringLiteral("See its log, or allow more time with --timeout.")};
 }
 
-} // namespace
-
 ModuleKeyPlace placeOf(const QString &text, int moduleType)
 {
     bool hasAddress = false;
@@ -105,8 +113,10 @@ ModuleKeyPlace placeOf(const QString &text, int moduleType)
     return place;
 }
 
-ExitStatus press(cli::Session &session, const ModuleKeyPlace &place)
+ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
 {
+    const ModuleKeyPlace place = placeOf(arguments.text("ADDRESS/NUMBER"),
+                                         arguments.optionalInteger("--module-type").value_or(1));
     session.out().requireFields(answerColumns());
     client::Bus &bus = session.bus();
     const QString module = client::ProgrammableKeys::moduleName();
@@ -124,6 +134,19 @@ ExitStatus press(cli::Session &session, const ModuleKeyPlace &place)
     if (!listener.listen(session.timeoutMs(AnswerSeconds), take))
         throwUnanswered(session);
     return ExitStatus::Done;
+}
+
+} // namespace
+
+cli::Command pressCommand()
+{
+    using namespace cli::type;
+    return cli::command(
+        "press", "press a key of an add-on module and show the answer",
+        {cli::argument("ADDRESS/NUMBER", text("ADDRESS/NUMBER"),
+                       "address of the module and number of the key"),
+         cli::option("--module-type", integer("NUMBER"), "kind of add-on module (default: 1)")},
+        press);
 }
 
 } // namespace commands
