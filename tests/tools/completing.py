@@ -1,4 +1,4 @@
-"""Completion in bash: the built script, called as bash does, and bash itself at a terminal."""
+"""Calls the completion script as bash does, and uses it in bash on a terminal."""
 
 import subprocess
 from pathlib import Path
@@ -25,11 +25,11 @@ done
 
 
 class Completion(NamedTuple):
-    """What the script answers."""
+    """The result of the script."""
 
     words: list[str]
     options: list[str]
-    """What it asks of bash, such as `nospace`."""
+    """The options that it sets for bash, such as `nospace`."""
 
 
 def script_of(bin_dir: Path) -> Path:
@@ -43,7 +43,7 @@ def shell_environment(tool: Tool, extra: Mapping[str, str]) -> dict[str, str]:
 
 
 class Completer:
-    """The script, called with half-typed lines; the cursor is at the end of each."""
+    """Calls the script with lines. The cursor is at the end of each."""
 
     def __init__(self, tool: Tool) -> None:
         self.tool = tool
@@ -80,7 +80,7 @@ class Completer:
 
 
 class Bash(Terminal):
-    """An interactive bash, in which keys are pressed."""
+    """An interactive bash."""
 
     def __init__(self, tool: Tool, home: Path, *preparation: str) -> None:
         extra = {"HOME": str(home), "TERM": "dumb", "PS1": "ready> ", "INPUTRC": "/dev/null"}
@@ -97,7 +97,7 @@ class Bash(Terminal):
             self.read_until("ready> ")
 
     def complete(self, typed: str) -> str:
-        """Types, presses Tab and Return; the words that the shell makes of the line, in brackets."""
+        """Types, presses Tab and Return, and returns the words of the line in angle brackets."""
         self.type(f"{typed}\t\x01said \n".encode())
         self.read_until("\nsaid:")
         words = self.read_until("\r\n")
@@ -106,7 +106,7 @@ class Bash(Terminal):
         return words
 
     def offered(self, typed: str, last: str) -> str:
-        """Types, presses Tab and gives the line up; what was offered, up to this."""
+        """Types, presses Tab, discards the line, and returns the candidates up to the last one."""
         self.type(f"{typed}\t".encode())
         self.read_until("\r\n")
         shown = self.read_until(last) + last

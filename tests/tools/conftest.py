@@ -1,4 +1,4 @@
-"""The tool, on the test's own bus or offline."""
+"""Fixtures for the tests of the tool."""
 
 from pathlib import Path
 from typing import Callable, Iterator
@@ -13,19 +13,19 @@ from sandbox.processes import Module
 
 @pytest.fixture
 def ctl(bin_dir: Path, bus: PrivateBus) -> Tool:
-    """The tool, for which the private bus is the system bus."""
+    """The tool, with the private bus as its system bus."""
     return Tool(bin_dir, bus.address)
 
 
 @pytest.fixture
 def offline(bin_dir: Path) -> Tool:
-    """The tool where there is no bus at all."""
+    """The tool without a bus."""
     return Tool(bin_dir, "unix:path=/nonexistent/bus")
 
 
 @pytest.fixture
 def phone(launch: Callable[..., Module], client: Client, settings_manager: Module) -> Iterator[Module]:
-    """The service beside the real SettingsManager: a fake one in this process could not answer while the tool runs."""
+    """The service and the real SettingsManager. A fake one in this process could not answer while the tool runs."""
     assert settings_manager.running
     module = launch()
     module.wait_until_ready(client)

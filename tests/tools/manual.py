@@ -1,4 +1,4 @@
-"""The sources of the manual pages, taken apart."""
+"""Parses the sources of the manual pages."""
 
 import re
 from pathlib import Path
@@ -16,7 +16,7 @@ PAGE_OF = {
     "export": "progkeysctl-exchange",
     "import": "progkeysctl-exchange",
 }
-"""Where a command stands that has no page of its own name."""
+"""The pages of the commands that have no page with their own name."""
 
 COMMAND = re.compile(r"\*progkeysctl((?: [a-z]+)+)\*.*")
 OPTION = re.compile(r"\t*(\*-.*)")
@@ -25,7 +25,7 @@ STATUS = re.compile(r"\*(\d+)\*")
 
 
 def page_of(command: str) -> str:
-    """The page on which a command must stand."""
+    """The page that must document a command."""
     return PAGE_OF.get(command.split()[0], f"progkeysctl-{command.split()[0]}")
 
 
@@ -61,7 +61,7 @@ class Page:
         return dict(zip(parts[1::2], parts[2::2])).get(title, "").splitlines()
 
     def entries(self, title: str) -> Iterator[str]:
-        """The lines of a section that begin something, as those after an empty line do."""
+        """The lines of a section after an empty line, which begin its entries."""
         lines = self.section(title)
         for before, line in zip(lines, lines[1:]):
             if not before and line:
@@ -84,7 +84,7 @@ class Page:
         return [int(status[1]) for line in self.entries("EXIT STATUS") if (status := STATUS.fullmatch(line))]
 
     def terms(self, title: str) -> list[str]:
-        """What a section explains."""
+        """The terms that a section explains."""
         lines = [line for line in self.entries(title) if line.startswith("*")]
         return [term for line in lines for term in TERM.findall(line)]
 

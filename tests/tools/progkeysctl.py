@@ -1,4 +1,4 @@
-"""Runs the tool: without a terminal, or on one of a given width."""
+"""Runs the tool, with or without a terminal."""
 
 import fcntl
 import json
@@ -18,7 +18,7 @@ from sandbox.processes import clean_environment
 
 @dataclass
 class Result:
-    """What a run of the tool left."""
+    """The result of a run."""
 
     status: int
     out: str
@@ -26,7 +26,7 @@ class Result:
 
     @property
     def json(self) -> Any:
-        """The output, which must be one JSON text."""
+        """The output, parsed as JSON."""
         return json.loads(self.out)
 
     @property
@@ -48,7 +48,7 @@ def environment(address: Optional[str], extra: Mapping[str, str]) -> dict[str, s
 
 
 class Tool:
-    """The built progkeysctl, its system bus being the test's own."""
+    """The built progkeysctl, with the bus of the test as its system bus."""
 
     def __init__(self, bin_dir: Path, address: Optional[str]) -> None:
         self.executable = bin_dir / "progkeysctl"
@@ -61,7 +61,7 @@ class Tool:
         env: Optional[Mapping[str, str]] = None,
         limit: float = LIMIT,
     ) -> Result:
-        """Runs the tool to its end, without a terminal."""
+        """Runs the tool without a terminal."""
         ended = subprocess.run(
             self.command(*words),
             input=stdin,
@@ -75,7 +75,7 @@ class Tool:
         return Result(ended.returncode, ended.stdout, ended.stderr)
 
     def json(self, *words: object, status: int = 0) -> Any:
-        """What a command prints as JSON; it must end with that status."""
+        """Runs a command, checks its status, and returns its output, parsed as JSON."""
         result = self(*words, "--json=short")
         assert result.status == status, f"status {result.status}: {result.err}"
         return result.json
@@ -96,7 +96,7 @@ class Tool:
         )
 
     def on_terminal(self, width: int, *words: object, env: Optional[Mapping[str, str]] = None) -> Result:
-        """Runs the tool with its output on a terminal so many columns wide."""
+        """Runs the tool on a terminal of this width."""
         ours, theirs = pty.openpty()
         fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
         child = subprocess.Popen(
@@ -116,7 +116,7 @@ class Tool:
 
 
 def read_to_end(descriptor: int) -> bytes:
-    """What is written to a terminal until its last writer has gone."""
+    """All output to a terminal."""
     parts = []
     try:
         while part := os.read(descriptor, 65536):

@@ -1,4 +1,4 @@
-"""Sandboxes of the tool, seen from outside."""
+"""Runs sandboxes and looks at their processes."""
 
 import contextlib
 import os
@@ -11,7 +11,7 @@ from sandbox.loop import LIMIT, wait_until
 from sandbox.processes import clean_environment
 
 HOLD = "echo $PROGKEYS_SANDBOX; read end"
-"""A command that says where it is, and goes on until its input ends."""
+"""A command that prints the directory of its sandbox and runs until its input ends."""
 
 
 class Process(NamedTuple):
@@ -20,7 +20,7 @@ class Process(NamedTuple):
 
 
 def processes_of(directory: str) -> list[Process]:
-    """Every process that runs in the sandbox of that directory, whoever started it, and its bus."""
+    """All processes in the sandbox with this directory, and its bus."""
     found = []
     for entry in Path("/proc").iterdir():
         with contextlib.suppress(OSError):
@@ -34,7 +34,7 @@ def processes_of(directory: str) -> list[Process]:
 
 
 def process_named(directory: str, name: str, other_than: Optional[int] = None) -> Optional[int]:
-    """The process of that name in the sandbox."""
+    """A process of the sandbox by its name."""
     return next(
         (process.pid for process in processes_of(directory) if process.name == name and process.pid != other_than),
         None,
@@ -70,11 +70,11 @@ class Sandbox:
         assert Path(self.directory).is_dir(), self.child.communicate()
 
     def running(self, name: str, other_than: Optional[int] = None) -> int:
-        """The process of that name, once there is one."""
+        """Waits for the process with this name."""
         return wait_until(lambda: process_named(self.directory, name, other_than), f"{name} runs")
 
     def end(self) -> tuple[int, str]:
-        """Ends its input; its exit status and what it wrote to stderr."""
+        """Ends its input, and returns its exit status and its messages."""
         _, errors = self.child.communicate(timeout=LIMIT)
         return self.child.returncode, errors
 
@@ -96,7 +96,7 @@ def sandbox(tool: Path, *options: str, command: str = HOLD) -> Iterator[Sandbox]
 def run(
     tool: Path, *words: str, environment: Optional[Mapping[str, str]] = None
 ) -> "subprocess.CompletedProcess[str]":
-    """Runs the sandbox command with these words after it, without a terminal, to its end."""
+    """Runs a sandbox with these arguments, without a terminal."""
     return subprocess.run(
         [tool, "sandbox", *words],
         env={**clean_environment(), **(environment or {})},

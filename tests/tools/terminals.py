@@ -1,4 +1,4 @@
-"""A terminal with a program in it."""
+"""Runs programs on a terminal."""
 
 import contextlib
 import os
@@ -14,7 +14,7 @@ CTRL_Z = b"\x1a"
 
 
 class Terminal:
-    """Runs the program from the start, as the leader of the terminal's session."""
+    """A program that is the leader of a terminal's session."""
 
     def __init__(self, command: list[str], environment: Mapping[str, str]) -> None:
         self.pid, self._descriptor = pty.fork()
@@ -23,7 +23,7 @@ class Terminal:
         self._unread = ""
 
     def close(self) -> None:
-        """Hangs up."""
+        """Closes the terminal."""
         with contextlib.suppress(OSError):
             os.close(self._descriptor)
 
@@ -34,25 +34,25 @@ class Terminal:
         self.type(f"{text}\n".encode())
 
     def _read(self, deadline: float) -> bytes:
-        """What has come, once something has; nothing when the program has let go of the terminal."""
+        """Waits for output. The result is empty after the program has closed the terminal."""
         readable, _, _ = select.select([self._descriptor], [], [], max(0, deadline - time.monotonic()))
-        assert readable, f"nothing comes any more after {self._unread!r}"
+        assert readable, f"no output after {self._unread!r}"
         with contextlib.suppress(OSError):
             return os.read(self._descriptor, 4096)
         return b""
 
     def read_until(self, text: str) -> str:
-        """What came up to this text, which must come."""
+        """Waits for this text, and returns the output before it."""
         deadline = time.monotonic() + LIMIT
         while text not in self._unread:
             came = self._read(deadline)
-            assert came, f"{text!r} has not come, but {self._unread!r}"
+            assert came, f"{text!r} is missing in {self._unread!r}"
             self._unread += came.decode(errors="replace")
         before, _, self._unread = self._unread.partition(text)
         return before
 
     def status(self) -> int:
-        """The exit status of the program, which must end."""
+        """Waits for the end of the program, and returns its exit status."""
         deadline = time.monotonic() + LIMIT
         while self._read(deadline):
             pass

@@ -1,4 +1,4 @@
-"""What holds for every command: which bus, in which form, with which status."""
+"""The options, output formats and exit statuses that all commands share."""
 
 import ctypes
 import json
@@ -40,7 +40,7 @@ each_command = pytest.mark.parametrize("words", COMMANDS_THAT_CALL, ids=" ".join
 
 
 @each_command
-def test_without_the_service_every_command_says_so(ctl: Tool, words: list[str]) -> None:
+def test_without_the_service_every_command_reports_it(ctl: Tool, words: list[str]) -> None:
     result = ctl(*words)
     assert result.status == 8
     if words != ["status"]:
@@ -50,7 +50,7 @@ def test_without_the_service_every_command_says_so(ctl: Tool, words: list[str]) 
 
 
 @each_command
-def test_without_a_bus_every_command_says_so(offline: Tool, words: list[str]) -> None:
+def test_without_a_bus_every_command_reports_it(offline: Tool, words: list[str]) -> None:
     result = offline(*words)
     assert (result.status, result.out) == (1, "")
     assert "Cannot reach the system bus at unix:path=/nonexistent/bus" in result.err
@@ -142,12 +142,12 @@ def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> 
     assert len(ctl.on_terminal(40, "key", "list", "-j").lines) > 9
 
 
-def test_json_has_only_the_fields_asked_for(ctl: Tool, stocked: Module) -> None:
+def test_json_has_only_the_selected_fields(ctl: Tool, stocked: Module) -> None:
     assert ctl.json("key", "list", "--fields", "idKey,type") == [{"idKey": 1, "type": 0}]
     assert 'Did you mean "position"?' in ctl("key", "list", "--fields", "postion").err
 
 
-def test_terse_lines_can_be_taken_apart(ctl: Tool, stocked: Module) -> None:
+def test_terse_lines_can_be_parsed(ctl: Tool, stocked: Module) -> None:
     listed = ctl("action", "list", "--terse", "--fields", "idAction,arguments,label")
     assert listed.lines == ["-1::", r"1:a\:b\\c\nd:Empfang\: Ü, 受付 ☎"]
 
@@ -162,7 +162,7 @@ def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> N
     assert shown.lines[-1] == "1 key"
 
 
-def test_a_wide_terminal_and_none_show_everything(ctl: Tool, stocked: Module) -> None:
+def test_everything_is_shown_on_a_wide_terminal_and_without_one(ctl: Tool, stocked: Module) -> None:
     wide = ctl.on_terminal(300, "key", "list", env={"NO_COLOR": "1"})
     assert wide.out == ctl("key", "list").out
     assert "a" * 60 in wide.out
@@ -175,19 +175,19 @@ def test_a_very_narrow_terminal_shows_row_by_row(ctl: Tool, stocked: Module) -> 
     assert max(columns(line) for line in shown.lines) <= 30
 
 
-def test_wide_characters_are_counted_right(ctl: Tool, client: Client, stocked: Module) -> None:
+def test_columns_are_aligned_with_wide_characters(ctl: Tool, client: Client, stocked: Module) -> None:
     client.create_programmable_key(SET_KEY._replace(idAction=1, container="b", icon="e\u0301\U0001f44d"))
     lines = ctl("key", "list", "--no-legend").lines
     # The last column begins at the same place in both rows.
     assert [columns(line.removesuffix("0")) for line in lines] == [columns(lines[0].removesuffix("0"))] * 2
 
 
-def test_no_legend_leaves_the_rows(ctl: Tool, stocked: Module) -> None:
+def test_no_legend_prints_only_rows(ctl: Tool, stocked: Module) -> None:
     assert len(ctl("key", "list", "--no-legend").lines) == 1
     assert len(ctl("key", "list").lines) == 3
 
 
-def test_colour_is_for_terminals_that_want_it(ctl: Tool, stocked: Module) -> None:
+def test_colour_depends_on_the_terminal_and_the_option(ctl: Tool, stocked: Module) -> None:
     assert "\x1b[" in ctl.on_terminal(80, "key", "list").out
     assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"NO_COLOR": "1"}).out
     assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"TERM": "dumb"}).out
@@ -198,7 +198,7 @@ def test_colour_is_for_terminals_that_want_it(ctl: Tool, stocked: Module) -> Non
     assert "\x1b[" in ctl("key", "show", "7", "--color", "always", env={"NO_COLOR": "1"}).err
 
 
-def test_texts_cannot_write_on_the_terminal(ctl: Tool, client: Client, phone: Module) -> None:
+def test_control_characters_are_escaped(ctl: Tool, client: Client, phone: Module) -> None:
     client.add_action(CALL._replace(label="\x1b[2Jgone\r\n\u202eback"))
     shown = ctl("action", "list")
     assert r"\x1b[2Jgone\r\n\u202eback" in shown.out
@@ -208,14 +208,14 @@ def test_texts_cannot_write_on_the_terminal(ctl: Tool, client: Client, phone: Mo
 # The bus
 
 
-def test_the_session_bus_and_any_address_can_be_meant(offline: Tool, bus: PrivateBus, phone: Module) -> None:
+def test_the_session_bus_and_an_address_can_be_selected(offline: Tool, bus: PrivateBus, phone: Module) -> None:
     by_address = offline("status", "--address", bus.address, "--json=short")
     assert (by_address.status, by_address.json["bus"], by_address.json["busAddress"]) == (0, "address", bus.address)
     on_session = offline("--session", "--json=short", "status", env={"DBUS_SESSION_BUS_ADDRESS": bus.address})
     assert (on_session.status, on_session.json["bus"], on_session.json["busAddress"]) == (0, "session", bus.address)
 
 
-def test_an_answer_that_takes_too_long(ctl: Tool, client: Client, phone: Module) -> None:
+def test_a_late_answer_is_a_timeout(ctl: Tool, client: Client, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("key", "list", "--timeout", "0.2")
@@ -225,7 +225,7 @@ def test_an_answer_that_takes_too_long(ctl: Tool, client: Client, phone: Module)
     assert "ZelProgrammableKeys did not answer within 0.2 s" in result.err
 
 
-def test_where_nobody_answers_the_rest_is_not_tried(ctl: Tool, phone: Module) -> None:
+def test_after_a_timeout_the_rest_is_not_tried(ctl: Tool, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("key", "delete", "1", "2", "3", "--timeout", "0.2")
@@ -235,8 +235,8 @@ def test_where_nobody_answers_the_rest_is_not_tried(ctl: Tool, phone: Module) ->
     assert result.err.count("error:") == 1
 
 
-def test_a_policy_that_forbids_the_call(bin_dir: Path, tmp_path: Path) -> None:
-    """The bus lets nobody send anything to the service."""
+def test_a_policy_that_denies_calls(bin_dir: Path, tmp_path: Path) -> None:
+    """The bus denies all calls of the service."""
     with ForbiddingBus('send_destination="com.velmora.Tessaro.ZelProgrammableKeys"') as forbidding:
         owner = Client(forbidding.address)
         owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
@@ -252,7 +252,7 @@ EVENTS = 'receive_type="signal" receive_path="/com/velmora/Tessaro/ZelProgrammab
 
 
 @pytest.mark.parametrize("words", [["monitor", "--timeout", "5"], ["press", "2/5"]], ids=lambda words: words[0])
-def test_a_policy_that_withholds_the_events(bin_dir: Path, words: list[str]) -> None:
+def test_a_policy_that_denies_events(bin_dir: Path, words: list[str]) -> None:
     """The bus drops the events without an error."""
     with ForbiddingBus(EVENTS) as forbidding:
         owner = Client(forbidding.address)
@@ -275,8 +275,8 @@ class ForbiddingBus(PrivateBus):
         self._configuration.write_text(text.replace("</policy>", rule), encoding="utf-8")
 
 
-def test_a_service_that_dies_in_the_call_is_not_running(ctl: Tool, bus: PrivateBus) -> None:
-    """A process of the service's name that leaves the bus when it is called."""
+def test_a_service_that_ends_during_a_call_is_not_running(ctl: Tool, bus: PrivateBus) -> None:
+    """A process with the name of the service that leaves the bus during a call."""
     script = (
         "import dbus, dbus.bus, os, sys\n"
         "from dbus.mainloop.glib import DBusGMainLoop\n"
@@ -304,7 +304,7 @@ def test_output_that_cannot_be_written_is_a_failure(ctl: Tool, stocked: Module) 
 
 
 def columns(text: str) -> int:
-    """How many columns a terminal gives the text, as the C library counts."""
+    """The number of terminal columns of the text, according to the C library."""
     libc = ctypes.CDLL(None)
     libc.setlocale(0, b"C.UTF-8")
     clusters: list[int] = []

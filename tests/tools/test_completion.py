@@ -1,4 +1,4 @@
-"""Completion of half-typed lines in bash."""
+"""Completion in bash."""
 
 import re
 import socket
@@ -21,13 +21,13 @@ ACTION_FIELDS = ["idAction", "dmId", "type", "action", "webAppName", "arguments"
 
 @pytest.fixture
 def complete(offline: Tool) -> Completer:
-    """Where there is no bus at all."""
+    """Without a bus."""
     return Completer(offline)
 
 
 @pytest.fixture
 def phone(service: Module, client: Client, ctl: Tool) -> Tool:
-    """A phone with two actions, a key in each of three containers and one on an add-on module."""
+    """A phone with two actions, keys in three containers, and a key on an add-on module."""
     assert service.running
     for label in ("Desk", "Door"):
         client.add_action(CALL._replace(label=label))
@@ -44,7 +44,7 @@ def on_phone(phone: Tool) -> Completer:
 
 @pytest.fixture
 def commands(offline: Tool) -> list[dict[str, Any]]:
-    """What the tool tells about itself."""
+    """All commands with their arguments and options."""
     listed = offline.json("help", "--list")
     assert len(listed) > 20
     return listed
@@ -184,16 +184,16 @@ def test_files_directories_and_programs_are_left_to_bash(complete: Completer) ->
         ("key list --container=a:b=", ["c\\$d"]),
     ],
 )
-def test_what_is_on_the_phone(on_phone: Completer, line: str, words: list[str]) -> None:
+def test_values_of_the_phone_are_offered(on_phone: Completer, line: str, words: list[str]) -> None:
     assert on_phone.words(f"progkeysctl {line}") == words
 
 
-def test_where_equals_and_colons_do_not_break_words_they_are_given_whole(on_phone: Completer) -> None:
+def test_words_are_completed_as_a_whole_without_word_breaks(on_phone: Completer) -> None:
     assert on_phone("progkeysctl key list --container=a:", " \t\n").words == ["--container=a:b=c\\$d"]
     assert on_phone("progkeysctl key set 1 container=h", " \t\n").words == ["container=home"]
 
 
-def test_the_phone_is_asked_on_the_bus_that_the_line_names(phone: Tool, offline: Tool) -> None:
+def test_the_bus_of_the_line_is_used(phone: Tool, offline: Tool) -> None:
     complete = Completer(offline)
     address = str(phone.address)
     assert complete.words("progkeysctl press ") == []
@@ -205,7 +205,7 @@ def test_the_phone_is_asked_on_the_bus_that_the_line_names(phone: Tool, offline:
 
 @pytest.fixture
 def silent_bus(tmp_path: Path) -> Iterator[str]:
-    """Takes connections and says nothing."""
+    """Accepts connections, but does not answer."""
     path = tmp_path / "bus"
     with socket.socket(socket.AF_UNIX) as listener:
         listener.bind(str(path))
@@ -218,7 +218,7 @@ def test_without_a_service_nothing_is_offered(ctl: Tool) -> None:
 
 
 def test_a_silent_bus_is_not_waited_for(silent_bus: str, offline: Tool) -> None:
-    """Within the limit of every run, which a call to the phone may exceed."""
+    """It ends within the limit of every run, which is shorter than the timeout of a call."""
     assert Completer(offline)(f"progkeysctl --address {silent_bus} key show ") == ([], [])
 
 
@@ -226,7 +226,7 @@ def test_a_silent_bus_is_not_waited_for(silent_bus: str, offline: Tool) -> None:
 
 @pytest.fixture(params=["alone", "with the package"])
 def bash(request: pytest.FixtureRequest, phone: Tool, tmp_path: Path) -> Iterator[Bash]:
-    """A shell at a terminal that has the completion."""
+    """A shell on a terminal, with the completion."""
     script = script_of(phone.executable.parent)
     home = tmp_path / "home"
     home.mkdir()
@@ -260,5 +260,5 @@ def test_pressing_tab(bash: Bash) -> None:
         assert bash.complete(typed) == words, typed
 
 
-def test_pressing_tab_shows_what_there_is(bash: Bash) -> None:
+def test_pressing_tab_lists_the_candidates(bash: Bash) -> None:
     assert bash.offered("progkeysctl key delete ", "4").split() == ["1", "2", "3", "4"]

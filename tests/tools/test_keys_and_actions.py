@@ -1,4 +1,4 @@
-"""`key` and `action`: what is listed, made, changed, moved and deleted, and what is refused and why."""
+"""`key` and `action`."""
 
 import re
 
@@ -34,7 +34,7 @@ def module_key(client: Client, action: Action) -> Key:
 
 
 def provisioned(database: Database, client: Client) -> tuple[Action, Key]:
-    """A provisioned action with a provisioned key, as a merge leaves them."""
+    """A provisioned action with a provisioned key, as after a merge."""
     database.execute(PROVISIONED)
     desk = next(row for row in client.get_all_actions() if row.dmId)
     key_id = client.create_programmable_key(SET_KEY._replace(dmId="D1", idAction=desk.idAction, position=9))
@@ -76,13 +76,13 @@ def test_keys_are_selected(ctl: Tool, key: Key, module_key: Key, options: list[o
     assert [row["idKey"] for row in ctl.json("key", "list", *options)] == found
 
 
-def test_one_key_is_shown_with_all_its_fields(ctl: Tool, key: Key) -> None:
+def test_a_key_is_shown_with_all_fields(ctl: Tool, key: Key) -> None:
     assert ctl.json("key", "show", key.idKey) == key._asdict()
     shown = ctl("key", "show", key.idKey)
     assert [line.split()[-1] for line in shown.lines if line.startswith(("idKey ", "container "))] == ["1", "main"]
 
 
-def test_a_key_is_made_from_assignments(ctl: Tool, client: Client, action: Action) -> None:
+def test_a_key_is_created_from_assignments(ctl: Tool, client: Client, action: Action) -> None:
     made = ctl("key", "add", "container=my keys", "position=3", f"idAction={action.idAction}", "icon=a=b")
     assert (made.status, made.out) == (0, "Created key 1.\n")
     expected = Key(1, "", action.idAction, "my keys", 3, "a=b", 0, -1, -1)
@@ -91,32 +91,32 @@ def test_a_key_is_made_from_assignments(ctl: Tool, client: Client, action: Actio
     assert in_json == client.get_programmable_key(2)[0]._asdict()
 
 
-def test_a_new_key_prints_just_its_id_for_scripts(ctl: Tool, action: Action) -> None:
+def test_a_script_reads_the_identifier_of_a_new_key(ctl: Tool, action: Action) -> None:
     made = ctl("key", "add", "position=3", f"idAction={action.idAction}", "--terse", "--fields", "idKey")
     assert (made.status, made.out) == (0, "1\n")
 
 
-def test_fields_of_a_key_are_changed_and_the_others_kept(ctl: Tool, client: Client, key: Key) -> None:
+def test_set_changes_only_the_given_fields_of_a_key(ctl: Tool, client: Client, key: Key) -> None:
     changed = ctl("key", "set", key.idKey, "icon=", "position=-7")
     assert (changed.status, changed.out) == (0, f"Changed key {key.idKey}.\n")
     assert client.get_programmable_key(key.idKey) == [key._replace(icon="", position=-7)]
 
 
-def test_keys_change_places(ctl: Tool, client: Client, key: Key, module_key: Key) -> None:
+def test_keys_exchange_positions(ctl: Tool, client: Client, key: Key, module_key: Key) -> None:
     moved = ctl.json("key", "move", f"{key.idKey}=8", f"{module_key.idKey}=9")
     expected = [key._replace(position=8), module_key._replace(position=9)]
     assert moved == [row._asdict() for row in expected]
     assert client.get_all_programmable_keys() == expected
 
 
-def test_an_unknown_key_keeps_the_others_from_moving(ctl: Tool, client: Client, key: Key) -> None:
+def test_an_unknown_key_prevents_the_whole_move(ctl: Tool, client: Client, key: Key) -> None:
     moved = ctl("key", "move", f"{key.idKey}=8", "77=1")
     assert moved.status == 10
     assert "There is no key 77" in moved.err
     assert client.get_all_programmable_keys() == [key]
 
 
-def test_keys_are_deleted_and_a_refused_one_does_not_keep_the_others(
+def test_a_refused_deletion_does_not_stop_the_others(
     ctl: Tool, client: Client, database: Database, key: Key
 ) -> None:
     _, fixed = provisioned(database, client)
@@ -128,7 +128,7 @@ def test_keys_are_deleted_and_a_refused_one_does_not_keep_the_others(
     assert client.get_all_programmable_keys() == [fixed]
 
 
-def test_deleted_keys_are_told_in_json(ctl: Tool, key: Key) -> None:
+def test_deleted_keys_are_printed_as_json(ctl: Tool, key: Key) -> None:
     assert ctl.json("key", "delete", key.idKey) == [key._asdict()]
 
 
@@ -148,7 +148,7 @@ def test_an_action_is_added_and_changed(ctl: Tool, client: Client, phone: Module
     assert client.get_action(1)[0].label == "Reception"
 
 
-def test_a_deletion_says_first_which_keys_go_with_it(
+def test_a_deletion_shows_the_keys_first(
     ctl: Tool, client: Client, database: Database, action: Action, key: Key, module_key: Key
 ) -> None:
     stays = client.create_programmable_key(SET_KEY._replace(dmId="D9", idAction=action.idAction, position=9))
@@ -163,7 +163,7 @@ def test_a_deletion_says_first_which_keys_go_with_it(
     assert [left.idKey for left in client.get_all_programmable_keys()] == [stays]
 
 
-def test_a_deletion_tells_its_keys_in_json(ctl: Tool, action: Action, key: Key) -> None:
+def test_a_deletion_prints_its_keys_as_json(ctl: Tool, action: Action, key: Key) -> None:
     deleted = ctl.json("action", "delete", action.idAction)
     assert deleted == [{**action._asdict(), "keysDeleted": [key.idKey], "keysLeft": []}]
 
@@ -180,7 +180,7 @@ def test_reserved_and_provisioned_actions_are_not_deleted(ctl: Tool, client: Cli
     assert desk in client.get_all_actions()
 
 
-# What is refused, and why
+# Refusals
 
 
 @pytest.mark.parametrize(
@@ -188,7 +188,7 @@ def test_reserved_and_provisioned_actions_are_not_deleted(ctl: Tool, client: Cli
     [["key", "show", 7], ["key", "set", 7, "icon=x"], ["key", "delete", 7], ["action", "show", 7], ["action", "set", 7, "type=1"], ["action", "delete", 7]],
     ids=lambda words: " ".join(map(str, words)),
 )
-def test_an_id_that_names_nothing_has_a_status_of_its_own(ctl: Tool, words: list[object]) -> None:
+def test_an_unknown_identifier_has_its_own_status(ctl: Tool, words: list[object]) -> None:
     result = ctl(*words)
     assert (result.status, result.out) == (10, "")
     assert f"There is no {words[0]} 7.\n" in result.err
@@ -196,14 +196,14 @@ def test_an_id_that_names_nothing_has_a_status_of_its_own(ctl: Tool, words: list
 
 
 @pytest.mark.parametrize("words", [["add", "position=1", "idAction=7"], ["set", "{key}", "idAction=7"]], ids=["add", "set"])
-def test_a_key_without_an_action_is_refused_in_words(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
+def test_a_key_without_an_action_is_refused(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
     result = ctl("key", *(word.format(key=key.idKey) for word in words))
     assert result.status == 10
     assert "there is no action 7 (-2)" in result.err
     assert client.get_all_programmable_keys() == [key]
 
 
-def test_a_full_set_is_told_with_its_setting(ctl: Tool, client: Client, key: Key, settings_dir) -> None:
+def test_the_key_limit_is_reported(ctl: Tool, client: Client, key: Key, settings_dir) -> None:
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     result = ctl("key", "add", "position=1", f"idAction={key.idAction}")
     assert result.status == 1
@@ -224,7 +224,7 @@ def test_a_full_set_is_told_with_its_setting(ctl: Tool, client: Client, key: Key
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )
-def test_a_database_that_cannot_be_written_is_named(
+def test_a_write_error_is_reported(
     ctl: Tool, database: Database, key: Key, fault, words: list[object], message: str
 ) -> None:
     database.execute(fault.trigger)
@@ -237,7 +237,7 @@ def test_a_database_that_cannot_be_written_is_named(
 # Usage
 
 
-def test_the_help_names_the_fields_with_types_and_an_example(ctl: Tool) -> None:
+def test_help_lists_the_fields_with_types_and_an_example(ctl: Tool) -> None:
     for command in ("key add", "key set", "action add", "action set"):
         shown = ctl(*command.split(), "--help").out
         fields, example = re.findall(r"^  (\w+)=(?:NUMBER|TEXT) ", shown, re.M), re.search(r"^Example: progkeysctl (.*)", shown, re.M)
@@ -281,7 +281,7 @@ def test_an_invalid_argument_is_an_error_of_usage(
     assert client.get_all_programmable_keys() == [key]
 
 
-def test_removing_the_dmid_is_warned_of(ctl: Tool, client: Client, database: Database) -> None:
+def test_removing_the_dmid_causes_a_warning(ctl: Tool, client: Client, database: Database) -> None:
     desk, fixed = provisioned(database, client)
     changed = ctl("action", "set", desk.idAction, "dmId=")
     assert (changed.status, client.get_action(desk.idAction)[0].dmId) == (0, "")
@@ -290,7 +290,7 @@ def test_removing_the_dmid_is_warned_of(ctl: Tool, client: Client, database: Dat
     assert ctl("action", "set", desk.idAction, "label=x").err == ""
 
 
-def test_an_identifier_of_device_management_is_warned_of(ctl: Tool, action: Action) -> None:
+def test_setting_the_dmid_causes_a_warning(ctl: Tool, action: Action) -> None:
     result = ctl("key", "add", "position=1", f"idAction={action.idAction}", "dmId=mine")
     assert result.status == 0
     assert "warning: a key with a dmId is treated as provisioned" in result.err

@@ -1,4 +1,4 @@
-"""The manual pages hold what the tool holds, and nothing else."""
+"""The manual pages document exactly the commands and options of the tool."""
 
 import re
 import shlex
@@ -20,13 +20,13 @@ by_page = pytest.mark.parametrize("page", pages(), ids=lambda page: page.name)
 
 @pytest.fixture
 def commands(offline: Tool) -> list[dict[str, Any]]:
-    """What the tool tells about itself."""
+    """All commands with their arguments and options."""
     listed = offline.json("help", "--list")
     assert len(listed) > 20
     return listed
 
 
-def test_every_command_stands_on_its_page_with_its_arguments(commands: list[dict[str, Any]]) -> None:
+def test_every_command_is_documented_with_its_arguments(commands: list[dict[str, Any]]) -> None:
     documented = {page.name: sorted(page.commands()) for page in pages()}
     there: dict[str, list[str]] = {name: [] for name in documented}
     for command in commands:
@@ -34,14 +34,14 @@ def test_every_command_stands_on_its_page_with_its_arguments(commands: list[dict
     assert documented == {name: sorted(lines) for name, lines in there.items()}
 
 
-def test_every_option_stands_at_its_command_with_its_value(commands: list[dict[str, Any]]) -> None:
+def test_every_option_is_documented_with_its_value(commands: list[dict[str, Any]]) -> None:
     documented = {line: sorted(options) for page in pages() for line, options in page.commands().items()}
     assert documented == {
         synopsis(command): sorted(option_line(option) for option in command["options"]) for command in commands
     }
 
 
-def test_the_options_of_all_commands_stand_on_the_first_page(commands: list[dict[str, Any]]) -> None:
+def test_the_common_options_are_on_the_first_page(commands: list[dict[str, Any]]) -> None:
     assert sorted(Page("progkeysctl").options()) == sorted(option_line(option) for option in commands[0]["commonOptions"])
 
 
@@ -56,7 +56,7 @@ def test_the_first_page_has_all_exit_statuses() -> None:
 
 
 @by_page
-def test_a_page_tells_exit_statuses_that_there_are(page: Page) -> None:
+def test_the_exit_statuses_of_a_page_exist(page: Page) -> None:
     statuses = page.statuses()
     assert statuses == sorted(set(statuses))
     assert set(statuses) <= known_statuses()
@@ -77,7 +77,7 @@ def test_the_events_are_those_of_the_service() -> None:
 
 
 @by_page
-def test_pages_that_are_named_are_there(page: Page) -> None:
+def test_referenced_pages_exist(page: Page) -> None:
     named = set(re.findall(r"\*(progkeysctl[\w-]*)\*\(1\)", page.text))
     assert named
     assert named <= {each.name for each in pages()}
@@ -96,7 +96,7 @@ def lines_of_tool(page: Page) -> Iterator[list[str]]:
 
 
 @by_page
-def test_examples_use_commands_and_options_that_there_are(page: Page, commands: list[dict[str, Any]]) -> None:
+def test_examples_use_existing_commands_and_options(page: Page, commands: list[dict[str, Any]]) -> None:
     runs = list(lines_of_tool(page))
     assert runs
     for words in runs:
@@ -106,13 +106,13 @@ def test_examples_use_commands_and_options_that_there_are(page: Page, commands: 
 
 
 @by_page
-def test_a_backslash_in_an_example_is_written_twice(page: Page) -> None:
+def test_backslashes_in_examples_are_escaped(page: Page) -> None:
     for literal in page.literals():
         assert not re.search(r"(?<!\\)(\\\\)*\\(?!\\)", literal)
 
 
 @by_page
-def test_pages_are_made_without_a_word(page: Page) -> None:
+def test_pages_are_converted_without_messages(page: Page) -> None:
     made = subprocess.run(["scdoc"], input=page.text, capture_output=True, encoding="utf-8", check=False)
     assert (made.returncode, made.stderr) == (0, "")
 

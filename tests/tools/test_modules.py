@@ -1,4 +1,4 @@
-"""`icon`, `label` and `press`: what an add-on module is sent, and what a finger on it brings about."""
+"""`icon`, `label` and `press`."""
 
 import json
 import signal
@@ -27,7 +27,7 @@ def key(client: Client, action: Action) -> Key:
     return bound._replace(idKey=client.create_programmable_key(bound))
 
 
-def test_the_module_is_asked_to_show_an_icon(ctl: Tool, client: Client, key: Key) -> None:
+def test_an_icon_is_sent_to_the_module(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
     asked = ctl("icon", key.idKey, 4, -5)
     assert (asked.status, asked.out) == (0, "Sent icon 4, -5 for key 5 to module 2.\n")
@@ -35,7 +35,7 @@ def test_the_module_is_asked_to_show_an_icon(ctl: Tool, client: Client, key: Key
     assert ctl.json("icon", key.idKey, 0, 0) == {"idKey": key.idKey, "addr": 2, "key_num": 5, "icon_x": 0, "icon_y": 0}
 
 
-def test_the_module_is_asked_to_show_the_label(ctl: Tool, client: Client, key: Key) -> None:
+def test_a_label_is_sent_to_the_module(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
     asked = ctl("label", key.idKey, 3)
     assert (asked.status, asked.out) == (0, "Sent label state 3 for key 5 to module 2.\n")
@@ -44,7 +44,7 @@ def test_the_module_is_asked_to_show_the_label(ctl: Tool, client: Client, key: K
 
 
 @pytest.mark.parametrize("words", [["icon", "{id}", 1, 1], ["label", "{id}", 1]], ids=["icon", "label"])
-def test_a_key_on_no_module_shows_nothing(ctl: Tool, client: Client, action: Action, words: list[object]) -> None:
+def test_a_key_on_the_set_has_no_display(ctl: Tool, client: Client, action: Action, words: list[object]) -> None:
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=action.idAction))
     refused = ctl(*(str(word).format(id=id_key) for word in words))
     assert (refused.status, refused.out) == (1, "")
@@ -73,7 +73,7 @@ def test_a_press_shows_an_action_with_empty_fields(ctl: Tool, client: Client, ph
     assert ctl("press", "2/5").out == f'Key {id_key}: action {id_action} "", type 0\n'
 
 
-def test_a_press_of_an_unprogrammed_key_is_answered_too(ctl: Tool, key: Key) -> None:
+def test_a_press_of_an_unprogrammed_key_is_answered(ctl: Tool, key: Key) -> None:
     pressed = ctl("press", "2/6")
     assert (pressed.status, pressed.out) == (0, "No key is programmed there.\n")
     other_type = ctl.json("press", "2/5", "--module-type", 2)
@@ -93,14 +93,14 @@ def test_a_press_is_the_event_that_a_module_sends(ctl: Tool, client: Client, key
 
 
 @pytest.mark.parametrize("place", ["2", "2-5", "a/b", "2/", "/5", "2/5/6", "4294967298/5"])
-def test_what_is_no_place_is_an_error_of_usage(ctl: Tool, phone: Module, place: str) -> None:
+def test_an_invalid_place_is_refused(ctl: Tool, phone: Module, place: str) -> None:
     result = ctl("press", place)
     assert result.status == 2
     assert f'"{place}" is not of the form ADDRESS/NUMBER' in result.err
 
 
-def test_a_press_that_is_not_answered_runs_out_of_time(ctl: Tool, phone: Module) -> None:
-    """The service stands still, as under a debugger."""
+def test_a_press_without_an_answer_is_a_timeout(ctl: Tool, phone: Module) -> None:
+    """The service is stopped, as in a debugger."""
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("press", "2/5", "--timeout", "0.3")
@@ -111,7 +111,7 @@ def test_a_press_that_is_not_answered_runs_out_of_time(ctl: Tool, phone: Module)
 
 
 def test_only_the_service_answers_a_press(ctl: Tool, client: Client, phone: Module, key: Key) -> None:
-    """Another peer, with an object of the service's name, says first that there is no such key."""
+    """Another peer sends an answer first, from an object with the path of the service."""
     forger = Client(ctl.address, SERVICE)
     presses = EventRecorder(client)
     forged = dbus.Struct([dbus.Int64(0), "", dbus.Int64(0), "", 5, "", 1, 1, 2], signature="xsxsisiii")
@@ -128,7 +128,7 @@ def test_only_the_service_answers_a_press(ctl: Tool, client: Client, phone: Modu
     assert (process.returncode, json.loads(out)["exists"]) == (0, True)
 
 
-def test_a_service_that_ends_at_a_press_is_not_running(ctl: Tool, client: Client, phone: Module) -> None:
+def test_a_service_that_ends_during_a_press_is_not_running(ctl: Tool, client: Client, phone: Module) -> None:
     presses = EventRecorder(client)
     phone.send_signal(signal.SIGSTOP)
     process = ctl.start("press", "2/5", "--timeout", "1")

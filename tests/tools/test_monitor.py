@@ -1,4 +1,4 @@
-"""`monitor` and `wait`: what comes over the bus, as it comes."""
+"""`monitor`, `wait`, `status` and `restore`."""
 
 import json
 import re
@@ -20,7 +20,7 @@ from sandbox.processes import Module
 
 @pytest.fixture
 def monitor(ctl: Tool) -> Iterator[Callable[..., subprocess.Popen]]:
-    """Starts monitors that hear everything from now on."""
+    """Starts monitors."""
     started = []
 
     def start(*words: object) -> subprocess.Popen:
@@ -36,7 +36,7 @@ def monitor(ctl: Tool) -> Iterator[Callable[..., subprocess.Popen]]:
 
 
 def ended(process: subprocess.Popen) -> tuple[int, list[str]]:
-    """The status and the lines of a monitor that has seen enough."""
+    """The status and the lines of a monitor that has ended."""
     out, _ = process.communicate(timeout=LIMIT)
     return process.returncode, out.splitlines()
 
@@ -63,7 +63,7 @@ def test_events_are_named_and_decoded(monitor, client: Client, phone: Module) ->
     assert all(re.fullmatch(r"\d{4}-\d\d-\d\dT[\d:.]+", each["time"]) for each in events)
 
 
-def test_events_are_read_by_people(monitor, client: Client, phone: Module) -> None:
+def test_events_are_printed_as_text(monitor, client: Client, phone: Module) -> None:
     listening = monitor("--limit", 1, "--since-start")
     client.add_action(CALL)
     status, lines = ended(listening)
@@ -74,7 +74,7 @@ def test_events_are_read_by_people(monitor, client: Client, phone: Module) -> No
     )
 
 
-def test_each_event_is_out_at_once(monitor, client: Client, phone: Module) -> None:
+def test_each_event_is_printed_at_once(monitor, client: Client, phone: Module) -> None:
     listening = monitor("-j")
     client.add_action(CALL)
     assert json.loads(listening.stdout.readline())["event"] == "ACTION_CREATE_NTF"
@@ -82,7 +82,7 @@ def test_each_event_is_out_at_once(monitor, client: Client, phone: Module) -> No
     assert json.loads(listening.stdout.readline())["event"] == "ACTION_DELETE_NTF"
 
 
-def test_a_name_is_no_pattern_that_is_broken(monitor, client: Client, bus: PrivateBus) -> None:
+def test_only_asterisk_and_question_mark_are_wildcards(monitor, client: Client, bus: PrivateBus) -> None:
     listening = monitor("--limit", 2, "--terse", "--fields", "event", "--match", "[", "A?C*")
     for name in ("ABD", "[", "xABC", "ABC(1)/2"):
         client.send_event(name)
@@ -138,7 +138,7 @@ def test_events_of_any_sender_and_any_type_are_shown(monitor, client: Client) ->
     ]
 
 
-def test_an_event_cannot_write_on_the_terminal(monitor, client: Client) -> None:
+def test_control_characters_in_events_are_escaped(monitor, client: Client) -> None:
     listening = monitor("--limit", 1)
     client.send_event("EVIL\x1b[2J", text="a\n\x1b[31mb\u202ec")
     _, lines = ended(listening)
@@ -146,7 +146,7 @@ def test_an_event_cannot_write_on_the_terminal(monitor, client: Client) -> None:
     assert lines[0].endswith(r'EVIL\x1b[2J  text="a\n\x1b[31mb\u202ec"')
 
 
-def test_what_is_no_event_is_warned_of_and_passed_over(monitor, client: Client) -> None:
+def test_an_invalid_event_causes_a_warning(monitor, client: Client) -> None:
     listening = monitor("--limit", 1, "--terse", "--fields", "event")
     client.send_raw_event("su", "NONE", 1)
     client.send_event("ONE")
@@ -155,7 +155,7 @@ def test_what_is_no_event_is_warned_of_and_passed_over(monitor, client: Client) 
     assert 'invalid signature "su"' in err
 
 
-def test_a_monitor_may_run_out_of_time(ctl: Tool) -> None:
+def test_the_monitor_ends_after_the_timeout(ctl: Tool) -> None:
     result = ctl("monitor", "--timeout", "0.2")
     assert (result.status, result.out) == (3, "")
 
@@ -177,7 +177,7 @@ def test_ctrl_c_ends_the_monitor(monitor) -> None:
 # wait
 
 
-def test_who_waits_is_told_when_the_service_is_up(ctl: Tool, client: Client, settings_manager: Module, launch) -> None:
+def test_wait_ends_when_the_service_is_running(ctl: Tool, client: Client, settings_manager: Module, launch) -> None:
     waiting = ctl.start("wait")
     module = launch()
     assert waiting.communicate(timeout=LIMIT) == ("", "ZelProgrammableKeys is running.\n")
@@ -187,7 +187,7 @@ def test_who_waits_is_told_when_the_service_is_up(ctl: Tool, client: Client, set
     module.stop()
 
 
-def test_waiting_runs_out_of_time(ctl: Tool) -> None:
+def test_wait_ends_after_the_timeout(ctl: Tool) -> None:
     result = ctl("wait", "--timeout", "0.2")
     assert (result.status, result.out) == (3, "")
     assert "ZelProgrammableKeys is not running on" in result.err
@@ -198,7 +198,7 @@ def test_names_of_other_modules_do_not_end_the_wait(ctl: Tool, bus: PrivateBus, 
     assert ctl("wait", "SettingsManager").status == 0
 
 
-def test_who_waits_is_told_of_a_lost_bus(ctl: Tool, bus: PrivateBus, client: Client) -> None:
+def test_wait_ends_with_a_lost_bus(ctl: Tool, bus: PrivateBus, client: Client) -> None:
     alone = len(client.connection.list_names())
     waiting = ctl.start("wait")
     wait_until(lambda: len(client.connection.list_names()) > alone, "the tool is on the bus")
@@ -212,7 +212,7 @@ def test_who_waits_is_told_of_a_lost_bus(ctl: Tool, bus: PrivateBus, client: Cli
 # status
 
 
-def test_the_status_tells_what_there_is(ctl: Tool, client: Client, phone: Module, bus: PrivateBus, settings_dir: Path) -> None:
+def test_the_status_of_a_phone(ctl: Tool, client: Client, phone: Module, bus: PrivateBus, settings_dir: Path) -> None:
     client.add_action(CALL)
     client.create_programmable_key(MODULE_KEY._replace(idAction=1))
     assert ctl.json("status") == {
@@ -259,7 +259,7 @@ def test_a_restore_deletes_everything(ctl: Tool, client: Client, phone: Module, 
     assert ctl.json("restore", what, "--yes") == {"restored": what, "keys": 0, "actions": 0}
 
 
-def test_a_restore_that_takes_too_long_may_still_happen(ctl: Tool, phone: Module) -> None:
+def test_a_restore_may_continue_after_a_timeout(ctl: Tool, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("restore", "default", "--yes", "--timeout", "0.3")

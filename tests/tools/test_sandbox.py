@@ -1,4 +1,4 @@
-"""A phone of one's own, for as long as a command runs."""
+"""`sandbox`: a command with a private phone."""
 
 import json
 import os
@@ -30,7 +30,7 @@ def tool(bin_dir: Path) -> Path:
 
 @pytest.fixture
 def programs(bin_dir: Path, tmp_path: Path) -> Path:
-    """A directory with the phone's programs, where some may be replaced."""
+    """A directory with links to the programs of the phone, which a test can replace."""
     directory = tmp_path / "programs"
     directory.mkdir()
     for name in MODULES:
@@ -54,7 +54,7 @@ def replace(program: Path, script: str) -> None:
         pytest.param(["sh", "-c", "kill -KILL $$"], 128 + signal.SIGKILL, id="killed"),
     ],
 )
-def test_its_status_is_that_of_the_command(tool: Path, command: list[str], status: int) -> None:
+def test_the_exit_status_is_that_of_the_command(tool: Path, command: list[str], status: int) -> None:
     result = run(tool, "--", *command)
     assert (result.returncode, result.stdout, result.stderr) == (status, "", "")
 
@@ -66,14 +66,14 @@ def test_its_status_is_that_of_the_command(tool: Path, command: list[str], statu
         pytest.param("/etc/passwd", 126, "Permission denied", id="not executable"),
     ],
 )
-def test_a_command_that_cannot_be_run_is_named(tool: Path, command: str, status: int, reason: str) -> None:
+def test_a_command_that_cannot_be_run_is_reported(tool: Path, command: str, status: int, reason: str) -> None:
     result = run(tool, "--", command)
     assert result.returncode == status
     assert command in result.stderr
     assert reason in result.stderr
 
 
-def test_the_words_of_the_command_are_left_as_they_are(tool: Path) -> None:
+def test_the_words_of_the_command_are_not_changed(tool: Path) -> None:
     words = ["[a,b]", "", "--", "--json", "key", "two words", "*"]
     assert run(tool, "--", "printf", "<%s>", *words).stdout == "".join(f"<{word}>" for word in words)
 
@@ -86,7 +86,7 @@ def test_the_command_finds_the_phone_and_the_tool(tool: Path) -> None:
     assert (status["setKeys"], status["provisionedActions"], status["limit"]) == (0, 0, 100)
 
 
-def test_the_command_is_told_where_everything_is(tool: Path) -> None:
+def test_the_environment_of_the_command(tool: Path) -> None:
     names = ["PROGKEYS_SANDBOX", "ZEL_DATA_ROOT", "DBUS_SYSTEM_BUS_ADDRESS", "PATH"]
     result = run(tool, "--", "printenv", *names)
     directory, data, address, path = result.stdout.splitlines()
@@ -117,14 +117,14 @@ def test_temporary_files_are_in_memory_if_possible(tool: Path, tmp_path: Path) -
     assert Path(specified.stdout.strip()).parent == tmp_path
 
 
-def test_without_a_command_the_shell_reads_what_to_do(tool: Path) -> None:
+def test_without_a_command_the_shell_reads_stdin(tool: Path) -> None:
     with sandbox(tool, command="SHELL=/bin/sh exec progkeysctl sandbox <<'END'\necho $PROGKEYS_SANDBOX\nexit 9\nEND") as inner:
         assert inner.end() == (9, "")
 
 
 # Directories
 
-def test_settings_are_served_as_they_are_at_each_moment(tool: Path, tmp_path: Path) -> None:
+def test_changed_settings_take_effect_at_once(tool: Path, tmp_path: Path) -> None:
     settings = write_settings(tmp_path / "settings", {"ProgKeysMax": "3"})
     limit = "progkeysctl status --terse --fields limit"
     result = run(tool, "--settings", str(settings), "--", "sh", "-c", f"{limit}; echo 5 >'{settings}/ProgKeysMax'; {limit}")
@@ -132,7 +132,7 @@ def test_settings_are_served_as_they_are_at_each_moment(tool: Path, tmp_path: Pa
     assert (settings / "ProgKeysMax").read_text() == "5\n"
 
 
-def test_data_is_kept_from_one_run_to_the_next(tool: Path, tmp_path: Path) -> None:
+def test_data_is_kept_between_runs(tool: Path, tmp_path: Path) -> None:
     data = tmp_path / "new" / "data"
     add = ["key", "add", "container=home", "position=4", "idAction=-1", "type=0"]
     assert run(tool, "--data", str(data), "--", "progkeysctl", *add).returncode == 0
@@ -141,7 +141,7 @@ def test_data_is_kept_from_one_run_to_the_next(tool: Path, tmp_path: Path) -> No
     assert [path.name for path in data.rglob("*.data*")] == ["zelprogrammablekeys.data"], "the service ended cleanly"
 
 
-def test_logs_are_kept_where_they_are_wanted(tool: Path, tmp_path: Path) -> None:
+def test_logs_are_kept_in_the_specified_directory(tool: Path, tmp_path: Path) -> None:
     logs = tmp_path / "logs"
     assert run(tool, "--logs", str(logs), "--", "true").returncode == 0
     assert sorted(path.name for path in logs.iterdir()) == sorted(f"{name}.log" for name in PROGRAMS)
@@ -150,7 +150,7 @@ def test_logs_are_kept_where_they_are_wanted(tool: Path, tmp_path: Path) -> None
 
 # The end
 
-def test_nothing_is_left_of_it(tool: Path) -> None:
+def test_nothing_is_left_behind(tool: Path) -> None:
     with sandbox(tool, command=f"echo $PROGKEYS_SANDBOX; {LEAVE_A_DAEMON}; read end; exit 4") as running:
         for name in [*PROGRAMS, "sleep"]:
             running.running(name)
@@ -169,7 +169,7 @@ def test_a_signal_ends_the_command_and_then_everything(tool: Path, number: signa
         assert nothing_is_left(running.directory)
 
 
-def test_a_command_that_ignores_the_end_is_killed(tool: Path) -> None:
+def test_a_command_that_ignores_signals_is_killed(tool: Path) -> None:
     with sandbox(tool, command="trap '' TERM HUP; echo $PROGKEYS_SANDBOX; while :; do sleep 1000; done") as running:
         running.child.send_signal(signal.SIGTERM)
         assert running.end()[0] == -signal.SIGTERM
@@ -191,9 +191,9 @@ def test_nothing_is_left_if_its_guard_is_killed(tool: Path) -> None:
         assert nothing_is_left(running.directory)
 
 
-# What cannot start
+# Failed starts
 
-def test_a_missing_program_is_named(tool: Path, programs: Path) -> None:
+def test_a_missing_program_is_reported(tool: Path, programs: Path) -> None:
     (programs / "settingsmanager").unlink()
     result = run(tool, "--bin", str(programs), "--", "echo", "ran")
     assert (result.returncode, result.stdout) == (1, "")
@@ -201,7 +201,7 @@ def test_a_missing_program_is_named(tool: Path, programs: Path) -> None:
     assert "--bin" in result.stderr
 
 
-def test_a_missing_bus_is_named_with_its_package(tool: Path, tmp_path: Path) -> None:
+def test_a_missing_bus_is_reported_with_its_package(tool: Path, tmp_path: Path) -> None:
     for name in ("bash", "dirname", "realpath"):
         (tmp_path / name).symlink_to(shutil.which(name))
     result = run(tool, "--", "echo", "ran", environment={"PATH": str(tmp_path)})
@@ -210,7 +210,7 @@ def test_a_missing_bus_is_named_with_its_package(tool: Path, tmp_path: Path) -> 
     assert "Debian package dbus-daemon" in result.stderr
 
 
-def test_a_missing_script_is_named_with_its_package(tool: Path, tmp_path: Path) -> None:
+def test_a_missing_script_is_reported_with_its_package(tool: Path, tmp_path: Path) -> None:
     copy = tmp_path / "progkeysctl"
     shutil.copy2(tool, copy)
     result = run(copy, "--", "echo", "ran", environment={"PATH": "/usr/bin:/bin"})
@@ -219,7 +219,7 @@ def test_a_missing_script_is_named_with_its_package(tool: Path, tmp_path: Path) 
     assert run(copy, "--", "echo", "ran", environment={"PATH": f"{tool.parent}:/usr/bin:/bin"}).stdout == "ran\n"
 
 
-def test_a_service_that_cannot_start_is_told_with_its_log(tool: Path, programs: Path, tmp_path: Path) -> None:
+def test_a_failed_start_is_reported_with_the_log(tool: Path, programs: Path, tmp_path: Path) -> None:
     replace(programs / SERVICE, ENDS_AT_ONCE)
     result = run(tool, "--bin", str(programs), "--", "echo", "ran", environment={"TMPDIR": str(tmp_path)})
     assert (result.returncode, result.stdout) == (1, "")
@@ -228,7 +228,7 @@ def test_a_service_that_cannot_start_is_told_with_its_log(tool: Path, programs: 
     assert not list(tmp_path.glob("progkeys-*"))
 
 
-def test_a_service_that_does_not_come_is_not_waited_for_longer_than_was_said(tool: Path, programs: Path, tmp_path: Path) -> None:
+def test_a_service_that_does_not_start_is_a_timeout(tool: Path, programs: Path, tmp_path: Path) -> None:
     replace(programs / SERVICE, NEVER_READY)
     result = run(
         tool, "--timeout", "0.2", "--bin", str(programs), "--", "echo", "ran", environment={"TMPDIR": str(tmp_path)}
@@ -238,7 +238,7 @@ def test_a_service_that_does_not_come_is_not_waited_for_longer_than_was_said(too
     assert not list(tmp_path.glob("progkeys-*"))
 
 
-def test_directories_that_are_not_there_are_an_error_of_usage(tool: Path, tmp_path: Path) -> None:
+def test_missing_directories_are_refused(tool: Path, tmp_path: Path) -> None:
     missing = str(tmp_path / "missing")
     for option in ("--settings", "--bin"):
         result = run(tool, option, missing, "--", "echo", "ran")
@@ -246,7 +246,7 @@ def test_directories_that_are_not_there_are_an_error_of_usage(tool: Path, tmp_pa
         assert missing in result.stderr
 
 
-def test_a_file_in_the_way_of_the_data_is_named(tool: Path, tmp_path: Path) -> None:
+def test_a_file_in_place_of_the_data_directory_is_reported(tool: Path, tmp_path: Path) -> None:
     (tmp_path / "file").touch()
     result = run(tool, "--data", str(tmp_path / "file" / "data"), "--", "echo", "ran")
     assert (result.returncode, result.stdout) == (1, "")
@@ -254,13 +254,13 @@ def test_a_file_in_the_way_of_the_data_is_named(tool: Path, tmp_path: Path) -> N
 
 
 @pytest.mark.parametrize("option", ["--data", "--logs"])
-def test_a_directory_that_takes_no_file_is_named(tool: Path, option: str) -> None:
+def test_a_read_only_directory_is_reported(tool: Path, option: str) -> None:
     result = run(tool, option, "/proc", "--", "echo", "ran")
     assert (result.returncode, result.stdout) == (1, "")
     assert "Cannot write to /proc." in result.stderr
 
 
-def test_the_end_may_be_asked_for_before_everything_is_up(tool: Path, programs: Path, tmp_path: Path) -> None:
+def test_a_signal_during_the_start_ends_the_sandbox(tool: Path, programs: Path, tmp_path: Path) -> None:
     replace(programs / SERVICE, "#!/bin/sh\necho $PROGKEYS_SANDBOX >\"$0.started\"\nexec sleep 1000\n")
     told = programs / f"{SERVICE}.started"
     with subprocess.Popen([tool, "sandbox", "--bin", programs, "--", "true"], env=clean_environment()) as child:

@@ -1,4 +1,4 @@
-"""The user's shell in a sandbox, at a terminal."""
+"""The shell in a sandbox, on a terminal."""
 
 import contextlib
 import os
@@ -38,7 +38,7 @@ def directory_of(shell: Terminal) -> str:
     return "/" + shell.read_until("=")
 
 
-def test_it_says_what_is_there_and_how_to_leave(shell: Terminal) -> None:
+def test_the_greeting_says_how_to_leave(shell: Terminal) -> None:
     greeting = shell.read_until("(phone)")
     for words in ("unix:path=", "settings", "data", "progkeysctl status", "exit"):
         assert words in greeting
@@ -52,7 +52,7 @@ def test_it_completes_words(shell: Terminal) -> None:
     shell.read_until("-F _progkeysctl")
 
 
-def test_the_users_own_start_file_is_read_and_the_tool_stays_found(
+def test_the_start_file_of_the_user_is_read(
     shell: Terminal, tmp_path: Path, tool: str, environment: dict[str, str]
 ) -> None:
     (tmp_path / ".bashrc").write_text("PATH=/usr/bin:/bin\nPS1='mine> '\n", encoding="utf-8")
@@ -63,7 +63,7 @@ def test_the_users_own_start_file_is_read_and_the_tool_stays_found(
     assert second.status() == 0
 
 
-def test_ctrl_c_ends_what_runs_in_the_shell_and_not_the_sandbox(shell: Terminal) -> None:
+def test_ctrl_c_ends_a_command_in_the_shell_but_not_the_sandbox(shell: Terminal) -> None:
     shell.read_until("(phone)")
     shell.line("sh -c 'echo go''ing; exec sleep 1000'")
     shell.read_until("going")
@@ -74,7 +74,7 @@ def test_ctrl_c_ends_what_runs_in_the_shell_and_not_the_sandbox(shell: Terminal)
     assert shell.status() == 3
 
 
-def test_jobs_can_be_stopped_and_go_on(shell: Terminal) -> None:
+def test_jobs_can_be_stopped_and_continued(shell: Terminal) -> None:
     shell.read_until("(phone)")
     shell.line("sh -c 'echo go''ing; read line; echo got $line'")
     shell.read_until("going")
@@ -89,21 +89,21 @@ def test_jobs_can_be_stopped_and_go_on(shell: Terminal) -> None:
     assert shell.status() == 0
 
 
-def test_a_terminal_that_hangs_up_ends_everything(shell: Terminal) -> None:
+def test_a_hangup_ends_everything(shell: Terminal) -> None:
     directory = directory_of(shell)
     assert processes_of(directory)
     shell.close()
     wait_until(lambda: nothing_is_left(directory), "everything has ended")
 
 
-def test_a_shell_that_is_asked_to_end_does(shell: Terminal) -> None:
+def test_a_signal_ends_the_shell(shell: Terminal) -> None:
     directory = directory_of(shell)
     os.kill(shell.pid, signal.SIGTERM)
     assert shell.status() == -signal.SIGTERM
     assert nothing_is_left(directory)
 
 
-def test_the_sandbox_is_a_job_of_the_shell_it_was_started_from(tool: str, environment: dict[str, str]) -> None:
+def test_the_sandbox_is_a_job_of_the_outer_shell(tool: str, environment: dict[str, str]) -> None:
     outer = Terminal(["/bin/bash", "--norc", "-i"], {**environment, "PS1": "outer> "})
     outer.read_until("outer>")
     outer.line(f"{tool} sandbox -- sh -c 'echo go''ing; exec sleep 1000'")

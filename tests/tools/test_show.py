@@ -1,4 +1,4 @@
-"""The show of scripts/run, on the built programs."""
+"""The demonstration of scripts/run, with the built programs."""
 
 import os
 import shutil
@@ -47,7 +47,7 @@ def script() -> Path:
     return CHECKOUT / "scripts" / "run"
 
 
-def test_it_goes_through_both_days_and_leaves_nothing(script: Path, environment: dict[str, str]) -> None:
+def test_the_demonstration_succeeds_and_leaves_nothing_behind(script: Path, environment: dict[str, str]) -> None:
     result = run(script, environment=environment)
     assert (result.returncode, result.stderr) == (0, "")
     for line in ("$ progkeysctl press 3/12", "$ progkeysctl defaults plan --settings settings-next", "$ progkeysctl restore default --yes"):
@@ -76,7 +76,7 @@ def test_it_goes_through_both_days_and_leaves_nothing(script: Path, environment:
         ),
     ],
 )
-def test_what_is_not_as_it_should_be_fails_it(
+def test_an_unexpected_result_fails_the_demonstration(
     tmp_path: Path, environment: dict[str, str], file: str, old: str, new: str, complaint: str
 ) -> None:
     for directory in ("scripts", "examples"):
@@ -93,13 +93,13 @@ def test_what_is_not_as_it_should_be_fails_it(
     assert not os.listdir(environment["TMPDIR"])
 
 
-def test_programs_that_are_not_there_are_told(tmp_path: Path, environment: dict[str, str], script: Path) -> None:
+def test_missing_programs_are_reported(tmp_path: Path, environment: dict[str, str], script: Path) -> None:
     result = run(script, environment={**environment, "PROGKEYS_BIN_DIR": str(tmp_path)})
     assert (result.returncode, result.stdout) == (1, "")
     assert f"There is no progkeysctl in {tmp_path}" in result.stderr
 
 
-def test_on_a_terminal_it_leaves_a_shell_on_the_phone(script: Path, environment: dict[str, str]) -> None:
+def test_a_shell_follows_on_a_terminal(script: Path, environment: dict[str, str]) -> None:
     terminal = Terminal([str(script)], environment)
     terminal.read_until("All results are as expected.")
     terminal.read_until("(phone)")
@@ -109,14 +109,14 @@ def test_on_a_terminal_it_leaves_a_shell_on_the_phone(script: Path, environment:
     assert not os.listdir(environment["TMPDIR"])
 
 
-def test_it_ends_on_a_terminal_too_if_that_is_wanted(script: Path, environment: dict[str, str]) -> None:
+def test_no_shell_follows_with_once(script: Path, environment: dict[str, str]) -> None:
     terminal = Terminal([str(script), "--once"], environment)
     terminal.read_until("All results are as expected.")
     assert terminal.status() == 0
     assert not os.listdir(environment["TMPDIR"])
 
 
-def test_ctrl_c_ends_it(script: Path, environment: dict[str, str]) -> None:
+def test_ctrl_c_ends_the_demonstration(script: Path, environment: dict[str, str]) -> None:
     terminal = Terminal([str(script)], environment)
     terminal.read_until("$ progkeysctl key list")
     terminal.type(CTRL_C)

@@ -1,4 +1,4 @@
-"""Lines that a script writes by mistake, and streams that are not there: nothing else is meant by them."""
+"""Command lines with mistakes, and closed streams."""
 
 import subprocess
 
@@ -13,7 +13,7 @@ from sandbox.records import Key
 
 @pytest.fixture
 def key(client: Client, phone: Module) -> Key:
-    """The first key, on the first action."""
+    """A key with an action."""
     bound = SET_KEY._replace(idAction=client.add_action(CALL))
     return bound._replace(idKey=client.create_programmable_key(bound))
 
@@ -32,7 +32,7 @@ def key(client: Client, phone: Module) -> Key:
     ],
     ids=lambda words: " ".join(map(str, words[:2])),
 )
-def test_a_field_that_there_is_not_is_told_before_anything_is_done(
+def test_an_unknown_field_is_reported_before_any_change(
     ctl: Tool, client: Client, key: Key, words: list[object]
 ) -> None:
     before = (client.get_all_actions(), client.get_all_programmable_keys())
@@ -43,14 +43,14 @@ def test_a_field_that_there_is_not_is_told_before_anything_is_done(
 
 
 @pytest.mark.parametrize("words", [["import", "-"], ["monitor"], ["press", "2/5"]], ids=lambda words: words[0])
-def test_nor_is_anything_waited_for(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
+def test_an_unknown_field_is_reported_before_waiting(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
     result = ctl(*words, "--fields", "colour", stdin=ctl("export").out)
     assert (result.status, result.out) == (2, "")
     assert "--fields: unknown field colour" in result.err
 
 
 @pytest.mark.parametrize("text", ["", "0x1", "1.0", "one", "9223372036854775808", "-9223372036854775809"])
-def test_what_is_no_number_names_no_key(ctl: Tool, client: Client, key: Key, text: str) -> None:
+def test_an_invalid_identifier_is_refused(ctl: Tool, client: Client, key: Key, text: str) -> None:
     for words in (["key", "show", text], ["key", "delete", text], ["action", "delete", text], ["label", text, 1]):
         result = ctl(*words)
         assert (result.status, result.out) == (2, "")
@@ -67,7 +67,7 @@ def test_numbers_are_decimal(ctl: Tool, client: Client, key: Key) -> None:
 
 
 @pytest.mark.parametrize("option", ["--address", "--fields"])
-def test_an_empty_text_is_no_choice(ctl: Tool, phone: Module, option: str) -> None:
+def test_an_empty_value_is_refused(ctl: Tool, phone: Module, option: str) -> None:
     result = ctl("status", option, "")
     assert (result.status, result.out) == (2, "")
     assert option in result.err
@@ -80,8 +80,8 @@ def test_a_closed_stdout_is_a_failure(ctl: Tool, client: Client, key: Key, words
     assert "Cannot write the output: Bad file descriptor" in ended.stderr
 
 
-def test_what_is_said_where_nobody_listens_goes_nowhere(ctl: Tool, client: Client, key: Key) -> None:
-    """Without a stream of its own a warning would go into whatever was opened instead: the bus."""
+def test_warnings_are_lost_if_stderr_is_closed(ctl: Tool, client: Client, key: Key) -> None:
+    """A warning must not be written to the bus, whose socket would have the number of stderr."""
     closing(ctl, "key set 1 icon=new dmId=D1", "0<&- 1>&- 2>&-")
     assert client.get_all_programmable_keys() == [key._replace(icon="new", dmId="D1")]
     ended = closing(ctl, "import -", "0<&-")
@@ -90,7 +90,7 @@ def test_what_is_said_where_nobody_listens_goes_nowhere(ctl: Tool, client: Clien
 
 
 def closing(ctl: Tool, words: str, redirections: str) -> subprocess.CompletedProcess[str]:
-    """Runs the tool with streams that the shell has closed."""
+    """Runs the tool with closed streams."""
     return subprocess.run(
         ["sh", "-c", f'exec "$0" {words} {redirections}', ctl.executable],
         capture_output=True, encoding="utf-8", env=environment(ctl.address, {}), check=False,
