@@ -12,8 +12,8 @@ namespace {
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("command"), QStringLiteral("COMMAND")},
-            {QStringLiteral("summary"), QStringLiteral("SUMMARY")}};
+    return {{QStringLiteral("command"), QStringLiteral("command")},
+            {QStringLiteral("summary"), QStringLiteral("summary")}};
 }
 
 QJsonObject toJson(const cli::Parameter &parameter)
