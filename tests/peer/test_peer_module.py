@@ -79,7 +79,7 @@ def desk(tmp_path_factory: pytest.TempPathFactory) -> Path:
 @pytest.fixture(scope="module")
 def installed(desk: Path) -> Path:
     """What an integrator gets, moved from where it was installed."""
-    follow("What it is built against", desk)
+    follow("Install the library", desk)
     prefix = desk / "build" / "zelcore"
     elsewhere = desk / "moved"
     prefix.rename(elsewhere)
@@ -211,7 +211,7 @@ def test_a_package_of_another_major_version_is_not_taken(desk, installed, tmp_pa
 
 def test_the_guides_tour_of_a_private_phone_goes_as_it_says(desk, built_by_cmake):
     assert built_by_cmake.exists()
-    tour = "Try it on a phone of your own"
+    tour = "Try it on a private phone"
     start, _, typed = listing("sh", tour).partition("\n")
     done = subprocess.run(
         start.split(),
