@@ -1,5 +1,5 @@
-# Run by the target `emulated`, see ProgkeysEmulator.cmake. Hard links, as the emulator tells a program
-# its place with all symbolic links resolved.
+# Run by the target `emulated`; see ProgkeysEmulator.cmake. It creates hard links, because the emulator
+# resolves symbolic links before it tells a program its path.
 file(STRINGS ${BINARY_DIR}/emulated/programs programs)
 foreach(program ${programs})
   file(RELATIVE_PATH name ${BINARY_DIR} ${program})

@@ -1,7 +1,7 @@
-# Programs of another architecture, made so that they can be started like any other, also by each
-# other and where the kernel knows of no emulator. build/ARCH/emulated/ repeats the directories of
-# the build: under each program's name a script that runs it in the emulator, and beside it the
-# program itself, as NAME.target. A program that looks for others in its own directory finds scripts.
+# Makes programs of another architecture executable on this machine. build/ARCH/emulated/ has the same
+# directories as the build. For each program it contains a script with the program's name, which runs
+# the program under the emulator, and the program itself as NAME.target. Programs that start others
+# from their own directory start the scripts.
 set(PROGKEYS_EMULATED_DIR ${CMAKE_BINARY_DIR}/emulated)
 
 # progkeys_executables(<variable> <directory>): all executables below a directory of sources.
@@ -22,7 +22,7 @@ function(progkeys_executables variable directory)
   set(${variable} ${found} PARENT_SCOPE)
 endfunction()
 
-# To be called when all targets are there.
+# Call this after all targets exist.
 function(progkeys_emulate_executables)
   string(REPLACE ";" "' '" words "${CMAKE_CROSSCOMPILING_EMULATOR}")
   file(GENERATE OUTPUT ${PROGKEYS_EMULATED_DIR}/run

@@ -1,5 +1,5 @@
-# Qt's generators as they are on this machine: those of the target's root cannot run here. Qt's own
-# CMake files leave targets alone that are there already.
+# Uses Qt's code generators of this machine, because those of the target cannot run here. Qt's own CMake
+# files do not replace existing targets.
 set(progkeys_qt_tools /usr/lib/qt5/bin)
 foreach(tool qmake moc rcc qdbuscpp2xml qdbusxml2cpp)
   if(NOT EXISTS ${progkeys_qt_tools}/${tool})

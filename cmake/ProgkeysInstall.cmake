@@ -1,5 +1,5 @@
-# Where things go when the project is installed: the places that GNU names, and those that the
-# packages they belong to name.
+# The directories for installed files: those of the GNU conventions, and those that pkg-config modules
+# define.
 include(GNUInstallDirs)
 find_package(PkgConfig REQUIRED)
 
@@ -14,8 +14,8 @@ function(progkeys_ask_pkg_config result module variable)
   set(${result} ${answer} PARENT_SCOPE)
 endfunction()
 
-# progkeys_place(<result> <module> <variable>): the directory that a pkg-config module names in the
-# variable, moved to this installation's prefix if that is another one than the module's.
+# progkeys_place(<result> <module> <variable>): the directory in a variable of a pkg-config module. If
+# the prefix of this installation differs from the module's, the directory is moved to this prefix.
 function(progkeys_place result module variable)
   progkeys_ask_pkg_config(prefix ${module} prefix)
   if(NOT prefix STREQUAL CMAKE_INSTALL_PREFIX)

@@ -1,4 +1,4 @@
-# progkeys_man_pages(<component> <page>.<section>.scd ...): makes the pages, and installs them.
+# progkeys_man_pages(<component> <page>.<section>.scd ...): builds and installs manual pages.
 include(GNUInstallDirs)
 option(PROGKEYS_MAN "Build the manual pages" ON)
 if(PROGKEYS_MAN)

@@ -1,5 +1,5 @@
-# Finds Qt 5.15 or Qt 6 and names its parts Qt::Core, Qt::DBus, Qt::Sql and Qt::Test for both.
-# Qt 5.15 is preferred: it is nearest to the phone's, and the smaller and faster of the two.
+# Finds Qt 5.15 or Qt 6 and provides Qt::Core, Qt::DBus, Qt::Sql and Qt::Test for both.
+# Qt 5.15 is preferred, because it is nearest to the phone's Qt, and smaller and faster.
 if(CMAKE_CROSSCOMPILING)
   include(ProgkeysHostTools)
 endif()

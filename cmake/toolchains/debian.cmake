@@ -15,14 +15,14 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# pkg-config runs only while CMake configures, so that this is environment enough.
+# pkg-config runs only while CMake configures, so this variable need not be set at build time.
 set(ENV{PKG_CONFIG_DIR} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${PROGKEYS_TARGET_ROOT})
 set(ENV{PKG_CONFIG_LIBDIR}
     ${PROGKEYS_TARGET_ROOT}/usr/lib/${PROGKEYS_TRIPLET}/pkgconfig:${PROGKEYS_TARGET_ROOT}/usr/share/pkgconfig)
 
-# QEMU calls the architectures as the kernel does. It looks into the root for what is opened, but not
-# for what is only asked for; so Qt is told where its plugins are.
+# QEMU uses the kernel's names of architectures. It searches the root when a program opens a file, but
+# not when it only checks for one. Therefore Qt needs the path of its plugins.
 set(CMAKE_CROSSCOMPILING_EMULATOR
     qemu-${CMAKE_SYSTEM_PROCESSOR}-static -L ${PROGKEYS_TARGET_ROOT}
     -E QT_PLUGIN_PATH=${PROGKEYS_TARGET_ROOT}/usr/lib/${PROGKEYS_TRIPLET}/qt5/plugins)
