@@ -1,7 +1,6 @@
 #include "start.h"
 
-#include "fail.h"
-#include "run.h"
+#include "wire/fail.h"
 #include "wire/names.h"
 
 #include <systemd/sd-bus.h>
@@ -13,12 +12,19 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
-#include <sys/types.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 static const double LimitSeconds = 30;
-static const uint64_t LookMicroseconds = 100000; // how often it is looked whether the process lives
+static const uint64_t LookMicroseconds = 100000; // between looks whether the process runs
+
+double now(void)
+{
+    struct timespec time;
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return (double)time.tv_sec + (double)time.tv_nsec / 1e9;
+}
 
 static int see_owner(sd_bus_message *change, void *data, sd_bus_error *error)
 {
@@ -31,12 +37,11 @@ static int see_owner(sd_bus_message *change, void *data, sd_bus_error *error)
     return 0;
 }
 
-// The process ends with this one, however that ends.
+// The kernel ends the process together with this one.
 static pid_t launch(char **command)
 {
     const pid_t child = fork();
-    if (child < 0)
-        fail("starting a process", -errno);
+    check(child < 0 ? -errno : 0, "starting a process");
     if (child > 0)
         return child;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -49,13 +54,12 @@ static void wait_for_owner(sd_bus *bus, const bool *is_owned, bool wanted, pid_t
 {
     const double limit = now() + LimitSeconds;
     while (*is_owned != wanted) {
-        const int progress = check(sd_bus_process(bus, NULL), "the bus");
-        if (progress == 0)
+        if (check(sd_bus_process(bus, NULL), "the bus") == 0)
             check(sd_bus_wait(bus, LookMicroseconds), "the bus");
         if (wanted && waitpid(child, NULL, WNOHANG) == child)
-            fail("the process ended before it had the name", -ECHILD);
+            fail("starting the service", "the process ended before it owned its name");
         if (now() > limit)
-            fail("waiting for the service's name", -ETIMEDOUT);
+            fail("waiting for the owner of the service's name", "timed out");
     }
 }
 
@@ -63,7 +67,8 @@ double measure_start(char **command)
 {
     sd_bus *bus = NULL;
     bool is_owned = false;
-    check(sd_bus_open_system(&bus), "reaching the bus");
+    int status = 0;
+    check(sd_bus_open_system(&bus), "the bus");
     check(sd_bus_add_match(bus, NULL,
                            "type='signal',sender='org.freedesktop.DBus',"
                            "member='NameOwnerChanged',arg0='" SERVICE "'",
@@ -74,7 +79,9 @@ double measure_start(char **command)
     wait_for_owner(bus, &is_owned, true, child);
     const double seconds = now() - start;
     kill(child, SIGTERM);
-    waitpid(child, NULL, 0);
+    waitpid(child, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) != EXIT_SUCCESS)
+        fail("ending the service", "it returned an error status");
     wait_for_owner(bus, &is_owned, false, child);
     sd_bus_flush_close_unref(bus);
     return seconds;

@@ -1,5 +1,8 @@
 #pragma once
 
-/// Starts the command and returns the seconds until the service's name has an owner. The process is
-/// ended before this returns.
+/// Seconds of a clock that is never set.
+double now(void);
+
+/// Starts the command and returns the seconds until the service's name has an owner. Then ends the
+/// process with SIGTERM and waits for it.
 double measure_start(char **command);

@@ -1,154 +1,239 @@
-"""A server and all that it needs."""
+"""A server with everything it needs: a private bus, a SettingsManager, and data of its own."""
 
+import os
+import shutil
 import signal
-from contextlib import ExitStack, suppress
+import sqlite3
+import subprocess
+import tempfile
+import time
+from contextlib import ExitStack, closing
 from pathlib import Path
-from typing import Mapping, Optional
+from typing import Mapping, Sequence
 
-from sandbox.bus import PrivateBus
-from sandbox.client import Client
-from sandbox.loop import GaveUp
-from sandbox.names import SERVICE as MODULE
-from sandbox.processes import Module, Process, start_settings_manager
-from sandbox.settings import NO_DEFAULTS, write_settings
+BUS = """\
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow user="*"/>
+    <allow own="*"/>
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow receive_sender="*"/>
+  </policy>
+</busconfig>
+"""
 
-from .cores import ONE, on_cores
-from .driver import Timed, drive
-from .environment import environment_of
-from .failure import MeasurementFailed
-from .programs import FRAME, PRESS, RIVAL, SERVICE, Programs
-from .runs import ROWS
-from .stock import write_stock
-from .storage import fresh_directory
+REMOVED_VARIABLES = (
+    *("DBUS_", "GLIBC_TUNABLES", "JOURNAL_", "LD_PRELOAD", "MALLOC_", "NOTIFY_"),
+    *("QT_", "WATCHDOG_", "ZEL_"),
+)
+"""Variables with these beginnings would change how the measured processes behave."""
 
-NOTHING_PROVISIONED = {**NO_DEFAULTS, "ProgKeysMax": "1000000"}
-MAKERS = {FRAME: SERVICE, PRESS: SERVICE}
-"""Who makes the tables, for servers that do not make them themselves."""
+END_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL", "--")
 
-ENDED_BY_SIGNAL = {RIVAL}
-"""Who does not handle the signal that ends it."""
+SECONDS_TO_START = 20
+SECONDS_OF_CLIENT = 120
+KEYS_OF_MODULE = 24
+ROOM = "1000000"
 
-LAST_SECONDS = 0.5
-LAST_LINES = 10
-"""As many lines of a server's log are told when it fails."""
+
+class MeasurementFailed(Exception):
+    """Something could not be measured. The text says what and why."""
+
+
+def provisioned(count: int, kind: str) -> dict[str, str]:
+    """Settings with `count` provisioned actions and a key for each; `kind` is that of the keys."""
+    keys = (
+        f"P{i},main,{i},phone,0,0,0"
+        if kind == "set keys"
+        else f"P{i},module,{i % KEYS_OF_MODULE},phone,1,1,{i // KEYS_OF_MODULE}"
+        for i in range(count)
+    )
+    actions = (f"P{i},1,call,,{500 + i},Office {i},Off {i}" for i in range(count))
+    return {
+        "DefaultActions": "#".join(actions),
+        "DefaultKeys": "#".join(keys),
+        "ProgKeysMax": ROOM,
+    }
 
 
 class Stand:
-    """A private bus, a SettingsManager, a server and its data; up from `with` on."""
+    """Up while its `with` block runs: `rows` stored keys and actions, `keys` provisioned ones.
+
+    `commands` has the command of each program by its name.
+    """
 
     def __init__(
         self,
-        programs: Programs,
+        commands: Mapping[str, Sequence[str]],
         server: str,
         storage: Path,
-        rows: int = ROWS,
-        cores: str = ONE,
-        is_server_up: bool = True,
-        settings: Mapping[str, str] = NOTHING_PROVISIONED,
+        rows: int = 100,
+        keys: int = 0,
+        kind: str = "module keys",
+        with_server: bool = True,
     ) -> None:
         self.server = server
-        self.rows = rows
-        self.cores = cores
-        self._programs = programs
+        self.keys = keys
+        self._commands = commands
         self._storage = storage
-        self._is_server_up = is_server_up
-        self._settings = settings
+        self._rows = rows
+        self._settings = provisioned(keys, kind)
+        self._with_server = with_server
         self._environment: dict[str, str] = {}
-        self._process: Optional[Module] = None
         self._resources = ExitStack()
 
     def __enter__(self) -> "Stand":
-        with ExitStack() as resources, on_cores(self.cores):
-            self._come_up(resources)
+        with ExitStack() as resources:
+            self._directory = Path(tempfile.mkdtemp(prefix="progkeys-bench-", dir=self._storage))
+            resources.callback(shutil.rmtree, self._directory, ignore_errors=True)
+            self._log = self._directory / "log"
+            self._database = self._directory / "ZelProgrammableKeys/zelprogrammablekeys.data"
+            self._start_bus(resources)
+            for name, value in self._settings.items():
+                self._set(name, value)
+            self._start_module(resources, "settingsmanager", "SettingsManager")
+            self._store_rows()
+            if self._with_server:
+                self.pid = self._start_module(resources, self.server, "ZelProgrammableKeys")
             self._resources = resources.pop_all()
         return self
 
     def __exit__(self, *_exception: object) -> None:
         self._resources.close()
 
-    @property
-    def pid(self) -> int:
-        """The process of the server."""
-        assert self._process is not None
-        return self._process.pid
+    def do(self, work: str, count: int = 1, warmup: int = 1) -> float:
+        """The seconds of one operation, when the client does it `count` times."""
+        return self._client(work, count, warmup, self._rows)
 
-    def do(self, work: str, count: int, warmup: int, callers: int = 1) -> Timed:
-        """Has the server do a work `count` times."""
-        options = ("--count", count, "--warmup", warmup, "--callers", callers)
-        rows = ("--rows", self.rows)
-        with on_cores(self.cores):
-            try:
-                return drive(self._programs.client, self._environment, work, *options, *rows)
-            except MeasurementFailed as error:
-                raise MeasurementFailed(f"{error}{self._last_words()}") from error
+    def check_limit_of_keys(self) -> None:
+        """Whether the server reads the limit when a key is created."""
+        self._set("ProgKeysMax", "0")
+        self.do("create-key-above-limit")
+        self._set("ProgKeysMax", ROOM)
 
-    def start(self) -> Timed:
-        """Starts the server until it is on the bus, and ends it again."""
-        command = self._programs.server(self.server)
-        with on_cores(self.cores):
-            return drive(self._programs.client, self._environment, "start", "--", *command)
+    def start(self) -> float:
+        """The seconds from the start of the server to its name on the bus. Ends it again."""
+        seconds = self._client("start", *self._commands[self.server])
+        with closing(sqlite3.connect(self._database)) as connection:
+            (found,) = connection.execute("SELECT COUNT(*) FROM KEY").fetchone()
+        if found != self._rows + self.keys:
+            raise MeasurementFailed(f"{self.server} has {found} keys after its start")
+        return seconds
 
-    def _come_up(self, resources: ExitStack) -> None:
-        directory = resources.enter_context(fresh_directory(self._storage))
-        bus = resources.enter_context(PrivateBus())
-        self._environment = environment_of(bus.address, directory)
-        settings = write_settings(directory / "settings", self._settings)
-        log = directory / "settingsmanager.log"
-        manager = start_settings_manager(self._programs.bin_dir, bus.address, settings, log)
-        resources.enter_context(manager)
-        client = Client(bus.address)
+    def memory(self) -> float:
+        """The MiB of the server, with its share of the pages that other processes also use."""
+        rollup = Path(f"/proc/{self.pid}/smaps_rollup").read_text(encoding="ascii")
+        (size,) = (line.split()[1] for line in rollup.splitlines() if line.startswith("Pss:"))
+        return int(size) / 1024
+
+    def _set(self, name: str, value: str) -> None:
+        """Changes a setting."""
+        directory = self._directory / "settings"
+        directory.mkdir(exist_ok=True)
+        (directory / name).write_text(f"{value}\n", encoding="utf-8")
+
+    def _start_bus(self, resources: ExitStack) -> None:
+        # The path of a socket is limited to 107 bytes, so it does not go below the storage.
+        directory = Path(tempfile.mkdtemp(prefix="progkeys-bench-"))
+        resources.callback(shutil.rmtree, directory, ignore_errors=True)
+        address = f"unix:path={directory}/socket"
+        configuration = directory / "bus.conf"
+        configuration.write_text(BUS.format(socket=directory / "socket"), encoding="utf-8")
+        kept = {k: v for k, v in os.environ.items() if not k.startswith(REMOVED_VARIABLES)}
+        self._environment = {
+            **kept,
+            "DBUS_SYSTEM_BUS_ADDRESS": address,
+            "ZEL_DATA_ROOT": f"{self._directory}/",
+            "ZEL_LOG_LEVEL": "3",
+        }
+        daemon = ("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
+        process = self._launch(resources, (*daemon, "--print-address"))
+        deadline = time.monotonic() + SECONDS_TO_START
+        # It prints its address once it accepts connections.
+        while address not in self._log.read_text(encoding="utf-8"):
+            if process.poll() is not None or time.monotonic() > deadline:
+                raise MeasurementFailed(f"the bus does not start{self._last_lines()}")
+            time.sleep(0.005)
+
+    def _start_module(self, resources: ExitStack, server: str, module: str) -> int:
+        """Starts a server, waits for its name on the bus, and returns its process id."""
+        command = list(self._commands[server])
+        if server == "settingsmanager":
+            command.append(str(self._directory / "settings"))
+        process = self._launch(resources, command)
+        wait = ("gdbus", "wait", "--address", self._environment["DBUS_SYSTEM_BUS_ADDRESS"])
+        wait += ("--timeout", str(SECONDS_TO_START), f"com.velmora.Tessaro.{module}")
+        waiter = self._launch(resources, wait)
+        while waiter.poll() is None and process.poll() is None:
+            time.sleep(0.005)
+        if waiter.poll() != 0 or process.poll() is not None:
+            raise MeasurementFailed(f"{server} does not start{self._last_lines()}")
+        return process.pid
+
+    def _launch(self, resources: ExitStack, command: Sequence[str]) -> "subprocess.Popen[bytes]":
+        with open(self._log, "ab") as log:
+            process = subprocess.Popen(
+                [*END_WITH_PARENT, *command],
+                env=self._environment,
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+                start_new_session=True,
+            )
+        resources.callback(process.wait)
+        resources.callback(process.kill)
+        return process
+
+    def _store_rows(self) -> None:
+        """Lets a server create its tables, then adds actions, and a module key for each."""
+        # The frame does not create tables.
+        maker = "service" if self.server == "frame" else self.server
+        self._client("start", *self._commands[maker])
+        ids = range(1, self._rows + 1)
+        actions = ((i, str(500 + i), f"Office {i}", f"Off {i}") for i in ids)
+        keys = ((i, i, (i - 1) % KEYS_OF_MODULE, (i - 1) // KEYS_OF_MODULE) for i in ids)
+        with closing(sqlite3.connect(self._database)) as connection, connection:
+            connection.executemany(
+                "INSERT INTO ACTION (idAction, type, action, webAppName, arguments, label,"
+                " shortLabel, dmId) VALUES (?, 1, 'call', '', ?, ?, ?, '')",
+                actions,
+            )
+            connection.executemany(
+                "INSERT INTO KEY (idKey, container, idAction, position, icon, type, aom_type,"
+                " aom_addr, dmId) VALUES (?, 'module', ?, ?, 'phone', 1, 1, ?, '')",
+                keys,
+            )
+
+    def _client(self, *words: object) -> float:
+        child = subprocess.Popen(
+            [*END_WITH_PARENT, *self._commands["client"], *map(str, words)],
+            env=self._environment,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            text=True,
+            start_new_session=True,
+        )
         try:
-            self._wait(manager, client)
-            self._prepare(directory, client)
-            if self._is_server_up:
-                self._process = self._launched(self.server, directory, client)
-                resources.callback(self._process.kill)
-        finally:
-            client.close()
-
-    def _prepare(self, directory: Path, client: Client) -> None:
-        """Has tables made, and fills them while nobody has them open."""
-        maker = MAKERS.get(self.server, self.server)
-        with self._launched(maker, directory, client) as server:
-            server.send_signal(signal.SIGTERM)
-            status = server.wait_for_exit()
-            if status != (-signal.SIGTERM if maker in ENDED_BY_SIGNAL else 0):
-                raise MeasurementFailed(
-                    f"{maker} made tables and {_ending(server)}{_end_of_log(server)}"
-                )
-        write_stock(directory / MODULE / "zelprogrammablekeys.data", self.rows)
-
-    def _last_words(self) -> str:
-        """What became of the server, and what it said, as further lines of a message."""
-        if self._process is None:
-            return ""
-        # It may have left the bus and not yet ended.
-        with suppress(GaveUp):
-            self._process.wait_for_exit(LAST_SECONDS)
-        return f"\n{self.server} {_ending(self._process)}{_end_of_log(self._process)}"
-
-    def _launched(self, name: str, directory: Path, client: Client) -> Module:
-        command = self._programs.server(name)
-        server = Module(MODULE, command, self._environment, directory / f"{name}.log")
-        try:
-            self._wait(server, client)
-        except BaseException:
-            server.kill()
+            printed, complaint = child.communicate(timeout=SECONDS_OF_CLIENT)
+        except BaseException as error:
+            # The client leads a process group, with the server that it may have started.
+            os.killpg(child.pid, signal.SIGKILL)
+            child.wait()
+            if isinstance(error, subprocess.TimeoutExpired):
+                raise MeasurementFailed(f"{words[0]} on {self.server}: no end") from None
             raise
-        return server
+        if child.returncode != 0:
+            what = f"{words[0]} on {self.server}"
+            raise MeasurementFailed(f"{what}: {complaint.strip()}{self._last_lines()}")
+        return float(printed)
 
-    @staticmethod
-    def _wait(module: Module, client: Client) -> None:
-        try:
-            module.wait_until_ready(client)
-        except AssertionError as error:
-            raise MeasurementFailed(f"a process does not come up: {error}") from error
-
-
-def _ending(server: Process) -> str:
-    return "still runs" if server.running else f"ended with status {server.status}"
-
-
-def _end_of_log(server: Process) -> str:
-    lines = server.log.raw().splitlines()[-LAST_LINES:]
-    return ", with nothing in its log" if not lines else "\n".join(("; its log:", *lines))
+    def _last_lines(self) -> str:
+        """The end of the log of the processes, as further lines of a message."""
+        lines = self._log.read_text(encoding="utf-8", errors="replace").splitlines()[-10:]
+        return "".join(f"\n  {line}" for line in lines)

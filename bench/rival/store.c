@@ -1,10 +1,50 @@
 #include "store.h"
 
-#include "fail.h"
-#include "statements.h"
+#include "wire/fail.h"
 
 #include <stdio.h>
 #include <sys/stat.h>
+
+#define KEY_COLUMNS "idKey, container, idAction, position, icon, type, aom_type, aom_addr, dmId"
+
+enum statement {
+    SelectKey,
+    SelectAllKeys,
+    SelectKeysAtPlace,
+    CountKeysOfType,
+    InsertKey,
+    DeleteKey,
+    SelectAction,
+    UpdateAction,
+    StatementCount
+};
+
+static const char *const Schema =
+    "CREATE TABLE IF NOT EXISTS KEY (idKey     INTEGER PRIMARY KEY AUTOINCREMENT, "
+    "container VARCHAR,idAction  BIGINT,position  INTEGER,icon      VARCHAR,type      INTEGER,"
+    "aom_type  INTEGER,aom_addr  INTEGER,dmId  VARCHAR);"
+    "CREATE TABLE IF NOT EXISTS ACTION (idAction   INTEGER PRIMARY KEY AUTOINCREMENT,"
+    "type       INTEGER,action     VARCHAR,webAppName VARCHAR,arguments  VARCHAR,"
+    "label      VARCHAR,shortLabel VARCHAR,dmId VARCHAR);"
+    "INSERT OR IGNORE INTO ACTION (idAction, type, action, webAppName, arguments, label, "
+    "shortLabel, dmId) VALUES (-1, -1, '', '', '', '', '', '')";
+
+// The same texts as the service's.
+static const char *const Texts[StatementCount] = {
+    [SelectKey] = "SELECT " KEY_COLUMNS " FROM KEY WHERE idKey=?",
+    [SelectAllKeys] = "SELECT " KEY_COLUMNS " FROM KEY",
+    [SelectKeysAtPlace] = "SELECT idKey, DMID, container, idAction, position, icon, type, "
+                          "aom_type, aom_addr FROM KEY "
+                          "WHERE type=? and position=? and aom_type=? and aom_addr=?",
+    [CountKeysOfType] = "SELECT COUNT(*) FROM KEY WHERE type=?",
+    [InsertKey] = "INSERT INTO KEY (container, idAction, position, icon, type, aom_type, aom_addr, "
+                  "dmId) VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
+    [DeleteKey] = "DELETE FROM KEY WHERE idKey=?",
+    [SelectAction] = "SELECT idAction, DMID, type, action, webAppName, arguments, label, "
+                     "shortLabel, dmId FROM ACTION WHERE idAction=?",
+    [UpdateAction] = "UPDATE ACTION SET type=?, action=?, webAppName=?, arguments=?, label=?, "
+                     "shortLabel=?, dmId=? WHERE idAction=?",
+};
 
 static sqlite3 *database;
 
@@ -16,7 +56,7 @@ void store_open(const char *root)
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys", root);
     mkdir(path, 0777);
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys/zelprogrammablekeys.data", root);
-    // One thread needs no mutexes.
+    // The only thread needs no mutexes.
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(path, &database, flags, NULL) != SQLITE_OK ||
         sqlite3_busy_timeout(database, 5000) != SQLITE_OK ||
@@ -28,7 +68,7 @@ void store_open(const char *root)
             fail(Texts[i], sqlite3_errmsg(database));
 }
 
-// What is bound lives at least until the statement is reset.
+// A bound text outlives the run of its statement, so that SQLite needs no copy.
 static void bind_text(sqlite3_stmt *statement, int index, const char *text)
 {
     sqlite3_bind_text(statement, index, text, -1, SQLITE_STATIC);
@@ -45,26 +85,12 @@ sqlite3_stmt *select_key(int64_t idKey)
     return select_by_id(SelectKey, idKey);
 }
 
-sqlite3_stmt *select_keys_in_container(const char *container)
-{
-    bind_text(statements[SelectKeysInContainer], 1, container);
-    return statements[SelectKeysInContainer];
-}
-
 sqlite3_stmt *select_all_keys(void)
 {
     return statements[SelectAllKeys];
 }
 
-sqlite3_stmt *select_keys_of_type_with_action(int type, int64_t idAction)
-{
-    sqlite3_stmt *const selection = statements[SelectKeysOfTypeWithAction];
-    sqlite3_bind_int(selection, 1, type);
-    sqlite3_bind_int64(selection, 2, idAction);
-    return selection;
-}
-
-sqlite3_stmt *select_keys_at_place(int type, int position, int aom_type, int aom_addr)
+sqlite3_stmt *select_module_keys_at(int type, int position, int aom_type, int aom_addr)
 {
     sqlite3_stmt *const selection = statements[SelectKeysAtPlace];
     sqlite3_bind_int(selection, 1, type);
@@ -74,19 +100,9 @@ sqlite3_stmt *select_keys_at_place(int type, int position, int aom_type, int aom
     return selection;
 }
 
-sqlite3_stmt *select_key_ids_with_action(int64_t idAction)
-{
-    return select_by_id(SelectKeyIdsWithAction, idAction);
-}
-
 sqlite3_stmt *select_action(int64_t idAction)
 {
     return select_by_id(SelectAction, idAction);
-}
-
-sqlite3_stmt *select_all_actions(void)
-{
-    return statements[SelectAllActions];
 }
 
 static const char *text_at(sqlite3_stmt *row, int column)
@@ -127,24 +143,18 @@ bool step_module_key(sqlite3_stmt *selection, struct key *key)
     return true;
 }
 
-static void read_texts(sqlite3_stmt *row, int first, struct action *action)
-{
-    action->type = sqlite3_column_int(row, first);
-    action->action = text_at(row, first + 1);
-    action->webAppName = text_at(row, first + 2);
-    action->arguments = text_at(row, first + 3);
-    action->label = text_at(row, first + 4);
-    action->shortLabel = text_at(row, first + 5);
-}
-
 bool step_action(sqlite3_stmt *selection, struct action *action)
 {
     if (sqlite3_step(selection) != SQLITE_ROW)
         return false;
-    const bool is_by_id = selection == statements[SelectAction];
-    action->idAction = sqlite3_column_int64(selection, 0);
-    action->dmId = text_at(selection, is_by_id ? 1 : 7);
-    read_texts(selection, is_by_id ? 2 : 1, action);
+    *action = (struct action){.idAction = sqlite3_column_int64(selection, 0),
+                              .dmId = text_at(selection, 1),
+                              .type = sqlite3_column_int(selection, 2),
+                              .action = text_at(selection, 3),
+                              .webAppName = text_at(selection, 4),
+                              .arguments = text_at(selection, 5),
+                              .label = text_at(selection, 6),
+                              .shortLabel = text_at(selection, 7)};
     return true;
 }
 
@@ -173,8 +183,9 @@ int count_keys_of_type(int type)
     return result;
 }
 
-static void bind_key(sqlite3_stmt *statement, const struct key *key)
+int insert_key(struct key *key)
 {
+    sqlite3_stmt *const statement = statements[InsertKey];
     bind_text(statement, 1, key->container);
     sqlite3_bind_int64(statement, 2, key->idAction);
     sqlite3_bind_int(statement, 3, key->position);
@@ -183,28 +194,9 @@ static void bind_key(sqlite3_stmt *statement, const struct key *key)
     sqlite3_bind_int(statement, 6, key->aom_type);
     sqlite3_bind_int(statement, 7, key->aom_addr);
     bind_text(statement, 8, key->dmId);
-}
-
-int insert_key(struct key *key)
-{
-    bind_key(statements[InsertKey], key);
-    const int result = run(statements[InsertKey]);
+    const int result = run(statement);
     key->idKey = result == StoreOk ? sqlite3_last_insert_rowid(database) : -1;
     return result;
-}
-
-int update_key(const struct key *key)
-{
-    bind_key(statements[UpdateKey], key);
-    sqlite3_bind_int64(statements[UpdateKey], 9, key->idKey);
-    return change(statements[UpdateKey]);
-}
-
-int update_position(int64_t idKey, int position)
-{
-    sqlite3_bind_int(statements[UpdatePosition], 1, position);
-    sqlite3_bind_int64(statements[UpdatePosition], 2, idKey);
-    return change(statements[UpdatePosition]);
 }
 
 int delete_key(int64_t idKey)
@@ -213,8 +205,9 @@ int delete_key(int64_t idKey)
     return change(statements[DeleteKey]);
 }
 
-static void bind_action(sqlite3_stmt *statement, const struct action *action)
+int update_action(const struct action *action)
 {
+    sqlite3_stmt *const statement = statements[UpdateAction];
     sqlite3_bind_int(statement, 1, action->type);
     bind_text(statement, 2, action->action);
     bind_text(statement, 3, action->webAppName);
@@ -222,25 +215,6 @@ static void bind_action(sqlite3_stmt *statement, const struct action *action)
     bind_text(statement, 5, action->label);
     bind_text(statement, 6, action->shortLabel);
     bind_text(statement, 7, action->dmId);
-}
-
-int insert_action(struct action *action)
-{
-    bind_action(statements[InsertAction], action);
-    const int result = run(statements[InsertAction]);
-    action->idAction = result == StoreOk ? sqlite3_last_insert_rowid(database) : -1;
-    return result;
-}
-
-int update_action(const struct action *action)
-{
-    bind_action(statements[UpdateAction], action);
-    sqlite3_bind_int64(statements[UpdateAction], 8, action->idAction);
-    return change(statements[UpdateAction]);
-}
-
-int delete_action(int64_t idAction)
-{
-    sqlite3_bind_int64(statements[DeleteAction], 1, idAction);
-    return change(statements[DeleteAction]);
+    sqlite3_bind_int64(statement, 8, action->idAction);
+    return change(statement);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The platform's names on the bus.
+/// Names on the bus.
 #define SERVICE "com.velmora.Tessaro.ZelProgrammableKeys"
 #define SERVICE_PATH "/com/velmora/Tessaro/ZelProgrammableKeys"
 #define SETTINGS "com.velmora.Tessaro.SettingsManager"

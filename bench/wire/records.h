@@ -4,10 +4,11 @@
 
 #include <stdint.h>
 
-/// Keys and actions as they travel. A text that was read belongs to the message it came in.
+/// The signatures of keys and actions on the bus.
 #define KEY "xsxsisiii"
 #define ACTION "xsisssss"
 
+/// A text that was read from a message belongs to that message.
 struct key
 {
     int64_t idKey;
@@ -33,8 +34,7 @@ struct action
     const char *shortLabel;
 };
 
-/// Each returns a negative errno on failure, as the bus library does; reading returns 0 where there
-/// is nothing more to read.
+/// Each returns a negative errno on failure. Reading returns 0 at the end of an array.
 int append_key(sd_bus_message *message, const struct key *key);
 int append_action(sd_bus_message *message, const struct action *action);
 int read_key(sd_bus_message *message, struct key *key);

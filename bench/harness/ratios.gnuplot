@@ -1,12 +1,9 @@
-# The service's time over the rival's, work by work: gnuplot -c ratios.gnuplot DATA SVG
+# The service's time over the rival's: gnuplot -c ratios.gnuplot DATA SVG
 data = ARG1
 stats data index 0 using 1 name "bars" nooutput
 stats data index 0 using 5 name "high" nooutput
 stats data index 0 using 6 name "limit" nooutput
-stats data index 0 using 7 name "afternoon" nooutput
-widest = high_max
-widest = limit_max > widest ? limit_max : widest
-widest = afternoon_max > widest ? afternoon_max : widest
+widest = limit_max > high_max ? limit_max : high_max
 
 set terminal svg size 800,430 fixed background "white" font "sans-serif,14"
 set output ARG2
@@ -21,18 +18,16 @@ set format x "%.1f"
 set ytics scale 0 textcolor "#333333"
 set border 1 linecolor "#888888"
 set grid xtics linecolor "#dddddd" linetype 1
-set key below center horizontal samplen 1 width -5 textcolor "#333333"
+set key below center horizontal samplen 1 width 2 textcolor "#333333"
 set style fill solid noborder
 set arrow 1 from 1, graph 0 to 1, graph 1 nohead linecolor "#222222" linewidth 1.5 front
 
 half = 0.34
 plot data index 0 using (0.5 * $3):1:(0.5 * $3):(half):ytic(2) with boxxyerror \
-         linecolor "#6cb1dc" title "service, and its spread", \
+         linecolor "#6cb1dc" title "service", \
      data index 0 using 3:1:4:5 with xerrorbars pointtype 0 linecolor "#222222" notitle, \
      data index 0 using 6:($1 - 1.3 * half):(0):(2.6 * half) with vectors nohead \
          linecolor "#d55e00" linewidth 3 notitle, \
-     data index 0 using 7:1 with points pointtype 6 pointsize 0.9 linewidth 2 \
-         linecolor "#666666" title "afternoon version", \
      NaN with lines linecolor "#d55e00" linewidth 3 title "limit", \
      NaN with lines linecolor "#222222" linewidth 1.5 title "rival", \
      data index 0 using (0.02 * widest):1:(sprintf("%.2f", $3)) with labels left \

@@ -1,12 +1,12 @@
-# What a call costs by the number of stored keys: gnuplot -c growth.gnuplot DATA SVG
+# The time of a call by the number of stored keys: gnuplot -c growth.gnuplot DATA SVG
 data = ARG1
 works = "get-action get-all-keys press create-key"
-servers = "service rival afternoon"
-array colours[3] = ["#0072b2", "#d55e00", "#666666"]
-array points[3] = [7, 5, 9]
+servers = "service rival"
+array colours[2] = ["#0072b2", "#d55e00"]
+array points[2] = [7, 5]
 least = 1e9
 most = 0
-do for [server = 1:3] {
+do for [server = 1:2] {
     stats data using server + 1 nooutput
     least = STATS_min < least ? STATS_min : least
     most = STATS_max > most ? STATS_max : most
@@ -31,7 +31,7 @@ set multiplot layout 2,2 title "Time of a call by the number of stored keys" fon
 do for [panel = 1:4] {
     set title word(works, panel)
     if (panel > 1) { unset key }
-    plot for [server = 1:3] data index panel - 1 using 1:(column(server + 1)) with linespoints \
+    plot for [server = 1:2] data index panel - 1 using 1:(column(server + 1)) with linespoints \
         linecolor rgb colours[server] linewidth 2 pointtype points[server] pointsize 0.7 \
         title word(servers, server)
 }

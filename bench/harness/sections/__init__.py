@@ -1,1 +1,0 @@
-"""What is measured, section by section."""
