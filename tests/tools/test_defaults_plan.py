@@ -26,11 +26,11 @@ EVERYTHING = {
     "DefaultActions": "kept,1,call,,501,Kept,K#changed,2,call,,502,Old \\, new\x1b[1m,O#new,1,call,,505,N,N"
     "#too,few#goes,1,call,,504,Goes,G#,1,call,,,Nobody's,",
     "DefaultKeys": "kept,home,0,bell,0,0,0#changed,home,5,lamp,0,0,0#new,home,6,bell,0,0,0#unknown,home,7,,0,0,0"
-    "#,home,8,,0,0,0#kept,home,9,,0,0,0#",
+    "#,home,8,,0,0,0#kept,home,9,,0,0,0#goes,module,3,bell,1,0,2#goes,module,1,lamp,1,0,2#",
     "ProgKeysMax": "6",
 }
 TABLE = r"""
-WHAT       KIND    ID  DMID     DETAIL
+what       kind    id  dmId     detail
 changed    action  -1           type -1 -> 1: no identifier: overwrites the reserved action
 changed    action  -1           action "" -> "call": no identifier: overwrites the reserved action
 changed    action  -1           label "" -> "Nobody's": no identifier: overwrites the reserved action
@@ -47,12 +47,13 @@ changed    key      2  changed  position 1 -> 5
 changed    key      2  changed  icon "bell" -> "lamp"
 added      key      -  new      home, position 6
 added      key      -           home, position 8: no identifier: becomes a user's key, another at each start
+added      key      -  goes     module 2, key 3
+changed    key      4  goes     icon "bell" -> "lamp"
 removed    key      3  gone     home, position 2
-removed    key      4  goes     module 2, key 1
 refused    action   -           too,few: 2 instead of 7 fields
 refused    key      -           1 instead of 7 fields
 Actions: 1 added, 3 changed, 2 kept, 1 withdrawn, 1 refused
-Keys: 2 added, 1 changed, 1 kept, 2 removed, 2 dropped, 1 refused
+Keys: 3 added, 2 changed, 1 kept, 1 removed, 2 dropped, 1 refused
 """
 
 
@@ -109,7 +110,8 @@ def write(directory, settings):
 
 def test_each_outcome_is_a_row(ctl, used_phone, everything):
     plan = ("defaults", "plan", everything)
-    assert ctl(*plan).lines == TABLE.strip().split("\n")
+    result = ctl(*plan)
+    assert (result.lines, result.err) == (TABLE.strip().split("\n"), "")
     whole = ctl(*plan, "--all").lines
     assert [line.split() for line in whole if line.startswith("kept")] == [
         ["kept", "action", "1", "kept", "Kept"],
@@ -141,7 +143,7 @@ def test_programs_read_the_same_rows(ctl, used_phone, everything):
     terse = ctl(*plan, "--terse").lines
     assert len(terse) == len(rows)
     assert "changed:key:2:changed:position:1:5:2:-:position 1 -> 5" in terse
-    assert ctl(*plan, "--terse", "--fields", "what,kind,dmId").lines[-3:] == ["removed:key:goes", "refused:action:", "refused:key:"]
+    assert ctl(*plan, "--terse", "--fields", "what,kind,dmId").lines[-3:] == ["removed:key:gone", "refused:action:", "refused:key:"]
     assert ctl(*plan, "--fields", "what,colour").status == 2
 
 
@@ -227,7 +229,7 @@ def test_a_plan_needs_a_running_service(ctl, settings_manager):
 
 
 @pytest.mark.parametrize("content", [b"D1\xff", b"D1\0", b"\xef\xbb\xbfD1", b"dmId,container,position,icon\n"])
-def test_text_that_cannot_be_delivered_is_refused(offline, tmp_path, content):
+def test_a_setting_that_cannot_be_delivered_is_refused(offline, tmp_path, content):
     (tmp_path / "DefaultKeys").write_bytes(content)
     result = offline("defaults", "plan", "--detailed-exitcode", tmp_path / "DefaultKeys")
     assert (result.status, result.out) == (4, "")

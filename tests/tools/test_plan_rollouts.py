@@ -16,9 +16,10 @@ from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
 from sandbox.settings import write_settings
 
-STARTS = 500 if os.environ.get("PROGKEYS_FAULTS") == "all" else 30
+# The fixed seed needs so many starts to show each outcome.
+STARTS = 500 if os.environ.get("PROGKEYS_FAULTS") == "all" else 20
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
-FIXED_SEED = 9
+FIXED_SEED = 34
 RANDOM_SEED = int(os.environ.get(SEED_VARIABLE) or random.SystemRandom().randrange(2**32))
 LIMITS = ("0", "3", "8", "12", "100", "1000", "", "x", "-1", " 6 ")
 EVERY_OUTCOME = {

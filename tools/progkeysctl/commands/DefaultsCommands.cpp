@@ -4,10 +4,10 @@
 #include "cli/Session.h"
 #include "client/Settings.h"
 #include "converting/Formats.h"
+#include "defaults/Checks.h"
 #include "defaults/Report.h"
-#include "defaults/Rollout.h"
 #include "files/Files.h"
-#include "planning/PlanSettings.h"
+#include "planning/Plan.h"
 
 namespace commands {
 namespace {
@@ -19,31 +19,33 @@ std::optional<defaults::Kind> kindFrom(const cli::Arguments &arguments)
     return defaults::kindNamed(arguments.text("--kind"));
 }
 
-void printProblems(output::Output &out, const QList<defaults::Setting> &settings)
+void printProblems(output::Output &out, const defaults::Rollout &rollout)
 {
     if (!out.isForPeople()) {
-        out.list(defaults::listingOf(settings));
+        out.list(defaults::listingOf(rollout));
         return;
     }
-    const QStringList lines = defaults::linesOf(settings, out.terminal());
+    const QStringList lines = defaults::linesOf(rollout, out.terminal());
     for (const QString &line : lines)
         out.say(line);
     if (out.manner().hasLegend)
-        out.say(defaults::summaryOf(settings));
+        out.say(defaults::summaryOf(rollout));
 }
 
 ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
 {
-    const defaults::Rollout rollout =
+    const std::optional<int> limit = arguments.optionalInteger("--limit");
+    defaults::Rollout rollout =
         defaults::readRollout({arguments.paths("FILE"), kindFrom(arguments), {}, KindAdvice});
-    const QList<defaults::Setting> settings =
-        defaults::checkRollout(rollout, arguments.optionalInteger("--limit"));
-    printProblems(session.out(), settings);
+    if (!limit)
+        defaults::addLimitBesideKeys(rollout);
+    defaults::check(rollout, limit);
+    printProblems(session.out(), rollout);
     if (rollout.find(defaults::Kind::Keys) && !rollout.find(defaults::Kind::Actions))
         output::warn(QStringLiteral("no actions were specified, so the keys were not compared "
                                     "with them"));
-    const int errors = defaults::countOf(settings, defaults::Severity::Error);
-    const int warnings = defaults::countOf(settings, defaults::Severity::Warning);
+    const int errors = defaults::countOf(rollout, defaults::Severity::Error);
+    const int warnings = defaults::countOf(rollout, defaults::Severity::Warning);
     const bool isGood = errors == 0 && (warnings == 0 || !arguments.has("--strict"));
     return isGood ? ExitStatus::Done : ExitStatus::InvalidText;
 }
@@ -101,11 +103,46 @@ defaults::Rollout readRollout(const cli::Arguments &arguments)
     return defaults::readRollout(sources);
 }
 
+// The text of a setting: from the rollout, or from the phone if the rollout is not a directory. A
+// missing setting is empty, as it is for the service.
+std::optional<QString> settingText(cli::Session &session, const defaults::Rollout &rollout,
+                                   defaults::Kind kind)
+{
+    if (const defaults::Setting *setting = rollout.find(kind))
+        return setting->text;
+    const QString name = defaults::settingName(kind);
+    const bool isOfPhone = rollout.directory.isEmpty();
+    const std::optional<QString> text =
+        isOfPhone ? client::readSetting(session.bus(), name) : std::nullopt;
+    if (!text)
+        output::warn(QStringLiteral("%1 has no setting %2: %3")
+                         .arg(isOfPhone ? QStringLiteral("the phone") : rollout.directory, name,
+                              kind == defaults::Kind::Limit
+                                  ? QStringLiteral("the number of keys is not limited")
+                                  : QStringLiteral("it is treated as empty")));
+    return text;
+}
+
+defaults::PlannedSettings plannedSettings(cli::Session &session, const cli::Arguments &arguments)
+{
+    const defaults::Rollout rollout = readRollout(arguments);
+    for (const auto &[kind, setting] : rollout.settings)
+        defaults::requireReadable(setting);
+    defaults::PlannedSettings settings;
+    settings.actions = settingText(session, rollout, defaults::Kind::Actions).value_or(QString());
+    settings.keys = settingText(session, rollout, defaults::Kind::Keys).value_or(QString());
+    settings.limit = arguments.optionalInteger("--limit");
+    if (settings.limit)
+        return settings;
+    const std::optional<QString> limit = settingText(session, rollout, defaults::Kind::Limit);
+    if (limit)
+        settings.limit = limit->toInt();
+    return settings;
+}
+
 ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
 {
-    const defaults::PlannedSettings settings = defaults::settingsOf(
-        readRollout(arguments), arguments.optionalInteger("--limit"),
-        [&session](const QString &name) { return client::readSetting(session.bus(), name); });
+    const defaults::PlannedSettings settings = plannedSettings(session, arguments);
     const ListAction actions = session.service().actions();
     const ListKey keys = session.service().keys();
     const defaults::Plan plan = defaults::planOf(actions, keys, settings);

@@ -8,38 +8,24 @@
 #include "fields/Fields.h"
 #include "files/Files.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace commands {
 namespace {
 
-const Action *find(const ListAction &actions, qlonglong idAction)
+// The action that a key triggers, in a key to export; warns if there is none.
+std::optional<exchange::ExportedKey> exported(const Key &key, const ListAction &actions)
 {
-    for (const Action &action : actions)
-        if (action.idAction == idAction)
-            return &action;
-    return nullptr;
-}
-
-void take(exchange::Document &document, const Action &action)
-{
-    if (!find(document.actions, action.idAction))
-        document.actions.append(action);
-}
-
-void takeKey(exchange::Document &document, const Key &key, const ListAction &actions)
-{
-    exchange::ExportedKey exported{key, {}};
-    const Action *action = find(actions, key.idAction);
-    if (!action) {
-        output::warn(QStringLiteral("key %1 was not exported: action %2 does not exist")
-                         .arg(QString::number(key.idKey), QString::number(key.idAction)));
-        return;
-    }
-    if (fields::isUsers(*action))
-        take(document, *action);
-    exported.actionDmId = action->dmId;
-    document.keys.append(exported);
+    const auto action = std::find_if(actions.begin(), actions.end(), [&](const Action &each) {
+        return each.idAction == key.idAction;
+    });
+    if (action != actions.end())
+        return exchange::ExportedKey{key, action->dmId};
+    output::warn(QStringLiteral("key %1 was not exported: action %2 does not exist")
+                     .arg(QString::number(key.idKey), QString::number(key.idAction)));
+    return std::nullopt;
 }
 
 exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &filter)
@@ -47,13 +33,19 @@ exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &f
     const ListAction actions = service.actions();
     const ListKey keys = service.keys();
     exchange::Document document;
-    if (filter.admitsAll())
-        for (const Action &action : actions)
-            if (fields::isUsers(action))
-                document.actions.append(action);
-    for (const Key &key : keys)
-        if (key.dmId.isEmpty() && filter.admits(key))
-            takeKey(document, key, actions);
+    QSet<qlonglong> used;
+    for (const Key &key : keys) {
+        const bool isChosen = key.dmId.isEmpty() && filter.admits(key);
+        const auto chosen = isChosen ? exported(key, actions) : std::nullopt;
+        if (!chosen)
+            continue;
+        document.keys.append(*chosen);
+        used.insert(key.idAction);
+    }
+    for (const Action &action : actions) {
+        if (fields::isUsers(action) && (filter.admitsAll() || used.contains(action.idAction)))
+            document.actions.append(action);
+    }
     return document;
 }
 
@@ -72,20 +64,25 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 }
 
 // An import without room for all keys does not begin.
-void requireRoom(const client::Bus &bus, const exchange::ImportPlan &plan)
+void requireRoom(const client::Bus &bus, const QList<exchange::Step> &steps, const ListKey &keys)
 {
-    if (plan.addedSetKeys == 0)
+    const auto added = std::count_if(
+        steps.begin(), steps.end(), [](const exchange::Step &step) { return step.addsKeyOfSet(); });
+    const auto total = added + std::count_if(keys.begin(), keys.end(), [](const Key &key) {
+                           return key.type == KeyType::Set;
+                       });
+    if (added == 0)
         return;
-    const std::optional<QString> setting = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
-    if (!setting || plan.setKeysAfterwards <= setting->toInt())
+    const std::optional<QString> limit = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
+    if (!limit || total <= limit->toInt())
         return;
     throw Failure{ExitStatus::Failed,
                   QStringLiteral("Nothing was imported: the phone would have %1 keys of the set, "
                                  "and the limit ProgKeysMax is %2")
-                      .arg(plan.setKeysAfterwards)
-                      .arg(setting->toInt()),
-                  QStringLiteral("Delete keys of type 0, have the limit raised, or export fewer "
-                                 "keys with --container or --module.")};
+                      .arg(total)
+                      .arg(limit->toInt()),
+                  QStringLiteral("Delete keys of type 0, raise the limit, or export fewer keys "
+                                 "with --container or --module.")};
 }
 
 QString summary(const output::Listing &steps, bool isDryRun)
@@ -112,13 +109,13 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
     const exchange::Document document =
         exchange::fromJson(files::readAll(file), files::displayName(file));
     client::ProgrammableKeys &service = session.service();
-    const exchange::ImportPlan plan =
-        exchange::planImport(document, service.actions(), service.keys());
-    requireRoom(session.bus(), plan);
-    exchange::ImportResult result{exchange::listingOf(plan), std::nullopt};
+    const ListKey keys = service.keys();
+    const QList<exchange::Step> steps = exchange::planImport(document, service.actions(), keys);
+    requireRoom(session.bus(), steps, keys);
+    exchange::ImportResult result{exchange::listingOf(steps), std::nullopt};
     session.out().requireFields(result.steps.columns);
     if (!isDryRun)
-        result = exchange::carryOut(plan, service);
+        result = exchange::carryOut(steps, service);
     result.steps.legend = summary(result.steps, isDryRun);
     session.out().list(result.steps);
     if (result.failure)
@@ -137,7 +134,7 @@ QList<cli::Command> exchangeCommands()
                          placeOptions() << output, runExport),
             cli::command("import", "import keys and actions from an export",
                          {cli::argument("FILE", cli::type::file(),
-                                        "file made by export; - is standard input"),
+                                        "file written by export; - is standard input"),
                           cli::flag("--dry-run", "show what would be done, without doing it")},
                          runImport)};
 }

@@ -14,8 +14,6 @@
 namespace defaults {
 namespace {
 
-using output::quoted;
-
 [[noreturn]] void throwInvalidLine(const QString &file, int line, const QString &message,
                                    const QString &advice)
 {
@@ -83,55 +81,53 @@ void CsvReader::endRow(int end, void *reader)
     self.m_lastEnd = end;
 }
 
-int knownColumns(Kind kind, const QStringList &header)
+// What a header lacks, and what it has in addition; columns may have any order.
+struct HeaderFaults
 {
-    const QStringList names = fieldNames(kind);
-    return static_cast<int>(std::count_if(
-        header.cbegin(), header.cend(), [&](const QString &name) { return names.contains(name); }));
-}
+    QStringList missing;
+    QStringList surplus;
+
+    HeaderFaults(const QStringList &header, Kind kind) : surplus(header)
+    {
+        for (const QString &name : fieldNames(kind)) {
+            if (!surplus.removeOne(name))
+                missing.append(name);
+        }
+    }
+};
 
 Kind kindOf(const QStringList &header)
 {
-    return knownColumns(Kind::Actions, header) > knownColumns(Kind::Keys, header) ? Kind::Actions
-                                                                                  : Kind::Keys;
+    return HeaderFaults(header, Kind::Keys).surplus.size() <
+                   HeaderFaults(header, Kind::Actions).surplus.size()
+               ? Kind::Keys
+               : Kind::Actions;
 }
 
-// The delimiter that splits the header into the most names of fields.
+// The most frequent delimiter of the header: the names of fields contain none.
 char delimiterOf(const QByteArray &text)
 {
-    const QString header =
-        QString::fromUtf8(text.left(text.indexOf('\n'))).remove(QLatin1Char('"')).trimmed();
-    const auto namesWith = [&header](char delimiter) {
-        const QStringList columns = header.split(QLatin1Char(delimiter));
-        return knownColumns(kindOf(columns), columns);
-    };
+    const QByteArray header = text.left(text.indexOf('\n'));
     const std::array<char, 3> delimiters{',', ';', '\t'};
     return *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
-        return namesWith(left) < namesWith(right);
+        return header.count(left) < header.count(right);
     });
 }
 
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
 {
-    const QStringList names = fieldNames(kind);
-    QStringList faults;
-    for (const QString &name : names) {
-        if (header.count(name) != 1)
-            faults.append((header.contains(name) ? QStringLiteral("%1 is repeated")
-                                                 : QStringLiteral("%1 is missing"))
-                              .arg(quoted(name)));
-    }
-    for (const QString &name : header) {
-        if (!names.contains(name))
-            faults.append(QStringLiteral("%1 is unknown").arg(quoted(name)));
-    }
-    if (knownColumns(kind, header) == 0)
-        faults = QStringList{QStringLiteral("no names of fields")};
-    if (!faults.isEmpty())
+    const HeaderFaults faults(header, kind);
+    QStringList parts;
+    if (!faults.missing.isEmpty())
+        parts.append(QStringLiteral("missing: ") + faults.missing.join(QStringLiteral(", ")));
+    if (!faults.surplus.isEmpty())
+        parts.append(QStringLiteral("unknown or repeated: ") +
+                     faults.surplus.join(QStringLiteral(", ")));
+    if (!parts.isEmpty())
         throwInvalidLine(
-            file, 1, QStringLiteral("invalid header: %1").arg(faults.join(QStringLiteral(", "))),
-            QStringLiteral("The columns are %1 for actions and %2 for keys, separated "
-                           "by commas, semicolons or tabs.")
+            file, 1, QStringLiteral("invalid header: %1").arg(parts.join(QStringLiteral("; "))),
+            QStringLiteral("The columns are %1 for actions and %2 for keys, separated by commas, "
+                           "semicolons or tabs.")
                 .arg(fieldNames(Kind::Actions).join(QLatin1Char(',')),
                      fieldNames(Kind::Keys).join(QLatin1Char(','))));
 }

@@ -4,9 +4,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <cmath>
-#include <limits>
-
 namespace defaults {
 namespace {
 
@@ -29,22 +26,13 @@ Kind readKind(const QJsonObject &object, const QString &file, std::optional<Kind
     return *kind;
 }
 
-std::optional<int> intOf(const QJsonValue &value)
-{
-    const double number = value.toDouble();
-    if (!value.isDouble() || std::trunc(number) != number ||
-        number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
-        return std::nullopt;
-    return static_cast<int>(number);
-}
-
 QString readField(const QJsonValue &value, const output::Column &field, const QString &where)
 {
     if (value.isString() && value.toString().isValidUtf16())
         return value.toString();
-    const std::optional<int> number = field.isNumber ? intOf(value) : std::nullopt;
-    if (number)
-        return QString::number(*number);
+    const bool isInteger = value.toInt(0) == value.toInt(1); // otherwise these are defaults
+    if (field.isNumber && isInteger)
+        return QString::number(value.toInt());
     throwInvalid(QStringLiteral("%1: the member \"%2\" must be %3")
                      .arg(where, field.name,
                           field.isNumber ? QStringLiteral("a 32-bit integer or a string")

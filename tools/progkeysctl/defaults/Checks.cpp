@@ -1,10 +1,11 @@
 #include "defaults/Checks.h"
 
+#include "fields/Places.h"
 #include "output/Text.h"
 #include "provisioning/ProvisionedRecords.h"
 
 #include <QHash>
-#include <QSet>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -20,6 +21,9 @@ constexpr int ContainerField = 2;
 constexpr int PositionField = 3;
 constexpr int KeyTypeField = 5;
 
+const QRegularExpression LineBreak(QStringLiteral("[\r\n]"));
+
+// A problem with a field of a record, or with the whole record.
 Problem problemOf(const Record &record, int field = 0)
 {
     Problem problem;
@@ -43,84 +47,88 @@ QString nameOfField(const Setting &setting, int field)
     return fieldNames(setting.kind).value(field - 1);
 }
 
-bool isLineBreak(QChar c)
-{
-    return c == QLatin1Char('\n') || c == QLatin1Char('\r');
-}
-
 QString textOf(const Setting &setting, const Record &record)
 {
     return setting.text.mid(record.start, record.length);
 }
 
-// Line breaks before an identifier are reported once, and must not make every comparison fail.
-QString identifierOf(const Record &record)
+const QString &identifierOf(const Record &record)
 {
-    const QString &text = record.fields.first().text;
-    int start = 0;
-    while (start < text.size() && isLineBreak(text.at(start)))
-        ++start;
-    return text.mid(start);
+    return record.fields.first().text;
 }
 
-// The same for identifiers that are easily confused.
-QString simplified(const QString &identifier)
+// Identifiers of records, to find equal ones and those that are easily confused.
+class Identifiers
 {
-    return identifier.trimmed().toLower();
-}
-
-QSet<int> recordsWith(const Setting &setting, const char *code)
-{
-    QSet<int> records;
-    for (const Problem &problem : setting.problems) {
-        if (problem.code == QLatin1String(code))
-            records.insert(problem.record);
+public:
+    /// Keeps the first of equal and of similar identifiers.
+    void add(const QString &identifier, int record)
+    {
+        if (m_records.contains(identifier))
+            return;
+        m_records.insert(identifier, record);
+        if (similarTo(identifier).isEmpty())
+            m_similar.insert(simplified(identifier), identifier);
     }
-    return records;
-}
 
-// Whether each number field has a number if the fields at `joined` and after it are one.
-bool isPlausible(Kind kind, const Record &record, int joined)
+    /// The number of its record; 0 if there is none.
+    int recordOf(const QString &identifier) const { return m_records.value(identifier); }
+
+    /// An identifier that differs only in case or blanks, or the same; empty if there is none.
+    QString similarTo(const QString &identifier) const
+    {
+        return m_similar.value(simplified(identifier));
+    }
+
+private:
+    static QString simplified(const QString &identifier) { return identifier.trimmed().toLower(); }
+
+    QHash<QString, int> m_records;
+    QHash<QString, QString> m_similar;
+};
+
+// Whether each field that is a number has one.
+bool hasNumbers(Kind kind, const QStringList &fields)
 {
     for (int field = 0; field < FieldCount; ++field) {
-        if (!fieldsOf(kind).at(field).isNumber)
-            continue;
-        bool isNumber = field != joined;
-        if (isNumber)
-            record.fields.at(field > joined ? field + 1 : field).text.toInt(&isNumber);
+        bool isNumber = !fieldsOf(kind).at(field).isNumber;
+        if (!isNumber)
+            fields.at(field).toInt(&isNumber);
         if (!isNumber)
             return false;
     }
     return true;
 }
 
-// The only field, from 0, that can contain a separating comma by mistake; -1 if there is no such.
+// The only field, from 1, that can contain a separating comma by mistake; 0 if there is no such.
 int fieldWithComma(Kind kind, const Record &record)
 {
-    int found = -1;
+    int found = 0;
     if (record.fields.size() != FieldCount + 1)
         return found;
-    for (int field = 0; field < FieldCount; ++field) {
-        if (!isPlausible(kind, record, field))
+    for (int field = 1; field <= FieldCount; ++field) {
+        QStringList joined = textsOf(record);
+        const QString next = joined.takeAt(field);
+        joined[field - 1] += QLatin1Char(',') + next;
+        if (!hasNumbers(kind, joined))
             continue;
-        if (found >= 0)
-            return -1;
+        if (found > 0)
+            return 0;
         found = field;
     }
     return found;
 }
 
-void addFieldCount(Setting &setting, const Record &record)
+void checkFieldCount(Setting &setting, const Record &record)
 {
     const int size = static_cast<int>(record.fields.size());
     const int field = fieldWithComma(setting.kind, record);
-    Problem problem = problemOf(record);
+    Problem problem = problemOf(record, field);
     QString hint = QStringLiteral("an empty field needs its comma, and a field cannot end in `\\`");
-    if (field >= 0) {
-        problem.field = field + 1;
-        problem.place = {spanOf(record.fields.at(field)).end(), 1};
+    if (field > 0) {
+        problem.place = {problem.place.end(), 1};
         hint = QStringLiteral("if the comma is part of %1, write it as `\\,`")
-                   .arg(nameOfField(setting, problem.field));
+                   .arg(nameOfField(setting, field));
     } else if (textOf(setting, record).contains(QLatin1Char('\n'))) {
         hint = QStringLiteral("a line break does not separate records; write `#`");
     } else if (size > FieldCount) {
@@ -139,7 +147,8 @@ void checkKeyNumber(Setting &setting, const Record &record, int field, int numbe
             QStringLiteral("the position %1 is negative").arg(number));
     if (field == KeyTypeField && number != KeyType::Set && number != KeyType::AddOnModule)
         add(setting, Severity::Warning, "unknown-key-type", problemOf(record, field),
-            QStringLiteral("the type %1 is neither 0, the set, nor 1, an add-on module")
+            QStringLiteral("the type %1 is neither 0 (key on the set) nor 1 (key on an add-on "
+                           "module)")
                 .arg(number));
 }
 
@@ -167,184 +176,163 @@ void checkFields(Setting &setting, const Record &record)
             setting.kind == Kind::Actions
                 ? QStringLiteral("the identifier is empty: the action overwrites every action that "
                                  "users made")
-                : QStringLiteral("the identifier is empty: the key counts as made by a user, and "
-                                 "each start adds one more"));
+                : QStringLiteral("the identifier is empty: the key becomes a user's key, and each "
+                                 "start adds another one"));
     for (int field = 1; field <= FieldCount; ++field) {
         if (fieldsOf(setting.kind).at(field - 1).isNumber)
             checkNumber(setting, record, field);
     }
 }
 
-void checkWords(Setting &setting, const Record &record)
+void checkReservedWords(Setting &setting, const Record &record)
 {
+    static const QRegularExpression words(QStringLiteral("escComa|escSharp"));
     for (int field = 1; field <= record.fields.size(); ++field) {
-        for (const char *word : {"escComa", "escSharp"}) {
-            Problem problem = problemOf(record, field);
-            const auto at = setting.text.mid(problem.place.start, problem.place.length)
-                                .indexOf(QLatin1String(word));
-            if (at < 0)
-                continue;
-            problem.place = {problem.place.start + static_cast<int>(at),
-                             static_cast<int>(qstrlen(word))};
-            add(setting, Severity::Error, "placeholder-word", problem,
-                QStringLiteral("the phone reads `%1` as another character: use another spelling")
-                    .arg(QLatin1String(word)));
-        }
-    }
-}
-
-bool isBlank(const Setting &setting, const Record &record)
-{
-    const QString text = textOf(setting, record);
-    return std::all_of(text.cbegin(), text.cend(), isLineBreak);
-}
-
-// One problem for the whole text: a tool that breaks lines does so after each record. In a refused
-// record the problem is the number of fields.
-void checkLineBreaks(Setting &setting)
-{
-    QList<int> places;
-    bool isInIdentifier = false;
-    for (const Record &record : std::as_const(setting.records)) {
-        const QString text = textOf(setting, record);
-        const auto at = std::find_if(text.cbegin(), text.cend(), isLineBreak) - text.cbegin();
-        if (at == text.size() || (!record.isAccepted() && !isBlank(setting, record)))
+        Problem problem = problemOf(record, field);
+        const QRegularExpressionMatch match =
+            words.match(setting.text.mid(problem.place.start, problem.place.length));
+        if (!match.hasMatch())
             continue;
-        places.append(record.start + static_cast<int>(at));
-        isInIdentifier = isInIdentifier || (at == 0 && record.isAccepted());
+        problem.place = {problem.place.start + static_cast<int>(match.capturedStart()),
+                         static_cast<int>(match.capturedLength())};
+        add(setting, Severity::Error, "placeholder-word", problem,
+            QStringLiteral("`%1` is a reserved word, which the phone replaces: use another "
+                           "spelling")
+                .arg(match.captured()));
     }
-    if (places.isEmpty())
-        return;
-    const Problem problem = problemAt(setting, {places.first(), 1});
-    add(setting, isInIdentifier ? Severity::Error : Severity::Warning, "line-break", problem,
-        QStringLiteral("the line break becomes part of %1; records with line breaks: %2")
-            .arg(nameOfField(setting, problem.field), QString::number(places.size())));
 }
 
-// What only one key can occupy; empty for a key of another type.
-QString placeOf(const Key &key)
+void checkRecord(Setting &setting, const Record &record)
 {
-    if (key.type == KeyType::Set)
-        return QStringLiteral("position %1 of the container %2")
-            .arg(QString::number(key.position), quoted(key.container));
-    if (key.type == KeyType::AddOnModule)
-        return QStringLiteral("key %1 of the add-on module of type %2 at address %3")
-            .arg(QString::number(key.position), QString::number(key.aom_type),
-                 QString::number(key.aom_addr));
-    return {};
-}
-
-Problem takenPlace(const Record &record, const Key &key)
-{
-    Problem problem = problemOf(record, key.type == KeyType::Set ? ContainerField : PositionField);
-    const Span position = spanOf(record.fields.at(PositionField - 1));
-    problem.place.length = position.end() - problem.place.start;
-    return problem;
-}
-
-} // namespace
-
-void checkRecords(Setting &setting)
-{
-    const QList<Record> records = setting.records;
-    for (const Record &record : records) {
+    if (record.length == 0) {
         Problem empty = problemOf(record);
         empty.place = {std::max(0, record.start - 1), 1};
-        if (record.length == 0)
-            add(setting, Severity::Warning, "empty-record", empty,
-                QStringLiteral("record %1 is empty: remove a `#`").arg(record.number));
-        else if (record.isAccepted())
-            checkFields(setting, record);
-        else if (!isBlank(setting, record))
-            addFieldCount(setting, record);
-        checkWords(setting, record);
+        add(setting, Severity::Warning, "empty-record", empty,
+            QStringLiteral("record %1 is empty: remove a `#`").arg(record.number));
+    } else if (record.isAccepted()) {
+        checkFields(setting, record);
+    } else {
+        checkFieldCount(setting, record);
     }
-    checkLineBreaks(setting);
+    checkReservedWords(setting, record);
 }
 
-void checkIdentifiers(Setting &actions)
+// One problem for the whole text: a tool that breaks lines does so after each record. Returns
+// whether the line breaks are before records, because then all other problems may follow from them.
+bool checkLineBreaks(Setting &setting)
 {
-    QHash<QString, int> records;
-    QHash<QString, QString> similar;
+    std::optional<Span> inField;
+    for (const Record &record : std::as_const(setting.records)) {
+        const auto at = static_cast<int>(textOf(setting, record).indexOf(LineBreak));
+        const Span place{record.start + at, 1};
+        if (at == 0) {
+            add(setting, Severity::Error, "line-break", problemAt(setting, place),
+                QStringLiteral("the line break becomes part of the identifier: only a `#` "
+                               "separates records"));
+            return true;
+        }
+        if (at > 0 && record.isAccepted() && !inField)
+            inField = place;
+    }
+    if (inField) {
+        const Problem problem = problemAt(setting, *inField);
+        add(setting, Severity::Warning, "line-break", problem,
+            QStringLiteral("the line break becomes part of the %1")
+                .arg(nameOfField(setting, problem.field)));
+    }
+    return false;
+}
+
+Identifiers checkIdentifiers(Setting &actions)
+{
+    Identifiers identifiers;
     for (const Record &record : std::as_const(actions.records)) {
         const QString dmId = identifierOf(record);
+        const int earlier = identifiers.recordOf(dmId);
+        const QString similar = identifiers.similarTo(dmId);
+        identifiers.add(dmId, record.number);
         if (!record.isAccepted() || dmId.isEmpty())
             continue;
         const Problem problem = problemOf(record, IdentifierField);
-        const QString other = similar.value(simplified(dmId), dmId);
-        if (records.contains(dmId))
+        if (earlier > 0)
             add(actions, Severity::Error, "repeated-identifier", problem,
                 QStringLiteral("record %1 already has the identifier %2")
-                    .arg(QString::number(records.value(dmId)), quoted(dmId)));
-        else if (other != dmId)
+                    .arg(QString::number(earlier), quoted(dmId)));
+        else if (!similar.isEmpty())
             add(actions, Severity::Warning, "similar-identifier", problem,
                 QStringLiteral("the identifier %1 differs from %2 of record %3 only in case or "
                                "blanks")
-                    .arg(quoted(dmId), quoted(other), QString::number(records.value(other))));
-        if (!records.contains(dmId))
-            records.insert(dmId, record.number);
-        similar.insert(simplified(dmId), other);
+                    .arg(quoted(dmId), quoted(similar),
+                         QString::number(identifiers.recordOf(similar))));
     }
+    return identifiers;
 }
 
-void checkPlaces(Setting &keys)
+struct PlacedKey
 {
-    const QSet<int> invalid = recordsWith(keys, "not-a-number");
-    QHash<QString, int> records;
-    for (const Record &record : std::as_const(keys.records)) {
-        if (!record.isAccepted() || invalid.contains(record.number))
-            continue;
-        const Key key = provisioning::toKey(record);
-        const QString place = placeOf(key);
-        // The description of a place may show only the start of the container.
-        const QString identity = place + (key.type == KeyType::Set ? key.container : QString());
-        if (records.contains(identity))
-            add(keys, Severity::Error, "same-place", takenPlace(record, key),
-                QStringLiteral("record %1 already has %2")
-                    .arg(QString::number(records.value(identity)), place));
-        else if (!place.isEmpty())
-            records.insert(identity, record.number);
-    }
+    int record = 0;
+    Key key;
+};
+
+// Whether the key has an action. A refused action counts: it is reported itself.
+bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actions)
+{
+    const QString dmId = identifierOf(record);
+    if (dmId.isEmpty() || actions.recordOf(dmId) > 0)
+        return true;
+    const QString similar = actions.similarTo(dmId);
+    QString message = QStringLiteral("no action has the identifier %1, and the phone drops the key")
+                          .arg(quoted(dmId));
+    if (!similar.isEmpty())
+        message += QStringLiteral("; %1 differs only in case or blanks").arg(quoted(similar));
+    add(keys, Severity::Error, "key-without-action", problemOf(record, IdentifierField), message);
+    return false;
 }
 
-void checkActionsOf(Setting &keys, const Setting &actions)
+void checkPlace(Setting &keys, const Record &record, QList<PlacedKey> &placed)
 {
-    QSet<QString> identifiers;
-    QHash<QString, QString> similar;
-    for (const Record &record : actions.records) {
-        identifiers.insert(identifierOf(record));
-        similar.insert(simplified(identifierOf(record)), identifierOf(record));
+    const Key key = provisioning::toKey(record);
+    const auto other = std::find_if(placed.cbegin(), placed.cend(), [&](const PlacedKey &each) {
+        return fields::isSamePlace(each.key, key);
+    });
+    if (other == placed.cend()) {
+        placed.append({record.number, key});
+        return;
     }
-    for (const Record &record : std::as_const(keys.records)) {
-        const QString dmId = identifierOf(record);
-        if (!record.isAccepted() || dmId.isEmpty() || identifiers.contains(dmId))
-            continue;
-        QString message =
-            QStringLiteral("no action has the identifier %1, and the phone drops the key")
-                .arg(quoted(dmId));
-        if (similar.contains(simplified(dmId)))
-            message += QStringLiteral("; %1 differs only in case or blanks")
-                           .arg(quoted(similar.value(simplified(dmId))));
-        add(keys, Severity::Error, "key-without-action", problemOf(record, IdentifierField),
-            message);
-    }
+    Problem problem =
+        problemOf(record, key.type == KeyType::AddOnModule ? PositionField : ContainerField);
+    problem.place.length = spanOf(record.fields.at(PositionField - 1)).end() - problem.place.start;
+    add(keys, Severity::Error, "same-place", problem,
+        QStringLiteral("record %1 is already at this place: %2")
+            .arg(QString::number(other->record), output::printable(fields::described(key))));
 }
 
-void checkLimit(Setting &keys, int limit)
+// Keys that the phone drops do not count.
+void checkLimit(Setting &keys, const QList<Record> &ofSet, int limit)
 {
-    const QSet<int> dropped = recordsWith(keys, "key-without-action");
-    QList<Problem> ofSet;
-    for (const Record &record : std::as_const(keys.records)) {
-        if (record.isAccepted() && provisioning::toKey(record).type == KeyType::Set &&
-            !dropped.contains(record.number))
-            ofSet.append(problemOf(record));
-    }
     if (ofSet.size() > limit)
-        add(keys, Severity::Error, "too-many-keys", ofSet.at(limit),
+        add(keys, Severity::Error, "too-many-keys", problemOf(ofSet.at(std::max(0, limit))),
             QStringLiteral("there are %1 of the set, and the limit is %2: the phone refuses this "
                            "one and the following keys of the set")
                 .arg(output::counted(static_cast<int>(ofSet.size()), QStringLiteral("key")),
                      QString::number(limit)));
+}
+
+void checkKeys(Setting &keys, const std::optional<Identifiers> &actions, std::optional<int> limit)
+{
+    QList<PlacedKey> placed;
+    QList<Record> ofSet;
+    for (const Record &record : std::as_const(keys.records)) {
+        if (!record.isAccepted())
+            continue;
+        const bool isCreated = !actions || checkActionOf(keys, record, *actions);
+        if (hasNumbers(keys.kind, textsOf(record)))
+            checkPlace(keys, record, placed);
+        if (isCreated && provisioning::toKey(record).type == KeyType::Set)
+            ofSet.append(record);
+    }
+    if (limit)
+        checkLimit(keys, ofSet, std::max(0, *limit));
 }
 
 void checkLimitText(Setting &limit)
@@ -358,6 +346,37 @@ void checkLimitText(Setting &limit)
             QStringLiteral("the limit %1 is not a 32-bit decimal number and becomes 0: no key of "
                            "the set can be created")
                 .arg(quoted(limit.text)));
+}
+
+} // namespace
+
+void check(Rollout &rollout, std::optional<int> limit)
+{
+    std::optional<Identifiers> actions;
+    for (auto &[kind, setting] : rollout.settings) {
+        setting.isReadable = setting.isReadable && !checkLineBreaks(setting);
+        if (!setting.isReadable)
+            continue;
+        const QList<Record> records = setting.records;
+        for (const Record &record : records)
+            checkRecord(setting, record);
+        if (kind == Kind::Actions)
+            actions = checkIdentifiers(setting);
+        else if (kind == Kind::Limit)
+            checkLimitText(setting);
+    }
+    const Setting *limitSetting = rollout.find(Kind::Limit);
+    if (!limit && limitSetting)
+        limit = limitSetting->text.toInt();
+    const auto keys = rollout.settings.find(Kind::Keys);
+    if (keys != rollout.settings.end() && keys->second.isReadable)
+        checkKeys(keys->second, actions, limit);
+    for (auto &[kind, setting] : rollout.settings)
+        std::stable_sort(setting.problems.begin(), setting.problems.end(),
+                         [](const Problem &left, const Problem &right) {
+                             return std::make_pair(left.record, left.place.start) <
+                                    std::make_pair(right.record, right.place.start);
+                         });
 }
 
 } // namespace defaults

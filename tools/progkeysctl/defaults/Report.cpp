@@ -69,11 +69,11 @@ QStringList excerptOf(const Setting &setting, const Problem &problem, int width,
     const Span shown =
         record.length > 0 ? spanOf(record) : Span{0, static_cast<int>(setting.text.size())};
     const Span &place = problem.place;
-    const QString marked = printable(setting.text.mid(place.start, std::min(place.length, width)));
     const QString before =
         endOf(setting.text.mid(shown.start, place.start - shown.start), width / 2);
-    const QString after = setting.text.mid(place.end(), std::min(shown.end() - place.end(), width));
-    const QString line = output::elided(before + marked + printable(after), width);
+    const QString marked = printable(setting.text.mid(place.start, place.length));
+    const QString after = printable(setting.text.mid(place.end(), shown.end() - place.end()));
+    const QString line = output::elided(before + marked + after, width);
     const int start = textWidth(before);
     const int length = std::max(1, std::min(textWidth(marked), textWidth(line) - start));
     return {line, QString(start, QLatin1Char(' ')) +
@@ -126,13 +126,13 @@ QString contentOf(const Setting &setting)
 
 } // namespace
 
-output::Listing listingOf(const QList<Setting> &settings)
+output::Listing listingOf(const Rollout &rollout)
 {
     output::Listing listing;
     for (const char *name : {"file", "record", "field", "fieldName", "column", "severity", "code",
                              "message", "character"})
-        listing.columns.append({QString::fromLatin1(name), QString::fromLatin1(name).toUpper()});
-    for (const Setting &setting : settings) {
+        listing.columns.append({QString::fromLatin1(name), QString::fromLatin1(name)});
+    for (const auto &[kind, setting] : rollout.settings) {
         for (const Problem &problem : setting.problems) {
             const QString field = fieldNames(setting.kind).value(problem.field - 1);
             listing.rows.append(
@@ -151,11 +151,11 @@ output::Listing listingOf(const QList<Setting> &settings)
     return listing;
 }
 
-QStringList linesOf(const QList<Setting> &settings, const output::Terminal &terminal)
+QStringList linesOf(const Rollout &rollout, const output::Terminal &terminal)
 {
     QStringList lines;
     int count = 0;
-    for (const Setting &setting : settings) {
+    for (const auto &[kind, setting] : rollout.settings) {
         for (const Problem &problem : setting.problems) {
             if (++count > ShownProblems)
                 continue;
@@ -171,28 +171,29 @@ QStringList linesOf(const QList<Setting> &settings, const output::Terminal &term
     return lines;
 }
 
-QString summaryOf(const QList<Setting> &settings)
+QString summaryOf(const Rollout &rollout)
 {
     const QString subject =
-        settings.size() == 1 ? printable(settings.first().file)
-                             : counted(static_cast<int>(settings.size()), QStringLiteral("file"));
+        rollout.settings.size() == 1
+            ? printable(rollout.settings.begin()->second.file)
+            : counted(static_cast<int>(rollout.settings.size()), QStringLiteral("file"));
     QStringList parts;
     for (const Severity severity : {Severity::Error, Severity::Warning}) {
-        const int count = countOf(settings, severity);
+        const int count = countOf(rollout, severity);
         if (count > 0)
             parts.append(counted(count, nameOf(severity)));
     }
     if (!parts.isEmpty())
         return QStringLiteral("%1 in %2").arg(parts.join(QStringLiteral(", ")), subject);
-    for (const Setting &setting : settings)
+    for (const auto &[kind, setting] : rollout.settings)
         parts.append(contentOf(setting));
     return QStringLiteral("%1: %2, no problems").arg(subject, parts.join(QStringLiteral(", ")));
 }
 
-int countOf(const QList<Setting> &settings, Severity severity)
+int countOf(const Rollout &rollout, Severity severity)
 {
     int count = 0;
-    for (const Setting &setting : settings)
+    for (const auto &[kind, setting] : rollout.settings)
         count += static_cast<int>(
             std::count_if(setting.problems.cbegin(), setting.problems.cend(),
                           [&](const Problem &problem) { return problem.severity == severity; }));

@@ -1,17 +1,14 @@
 #include "defaults/Rollout.h"
 
-#include "defaults/Checks.h"
 #include "files/Files.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace defaults {
 namespace {
 
-[[noreturn]] void throwUsage(const QString &message, const QString &advice)
+[[noreturn]] void throwUsage(const QString &message, const QString &advice = {})
 {
     throw Failure{ExitStatus::Usage, message, advice};
 }
@@ -20,7 +17,7 @@ void add(Rollout &rollout, Kind kind, const QString &file)
 {
     for (const auto &[otherKind, other] : rollout.settings) {
         if (file == files::StandardStream && other.file == files::StandardStream)
-            throwUsage(QStringLiteral("Standard input can be read only once"), {});
+            throwUsage(QStringLiteral("Standard input can be read only once"));
         if (otherKind == kind)
             throwUsage(
                 QStringLiteral("%1 and %2 are both %3").arg(other.file, file, settingName(kind)),
@@ -31,20 +28,24 @@ void add(Rollout &rollout, Kind kind, const QString &file)
 
 void addPath(Rollout &rollout, const QString &path, const RolloutSources &sources)
 {
+    if (QFileInfo(path).isDir()) {
+        if (!rollout.directory.isEmpty())
+            throwUsage(
+                QStringLiteral("%1 and %2 are both directories").arg(rollout.directory, path),
+                QStringLiteral("Specify one rollout at a time."));
+        rollout.directory = path;
+        return;
+    }
     const std::optional<Kind> implied = kindOfFile(path);
     const std::optional<Kind> kind = implied ? implied : sources.kind;
-    if (!QFileInfo(path).isDir() && !kind)
+    if (!kind && path != files::StandardStream)
+        files::readAll(path); // a missing file is the first thing to report
+    if (!kind)
         throw unknownKind(path, sources.unknownKindAdvice);
-    if (!QFileInfo(path).isDir())
-        add(rollout, *kind, path);
-    else if (rollout.directory.isEmpty())
-        rollout.directory = path;
-    else
-        throwUsage(QStringLiteral("%1 and %2 are both directories").arg(rollout.directory, path),
-                   QStringLiteral("Specify one rollout at a time."));
+    add(rollout, *kind, path);
 }
 
-// Adds the setting in a directory, if there is one, unless a file is specified for it.
+// Adds the setting in a directory, unless a file is specified for it. Returns whether it is there.
 bool addFrom(Rollout &rollout, const QDir &directory, Kind kind)
 {
     const QString file = QDir::cleanPath(directory.filePath(settingName(kind)));
@@ -68,20 +69,6 @@ void addDirectory(Rollout &rollout)
             {}};
 }
 
-void checkKeys(Rollout &rollout, std::optional<int> limit)
-{
-    const auto keys = rollout.settings.find(Kind::Keys);
-    if (keys == rollout.settings.end() || !keys->second.isReadable)
-        return;
-    checkPlaces(keys->second);
-    const Setting *actions = rollout.find(Kind::Actions);
-    if (actions && actions->isReadable)
-        checkActionsOf(keys->second, *actions);
-    const Setting *file = rollout.find(Kind::Limit);
-    if (limit || file)
-        checkLimit(keys->second, std::max(0, limit ? *limit : file->text.toInt()));
-}
-
 } // namespace
 
 const Setting *Rollout::find(Kind kind) const
@@ -102,30 +89,11 @@ Rollout readRollout(const RolloutSources &sources)
     return rollout;
 }
 
-QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit)
+void addLimitBesideKeys(Rollout &rollout)
 {
     const Setting *keys = rollout.find(Kind::Keys);
-    if (!limit && keys && keys->file != files::StandardStream)
+    if (keys && keys->file != files::StandardStream)
         addFrom(rollout, QFileInfo(keys->file).dir(), Kind::Limit);
-    for (auto &[kind, setting] : rollout.settings) {
-        if (setting.isReadable && kind == Kind::Limit)
-            checkLimitText(setting);
-        else if (setting.isReadable)
-            checkRecords(setting);
-        if (setting.isReadable && kind == Kind::Actions)
-            checkIdentifiers(setting);
-    }
-    checkKeys(rollout, limit);
-    QList<Setting> settings;
-    for (auto &[kind, setting] : rollout.settings) {
-        std::stable_sort(setting.problems.begin(), setting.problems.end(),
-                         [](const Problem &left, const Problem &right) {
-                             return std::make_pair(left.record, left.place.start) <
-                                    std::make_pair(right.record, right.place.start);
-                         });
-        settings.append(setting);
-    }
-    return settings;
 }
 
 } // namespace defaults

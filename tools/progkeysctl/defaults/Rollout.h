@@ -6,15 +6,6 @@
 
 namespace defaults {
 
-/// Where the settings of a rollout are.
-struct RolloutSources
-{
-    QStringList paths;             ///< files, `-` for stdin, and at most one directory
-    std::optional<Kind> kind;      ///< of files whose names do not imply it
-    std::map<Kind, QString> files; ///< files of a known kind, `-` for stdin
-    QString unknownKindAdvice;     ///< how to specify the kind of a file
-};
-
 /// The settings that a rollout consists of; a missing one has no entry.
 struct Rollout
 {
@@ -24,6 +15,15 @@ struct Rollout
     const Setting *find(Kind kind) const;
 };
 
+/// Where the settings of a rollout are.
+struct RolloutSources
+{
+    QStringList paths;             ///< files, `-` for stdin, and at most one directory
+    std::optional<Kind> kind;      ///< of files whose names do not imply it
+    std::map<Kind, QString> files; ///< files of a known kind, `-` for stdin
+    QString unknownKindAdvice;     ///< how to specify the kind of a file
+};
+
 /// Reads a rollout: the files and, for other settings, the files in the directory that have the
 /// names of the settings.
 ///
@@ -31,8 +31,7 @@ struct Rollout
 /// setting; of status Failed if a file cannot be read or the directory contains no setting.
 Rollout readRollout(const RolloutSources &sources);
 
-/// Checks all settings. Keys are compared with the actions, and with the limit: the given one, else
-/// ProgKeysMax of the rollout or beside the keys. Returns the settings with their problems, sorted.
-QList<Setting> checkRollout(Rollout rollout, std::optional<int> limit);
+/// Adds ProgKeysMax from the directory of the keys, if it is there and the rollout has none.
+void addLimitBesideKeys(Rollout &rollout);
 
 } // namespace defaults

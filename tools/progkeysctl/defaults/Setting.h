@@ -44,13 +44,18 @@ struct Setting
     QString text;
     QList<provisioning::Record> records; ///< none if the text is empty or the limit
     QList<Problem> problems;
-    bool isReadable = true; ///< encoding and format are right; else nothing more is checked
+    bool isReadable = true; ///< false if it cannot be delivered to a phone: then nothing is checked
 };
 
-/// The setting in a file with this content, without one newline at the end. Finds what cannot be
-/// delivered to a phone: another encoding or format than the text of a setting, a byte order mark,
-/// U+0000.
+/// The setting in a file, without one newline at the end. It is not readable, and has one problem,
+/// if it is not UTF-8, begins with a byte order mark, contains U+0000, or is CSV or JSON.
 Setting readSetting(const QString &file, Kind kind, QByteArray bytes);
+
+/// Throws a Failure of status InvalidText if the setting is not readable.
+void requireReadable(const Setting &setting);
+
+/// The texts of a record's fields.
+QStringList textsOf(const provisioning::Record &record);
 
 /// The record and the field at a place in the text, in a problem.
 Problem problemAt(const Setting &setting, const Span &place);

@@ -26,21 +26,21 @@ const files::Schema Schema{
     throw Failure{ExitStatus::InvalidText, QStringLiteral("%1: %2").arg(where, message), advice};
 }
 
+template <typename Row>
+QJsonObject withoutDmId(const Row &row)
+{
+    QJsonObject object = fields::toJson(row);
+    object.remove(DmIdMember);
+    return object;
+}
+
 QJsonObject keyToJson(const ExportedKey &exported)
 {
-    QJsonObject object = fields::toJson(exported.key);
-    object.remove(DmIdMember);
+    QJsonObject object = withoutDmId(exported.key);
     if (!exported.actionDmId.isEmpty()) {
         object.remove(IdActionMember);
         object.insert(ActionDmIdMember, exported.actionDmId);
     }
-    return object;
-}
-
-QJsonObject actionToJson(const Action &action)
-{
-    QJsonObject object = fields::toJson(action);
-    object.remove(DmIdMember);
     return object;
 }
 
@@ -102,20 +102,13 @@ void forEachObject(const QJsonObject &document, const QString &member, const QSt
     }
 }
 
-void requireNew(QSet<qlonglong> &ids, qlonglong id, const QString &where)
-{
-    if (ids.contains(id))
-        throwInvalid(where, QStringLiteral("the id %1 is used twice").arg(id));
-    ids.insert(id);
-}
-
 } // namespace
 
 QByteArray toJson(const Document &document, bool isPretty)
 {
     QJsonArray actions;
     for (const Action &action : document.actions)
-        actions.append(actionToJson(action));
+        actions.append(withoutDmId(action));
     QJsonArray keys;
     for (const ExportedKey &key : document.keys)
         keys.append(keyToJson(key));
@@ -132,19 +125,19 @@ Document fromJson(const QByteArray &text, const QString &file)
 {
     const QJsonObject object = files::readJson(text, file, Schema);
     Document document;
-    QSet<qlonglong> actionIds;
+    QSet<qlonglong> ids{ReservedActionId};
     forEachObject(object, ActionsMember, file, [&](const QJsonObject &each, const QString &where) {
-        document.actions.append(actionFromJson(each, where));
-        requireNew(actionIds, document.actions.last().idAction, where);
+        const Action action = actionFromJson(each, where);
+        if (ids.contains(action.idAction))
+            throwInvalid(where, QStringLiteral("the id %1 is used twice").arg(action.idAction));
+        ids.insert(action.idAction);
+        document.actions.append(action);
     });
-    QSet<qlonglong> keyIds;
     forEachObject(object, KeysMember, file, [&](const QJsonObject &each, const QString &where) {
         const ExportedKey exported = keyFromJson(each, where);
-        if (exported.key.idKey != Key().idKey)
-            requireNew(keyIds, exported.key.idKey, where);
-        const qlonglong idAction = exported.key.idAction;
-        if (idAction != ReservedActionId && !actionIds.contains(idAction))
-            throwInvalid(where, QStringLiteral("the file has no action %1").arg(idAction));
+        if (!ids.contains(exported.key.idAction))
+            throwInvalid(where,
+                         QStringLiteral("the file has no action %1").arg(exported.key.idAction));
         document.keys.append(exported);
     });
     return document;

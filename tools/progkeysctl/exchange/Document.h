@@ -28,8 +28,8 @@ struct Document
 QByteArray toJson(const Document &document, bool isPretty);
 
 /// The document in a file. Throws a Failure of status InvalidText for invalid JSON, another schema
-/// or version, an invalid field, a repeated id, a provisioned row, or a key whose action is
-/// missing.
+/// or version, an invalid field, a repeated id of an action, a provisioned row, or a key whose
+/// action is missing.
 Document fromJson(const QByteArray &text, const QString &file);
 
 } // namespace exchange

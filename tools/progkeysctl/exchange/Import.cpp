@@ -1,5 +1,8 @@
 #include "exchange/Import.h"
 
+#include "fields/Places.h"
+#include "records/ResultCode.h"
+
 #include <QHash>
 
 #include <csignal>
@@ -8,6 +11,7 @@ namespace exchange {
 namespace {
 
 const QString StepMember = QStringLiteral("step");
+const QString FileIdMember = QStringLiteral("fileId");
 const QString IdMember = QStringLiteral("id");
 const QString OutcomeMember = QStringLiteral("outcome");
 
@@ -26,66 +30,38 @@ void watchSignals()
     }
 }
 
-QString nameOf(StepKind kind)
-{
-    switch (kind) {
-    case StepKind::Add:
-        return QStringLiteral("add");
-    case StepKind::Change:
-        return QStringLiteral("change");
-    case StepKind::Skip:
-        break;
-    }
-    return QStringLiteral("skip");
-}
-
-QString contentOf(const Step &step)
-{
-    if (step.action)
-        return step.action->label.isEmpty() ? step.action->action : step.action->label;
-    const Key &key = step.exported.key;
-    return key.type == KeyType::AddOnModule
-               ? QStringLiteral("module %1, key %2").arg(key.aom_addr).arg(key.position)
-               : QStringLiteral("%1, position %2")
-                     .arg(key.container, QString::number(key.position));
-}
-
 QJsonObject rowOf(const Step &step)
 {
     const bool isSkipped = step.kind == StepKind::Skip;
-    const qlonglong fileId = step.action ? step.action->idAction : step.exported.key.idKey;
+    const qlonglong fileId = step.action ? step.action->idAction : step.key.idKey;
     return {
-        {StepMember, nameOf(step.kind)},
+        {StepMember, isSkipped                       ? QStringLiteral("skip")
+                     : step.kind == StepKind::Change ? QStringLiteral("change")
+                                                     : QStringLiteral("add")},
         {QStringLiteral("what"), step.action ? QStringLiteral("action") : QStringLiteral("key")},
-        {QStringLiteral("fileId"), output::jsonNumber(fileId)},
+        {FileIdMember, output::jsonNumber(fileId)},
         {IdMember, step.here > 0 ? output::jsonNumber(step.here) : QJsonValue()},
-        {QStringLiteral("content"), contentOf(step)},
+        {QStringLiteral("content"),
+         step.action ? fields::described(*step.action) : fields::described(step.key)},
         {OutcomeMember, isSkipped ? QStringLiteral("skipped") : QStringLiteral("planned")},
         {QStringLiteral("reason"), step.reason}};
 }
 
-// The service refused a step, which therefore was not carried out.
-struct Refusal : Failure
-{
-};
-
 // The plan made sure of room, action and key, so another client was faster, or a write failed.
-[[noreturn]] void throwRefusal(const Step &step, qlonglong code)
+Failure refusalOf(const Step &step, qlonglong code)
 {
-    constexpr qlonglong LimitReached = -1;
     const QString cause =
-        !step.action && code == LimitReached
+        !step.action && code == ResultCode::KeysFull
             ? QStringLiteral("the key limit ProgKeysMax is reached")
             : QStringLiteral("the row or its action no longer exists, or the database could not be "
                              "written; see the service's log");
     const QString what = step.action ? QStringLiteral("action %1").arg(step.action->idAction)
-                                     : QStringLiteral("key %1").arg(step.exported.key.idKey);
-    throw Refusal{
-        {ExitStatus::Failed,
-         QStringLiteral("The service refused %1 of the file (%2): %3")
-             .arg(what, QString::number(code), cause),
-         QStringLiteral("Earlier steps remain in effect. Remove the cause and import the file "
-                        "again to continue.")}};
+                                     : QStringLiteral("key %1").arg(step.key.idKey);
+    return {ExitStatus::Failed,
+            QStringLiteral("The service refused %1 of the file (%2): %3")
+                .arg(what, QString::number(code), cause),
+            QStringLiteral("Earlier steps remain in effect. Remove the cause and import the file "
+                           "again to continue.")};
 }
 
 class Importer
@@ -93,42 +69,27 @@ class Importer
 public:
     explicit Importer(client::ProgrammableKeys &service) : m_service(service) {}
 
-    /// Returns the id of the row here.
-    qlonglong carryOut(const Step &step);
+    /// Carries a step out and notes the outcome; returns what went wrong, if anything.
+    std::optional<Failure> attempt(const Step &step, QJsonObject &row);
 
 private:
+    qlonglong call(const Step &step);
+
     client::ProgrammableKeys &m_service;
     QHash<qlonglong, qlonglong> m_newIds; ///< of the document's actions, by their ids there
 };
 
-qlonglong Importer::carryOut(const Step &step)
-{
-    Key key = step.exported.key;
-    qlonglong code = 0;
-    if (step.action) {
-        code = m_service.addAction(*step.action);
-        m_newIds.insert(step.action->idAction, code);
-    } else {
-        key.idAction = step.target ? *step.target : m_newIds.value(key.idAction);
-        const bool isNew = step.kind == StepKind::Add;
-        key.idKey = isNew ? key.idKey : step.here;
-        code = isNew ? m_service.createKey(key) : m_service.modifyKey(key);
-    }
-    if (step.kind == StepKind::Change ? code != 0 : code < 0)
-        throwRefusal(step, code);
-    return step.kind == StepKind::Change ? step.here : code;
-}
-
-// Carries a step out and notes the outcome; returns what went wrong, if anything.
-std::optional<Failure> attempt(Importer &importer, const Step &step, QJsonObject &row)
+std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
 {
     try {
-        row.insert(IdMember, output::jsonNumber(importer.carryOut(step)));
-        row.insert(OutcomeMember, QStringLiteral("done"));
+        const qlonglong code = call(step);
+        const bool isRefused = step.kind == StepKind::Change ? code != 0 : code < 0;
+        row.insert(OutcomeMember, isRefused ? QStringLiteral("failed") : QStringLiteral("done"));
+        if (isRefused)
+            return refusalOf(step, code);
+        if (step.kind == StepKind::Add)
+            row.insert(IdMember, output::jsonNumber(code));
         return std::nullopt;
-    } catch (const Refusal &refusal) {
-        row.insert(OutcomeMember, QStringLiteral("failed"));
-        return refusal;
     } catch (const Failure &failure) {
         // The service may have carried out a call without an answer, unless the bus denied it.
         const bool isDenied = failure.status == ExitStatus::AccessDenied;
@@ -137,30 +98,43 @@ std::optional<Failure> attempt(Importer &importer, const Step &step, QJsonObject
     }
 }
 
+// Returns the id of a new row, or the result of a change.
+qlonglong Importer::call(const Step &step)
+{
+    if (step.action) {
+        const qlonglong id = m_service.addAction(*step.action);
+        m_newIds.insert(step.action->idAction, id);
+        return id;
+    }
+    Key key = step.key;
+    key.idAction = step.target ? *step.target : m_newIds.value(key.idAction);
+    if (step.kind == StepKind::Add)
+        return m_service.createKey(key);
+    key.idKey = step.here;
+    return m_service.modifyKey(key);
+}
+
 } // namespace
 
-output::Listing listingOf(const ImportPlan &plan)
+output::Listing listingOf(const QList<Step> &steps)
 {
     output::Listing listing;
-    listing.columns = {{StepMember, QStringLiteral("STEP")},
-                       {QStringLiteral("what"), QStringLiteral("WHAT")},
-                       {QStringLiteral("fileId"), QStringLiteral("FILEID"), true},
-                       {IdMember, QStringLiteral("ID"), true},
-                       {QStringLiteral("content"), QStringLiteral("CONTENT")},
-                       {OutcomeMember, QStringLiteral("OUTCOME")},
-                       {QStringLiteral("reason"), QStringLiteral("REASON")}};
-    for (const Step &step : plan.steps)
+    for (const char *name : {"step", "what", "fileId", "id", "content", "outcome", "reason"}) {
+        const QString column = QString::fromLatin1(name);
+        listing.columns.append({column, column, column == FileIdMember || column == IdMember});
+    }
+    for (const Step &step : steps)
         listing.rows.append(rowOf(step));
     return listing;
 }
 
-ImportResult carryOut(const ImportPlan &plan, client::ProgrammableKeys &service)
+ImportResult carryOut(const QList<Step> &steps, client::ProgrammableKeys &service)
 {
     watchSignals();
     Importer importer(service);
-    ImportResult result{listingOf(plan), std::nullopt};
-    for (int place = 0; place < plan.steps.size(); ++place) {
-        const Step &step = plan.steps.at(place);
+    ImportResult result{listingOf(steps), std::nullopt};
+    for (int place = 0; place < steps.size(); ++place) {
+        const Step &step = steps.at(place);
         QJsonObject &row = result.steps.rows[place];
         if (step.kind == StepKind::Skip)
             continue;
@@ -171,7 +145,7 @@ ImportResult carryOut(const ImportPlan &plan, client::ProgrammableKeys &service)
         if (result.failure)
             row.insert(OutcomeMember, QStringLiteral("not done"));
         else
-            result.failure = attempt(importer, step, row);
+            result.failure = importer.attempt(step, row);
     }
     return result;
 }

@@ -14,11 +14,11 @@ struct ImportResult
     std::optional<Failure> failure;
 };
 
-/// The steps of the plan, with the outcome "planned" or "skipped".
-output::Listing listingOf(const ImportPlan &plan);
+/// The steps, with the outcome "planned" or "skipped".
+output::Listing listingOf(const QList<Step> &steps);
 
-/// Carries the plan out. Stops at the first step that fails, and when SIGINT, SIGTERM or SIGHUP
+/// Carries the steps out. Stops at the first one that fails, and when SIGINT, SIGTERM or SIGHUP
 /// arrives, unless it is ignored.
-ImportResult carryOut(const ImportPlan &plan, client::ProgrammableKeys &service);
+ImportResult carryOut(const QList<Step> &steps, client::ProgrammableKeys &service);
 
 } // namespace exchange

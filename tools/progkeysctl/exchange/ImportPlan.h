@@ -13,24 +13,20 @@ struct Step
 {
     StepKind kind = StepKind::Add;
     std::optional<Action> action;    ///< nothing for a key
-    ExportedKey exported;            ///< if it is a key
+    Key key;                         ///< if it is a key
     qlonglong here = 0;              ///< id of the row here that is equal, or that is changed
-    std::optional<qlonglong> target; ///< action of a key here; nothing if it is yet to be added
+    std::optional<qlonglong> target; ///< action of a key here; nothing if it will be added
     QString reason;                  ///< why it is skipped
+
+    /// Whether it adds a key of the set, which needs room.
+    bool addsKeyOfSet() const;
 };
 
-struct ImportPlan
-{
-    QList<Step> steps;         ///< actions, then keys
-    int addedSetKeys = 0;      ///< new keys of the set
-    int setKeysAfterwards = 0; ///< all keys of the set
-};
-
-/// What importing the document does to a phone with these rows.
+/// What importing the document does to a phone with these rows: actions, then keys.
 ///
 /// A user row with the same content is left as it is, and stands for one row of the document only.
 /// A key whose place a user key occupies changes that key. A key whose place only provisioned keys
 /// occupy is skipped. Everything else is added. Provisioned rows do not change.
-ImportPlan planImport(const Document &document, const ListAction &actions, const ListKey &keys);
+QList<Step> planImport(const Document &document, const ListAction &actions, const ListKey &keys);
 
 } // namespace exchange

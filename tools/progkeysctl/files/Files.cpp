@@ -63,9 +63,8 @@ void writeWhole(const QString &file, const QByteArray &bytes)
 {
     if (isStream(file)) {
         QFile target(file);
-        const QIODevice::OpenMode mode = QFileInfo(file).isFile()
-                                             ? QIODevice::WriteOnly | QIODevice::Append
-                                             : QIODevice::WriteOnly;
+        const QIODevice::OpenMode mode =
+            QFileInfo(file).isFile() ? QIODevice::Append : QIODevice::WriteOnly;
         throwUnless(target.open(mode) && target.write(bytes) == bytes.size() && target.flush(),
                     target);
         return;

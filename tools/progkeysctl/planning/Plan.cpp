@@ -1,15 +1,16 @@
 #include "planning/Plan.h"
 
 #include "fields/Fields.h"
+#include "fields/Places.h"
 #include "planning/PlanTarget.h"
 #include "provisioning/ProvisionedRecords.h"
-#include "provisioning/ProvisioningText.h"
 
 #include <algorithm>
 
 namespace defaults {
 namespace {
 
+using fields::described;
 using provisioning::Record;
 
 const QString OfAction = QStringLiteral("action");
@@ -27,10 +28,10 @@ const QString What = QStringLiteral("what");
 const QString RowKind = QStringLiteral("kind");
 const QString Id = QStringLiteral("id");
 const QString DmId = QStringLiteral("dmId");
-const QString FieldMember = QStringLiteral("field");
+const QString FieldName = QStringLiteral("field");
 const QString Old = QStringLiteral("old");
 const QString New = QStringLiteral("new");
-const QString RecordMember = QStringLiteral("record");
+const QString RecordNumber = QStringLiteral("record");
 const QString Reason = QStringLiteral("reason");
 const QString Detail = QStringLiteral("detail");
 const QString Content = QStringLiteral("content");
@@ -38,64 +39,42 @@ const QString Content = QStringLiteral("content");
 const QString IdKey = QStringLiteral("idKey");
 const QString IdAction = QStringLiteral("idAction");
 
-// A key that is created, and the provisioned key that it replaces: all of them are deleted first.
+// A key that is created, and the provisioned key that it replaces: the merge deletes all of them.
 struct CreatedKey
 {
     Key key;
     int record = 0;
-    bool hasNewAction = false;
     const Key *predecessor = nullptr;
 };
 
-// The fields in which two rows differ, each with its old and new value.
-template <typename Row>
-QList<QJsonObject> changesBetween(const Row &before, const Row &after)
+// The fields of a key after the merge. The id of a new action is null.
+QJsonObject contentOf(const Key &key, const QJsonValue &idKey)
 {
-    const QJsonObject from = fields::toJson(before);
-    const QJsonObject to = fields::toJson(after);
+    QJsonObject content = fields::toJson(key);
+    content.insert(IdKey, idKey);
+    if (key.idAction == NewActionId)
+        content.insert(IdAction, QJsonValue());
+    return content;
+}
+
+// The fields in which two records differ, each with its old and new value.
+template <typename Row>
+QList<QJsonObject> changesBetween(const QJsonObject &before, const QJsonObject &after)
+{
     QList<QJsonObject> changes;
-    for (const fields::Field<Row> &field : fields::of<Row>()) {
-        const QJsonValue now = from.value(field.name);
-        const QJsonValue then = to.value(field.name);
+    for (const output::Column &field : fields::columns<Row>()) {
+        const QJsonValue now = before.value(field.name);
+        const QJsonValue then = after.value(field.name);
         if (now != then)
-            changes.append({{FieldMember, field.name}, {Old, now}, {New, then}});
+            changes.append({{FieldName, field.name}, {Old, now}, {New, then}});
     }
     return changes;
 }
 
-// The id of a new action is not known, but it differs from every present one.
 QList<QJsonObject> changesTo(const CreatedKey &created, const Key &before)
 {
-    Key after = created.key;
-    after.idKey = before.idKey;
-    if (created.hasNewAction)
-        after.idAction = ~before.idAction;
-    QList<QJsonObject> changes = changesBetween(before, after);
-    for (QJsonObject &change : changes) {
-        if (created.hasNewAction && change.value(FieldMember) == IdAction)
-            change.insert(New, QJsonValue());
-    }
-    return changes;
-}
-
-bool isSamePlace(const Key &left, const Key &right)
-{
-    return left.type == right.type && left.position == right.position &&
-           left.container == right.container && left.aom_type == right.aom_type &&
-           left.aom_addr == right.aom_addr;
-}
-
-QString described(const Action &action)
-{
-    return action.label.isEmpty() ? action.action : action.label;
-}
-
-QString described(const Key &key)
-{
-    return key.type == KeyType::AddOnModule
-               ? QStringLiteral("module %1, key %2").arg(key.aom_addr).arg(key.position)
-               : QStringLiteral("%1, position %2")
-                     .arg(key.container, QString::number(key.position));
+    return changesBetween<Key>(fields::toJson(before),
+                               contentOf(created.key, output::jsonNumber(before.idKey)));
 }
 
 // An empty setting provisions nothing; to the parser it is one empty record.
@@ -104,15 +83,27 @@ QList<Record> recordsOf(const QString &text)
     return text.isEmpty() ? QList<Record>() : provisioning::parseText(text);
 }
 
+// Makes each key that is like a removed one its successor, and takes that one off the list.
+template <typename Likeness>
+void pairWhere(QList<CreatedKey> &created, QList<const Key *> &removed, Likeness isAlike)
+{
+    const auto hasSuccessor = [&](const Key *before) {
+        for (CreatedKey &each : created) {
+            if (each.predecessor || each.key.dmId != before->dmId || !isAlike(each, *before))
+                continue;
+            each.predecessor = before;
+            return true;
+        }
+        return false;
+    };
+    removed.erase(std::remove_if(removed.begin(), removed.end(), hasSuccessor), removed.end());
+}
+
+// Describes the effects of a merge as rows.
 class Planner
 {
 public:
-    Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings)
-        : m_actions(actions), m_keys(keys), m_settings(settings),
-          m_target(actions, keys, settings.limit)
-    {
-        provisioning::mergeDefaults(m_target, settings.actions, settings.keys);
-    }
+    Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings);
 
     QList<QJsonObject> plan();
 
@@ -121,10 +112,8 @@ private:
              const QJsonObject &others);
     void planAction(const Action &before, const Action &after);
     QString withdrawal(const Action &action) const;
-    void planAdded(const QString &kind, QJsonObject content, const QStringList &unknownIds,
-                   QJsonObject row);
-    void planKeys();
     QList<CreatedKey> createdKeys();
+    void planKeys();
     void planCreatedKey(const CreatedKey &created);
     void planRefusedRecords(const QString &kind, const QString &text);
 
@@ -135,12 +124,29 @@ private:
     QList<QJsonObject> m_rows;
 };
 
+Planner::Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings)
+    : m_actions(actions), m_keys(keys), m_settings(settings)
+{
+    m_target.stored = actions;
+    m_target.keys = keys;
+    m_target.limit = settings.limit;
+    provisioning::mergeDefaults(m_target, settings.actions, settings.keys);
+}
+
 QList<QJsonObject> Planner::plan()
 {
     for (int place = 0; place < m_actions.size(); ++place)
-        planAction(m_actions.at(place), m_target.stored().at(place));
-    for (const Action &action : m_target.added())
-        planAdded(OfAction, fields::toJson(action), {IdAction}, {{New, described(action)}});
+        planAction(m_actions.at(place), m_target.stored.at(place));
+    for (const Action &action : std::as_const(m_target.added)) {
+        QJsonObject content = fields::toJson(action);
+        content.insert(IdAction, QJsonValue());
+        add(Added, OfAction, {}, action.dmId,
+            {{New, described(action)},
+             {Content, content},
+             {Reason, action.dmId.isEmpty()
+                          ? QStringLiteral("no identifier: becomes a user's action")
+                          : QJsonValue()}});
+    }
     planKeys();
     planRefusedRecords(OfAction, m_settings.actions);
     planRefusedRecords(OfKey, m_settings.keys);
@@ -151,7 +157,7 @@ void Planner::add(const QString &what, const QString &kind, const QJsonValue &id
                   const QString &dmId, const QJsonObject &others)
 {
     QJsonObject row{{What, what}, {RowKind, kind}, {Id, id}, {DmId, dmId}};
-    for (const QString &member : {FieldMember, Old, New, RecordMember, Reason, Content})
+    for (const QString &member : {FieldName, Old, New, RecordNumber, Reason, Content})
         row.insert(member, others.contains(member) ? others.value(member) : QJsonValue());
     m_rows.append(row);
 }
@@ -159,7 +165,8 @@ void Planner::add(const QString &what, const QString &kind, const QJsonValue &id
 void Planner::planAction(const Action &before, const Action &after)
 {
     const QJsonValue id = output::jsonNumber(before.idAction);
-    const QList<QJsonObject> changes = changesBetween(before, after);
+    const QList<QJsonObject> changes =
+        changesBetween<Action>(fields::toJson(before), fields::toJson(after));
     const QString overwritten = before.idAction == ReservedActionId
                                     ? QStringLiteral("the reserved action")
                                     : QStringLiteral("a user's action");
@@ -168,10 +175,10 @@ void Planner::planAction(const Action &before, const Action &after)
             change.insert(Reason, QStringLiteral("no identifier: overwrites %1").arg(overwritten));
         add(Changed, OfAction, id, before.dmId, change);
     }
-    if (m_target.isWithdrawn(before.idAction))
+    if (m_target.withdrawn.contains(before.idAction))
         add(Withdrawn, OfAction, id, before.dmId,
             {{Old, described(before)}, {Reason, withdrawal(before)}});
-    else if (changes.isEmpty() && m_target.isModified(before.idAction))
+    else if (changes.isEmpty() && !before.dmId.isEmpty())
         add(Kept, OfAction, id, before.dmId, {{New, described(before)}});
 }
 
@@ -186,62 +193,25 @@ QString Planner::withdrawal(const Action &action) const
                             .arg(reason, QString::number(count));
 }
 
-// A row that is added; ids that are not known yet are null.
-void Planner::planAdded(const QString &kind, QJsonObject content, const QStringList &unknownIds,
-                        QJsonObject row)
-{
-    const QString dmId = content.value(DmId).toString();
-    for (const QString &id : unknownIds)
-        content.insert(id, QJsonValue());
-    row.insert(Content, content);
-    if (dmId.isEmpty())
-        row.insert(Reason,
-                   kind == OfAction
-                       ? QStringLiteral("no identifier: becomes a user's action")
-                       : QStringLiteral("no identifier: becomes a user's key, another at each "
-                                        "start"));
-    add(Added, kind, {}, dmId, row);
-}
-
 QList<CreatedKey> Planner::createdKeys()
 {
     QList<CreatedKey> created;
-    auto outcome = m_target.keyOutcomes().cbegin();
+    auto outcome = m_target.keyOutcomes.cbegin();
     for (const Record &record : recordsOf(m_settings.keys)) {
         if (!record.isAccepted())
             continue;
-        Key key = outcome->key.value_or(provisioning::toKey(record));
-        if (outcome->isCreated) {
-            const bool hasNewAction = m_target.isNew(key.idAction);
-            if (hasNewAction)
-                key.idAction = Key().idAction;
-            created.append({key, record.number, hasNewAction, nullptr});
-        } else {
+        const Key key = outcome->key.value_or(provisioning::toKey(record));
+        if (outcome->isCreated)
+            created.append({key, record.number});
+        else
             add(Dropped, OfKey, {}, key.dmId,
                 {{New, described(key)},
-                 {RecordMember, record.number},
+                 {RecordNumber, record.number},
                  {Reason, outcome->key ? QStringLiteral("key limit reached")
                                        : QStringLiteral("no such action")}});
-        }
         ++outcome;
     }
     return created;
-}
-
-// Gives each key that is like a removed one its predecessor, and takes that one off the list.
-template <typename Likeness>
-void pairWhere(QList<CreatedKey> &created, QList<const Key *> &removed, Likeness isAlike)
-{
-    const auto hasSuccessor = [&](const Key *before) {
-        for (CreatedKey &each : created) {
-            if (each.predecessor || each.key.dmId != before->dmId || !isAlike(each, *before))
-                continue;
-            each.predecessor = before;
-            return true;
-        }
-        return false;
-    };
-    removed.erase(std::remove_if(removed.begin(), removed.end(), hasSuccessor), removed.end());
 }
 
 // A provisioned key becomes the same key if possible, else one of the same identifier at the same
@@ -258,7 +228,7 @@ void Planner::planKeys()
         return changesTo(after, before).isEmpty();
     });
     pairWhere(created, removed, [](const CreatedKey &after, const Key &before) {
-        return isSamePlace(after.key, before);
+        return fields::isSamePlace(after.key, before);
     });
     pairWhere(created, removed, [](const CreatedKey &, const Key &) { return true; });
     for (const CreatedKey &each : std::as_const(created))
@@ -269,24 +239,24 @@ void Planner::planKeys()
 
 void Planner::planCreatedKey(const CreatedKey &created)
 {
-    QStringList unknownIds{IdKey};
-    if (created.hasNewAction)
-        unknownIds.append(IdAction);
+    const QString &dmId = created.key.dmId;
+    QJsonObject row{{New, described(created.key)}, {RecordNumber, created.record}};
     if (!created.predecessor) {
-        planAdded(OfKey, fields::toJson(created.key), unknownIds,
-                  {{New, described(created.key)}, {RecordMember, created.record}});
+        row.insert(Content, contentOf(created.key, {}));
+        if (dmId.isEmpty())
+            row.insert(Reason, QStringLiteral("no identifier: becomes a user's key, another at "
+                                              "each start"));
+        add(Added, OfKey, {}, dmId, row);
         return;
     }
-    const Key &before = *created.predecessor;
-    const QJsonValue id = output::jsonNumber(before.idKey);
-    const QList<QJsonObject> changes = changesTo(created, before);
+    const QJsonValue id = output::jsonNumber(created.predecessor->idKey);
+    const QList<QJsonObject> changes = changesTo(created, *created.predecessor);
     for (QJsonObject change : changes) {
-        change.insert(RecordMember, created.record);
-        add(Changed, OfKey, id, before.dmId, change);
+        change.insert(RecordNumber, created.record);
+        add(Changed, OfKey, id, dmId, change);
     }
     if (changes.isEmpty())
-        add(Kept, OfKey, id, before.dmId,
-            {{New, described(before)}, {RecordMember, created.record}});
+        add(Kept, OfKey, id, dmId, row);
 }
 
 void Planner::planRefusedRecords(const QString &kind, const QString &text)
@@ -295,7 +265,7 @@ void Planner::planRefusedRecords(const QString &kind, const QString &text)
         if (!record.isAccepted())
             add(Refused, kind, {}, {},
                 {{New, text.mid(record.start, record.length)},
-                 {RecordMember, record.number},
+                 {RecordNumber, record.number},
                  {Reason, record.fault}});
     }
 }
@@ -309,14 +279,12 @@ QString quotedValue(const QJsonValue &value)
 // What a row says, in one text: the change of a field, or a description; then the reason.
 QString detailOf(const QJsonObject &row)
 {
-    QStringList parts;
-    if (row.value(FieldMember).isString())
-        parts.append(QStringLiteral("%1 %2 -> %3")
-                         .arg(row.value(FieldMember).toString(), quotedValue(row.value(Old)),
-                              quotedValue(row.value(New))));
-    else
-        parts.append(row.value(Old).toString() + row.value(New).toString());
-    parts.append(row.value(Reason).toString());
+    QString detail = row.value(Old).toString() + row.value(New).toString();
+    if (row.value(FieldName).isString())
+        detail = QStringLiteral("%1 %2 -> %3")
+                     .arg(row.value(FieldName).toString(), quotedValue(row.value(Old)),
+                          quotedValue(row.value(New)));
+    QStringList parts{detail, row.value(Reason).toString()};
     parts.removeAll(QString());
     return parts.join(QStringLiteral(": "));
 }
@@ -363,8 +331,8 @@ output::Listing Plan::listing(bool hasAll) const
 {
     output::Listing listing;
     for (const QString &name :
-         {What, RowKind, Id, DmId, FieldMember, Old, New, RecordMember, Reason, Detail})
-        listing.columns.append({name, name.toUpper(), name == Id || name == RecordMember,
+         {What, RowKind, Id, DmId, FieldName, Old, New, RecordNumber, Reason, Detail})
+        listing.columns.append({name, name, name == Id || name == RecordNumber,
                                 QStringList{What, RowKind, Id, DmId, Detail}.contains(name)});
     for (QJsonObject row : rows) {
         row.insert(Detail, detailOf(row));

@@ -2,12 +2,15 @@
 
 #include "provisioning/DefaultsMerge.h"
 
-#include <QHash>
 #include <QSet>
 
+#include <limits>
 #include <optional>
 
 namespace defaults {
+
+/// The id of every new action in a plan: the id that it will get is not known.
+constexpr qlonglong NewActionId = std::numeric_limits<qlonglong>::min();
 
 /// What becomes of a provisioned key.
 struct KeyOutcome
@@ -17,41 +20,24 @@ struct KeyOutcome
 };
 
 /// The rows of a phone in memory, under the rules of the service, to try a merge on.
-class PlanTarget : public provisioning::MergeTarget
+struct PlanTarget : provisioning::MergeTarget
 {
-public:
-    PlanTarget(ListAction actions, ListKey keys, std::optional<int> limit);
+    ListAction stored; ///< the actions of the phone
+    ListKey keys;
+    std::optional<int> limit;
+
+    ListAction added;              ///< new actions
+    QSet<qlonglong> withdrawn;     ///< that the merge tried to delete, which the service refuses
+    QList<KeyOutcome> keyOutcomes; ///< of each accepted record of keys, in order
 
     bool isLogged() const override { return false; }
-    ListAction allActions() override { return m_stored; }
+    ListAction allActions() override { return stored; }
     std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
     void modifyAction(const Action &action) override;
-    void deleteAction(qlonglong idAction) override { m_withdrawn.insert(idAction); }
+    void deleteAction(qlonglong idAction) override { withdrawn.insert(idAction); }
     void deleteProvisionedKeys() override;
     void createKey(const Key &key) override;
-
-    /// The actions that the phone had before, in the same order, as they are now.
-    const ListAction &stored() const { return m_stored; }
-    /// The new actions, with placeholders for the ids that are not known yet.
-    const ListAction &added() const { return m_added; }
-    bool isNew(qlonglong idAction) const { return !m_places.contains(idAction); }
-    bool isModified(qlonglong idAction) const { return m_modified.contains(idAction); }
-    /// Whether the merge tried to delete it. The service never deletes a provisioned action.
-    bool isWithdrawn(qlonglong idAction) const { return m_withdrawn.contains(idAction); }
-    /// Of each accepted record of keys, in order: the merge asks for its action first.
-    const QList<KeyOutcome> &keyOutcomes() const { return m_keyOutcomes; }
-
-private:
-    ListAction m_stored;
-    ListAction m_added;
-    ListKey m_keys;
-    std::optional<int> m_limit;
-    QHash<qlonglong, int> m_places; ///< of the stored actions
-    qlonglong m_nextId;
-    QSet<qlonglong> m_modified;
-    QSet<qlonglong> m_withdrawn;
-    QList<KeyOutcome> m_keyOutcomes;
 };
 
 } // namespace defaults

@@ -1,0 +1,27 @@
+#include "fields/Places.h"
+
+namespace fields {
+
+bool isSamePlace(const Key &left, const Key &right)
+{
+    if (left.type != right.type || left.position != right.position)
+        return false;
+    return left.type == KeyType::AddOnModule
+               ? left.aom_type == right.aom_type && left.aom_addr == right.aom_addr
+               : left.container == right.container;
+}
+
+QString described(const Key &key)
+{
+    return key.type == KeyType::AddOnModule
+               ? QStringLiteral("module %1, key %2").arg(key.aom_addr).arg(key.position)
+               : QStringLiteral("%1, position %2")
+                     .arg(key.container, QString::number(key.position));
+}
+
+QString described(const Action &action)
+{
+    return action.label.isEmpty() ? action.action : action.label;
+}
+
+} // namespace fields
