@@ -5,11 +5,8 @@
 
 #include <QRegularExpression>
 
-#include <csv.h>
-
 #include <algorithm>
 #include <array>
-#include <new>
 
 namespace defaults {
 namespace {
@@ -23,62 +20,35 @@ namespace {
 }
 
 // All rows of a spreadsheet, so that the place of a row is its line. Blanks are kept.
-class CsvReader
+QList<QStringList> rowsOf(const QString &text, QChar delimiter, const QString &file)
 {
-public:
-    explicit CsvReader(char delimiter)
-    {
-        if (csv_init(&m_parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0)
-            throw std::bad_alloc();
-        csv_set_delim(&m_parser, static_cast<unsigned char>(delimiter));
-        csv_set_space_func(&m_parser, [](unsigned char) { return 0; });
+    // A field and its end; a group that does not take part in the match is null.
+    const QRegularExpression pattern(
+        QStringLiteral(R"re(\G(?:"([^"]*+(?:""[^"]*+)*+)"|([^"%1\r\n]*+))(%1|\r\n|\r|\n|\z))re")
+            .arg(delimiter));
+    QList<QStringList> rows;
+    QStringList row;
+    int at = 0;
+    while (at < text.size() || !row.isEmpty()) {
+        const QRegularExpressionMatch field =
+            pattern.match(text, at, QRegularExpression::NormalMatch,
+                          QRegularExpression::DontCheckSubjectStringMatchOption);
+        if (!field.hasMatch())
+            throwInvalidLine(
+                file, static_cast<int>(rows.size()) + 1,
+                QStringLiteral("a quote is misplaced or missing"),
+                QStringLiteral("Quote the whole field, and write each quote in it twice."));
+        QString quotedText = field.captured(1);
+        row.append(quotedText.isNull()
+                       ? field.captured(2)
+                       : quotedText.replace(QLatin1String("\"\""), QLatin1String("\"")));
+        at = static_cast<int>(field.capturedEnd());
+        if (field.captured(3) == delimiter)
+            continue;
+        rows.append(row);
+        row.clear();
     }
-    ~CsvReader() { csv_free(&m_parser); }
-    CsvReader(const CsvReader &) = delete;
-    CsvReader &operator=(const CsvReader &) = delete;
-
-    QList<QStringList> read(const QByteArray &bytes, const QString &file);
-
-private:
-    static void endField(void *text, size_t size, void *reader);
-    static void endRow(int end, void *reader);
-
-    csv_parser m_parser{};
-    QStringList m_row;
-    QList<QStringList> m_rows;
-    int m_lastEnd = 0;
-};
-
-QList<QStringList> CsvReader::read(const QByteArray &bytes, const QString &file)
-{
-    const auto size = static_cast<size_t>(bytes.size());
-    if (csv_parse(&m_parser, bytes.constData(), size, endField, endRow, this) != size)
-        throwInvalidLine(
-            file, static_cast<int>(m_rows.size()) + 1, QStringLiteral("unexpected quote"),
-            QStringLiteral("Quote the whole field, and write each quote in it twice."));
-    if (csv_fini(&m_parser, endField, endRow, this) != 0)
-        throwInvalidLine(file, static_cast<int>(m_rows.size()) + 1,
-                         QStringLiteral("the closing quote is missing"), {});
-    return m_rows;
-}
-
-void CsvReader::endField(void *text, size_t size, void *reader)
-{
-    auto &self = *static_cast<CsvReader *>(reader);
-    self.m_row.append(files::decodeUtf8({static_cast<const char *>(text), static_cast<int>(size)}));
-}
-
-// Called for each character that ends a line; a line feed after a carriage return ends none.
-void CsvReader::endRow(int end, void *reader)
-{
-    auto &self = *static_cast<CsvReader *>(reader);
-    if (end == '\n' && self.m_lastEnd == '\r' && self.m_row.isEmpty()) {
-        self.m_lastEnd = end;
-        return;
-    }
-    self.m_rows.append(self.m_row);
-    self.m_row.clear();
-    self.m_lastEnd = end;
+    return rows;
 }
 
 // What a header lacks, and what it has in addition; columns may have any order.
@@ -105,13 +75,14 @@ Kind kindOf(const QStringList &header)
 }
 
 // The most frequent delimiter of the header: the names of fields contain none.
-char delimiterOf(const QByteArray &text)
+QChar delimiterOf(const QString &text)
 {
-    const QByteArray header = text.left(text.indexOf('\n'));
+    const QString header = text.section(QLatin1Char('\n'), 0, 0);
     const std::array<char, 3> delimiters{',', ';', '\t'};
-    return *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
-        return header.count(left) < header.count(right);
-    });
+    return QLatin1Char(
+        *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
+            return header.count(QLatin1Char(left)) < header.count(QLatin1Char(right));
+        }));
 }
 
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
@@ -171,8 +142,8 @@ QByteArray csvLine(const QStringList &fields)
 
 Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind> kind)
 {
-    const QByteArray text = files::requireUtf8(bytes, file);
-    const QList<QStringList> rows = CsvReader(delimiterOf(text)).read(text, file);
+    const QString text = files::decodeUtf8(files::requireUtf8(bytes, file));
+    const QList<QStringList> rows = rowsOf(text, delimiterOf(text), file);
     const QStringList header = rows.value(0);
     Records records{kindOf(header), {}};
     requireHeader(header, records.kind, file);

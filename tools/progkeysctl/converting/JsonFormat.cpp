@@ -13,7 +13,7 @@ const files::Schema Schema{QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.
 
 [[noreturn]] void throwInvalid(const QString &message)
 {
-    throw Failure{ExitStatus::InvalidText, message, {}};
+    throw Failure{ExitStatus::InvalidText, message};
 }
 
 Kind readKind(const QJsonObject &object, const QString &file, std::optional<Kind> expected)

@@ -39,8 +39,7 @@ void requireWritable(const Records &records, int record, int field)
                               : QStringLiteral("Line %1").arg(records.lines.at(record));
     throw Failure{ExitStatus::InvalidText,
                   QStringLiteral("%1 cannot be written as text: the field %2 %3")
-                      .arg(where, fieldNames(records.kind).at(field), fault),
-                  {}};
+                      .arg(where, fieldNames(records.kind).at(field), fault)};
 }
 
 } // namespace

@@ -44,11 +44,9 @@ QString nameOf(Kind kind)
 
 std::optional<Kind> kindNamed(const QString &name)
 {
-    for (const Kind kind : {Kind::Actions, Kind::Keys}) {
-        if (name == nameOf(kind))
-            return kind;
-    }
-    return std::nullopt;
+    if (name == nameOf(Kind::Actions))
+        return Kind::Actions;
+    return name == nameOf(Kind::Keys) ? std::optional(Kind::Keys) : std::nullopt;
 }
 
 QString settingName(Kind kind)

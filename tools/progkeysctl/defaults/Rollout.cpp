@@ -65,8 +65,7 @@ void addDirectory(Rollout &rollout)
             ExitStatus::Failed,
             QStringLiteral("%1 contains none of the files DefaultActions, DefaultKeys and "
                            "ProgKeysMax")
-                .arg(rollout.directory),
-            {}};
+                .arg(rollout.directory)};
 }
 
 } // namespace

@@ -15,8 +15,7 @@ namespace {
 [[noreturn]] void throwReadFailure(const QString &file, const QString &reason)
 {
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Cannot read %1: %2").arg(displayName(file), reason),
-                  {}};
+                  QStringLiteral("Cannot read %1: %2").arg(displayName(file), reason)};
 }
 
 // A pipe, a device, or another name of an open file: a new file must not take its place.
@@ -33,8 +32,7 @@ void throwUnless(bool isWritten, const QFileDevice &target)
     if (!isWritten)
         throw Failure{
             ExitStatus::Failed,
-            QStringLiteral("Cannot write %1: %2").arg(target.fileName(), target.errorString()),
-            {}};
+            QStringLiteral("Cannot write %1: %2").arg(target.fileName(), target.errorString())};
 }
 
 } // namespace

@@ -11,5 +11,5 @@ struct Failure
 {
     ExitStatus status = ExitStatus::Failed;
     QString message;
-    QString advice;
+    QString advice = {};
 };
