@@ -186,7 +186,7 @@ def test_a_record_with_too_many_or_too_few_fields_is_shown_field_by_field(offlin
         "    label       Smith",
         "    shortLabel   John",
         "    -           Smith",
-        "-:2:0:1: error: 2 fields instead of 7: an empty field needs its comma, and a field cannot end in `\\`",
+        "-:2:0:1: error: 2 fields instead of 7: each empty field needs a comma, and a field cannot end in `\\`",
         "    dmId        D5",
         "    type        1",
         *(f"    {name:12}(missing)" for name in ("action", "webAppName", "arguments", "label", "shortLabel")),

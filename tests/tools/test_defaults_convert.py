@@ -23,7 +23,7 @@ def convert(tool: Tool, start: str, end: str, *words: object, **options):
 
 
 @pytest.mark.parametrize("file", FILES, ids=lambda file: f"{file.parent.name}/{file.name}")
-def test_a_rollout_comes_back_as_it_was(offline: Tool, tmp_path: Path, file: Path) -> None:
+def test_a_rollout_is_the_same_after_conversion_to_each_format(offline: Tool, tmp_path: Path, file: Path) -> None:
     as_csv, as_json, as_text = (tmp_path / name for name in ("rows.csv", "records.json", "text"))
     for start, end, source, target in [
         ("text", "csv", file, as_csv),

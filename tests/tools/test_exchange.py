@@ -135,15 +135,15 @@ def test_a_dry_run_shows_what_the_import_does(import_file, client: Client, phone
         ],
     )
     expected = [
-        ("skip", "action", 70, 2, "equal to action 2"),
+        ("skip", "action", 70, 2, "already exists as action 2"),
         ("add", "action", 71, None, ""),
-        ("skip", "key", 81, 1, "equal to key 1"),
+        ("skip", "key", 81, 1, "already exists as key 1"),
         ("change", "key", 82, 2, ""),
-        ("skip", "key", 83, None, "place of provisioned key 3"),
+        ("skip", "key", 83, None, "provisioned key 3 occupies the place"),
         ("add", "key", 84, None, ""),
         ("add", "key", 85, None, ""),
         ("add", "key", 86, None, ""),
-        ("skip", "key", 87, None, 'no provisioned action "D7" here'),
+        ("skip", "key", 87, None, 'there is no provisioned action "D7"'),
     ]
     rows = import_file(content, "--dry-run")
     assert [(row["step"], row["what"], row["fileId"], row["id"], row["reason"]) for row in rows] == expected
@@ -278,10 +278,10 @@ KEY = {"type": 0, "position": 1, "idAction": -1}
         (document([ACTION | {"dmId": "D1"}], []), "actions[0]: the dmId is not empty"),
         (document([ACTION | {"idAction": -1}], []), "actions[0]: the idAction -1 is reserved"),
         (document([ACTION, ACTION], []), "actions[1]: the id 1 is used twice"),
-        (document([], [{"type": 0, "position": 1}]), "keys[0]: either idAction or actionDmId is required"),
-        (document([], [KEY | {"actionDmId": "D1"}]), "keys[0]: either idAction or actionDmId is required"),
+        (document([], [{"type": 0, "position": 1}]), "keys[0]: exactly one of idAction and actionDmId is required"),
+        (document([], [KEY | {"actionDmId": "D1"}]), "keys[0]: exactly one of idAction and actionDmId is required"),
         (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId must be a string"),
-        (document([ACTION], [KEY, KEY | {"idAction": 99}]), "keys[1]: the file has no action 99"),
+        (document([ACTION], [KEY, KEY | {"idAction": 99}]), "keys[1]: the file does not contain action 99"),
         (document([], [{"type": 0, "idAction": -1}]), "keys[0]: the field position is missing"),
         (document([], [KEY | {"colour": 1}]), "keys[0]: "),
     ],
@@ -300,7 +300,7 @@ def test_an_export_is_a_document(ctl: Tool, phone: Module) -> None:
         assert "--terse and --fields do not apply" in refused.err
 
 
-def test_a_file_that_is_not_there(ctl: Tool, phone: Module, tmp_path: Path) -> None:
+def test_a_missing_file_is_a_failure(ctl: Tool, phone: Module, tmp_path: Path) -> None:
     result = ctl("import", tmp_path / "none.json")
     assert result.status == 1
     assert "none.json" in result.err

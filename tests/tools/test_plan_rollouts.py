@@ -3,8 +3,6 @@
 import os
 import random
 from collections import Counter
-from pathlib import Path
-from typing import Optional
 
 import pytest
 
@@ -19,7 +17,7 @@ from sandbox.settings import write_settings
 # The fixed seed needs so many starts to show each outcome.
 STARTS = 500 if os.environ.get("PROGKEYS_FAULTS") == "all" else 20
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
-FIXED_SEED = 34
+FIXED_SEED = 29
 RANDOM_SEED = int(os.environ.get(SEED_VARIABLE) or random.SystemRandom().randrange(2**32))
 LIMITS = ("0", "3", "8", "12", "100", "1000", "", "x", "-1", " 6 ")
 EVERY_OUTCOME = {
@@ -69,38 +67,10 @@ class User:
         self._client.modify_action(self._an_action()._replace(label=label))
 
 
-class Settings:
-    """The settings of the phone, and the next ones, which a plan reads from several places."""
-
-    def __init__(self, source: random.Random, phone: Path, scratch: Path) -> None:
-        self._source = source
-        self._phone = phone
-        self._scratch = scratch
-        self._count = 0
-
-    def next(self, rollout: Rollout) -> dict[str, str]:
-        settings = {**rollout.settings, "ProgKeysMax": self._source.choice(LIMITS)}
-        return {name: text for name, text in settings.items() if self._source.random() < 0.95}
-
-    def roll_out(self, settings: dict[str, str], directory: Optional[Path] = None) -> None:
-        directory = directory or self._phone
-        for path in directory.glob("*"):
-            path.unlink()
-        write_settings(directory, settings)
-
-    def sources(self, settings: dict[str, str]) -> list[str]:
-        """Arguments that make a plan read these settings: from a directory, the phone, or files and the phone."""
-        self._count += 1
-        directory = self._scratch / f"rollout-{self._count}"
-        directory.mkdir()
-        self.roll_out(settings, directory)
-        place = self._source.choice(("directory", "phone", "files"))
-        if place == "directory" and settings:
-            return [f"--settings={directory}"]
-        self.roll_out(settings)
-        if place == "phone" or not settings:
-            return []
-        return [str(path) for path in sorted(directory.iterdir()) if self._source.random() < 0.5]
+def settings_of(source: random.Random, rollout: Rollout) -> dict[str, str]:
+    """The settings of a rollout, with a limit. Now and then one is missing."""
+    settings = {**rollout.settings, "ProgKeysMax": source.choice(LIMITS)}
+    return {name: text for name, text in settings.items() if source.random() < 0.95}
 
 
 def outcomes_of(plan) -> Counter[str]:
@@ -125,15 +95,14 @@ def refused_lines(plan, kind: str, text: str) -> list[str]:
 
 @pytest.mark.parametrize("seed", [FIXED_SEED, RANDOM_SEED], ids=lambda seed: f"seed {seed}")
 def test_the_next_start_does_what_was_planned(
-    launch, settings_manager, settings_dir, client, database, events, ctl, tmp_path, seed
+    launch, settings_manager, settings_dir, client, database, events, ctl, seed
 ):
     print(f"To repeat this run: {SEED_VARIABLE}={seed}")
     source = random.Random(seed)
     user = User(source, client)
-    settings = Settings(source, settings_dir, tmp_path)
     rollout = Rollout([], [])
     outcomes: Counter[str] = Counter()
-    expected: dict[str, str] = {}
+    settings: dict[str, str] = {}
 
     service = launch()
     service.wait_until_ready(client)
@@ -141,13 +110,15 @@ def test_the_next_start_does_what_was_planned(
         if source.random() < 0.75:
             user.act()
             rollout = untidy_rollout(source, rollout)
-            expected = settings.next(rollout)
-        plan = ctl.json("defaults", "plan", *settings.sources(expected))
+            settings = settings_of(source, rollout)
+            for path in settings_dir.iterdir():
+                path.unlink()
+            write_settings(settings_dir, settings)
+        plan = ctl.json("defaults", "plan")
         before = Rows(database.actions(), database.keys())
         events.take()
         service.stop()
 
-        settings.roll_out(expected)
         service = launch()
         service.wait_until_ready(client)
         after = Rows(database.actions(), database.keys())
@@ -157,7 +128,7 @@ def test_the_next_start_does_what_was_planned(
         assert refusals == [
             line
             for name, kind in (("DefaultActions", "action"), ("DefaultKeys", "key"))
-            for line in refused_lines(plan, kind, expected.get(name, ""))
+            for line in refused_lines(plan, kind, settings.get(name, ""))
         ]
         full = [event for event in events.take() if event.name == "KO_PROGKEYS_DB_FULL"]
         assert len(full) == sum(row["reason"] == "key limit reached" for row in plan)

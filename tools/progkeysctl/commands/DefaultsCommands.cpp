@@ -179,11 +179,12 @@ cli::Command checkCommand()
 {
     cli::Command command = cli::command(
         "defaults check", "check the settings that provision a phone",
-        {rolloutArgument(), kindOption("content of files whose name does not imply it"),
-         limitOption(), cli::flag("--strict", "fail for warnings, too")},
+        {rolloutArgument(), kindOption("content of the files, if their names do not imply it"),
+         limitOption(), cli::flag("--strict", "treat warnings as errors")},
         check);
     command.notes = QStringLiteral(
-        "Each problem begins with FILE:RECORD:FIELD:COLUMN: error: or warning:, counted from 1. "
+        "Each problem begins with FILE:RECORD:FIELD:COLUMN:, counted from 1, and error: or "
+        "warning:. "
         "FIELD is 0 for a problem with the whole record. COLUMN counts characters in the record.");
     return command;
 }
@@ -199,7 +200,8 @@ cli::Command convertCommand()
          kindOption("content of the input; for text, by default derived from the file name"),
          cli::option("--output", cli::type::file(), "write to this file instead of standard output")
              .withShortName("-o"),
-         cli::argument("FILE", cli::type::file(), "input; standard input by default or for -")
+         cli::argument("FILE", cli::type::file(),
+                       "input file; standard input if it is - or omitted")
              .optional()},
         convert);
 }
@@ -213,12 +215,13 @@ cli::Command planCommand()
          cli::option("--keys", cli::type::file(), "file with keys; - is standard input"),
          cli::option("--settings", cli::type::existingDirectory(),
                      "directory for the settings that are not specified as files"),
-         limitOption(), cli::flag("--all", "show what does not change, too"),
+         limitOption(), cli::flag("--all", "also show rows that do not change"),
          cli::flag("--detailed-exitcode",
-                   "status 20 if there are changes, 4 if records are refused")},
+                   "exit with status 4 if records are refused, else with status 20 if there are "
+                   "changes")},
         plan);
     command.notes =
-        QStringLiteral("Settings that are neither specified as files nor by a directory are read "
+        QStringLiteral("Settings that you specify neither as a file nor by a directory are read "
                        "from the phone. This command changes nothing.");
     return command;
 }

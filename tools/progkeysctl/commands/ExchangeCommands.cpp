@@ -135,7 +135,7 @@ QList<cli::Command> exchangeCommands()
             cli::command("import", "import keys and actions from an export",
                          {cli::argument("FILE", cli::type::file(),
                                         "file written by export; - is standard input"),
-                          cli::flag("--dry-run", "show what would be done, without doing it")},
+                          cli::flag("--dry-run", "show what would be done, but change nothing")},
                          runImport)};
 }
 

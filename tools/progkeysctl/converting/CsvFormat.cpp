@@ -77,7 +77,7 @@ Kind kindOf(const QStringList &header)
 // The most frequent delimiter of the header: the names of fields contain none.
 QChar delimiterOf(const QString &text)
 {
-    const QString header = text.section(QLatin1Char('\n'), 0, 0);
+    const QString header = text.section(QRegularExpression(QStringLiteral("[\r\n]")), 0, 0);
     const std::array<char, 3> delimiters{',', ';', '\t'};
     return QLatin1Char(
         *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {

@@ -124,7 +124,7 @@ void checkFieldCount(Setting &setting, const Record &record)
     const int size = static_cast<int>(record.fields.size());
     const int field = fieldWithComma(setting.kind, record);
     Problem problem = problemOf(record, field);
-    QString hint = QStringLiteral("an empty field needs its comma, and a field cannot end in `\\`");
+    QString hint = QStringLiteral("each empty field needs a comma, and a field cannot end in `\\`");
     if (field > 0) {
         problem.place = {problem.place.end(), 1};
         hint = QStringLiteral("if the comma is part of %1, write it as `\\,`")

@@ -61,7 +61,7 @@ void requireText(Setting &setting, const QByteArray &bytes)
                 .arg(QString::number(byte + 1), QString::fromLatin1(bytes.mid(byte, 1).toHex())));
     } else if (null >= 0) {
         refuse(setting, problemAt(setting, {null, 1}), "null-character",
-               QStringLiteral("the bus cannot carry U+0000: if the file is UTF-16, save it as "
+               QStringLiteral("the bus cannot carry U+0000; if the file is UTF-16, save it as "
                               "UTF-8"));
     } else if (setting.text.startsWith(QChar(QChar::ByteOrderMark))) {
         refuse(

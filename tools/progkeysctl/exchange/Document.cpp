@@ -56,7 +56,7 @@ Row rowFromJson(const QJsonObject &object, const QStringList &required, const QS
     }
     if (!row.dmId.isEmpty())
         throwInvalid(where, QStringLiteral("the dmId is not empty"),
-                     QStringLiteral("Only rows made by users can be imported. Provisioned rows "
+                     QStringLiteral("Only rows that users made can be imported. Provisioned rows "
                                     "come from device management."));
     return row;
 }
@@ -67,7 +67,7 @@ Action actionFromJson(const QJsonObject &object, const QString &where)
         object, {IdActionMember, QStringLiteral("type"), QStringLiteral("action")}, where);
     if (action.idAction == ReservedActionId)
         throwInvalid(where, QStringLiteral("the idAction -1 is reserved"),
-                     QStringLiteral("Remove this action. Keys may refer to it nevertheless."));
+                     QStringLiteral("Remove this action. Keys can still refer to it."));
     return action;
 }
 
@@ -79,7 +79,7 @@ ExportedKey keyFromJson(QJsonObject object, const QString &where)
     if (hasDmId && exported.actionDmId.isEmpty())
         throwInvalid(where, QStringLiteral("actionDmId must be a string that is not empty"));
     if (hasDmId == object.contains(IdActionMember))
-        throwInvalid(where, QStringLiteral("either idAction or actionDmId is required"));
+        throwInvalid(where, QStringLiteral("exactly one of idAction and actionDmId is required"));
     exported.key =
         rowFromJson<Key>(object, {QStringLiteral("type"), QStringLiteral("position")}, where);
     return exported;
@@ -136,8 +136,9 @@ Document fromJson(const QByteArray &text, const QString &file)
     forEachObject(object, KeysMember, file, [&](const QJsonObject &each, const QString &where) {
         const ExportedKey exported = keyFromJson(each, where);
         if (!ids.contains(exported.key.idAction))
-            throwInvalid(where,
-                         QStringLiteral("the file has no action %1").arg(exported.key.idAction));
+            throwInvalid(
+                where,
+                QStringLiteral("the file does not contain action %1").arg(exported.key.idAction));
         document.keys.append(exported);
     });
     return document;

@@ -47,7 +47,7 @@ Step planAction(const Action &action, ListAction &userActions)
         takeFirst(userActions, [&](const Action &each) { return hasSameContent(each, action); });
     if (equal) {
         step.here = equal->idAction;
-        skip(step, QStringLiteral("equal to action %1").arg(equal->idAction));
+        skip(step, QStringLiteral("already exists as action %1").arg(equal->idAction));
     }
     return step;
 }
@@ -57,7 +57,7 @@ void findProvisionedAction(Step &step, const QString &dmId, const ListAction &ac
     const auto here = std::find_if(actions.begin(), actions.end(),
                                    [&](const Action &each) { return each.dmId == dmId; });
     if (here == actions.end())
-        skip(step, QStringLiteral("no provisioned action \"%1\" here").arg(dmId));
+        skip(step, QStringLiteral("there is no provisioned action \"%1\"").arg(dmId));
     else
         step.target = here->idAction;
 }
@@ -83,7 +83,7 @@ void findEqualKey(Step &step, ListKey &userKeys)
     if (!equal)
         return;
     step.here = equal->idKey;
-    skip(step, QStringLiteral("equal to key %1").arg(equal->idKey));
+    skip(step, QStringLiteral("already exists as key %1").arg(equal->idKey));
 }
 
 void findPlace(Step &step, ListKey &userKeys, const ListKey &provisionedKeys)
@@ -98,7 +98,7 @@ void findPlace(Step &step, ListKey &userKeys, const ListKey &provisionedKeys)
     }
     const auto provisioned = std::find_if(provisionedKeys.begin(), provisionedKeys.end(), isThere);
     if (provisioned != provisionedKeys.end())
-        skip(step, QStringLiteral("place of provisioned key %1").arg(provisioned->idKey));
+        skip(step, QStringLiteral("provisioned key %1 occupies the place").arg(provisioned->idKey));
 }
 
 } // namespace

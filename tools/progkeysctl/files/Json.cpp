@@ -44,7 +44,7 @@ QJsonObject readJson(const QByteArray &bytes, const QString &file, const Schema 
     if (object.value(SchemaMember) != schema.name)
         throwInvalid(QStringLiteral("%1 does not have the schema %2").arg(file, schema.name));
     if (object.value(VersionMember) != schema.version)
-        throwInvalid(QStringLiteral("%1 does not have version %2, the only supported one")
+        throwInvalid(QStringLiteral("%1 does not have version %2, which is the only supported one")
                          .arg(file, QString::number(schema.version)));
     requireMembers(object, QStringList{SchemaMember, VersionMember} + schema.members, file);
     return object;
