@@ -240,7 +240,7 @@ def test_rows_have_the_name_and_place_of_the_field(offline: Tool, write) -> None
     assert (terse.lines, terse.status) == (["not-a-number:1", "field-count:2"], 4)
 
 
-def test_colours_are_for_terminals(offline: Tool, write) -> None:
+def test_problems_have_colors_on_a_terminal(offline: Tool, write) -> None:
     file = write("DefaultActions", "D1,x,call,,,,")
     assert "\x1b[31merror:\x1b[0m" in offline.on_terminal(80, "defaults", "check", file).out
     plain = offline.on_terminal(80, "defaults", "check", file, env={"NO_COLOR": "1"}).out

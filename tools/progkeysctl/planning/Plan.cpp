@@ -127,7 +127,7 @@ private:
 Planner::Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings)
     : m_actions(actions), m_keys(keys), m_settings(settings)
 {
-    m_target.stored = actions;
+    m_target.actions = actions;
     m_target.keys = keys;
     m_target.limit = settings.limit;
     provisioning::mergeDefaults(m_target, settings.actions, settings.keys);
@@ -136,8 +136,8 @@ Planner::Planner(const ListAction &actions, const ListKey &keys, const PlannedSe
 QList<QJsonObject> Planner::plan()
 {
     for (int place = 0; place < m_actions.size(); ++place)
-        planAction(m_actions.at(place), m_target.stored.at(place));
-    for (const Action &action : std::as_const(m_target.added)) {
+        planAction(m_actions.at(place), m_target.actions.at(place));
+    for (const Action &action : m_target.actions.mid(m_actions.size())) {
         QJsonObject content = fields::toJson(action);
         content.insert(IdAction, QJsonValue());
         add(Added, OfAction, {}, action.dmId,

@@ -4,28 +4,24 @@
 
 namespace defaults {
 
-// New rows get the highest ids, so they come last. The merge asks once for each key.
+// The merge asks once for each key.
 std::optional<Action> PlanTarget::actionWithDmId(const QString &dmId)
 {
     keyOutcomes.append(KeyOutcome());
-    for (const ListAction &actions : {stored, added}) {
-        for (const Action &action : actions) {
-            if (action.dmId == dmId)
-                return action;
-        }
-    }
-    return std::nullopt;
+    const auto found = std::find_if(actions.cbegin(), actions.cend(),
+                                    [&](const Action &action) { return action.dmId == dmId; });
+    return found == actions.cend() ? std::nullopt : std::optional(*found);
 }
 
 void PlanTarget::addAction(const Action &action)
 {
-    added.append(action);
-    added.last().idAction = NewActionId;
+    actions.append(action);
+    actions.last().idAction = NewActionId;
 }
 
 void PlanTarget::modifyAction(const Action &action)
 {
-    for (Action &each : stored) {
+    for (Action &each : actions) {
         if (each.idAction == action.idAction)
             each = action;
     }

@@ -22,16 +22,15 @@ struct KeyOutcome
 /// The rows of a phone in memory, under the rules of the service, to try a merge on.
 struct PlanTarget : provisioning::MergeTarget
 {
-    ListAction stored; ///< the actions of the phone
+    ListAction actions; ///< those of the phone, then new ones
     ListKey keys;
     std::optional<int> limit;
 
-    ListAction added;              ///< new actions
     QSet<qlonglong> withdrawn;     ///< that the merge tried to delete, which the service refuses
     QList<KeyOutcome> keyOutcomes; ///< of each accepted record of keys, in order
 
     bool isLogged() const override { return false; }
-    ListAction allActions() override { return stored; }
+    ListAction allActions() override { return actions; }
     std::optional<Action> actionWithDmId(const QString &dmId) override;
     void addAction(const Action &action) override;
     void modifyAction(const Action &action) override;
