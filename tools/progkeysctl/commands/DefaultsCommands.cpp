@@ -112,7 +112,7 @@ std::optional<QString> settingText(cli::Session &session, const defaults::Rollou
         return setting->text;
     const QString name = defaults::settingName(kind);
     const bool isOfPhone = rollout.directory.isEmpty();
-    const std::optional<QString> text =
+    std::optional<QString> text =
         isOfPhone ? client::readSetting(session.bus(), name) : std::nullopt;
     if (!text)
         output::warn(QStringLiteral("%1 has no setting %2: %3")

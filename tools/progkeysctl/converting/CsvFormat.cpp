@@ -56,20 +56,22 @@ struct HeaderFaults
 {
     QStringList missing;
     QStringList surplus;
-
-    HeaderFaults(const QStringList &header, Kind kind) : surplus(header)
-    {
-        for (const QString &name : fieldNames(kind)) {
-            if (!surplus.removeOne(name))
-                missing.append(name);
-        }
-    }
 };
+
+HeaderFaults faultsOf(const QStringList &header, Kind kind)
+{
+    HeaderFaults faults{{}, header};
+    for (const QString &name : fieldNames(kind)) {
+        if (!faults.surplus.removeOne(name))
+            faults.missing.append(name);
+    }
+    return faults;
+}
 
 Kind kindOf(const QStringList &header)
 {
-    return HeaderFaults(header, Kind::Keys).surplus.size() <
-                   HeaderFaults(header, Kind::Actions).surplus.size()
+    return faultsOf(header, Kind::Keys).surplus.size() <
+                   faultsOf(header, Kind::Actions).surplus.size()
                ? Kind::Keys
                : Kind::Actions;
 }
@@ -87,7 +89,7 @@ QChar delimiterOf(const QString &text)
 
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
 {
-    const HeaderFaults faults(header, kind);
+    const HeaderFaults faults = faultsOf(header, kind);
     QStringList parts;
     if (!faults.missing.isEmpty())
         parts.append(QStringLiteral("missing: ") + faults.missing.join(QStringLiteral(", ")));
