@@ -5,6 +5,7 @@
 #include "provisioning/ProvisionedRecords.h"
 
 #include <QHash>
+#include <QMap>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -57,35 +58,14 @@ const QString &identifierOf(const Record &record)
     return record.fields.first().text;
 }
 
-// Identifiers of records, to find equal ones and those that are easily confused.
-class Identifiers
+// The numbers of records by their identifiers, which are grouped by what makes them easily
+// confused.
+using Identifiers = QHash<QString, QMap<QString, int>>;
+
+QString simplified(const QString &identifier)
 {
-public:
-    /// Keeps the first of equal and of similar identifiers.
-    void add(const QString &identifier, int record)
-    {
-        if (m_records.contains(identifier))
-            return;
-        m_records.insert(identifier, record);
-        if (similarTo(identifier).isEmpty())
-            m_similar.insert(simplified(identifier), identifier);
-    }
-
-    /// The number of its record; 0 if there is none.
-    int recordOf(const QString &identifier) const { return m_records.value(identifier); }
-
-    /// An identifier that differs only in case or blanks, or the same; empty if there is none.
-    QString similarTo(const QString &identifier) const
-    {
-        return m_similar.value(simplified(identifier));
-    }
-
-private:
-    static QString simplified(const QString &identifier) { return identifier.trimmed().toLower(); }
-
-    QHash<QString, int> m_records;
-    QHash<QString, QString> m_similar;
-};
+    return identifier.trimmed().toLower();
+}
 
 // Whether each field that is a number has one.
 bool hasNumbers(Kind kind, const QStringList &fields)
@@ -247,23 +227,23 @@ Identifiers checkIdentifiers(Setting &actions)
 {
     Identifiers identifiers;
     for (const Record &record : std::as_const(actions.records)) {
-        const QString dmId = identifierOf(record);
-        const int earlier = identifiers.recordOf(dmId);
-        const QString similar = identifiers.similarTo(dmId);
-        identifiers.add(dmId, record.number);
-        if (!record.isAccepted() || dmId.isEmpty())
-            continue;
-        const Problem problem = problemOf(record, IdentifierField);
-        if (earlier > 0)
-            add(actions, Severity::Error, "repeated-identifier", problem,
-                QStringLiteral("record %1 already has the identifier %2")
-                    .arg(QString::number(earlier), quoted(dmId)));
-        else if (!similar.isEmpty())
-            add(actions, Severity::Warning, "similar-identifier", problem,
-                QStringLiteral("the identifier %1 differs from %2 of record %3 only in case or "
-                               "blanks")
-                    .arg(quoted(dmId), quoted(similar),
-                         QString::number(identifiers.recordOf(similar))));
+        const QString &dmId = identifierOf(record);
+        QMap<QString, int> &similar = identifiers[simplified(dmId)];
+        if (record.isAccepted() && !dmId.isEmpty() && !similar.isEmpty()) {
+            const Problem problem = problemOf(record, IdentifierField);
+            if (similar.contains(dmId))
+                add(actions, Severity::Error, "repeated-identifier", problem,
+                    QStringLiteral("record %1 already has the identifier %2")
+                        .arg(QString::number(similar.value(dmId)), quoted(dmId)));
+            else
+                add(actions, Severity::Warning, "similar-identifier", problem,
+                    QStringLiteral("the identifier %1 differs from %2 of record %3 only in case "
+                                   "or blanks")
+                        .arg(quoted(dmId), quoted(similar.firstKey()),
+                             QString::number(similar.first())));
+        }
+        if (!similar.contains(dmId))
+            similar.insert(dmId, record.number);
     }
     return identifiers;
 }
@@ -277,14 +257,15 @@ struct PlacedKey
 // Whether the key has an action. A refused action counts: it is reported itself.
 bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actions)
 {
-    const QString dmId = identifierOf(record);
-    if (dmId.isEmpty() || actions.recordOf(dmId) > 0)
+    const QString &dmId = identifierOf(record);
+    const QMap<QString, int> similar = actions.value(simplified(dmId));
+    if (dmId.isEmpty() || similar.contains(dmId))
         return true;
-    const QString similar = actions.similarTo(dmId);
     QString message = QStringLiteral("no action has the identifier %1, and the phone drops the key")
                           .arg(quoted(dmId));
     if (!similar.isEmpty())
-        message += QStringLiteral("; %1 differs only in case or blanks").arg(quoted(similar));
+        message +=
+            QStringLiteral("; %1 differs only in case or blanks").arg(quoted(similar.firstKey()));
     add(keys, Severity::Error, "key-without-action", problemOf(record, IdentifierField), message);
     return false;
 }

@@ -44,7 +44,7 @@ struct Setting
     QString text;
     QList<provisioning::Record> records; ///< none if the text is empty or the limit
     QList<Problem> problems;
-    bool isReadable = true; ///< false if it cannot be delivered to a phone: then nothing is checked
+    bool isReadable = true; ///< false if all other problems may follow from the one that it has
 };
 
 /// The setting in a file, without one newline at the end. It is not readable, and has one problem,

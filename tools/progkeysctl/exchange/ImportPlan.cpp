@@ -3,6 +3,8 @@
 #include "fields/Fields.h"
 #include "fields/Places.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 namespace exchange {
@@ -38,8 +40,11 @@ void skip(Step &step, const QString &reason)
     step.reason = reason;
 }
 
+// The ids here of the actions of a document that are here, by their ids there.
+using ActionIds = QHash<qlonglong, qlonglong>;
+
 // Skips an action that a user's action here is equal to, and takes that one off the list.
-Step planAction(const Action &action, ListAction &userActions)
+Step planAction(const Action &action, ListAction &userActions, ActionIds &ids)
 {
     Step step;
     step.action = action;
@@ -47,6 +52,7 @@ Step planAction(const Action &action, ListAction &userActions)
         takeFirst(userActions, [&](const Action &each) { return hasSameContent(each, action); });
     if (equal) {
         step.here = equal->idAction;
+        ids.insert(action.idAction, equal->idAction);
         skip(step, QStringLiteral("already exists as action %1").arg(equal->idAction));
     }
     return step;
@@ -60,16 +66,6 @@ void findProvisionedAction(Step &step, const QString &dmId, const ListAction &ac
         skip(step, QStringLiteral("there is no provisioned action \"%1\"").arg(dmId));
     else
         step.target = here->idAction;
-}
-
-void findUserAction(Step &step, const QList<Step> &actionSteps)
-{
-    if (step.key.idAction == ReservedActionId)
-        step.target = ReservedActionId;
-    for (const Step &each : actionSteps) {
-        if (each.kind == StepKind::Skip && each.action->idAction == step.key.idAction)
-            step.target = each.here;
-    }
 }
 
 void findEqualKey(Step &step, ListKey &userKeys)
@@ -118,17 +114,18 @@ QList<Step> planImport(const Document &document, const ListAction &actions, cons
     for (const Key &key : keys)
         (key.dmId.isEmpty() ? userKeys : provisionedKeys).append(key);
 
+    ActionIds ids{{ReservedActionId, ReservedActionId}};
     QList<Step> actionSteps;
     for (const Action &action : document.actions)
-        actionSteps.append(planAction(action, userActions));
+        actionSteps.append(planAction(action, userActions, ids));
     QList<Step> keySteps;
     for (const ExportedKey &exported : document.keys) {
         Step step;
         step.key = exported.key;
-        if (exported.actionDmId.isEmpty())
-            findUserAction(step, actionSteps);
-        else
+        if (!exported.actionDmId.isEmpty())
             findProvisionedAction(step, exported.actionDmId, actions);
+        else if (ids.contains(exported.key.idAction))
+            step.target = ids.value(exported.key.idAction);
         findEqualKey(step, userKeys);
         keySteps.append(step);
     }
