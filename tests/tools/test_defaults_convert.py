@@ -102,9 +102,9 @@ GOOD = "D,c,1,i,0,0,0"
 @pytest.mark.parametrize(
     ("source", "message"),
     [
-        ("", "standard input, line 1: invalid header: missing: dmId, "),
+        ("", "standard input, line 1: invalid header: missing: `dmId`, "),
         (GOOD, "separated by commas, semicolons or tabs."),
-        (f"x,icon,{KEYS.removesuffix(',aom_addr')}", "standard input, line 1: invalid header: missing: aom_addr; unknown or repeated: x, icon."),
+        (f"x,icon,{KEYS.removesuffix(',aom_addr')}", "standard input, line 1: invalid header: missing: `aom_addr`; unknown or repeated: `x`, `icon`."),
         (keys_csv(GOOD, "", "D,c,1,i,0,0"), "standard input, line 4: 6 fields instead of 7"),
         (keys_csv('"a\n\nb",c,1,i,0,0,0', GOOD + ",x"), "standard input, line 3: 8 fields instead of 7"),
         (keys_csv(GOOD, 'D"D,c,1,i,0,0,0'), "standard input, line 3: a quote is misplaced or missing"),

@@ -87,15 +87,22 @@ QChar delimiterOf(const QString &text)
         }));
 }
 
+QString listOf(const char *title, const QStringList &columns)
+{
+    QStringList names;
+    for (const QString &column : columns)
+        names.append(output::quoted(column));
+    return QString::fromLatin1(title) + names.join(QStringLiteral(", "));
+}
+
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
 {
     const HeaderFaults faults = faultsOf(header, kind);
     QStringList parts;
     if (!faults.missing.isEmpty())
-        parts.append(QStringLiteral("missing: ") + faults.missing.join(QStringLiteral(", ")));
+        parts.append(listOf("missing: ", faults.missing));
     if (!faults.surplus.isEmpty())
-        parts.append(QStringLiteral("unknown or repeated: ") +
-                     faults.surplus.join(QStringLiteral(", ")));
+        parts.append(listOf("unknown or repeated: ", faults.surplus));
     if (!parts.isEmpty())
         throwInvalidLine(
             file, 1, QStringLiteral("invalid header: %1").arg(parts.join(QStringLiteral("; "))),
