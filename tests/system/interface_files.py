@@ -16,13 +16,12 @@ FILES = {
     LIFECYCLE: CHECKOUT / "platform" / "dbus" / f"{LIFECYCLE}.xml",
     EVENTS: CHECKOUT / "platform" / "dbus" / f"{EVENTS}.xml",
 }
-SERVED = CHECKOUT / "src" / "dbus" / "com.velmora.Tessaro.ZelProgrammableKeys.xml"
 
 QT_TYPE = re.compile(r"(?:com\.trolltech|org\.qtproject)\.QtDBus\.QtTypeName\.(\w+)")
 
 
 class Method(NamedTuple):
-    """A method as its callers know it; the names of out arguments are nobody's business."""
+    """A method as its callers see it. Callers do not see the names of out arguments."""
 
     name: str
     inputs: tuple[tuple[str, str], ...]
