@@ -1,11 +1,10 @@
-"""Statements that fail or match nothing: codes, log lines, no events, and no lasting harm."""
+"""Statements that fail or match no row: result codes, log lines and events, and recovery."""
 
-import itertools
 from typing import Any, Callable, NamedTuple
 
 import pytest
 
-from database import Fault, ignoring, refusing
+from database import RESERVED_ACTION, Database, ignoring, refusing
 from samples import (
     CALL,
     MODULE_KEY,
@@ -58,139 +57,101 @@ ACTION_UPDATE = (
 )
 ACTION_DELETE = "DELETE FROM ACTION WHERE idAction=?"
 MODIFY_ACTION_FAILS = "ZelProgrammableKeys::modifyAction(1) : fail !"
+STORED_ACTION = CALL._replace(idAction=1)
+STORED_KEY = MODULE_KEY._replace(idKey=1, idAction=1)
 
 
-FRESH = itertools.count(1)
-
-
-class Stored(NamedTuple):
-    """What is in the database before each failure."""
+class Store(NamedTuple):
+    """A database with one action and one module key, which the service has not used yet."""
 
     client: Any
-    action: Action
-    key: Key
+    database: Database
+
+    def fill(self) -> None:
+        self.database.execute("DELETE FROM KEY", "DELETE FROM ACTION")
+        self.database.insert(RESERVED_ACTION, STORED_ACTION, STORED_KEY)
 
     def create_module_key(self) -> int:
-        return self.client.create_programmable_key(self.key)
+        return self.client.create_programmable_key(STORED_KEY)
 
     def create_set_key(self) -> int:
-        key = SET_KEY._replace(idAction=self.key.idAction)
-        return self.client.create_programmable_key(key)
+        return self.client.create_programmable_key(SET_KEY._replace(idAction=1))
 
     def modify_key(self) -> int:
-        return self.client.modify_programmable_key(self.key._replace(icon="other"))
+        return self.client.modify_programmable_key(STORED_KEY._replace(icon="other"))
 
     def move_key(self) -> bool:
-        return self.client.change_programmable_keys_position({self.key.idKey: 77})
+        return self.client.change_programmable_keys_position({1: 77})
 
     def delete_key(self) -> int:
-        return self.client.delete_programmable_key(self.key.idKey)
+        return self.client.delete_programmable_key(1)
 
     def add_action(self) -> int:
-        return self.client.add_action(self.action)
+        return self.client.add_action(STORED_ACTION)
 
     def modify_action(self) -> int:
-        return self.client.modify_action(self.action._replace(shortLabel=f"label {next(FRESH)}"))
+        return self.client.modify_action(STORED_ACTION._replace(shortLabel="other"))
 
     def delete_action(self) -> int:
-        return self.client.delete_action(self.action.idAction)
+        return self.client.delete_action(1)
 
     def all_keys(self) -> list[Key]:
         return self.client.get_all_programmable_keys()
 
     def one_key(self) -> list[Key]:
-        return self.client.get_programmable_key(self.key.idKey)
+        return self.client.get_programmable_key(1)
 
     def container(self) -> list[Key]:
-        return self.client.get_programmable_keys_by_container(self.key.container)
+        return self.client.get_programmable_keys_by_container(STORED_KEY.container)
 
     def all_actions(self) -> list[Action]:
         return self.client.get_all_actions()
 
     def one_action(self) -> list[Action]:
-        return self.client.get_action(self.action.idAction)
+        return self.client.get_action(1)
 
     def press(self) -> None:
-        place = {
-            "aom_key_num": self.key.position,
-            "aom_type": self.key.aom_type,
-            "addr": self.key.aom_addr,
-        }
-        self.client.send_event("AOM_KEY_PRESS_EVENT", **place)
+        self.client.send_event("AOM_KEY_PRESS_EVENT", aom_key_num=5, aom_type=1, addr=2)
+        self.client.round_trip()
+
+
+Operation = Callable[[Store], Any]
 
 
 @pytest.fixture
-def stored(service, client, events, action) -> Stored:
-    key = MODULE_KEY._replace(idAction=action.idAction)
-    key = key._replace(idKey=client.create_programmable_key(key))
-    events.take()
-    service.log.take()
-    return Stored(client, action, key)
+def store(service, client, database, events) -> Store:
+    the_store = Store(client, database)
+    the_store.fill()
+    return the_store
 
 
-Operation = Callable[[Stored], Any]
+def operations(*rows):
+    """Rows of a test, each named by its last value."""
+    return [pytest.param(*values, id=name) for *values, name in rows]
 
 
 @pytest.mark.parametrize(
-    "fault, operation, answer, statement, more_lines",
-    [
-        pytest.param(
-            refusing("INSERT", "KEY"),
-            Stored.create_module_key,
-            -2,
-            KEY_INSERT,
-            [],
-            id="creating a key",
+    "operation, what, table, answer, statement, more_lines",
+    operations(
+        (Store.create_module_key, "INSERT", "KEY", -2, KEY_INSERT, [], "creating a key"),
+        (Store.modify_key, "UPDATE", "KEY", -3, KEY_UPDATE, [], "modifying a key"),
+        (Store.move_key, "UPDATE", "KEY", False, KEY_MOVE, [], "moving a key"),
+        (Store.delete_key, "DELETE", "KEY", -3, KEY_DELETE, [], "deleting a key"),
+        (Store.add_action, "INSERT", "ACTION", -3, ACTION_INSERT, [], "adding an action"),
+        (
+            *(Store.modify_action, "UPDATE", "ACTION", -3, ACTION_UPDATE, [MODIFY_ACTION_FAILS]),
+            "modifying an action",
         ),
-        pytest.param(
-            refusing("UPDATE", "KEY"), Stored.modify_key, -3, KEY_UPDATE, [], id="modifying a key"
-        ),
-        pytest.param(
-            refusing("UPDATE", "KEY"), Stored.move_key, False, KEY_MOVE, [], id="moving a key"
-        ),
-        pytest.param(
-            refusing("DELETE", "KEY"), Stored.delete_key, -3, KEY_DELETE, [], id="deleting a key"
-        ),
-        pytest.param(
-            refusing("INSERT", "ACTION"),
-            Stored.add_action,
-            -3,
-            ACTION_INSERT,
-            [],
-            id="adding an action",
-        ),
-        pytest.param(
-            refusing("UPDATE", "ACTION"),
-            Stored.modify_action,
-            -3,
-            ACTION_UPDATE,
-            [MODIFY_ACTION_FAILS],
-            id="modifying an action",
-        ),
-        pytest.param(
-            refusing("DELETE", "ACTION"),
-            Stored.delete_action,
-            -3,
-            ACTION_DELETE,
-            [],
-            id="deleting an action",
-        ),
-    ],
+        (Store.delete_action, "DELETE", "ACTION", -3, ACTION_DELETE, [], "deleting an action"),
+    ),
 )
-def test_a_refused_write_gives_its_code_one_statement_line_and_no_event(
-    service,
-    stored,
-    events,
-    database,
-    fault: Fault,
-    operation: Operation,
-    answer,
-    statement,
-    more_lines,
+def test_a_write_that_fails_returns_its_code_logs_its_statement_and_sends_no_event(
+    service, store, events, database, operation: Operation, what, table, answer, statement, more_lines
 ):
     before = database.actions(), database.keys()
+    fault = refusing(what, table)
     database.execute(fault.trigger)
-    assert operation(stored) == answer
+    assert operation(store) == answer
     line, *others = service.log.take("error")
     assert failed_statement(line, statement, fault.message)
     assert others == more_lines
@@ -199,161 +160,109 @@ def test_a_refused_write_gives_its_code_one_statement_line_and_no_event(
 
 
 @pytest.mark.parametrize(
-    "fault, operation, more_lines",
-    [
-        pytest.param(ignoring("UPDATE", "KEY"), Stored.modify_key, [], id="modifying a key"),
-        pytest.param(ignoring("DELETE", "KEY"), Stored.delete_key, [], id="deleting a key"),
-        pytest.param(
-            ignoring("UPDATE", "ACTION"),
-            Stored.modify_action,
-            [MODIFY_ACTION_FAILS],
-            id="modifying an action",
-        ),
-        pytest.param(
-            ignoring("DELETE", "ACTION"), Stored.delete_action, [], id="deleting an action"
-        ),
-    ],
+    "operation, what, table, lines",
+    operations(
+        (Store.modify_key, "UPDATE", "KEY", [], "modifying a key"),
+        (Store.delete_key, "DELETE", "KEY", [], "deleting a key"),
+        (Store.modify_action, "UPDATE", "ACTION", [MODIFY_ACTION_FAILS], "modifying an action"),
+        (Store.delete_action, "DELETE", "ACTION", [], "deleting an action"),
+    ),
 )
-def test_a_write_that_matches_no_row_gives_minus_2_and_no_event(
-    service, stored, events, database, fault: Fault, operation: Operation, more_lines
+def test_a_write_that_changes_no_row_returns_minus_2_and_sends_no_event(
+    service, store, events, database, operation: Operation, what, table, lines
 ):
     before = database.actions(), database.keys()
-    database.execute(fault.trigger)
-    assert operation(stored) == -2
-    assert service.log.take("error") == more_lines
+    database.execute(ignoring(what, table).trigger)
+    assert operation(store) == -2
+    assert service.log.take("error") == lines
     assert events.take() == []
     assert (database.actions(), database.keys()) == before
 
 
 @pytest.mark.parametrize(
     "table, operation, answer, statements",
-    [
-        pytest.param("KEY", Stored.all_keys, [], [KEY_SELECT], id="all keys"),
-        pytest.param("KEY", Stored.one_key, [], [BY_KEY_ID], id="one key"),
-        pytest.param("KEY", Stored.container, [], [BY_CONTAINER], id="keys of a container"),
-        pytest.param(
-            "KEY",
-            Stored.create_set_key,
-            -2,
-            [KEY_COUNT, KEY_INSERT],
-            id="creating a key of the set",
-        ),
-        pytest.param(
-            "KEY",
-            Stored.create_module_key,
-            -2,
-            [KEY_COUNT, KEY_INSERT],
-            id="creating a module key",
-        ),
-        pytest.param("KEY", Stored.modify_key, -3, [BY_KEY_ID, KEY_UPDATE], id="modifying a key"),
-        pytest.param("KEY", Stored.move_key, False, [KEY_MOVE], id="moving a key"),
-        pytest.param("KEY", Stored.delete_key, -2, [BY_KEY_ID], id="deleting a key"),
-        pytest.param(
-            "KEY", Stored.modify_action, 0, [BY_TYPE_AND_ACTION], id="labels of an action"
-        ),
-        pytest.param("KEY", Stored.delete_action, 0, [KEY_IDS], id="keys of a deleted action"),
-        pytest.param("KEY", Stored.press, None, [BY_PLACE], id="pressed key"),
-        pytest.param("ACTION", Stored.all_actions, [], [ACTION_SELECT], id="all actions"),
-        pytest.param("ACTION", Stored.one_action, [], [BY_ACTION_ID], id="one action"),
-        pytest.param("ACTION", Stored.add_action, -3, [ACTION_INSERT], id="adding an action"),
-        pytest.param("ACTION", Stored.delete_action, -2, [BY_ACTION_ID], id="deleting an action"),
-    ],
+    operations(
+        ("KEY", Store.all_keys, [], [KEY_SELECT], "reading all keys"),
+        ("KEY", Store.one_key, [], [BY_KEY_ID], "reading one key"),
+        ("KEY", Store.container, [], [BY_CONTAINER], "reading the keys of a container"),
+        ("KEY", Store.create_set_key, -2, [KEY_COUNT, KEY_INSERT], "creating a key of the set"),
+        ("KEY", Store.create_module_key, -2, [KEY_COUNT, KEY_INSERT], "creating a module key"),
+        ("KEY", Store.modify_key, -3, [BY_KEY_ID, KEY_UPDATE], "modifying a key"),
+        ("KEY", Store.move_key, False, [KEY_MOVE], "moving a key"),
+        ("KEY", Store.delete_key, -2, [BY_KEY_ID], "deleting a key"),
+        ("KEY", Store.modify_action, 0, [BY_TYPE_AND_ACTION], "labelling the keys of an action"),
+        ("KEY", Store.delete_action, 0, [KEY_IDS], "deleting the keys of an action"),
+        ("KEY", Store.press, None, [BY_PLACE], "pressing a key"),
+        ("ACTION", Store.all_actions, [], [ACTION_SELECT], "reading all actions"),
+        ("ACTION", Store.one_action, [], [BY_ACTION_ID], "reading one action"),
+        ("ACTION", Store.add_action, -3, [ACTION_INSERT], "adding an action"),
+        ("ACTION", Store.delete_action, -2, [BY_ACTION_ID], "deleting an action"),
+    ),
 )
-@pytest.mark.parametrize("used_before", [True, False], ids=["after use", "at first use"])
-def test_a_lost_table_fails_each_statement_with_one_line_until_it_is_back(
-    service, stored, database, used_before, table, operation: Operation, answer, statements
+def test_without_its_table_a_statement_fails_with_one_line_and_works_again_with_it(
+    service, store, database, table, operation: Operation, answer, statements
 ):
-    if used_before:
-        stored.client.change_programmable_keys_position({stored.key.idKey: stored.key.position})
-        for warm_up in (
-            Stored.all_keys,
-            Stored.one_key,
-            Stored.container,
-            Stored.all_actions,
-            Stored.one_action,
-        ):
-            warm_up(stored)
-        stored.press()
-        stored.modify_key(), stored.modify_action()
-    stored.client.round_trip()
-    service.log.take()
-    database.execute(f"ALTER TABLE {table} RENAME TO LOST")
-    assert operation(stored) == answer
-    stored.client.round_trip()
-    lines = service.log.take("error")
-    assert len(lines) == len(statements)
-    for line, statement in zip(lines, statements):
-        assert failed_statement(line, statement, f"no such table: {table}")
-    database.execute(f"ALTER TABLE LOST RENAME TO {table}")
-    operation(stored)
-    stored.client.round_trip()
-    assert service.log.take("error") == []
+    for when in ("at its first use", "at a later use"):
+        store.fill()
+        database.execute(f"ALTER TABLE {table} RENAME TO LOST")
+        # The service's connection notices the change: the next statement cannot be prepared.
+        store.all_keys(), store.all_actions()
+        service.log.take()
+        assert operation(store) == answer, when
+        lines = service.log.take("error")
+        assert len(lines) == len(statements), when
+        for line, statement in zip(lines, statements):
+            assert failed_statement(line, statement, f"no such table: {table}")
+        database.execute(f"ALTER TABLE LOST RENAME TO {table}")
+        operation(store)
+        assert service.log.take("error") == [], when
 
 
-@pytest.mark.parametrize("create", [Stored.create_set_key, Stored.create_module_key])
 def test_the_keys_of_the_set_are_counted_before_the_limit_is_read(
-    service, stored, database, settings, create: Operation
+    service, store, database, settings
 ):
     settings.fail(UNKNOWN_SETTING)
     database.execute("ALTER TABLE KEY RENAME TO LOST")
-    assert create(stored) == -2
-    count, read, _insert = service.log.take("error")
-    assert failed_statement(count, KEY_COUNT, "no such table: KEY")
-    assert read == SETTING_NOT_READ
+    for create in (Store.create_set_key, Store.create_module_key):
+        assert create(store) == -2
+        count, read, _insert = service.log.take("error")
+        assert failed_statement(count, KEY_COUNT, "no such table: KEY")
+        assert read == SETTING_NOT_READ
 
 
-def test_a_press_is_answered_even_when_the_keys_cannot_be_read(stored, events, database):
+def test_operations_on_actions_and_presses_go_on_without_the_keys(store, events, database):
     database.execute("ALTER TABLE KEY RENAME TO LOST")
-    stored.press()
-    pressed = Key(
-        type=1,
-        position=stored.key.position,
-        aom_type=stored.key.aom_type,
-        aom_addr=stored.key.aom_addr,
-    )
-    assert events.take() == [module_key_pressed(pressed, Action(), exists=False)]
-
-
-def test_an_action_is_modified_and_announced_even_when_its_keys_cannot_be_read(
-    stored, events, database
-):
-    database.execute("ALTER TABLE KEY RENAME TO LOST")
-    assert stored.modify_action() == 0
-    (_reserved, modified) = database.actions()
-    assert modified.shortLabel != stored.action.shortLabel
-    assert events.take() == [action_modified(modified)]
-
-
-def test_an_action_is_deleted_and_announced_even_when_its_keys_cannot_be_read(
-    stored, events, database
-):
-    database.execute("ALTER TABLE KEY RENAME TO LOST")
-    assert stored.delete_action() == 0
-    assert events.take() == [action_deleted(stored.action.idAction)]
+    store.press()
+    assert store.modify_action() == 0
+    assert store.delete_action() == 0
+    assert events.take() == [
+        module_key_pressed(Key(type=1, position=5, aom_type=1, aom_addr=2), Action(), exists=False),
+        action_modified(STORED_ACTION._replace(shortLabel="other")),
+        action_deleted(1),
+    ]
 
 
 @pytest.mark.parametrize(
     "table, operation, answer",
-    [("KEY", Stored.create_module_key, -2), ("ACTION", Stored.add_action, -3)],
-    ids=["key", "action"],
+    operations(("KEY", Store.create_module_key, -2, "keys"), ("ACTION", Store.add_action, -3, "actions")),
 )
-def test_a_table_that_has_given_its_last_id_refuses_the_record(
-    stored, events, database, table, operation, answer
+def test_a_table_that_has_assigned_its_last_id_refuses_another_record(
+    store, events, database, table, operation: Operation, answer
 ):
     database.execute(f"UPDATE sqlite_sequence SET seq = {2**63 - 1} WHERE name = '{table}'")
-    assert operation(stored) == answer
+    assert operation(store) == answer
     assert events.take() == []
 
 
-def test_a_refused_write_is_not_told_of_below_level_3(start, client, database):
+def test_a_failed_statement_is_not_logged_at_level_2(start, client, database):
     service = start(log_level=2)
     database.execute(refusing("INSERT", "ACTION").trigger)
     assert client.add_action(CALL) == -3
     assert service.log.lines() == []
 
 
-def test_another_process_that_adds_a_column_and_an_index_does_not_disturb(stored, database):
-    assert stored.all_keys() == stored.one_key() == stored.container() == [stored.key]
+def test_a_column_and_an_index_of_another_process_change_nothing(store, database):
+    assert store.all_keys() == store.one_key() == store.container() == [STORED_KEY]
     database.execute("ALTER TABLE KEY ADD COLUMN more", "CREATE INDEX quick ON KEY (container)")
-    assert stored.all_keys() == stored.one_key() == stored.container() == [stored.key]
-    assert stored.modify_key() == 0
+    assert store.all_keys() == store.one_key() == store.container() == [STORED_KEY]
+    assert store.modify_key() == 0
