@@ -21,7 +21,7 @@ RESERVED_IS_KEPT = "Action of id -1 is read only and reserved. Deletion is forbi
 
 @pytest.fixture
 def store_keys(service, client, events):
-    """Stores keys in order, and takes what that sent and logged."""
+    """Stores keys in order and takes their events and log lines."""
 
     def store(*keys):
         stored = [key._replace(idKey=client.create_programmable_key(key)) for key in keys]
@@ -34,7 +34,7 @@ def store_keys(service, client, events):
 
 @pytest.fixture
 def provisioned(service, client, events, action) -> Action:
-    """A stored action that device management provided."""
+    """A stored action of device management."""
     stored = action._replace(dmId="dm-1")
     assert client.modify_action(stored) == 0
     events.take()
@@ -49,7 +49,7 @@ def bound(sample, action, **fields):
 # Adding
 
 
-def test_an_added_action_is_returned_by_its_id_and_announced_with_it(
+def test_an_added_action_gets_the_next_id_and_is_announced_with_it(
     service, client, events, database
 ):
     events.take()
@@ -61,27 +61,17 @@ def test_an_added_action_is_returned_by_its_id_and_announced_with_it(
     assert service.log.take() == sent("ACTION_CREATE_NTF")
 
 
-@pytest.mark.parametrize(
-    "sample",
-    [
+def test_any_action_is_added(client, database, action):
+    samples = [
         Action(),
         CALL,
         CALL._replace(dmId="dm-1"),
         CALL._replace(idAction=1),
         CALL._replace(idAction=-1, type=-1),
-    ],
-    ids=[
-        "all default",
-        "the same texts again",
-        "with a DM id",
-        "with a used id",
-        "like the reserved one",
-    ],
-)
-def test_any_action_may_be_added(client, database, action, sample):
-    added = sample._replace(idAction=action.idAction + 1)
-    assert client.add_action(sample) == added.idAction
-    assert database.actions() == [RESERVED_ACTION, action, added]
+    ]
+    added = [sample._replace(idAction=2 + number) for number, sample in enumerate(samples)]
+    assert [client.add_action(sample) for sample in samples] == [2, 3, 4, 5, 6]
+    assert database.actions() == [RESERVED_ACTION, action, *added]
 
 
 # Modifying
@@ -99,7 +89,7 @@ def test_a_modified_action_is_stored_and_announced_whole(
     assert service.log.take() == sent("ACTION_MODIFY_NTF")
 
 
-def test_modifying_an_unknown_action_gives_minus_2_and_one_error_line(
+def test_modifying_an_unknown_action_returns_minus_2_and_logs_one_error(
     service, client, events, database, action
 ):
     assert client.modify_action(action._replace(idAction=99)) == -2
@@ -112,7 +102,7 @@ def test_modifying_an_unknown_action_gives_minus_2_and_one_error_line(
     assert database.actions() == [RESERVED_ACTION, action]
 
 
-def test_another_short_label_is_pushed_to_each_module_key_of_the_action(
+def test_another_short_label_is_sent_to_each_module_key_of_the_action_and_no_other_key(
     client, events, action, store_keys
 ):
     keys = store_keys(
@@ -120,6 +110,8 @@ def test_another_short_label_is_pushed_to_each_module_key_of_the_action(
         bound(SET_KEY, action),
         bound(MODULE_KEY, action, position=2, aom_type=2, aom_addr=7),
         bound(MODULE_KEY, action, position=1, aom_addr=1),
+        bound(MODULE_KEY, RESERVED_ACTION),
+        bound(MODULE_KEY, action, type=2),
     )
     changed = action._replace(shortLabel="New")
     assert client.modify_action(changed) == 0
@@ -130,7 +122,7 @@ def test_another_short_label_is_pushed_to_each_module_key_of_the_action(
     ]
 
 
-def test_another_long_label_is_only_announced(client, events, action, store_keys):
+def test_a_change_without_another_short_label_is_only_announced(client, events, action, store_keys):
     store_keys(bound(MODULE_KEY, action))
     changed = action._replace(
         label="New", arguments="502", action="dial", webAppName="x", type=8, dmId="dm"
@@ -139,34 +131,17 @@ def test_another_long_label_is_only_announced(client, events, action, store_keys
     assert events.take() == [action_modified(changed)]
 
 
-def test_a_short_label_that_differs_only_in_case_is_another_one(
+def test_a_short_label_in_another_case_and_an_empty_one_are_other_short_labels(
     client, events, action, store_keys
 ):
     (key,) = store_keys(bound(MODULE_KEY, action))
-    changed = action._replace(shortLabel=action.shortLabel.upper())
-    assert client.modify_action(changed) == 0
-    assert events.take() == [action_modified(changed), label_set(key, changed.shortLabel)]
+    for text in (action.shortLabel.upper(), ""):
+        changed = action._replace(shortLabel=text)
+        assert client.modify_action(changed) == 0
+        assert events.take() == [action_modified(changed), label_set(key, text)]
 
 
-def test_a_short_label_may_become_empty(client, events, action, store_keys):
-    (key,) = store_keys(bound(MODULE_KEY, action))
-    changed = action._replace(shortLabel="")
-    assert client.modify_action(changed) == 0
-    assert events.take() == [action_modified(changed), label_set(key, "")]
-
-
-def test_keys_of_other_actions_get_no_label(client, events, action, store_keys):
-    store_keys(
-        bound(MODULE_KEY, RESERVED_ACTION),
-        bound(MODULE_KEY, action, type=2),
-        bound(SET_KEY, action, aom_type=1),
-    )
-    changed = action._replace(shortLabel="New")
-    assert client.modify_action(changed) == 0
-    assert events.take() == [action_modified(changed)]
-
-
-def test_the_reserved_action_may_be_modified_like_any_other(
+def test_the_reserved_action_is_modified_like_any_other(
     client, events, database, action, store_keys
 ):
     (key,) = store_keys(bound(MODULE_KEY, RESERVED_ACTION))
@@ -179,7 +154,7 @@ def test_the_reserved_action_may_be_modified_like_any_other(
 # Deleting
 
 
-def test_a_deleted_action_is_gone_and_announced_by_its_id(
+def test_an_action_is_deleted_and_announced_by_its_id(
     service, client, events, database, action
 ):
     assert client.delete_action(action.idAction) == 0
@@ -198,18 +173,12 @@ def test_the_reserved_action_cannot_be_deleted(
     assert database.actions() == [RESERVED_ACTION, action]
     assert database.keys() == keys
     assert events.take() == []
-
-
-def test_the_reserved_action_cannot_be_deleted_even_when_its_row_is_gone(
-    service, client, database
-):
     database.execute("DELETE FROM ACTION")
-    service.log.take()
     assert client.delete_action(-1) == -2
     assert service.log.take() == [RESERVED_IS_KEPT]
 
 
-def test_deleting_an_unknown_action_gives_minus_2_without_a_line(
+def test_deleting_an_unknown_action_returns_minus_2_and_logs_nothing(
     service, client, events, database, action
 ):
     assert client.delete_action(99) == -2
@@ -229,21 +198,10 @@ def test_a_provisioned_action_cannot_be_deleted_and_its_keys_stay(
     assert database.keys() == keys
 
 
-def test_a_deleted_action_takes_its_user_keys_along_and_leaves_its_provisioned_keys(
+def test_the_user_keys_of_a_deleted_action_are_deleted_first_in_the_order_of_their_ids(
     client, events, database, action, store_keys
 ):
-    users, provisioned = store_keys(bound(SET_KEY, action), bound(SET_KEY, action, dmId="dm-1"))
-    assert client.delete_action(action.idAction) == 0
-    assert events.take() == [key_deleted(users.idKey), action_deleted(action.idAction)]
-    assert database.actions() == [RESERVED_ACTION]
-    assert database.keys() == [provisioned]
-    assert provisioned.idAction == action.idAction
-
-
-def test_the_keys_of_a_deleted_action_go_in_the_order_of_their_ids_and_others_stay(
-    client, events, database, action, store_keys
-):
-    first, other, second, refused, third = store_keys(
+    first, other, second, provisioned, third = store_keys(
         bound(MODULE_KEY, action),
         bound(SET_KEY, RESERVED_ACTION),
         bound(SET_KEY, action),
@@ -253,10 +211,12 @@ def test_the_keys_of_a_deleted_action_go_in_the_order_of_their_ids_and_others_st
     assert client.delete_action(action.idAction) == 0
     deleted = [key_deleted(key.idKey) for key in (first, second, third)]
     assert events.take() == [*deleted, action_deleted(action.idAction)]
-    assert database.keys() == [other, refused]
+    assert database.actions() == [RESERVED_ACTION]
+    # The provisioned key keeps the id of the deleted action.
+    assert database.keys() == [other, provisioned]
 
 
-def test_a_key_that_cannot_be_deleted_does_not_stop_the_deletion_of_its_action(
+def test_an_action_is_deleted_although_one_of_its_keys_cannot_be_deleted(
     service, client, events, database, action, store_keys
 ):
     first, stuck, last = store_keys(*[bound(SET_KEY, action)] * 3)
