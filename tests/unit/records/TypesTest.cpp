@@ -1,187 +1,174 @@
 #include "QtCompatibility.h"
 #include "records/Capability.h"
 #include "support/Samples.h"
-#include "support/TestMain.h"
-
-/// What the records are by themselves, and how the type systems know them.
-class TypesTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-
-    void aDefaultKeyHasAllNumbersMinusOneAndEmptyTexts();
-    void aDefaultActionIsTheReservedOneWithTypeZeroAndEmptyTexts();
-    void aDefaultCapabilityHasNoNameAndTheValueZero();
-    void aCopyIsEqualAndIndependent();
-    void recordsThatDifferInOneFieldAreNotEqual_data();
-    void recordsThatDifferInOneFieldAreNotEqual();
-    void actionsThatDifferInOneFieldAreNotEqual_data();
-    void actionsThatDifferInOneFieldAreNotEqual();
-    void eachTypeHasItsBusSignature_data();
-    void eachTypeHasItsBusSignature();
-    void eachTypeIsFoundByItsName_data();
-    void eachTypeIsFoundByItsName();
-    void registeringAgainChangesNothing();
-};
+#include "support/TestProgram.h"
+#include "support/TypeNamed.h"
 
 using ChangeKey = void (*)(Key &);
 using ChangeAction = void (*)(Action &);
 Q_DECLARE_METATYPE(ChangeKey)
 Q_DECLARE_METATYPE(ChangeAction)
 
-void TypesTest::initTestCase()
+/// The records as values, and how the type systems know them.
+class TypesTest : public QObject
 {
-    registerDBusKey();
-    registerDBusAction();
-    registerZELTypes();
-}
+    Q_OBJECT
 
-void TypesTest::aDefaultKeyHasAllNumbersMinusOneAndEmptyTexts()
-{
-    const Key key;
-    QCOMPARE(key.idKey, qlonglong{-1});
-    QCOMPARE(key.idAction, qlonglong{-1});
-    QCOMPARE(key.position, -1);
-    QCOMPARE(key.type, -1);
-    QCOMPARE(key.aom_type, -1);
-    QCOMPARE(key.aom_addr, -1);
-    QCOMPARE(key.dmId + key.container + key.icon, QString());
-}
+private slots:
+    void initTestCase()
+    {
+        registerDBusKey();
+        registerDBusAction();
+        registerZELTypes();
+    }
 
-void TypesTest::aDefaultActionIsTheReservedOneWithTypeZeroAndEmptyTexts()
-{
-    const Action action;
-    QCOMPARE(action.idAction, qlonglong{-1});
-    QCOMPARE(action.type, 0);
-    QCOMPARE(action.dmId + action.action + action.webAppName + action.arguments + action.label +
-                 action.shortLabel,
-             QString());
-}
+    void aDefaultKeyHasAllNumbersMinusOneAndEmptyTexts()
+    {
+        const Key key;
+        QCOMPARE(key.idKey, qlonglong{-1});
+        QCOMPARE(key.idAction, qlonglong{-1});
+        QCOMPARE(key.position, -1);
+        QCOMPARE(key.type, -1);
+        QCOMPARE(key.aom_type, -1);
+        QCOMPARE(key.aom_addr, -1);
+        QCOMPARE(key.dmId + key.container + key.icon, QString());
+    }
 
-void TypesTest::aDefaultCapabilityHasNoNameAndTheValueZero()
-{
-    const Capability capability;
-    QCOMPARE(capability.name, QString());
-    QCOMPARE(capability.value, 0);
-}
+    void aDefaultActionIsTheReservedOneWithTypeZeroAndEmptyTexts()
+    {
+        const Action action;
+        QCOMPARE(action.idAction, qlonglong{-1});
+        QCOMPARE(action.type, 0);
+        QCOMPARE(action.dmId + action.action + action.webAppName + action.arguments + action.label +
+                     action.shortLabel,
+                 QString());
+    }
 
-void TypesTest::aCopyIsEqualAndIndependent()
-{
-    const Key key = unit::sampleKey();
-    Key copy = key;
-    QCOMPARE(copy, key);
-    copy.container = QStringLiteral("elsewhere");
-    QCOMPARE(key.container, QStringLiteral("home"));
+    void aDefaultCapabilityHasNoNameAndTheValueZero()
+    {
+        const Capability capability;
+        QCOMPARE(capability.name, QString());
+        QCOMPARE(capability.value, 0);
+    }
 
-    const Action action = unit::sampleAction();
-    Action assigned;
-    assigned = action;
-    QCOMPARE(assigned, action);
-    assigned.label = QStringLiteral("other");
-    QCOMPARE(action.label, QStringLiteral("Reception"));
-}
+    void aCopyIsEqualAndIndependent()
+    {
+        const Key key = unit::sampleKey();
+        Key copy = key;
+        QCOMPARE(copy, key);
+        copy.container = QStringLiteral("elsewhere");
+        QCOMPARE(key.container, QStringLiteral("home"));
 
-void TypesTest::recordsThatDifferInOneFieldAreNotEqual_data()
-{
-    QTest::addColumn<ChangeKey>("change");
-    const auto row = [](const char *name, ChangeKey change) { QTest::newRow(name) << change; };
-    row("another idKey", [](Key &key) { ++key.idKey; });
-    row("another dmId", [](Key &key) { key.dmId += QLatin1Char('x'); });
-    row("another container", [](Key &key) { key.container += QLatin1Char('x'); });
-    row("another idAction", [](Key &key) { ++key.idAction; });
-    row("another position", [](Key &key) { ++key.position; });
-    row("another icon", [](Key &key) { key.icon += QLatin1Char('x'); });
-    row("another type", [](Key &key) { ++key.type; });
-    row("another aom_type", [](Key &key) { ++key.aom_type; });
-    row("another aom_addr", [](Key &key) { ++key.aom_addr; });
-}
+        const Action action = unit::sampleAction();
+        Action assigned;
+        assigned = action;
+        QCOMPARE(assigned, action);
+        assigned.label = QStringLiteral("other");
+        QCOMPARE(action.label, QStringLiteral("Reception"));
+    }
 
-void TypesTest::recordsThatDifferInOneFieldAreNotEqual()
-{
-    QFETCH(ChangeKey, change);
-    Key changed = unit::sampleKey();
-    change(changed);
-    QVERIFY(!(changed == unit::sampleKey()));
-}
+    void recordsThatDifferInOneFieldAreNotEqual_data()
+    {
+        QTest::addColumn<ChangeKey>("change");
+        const auto row = [](const char *name, ChangeKey change) { QTest::newRow(name) << change; };
+        row("another idKey", [](Key &key) { ++key.idKey; });
+        row("another dmId", [](Key &key) { key.dmId += QLatin1Char('x'); });
+        row("another container", [](Key &key) { key.container += QLatin1Char('x'); });
+        row("another idAction", [](Key &key) { ++key.idAction; });
+        row("another position", [](Key &key) { ++key.position; });
+        row("another icon", [](Key &key) { key.icon += QLatin1Char('x'); });
+        row("another type", [](Key &key) { ++key.type; });
+        row("another aom_type", [](Key &key) { ++key.aom_type; });
+        row("another aom_addr", [](Key &key) { ++key.aom_addr; });
+    }
 
-void TypesTest::actionsThatDifferInOneFieldAreNotEqual_data()
-{
-    QTest::addColumn<ChangeAction>("change");
-    const auto row = [](const char *name, ChangeAction change) { QTest::newRow(name) << change; };
-    row("another idAction", [](Action &action) { ++action.idAction; });
-    row("another dmId", [](Action &action) { action.dmId += QLatin1Char('x'); });
-    row("another type", [](Action &action) { ++action.type; });
-    row("another action", [](Action &action) { action.action += QLatin1Char('x'); });
-    row("another webAppName", [](Action &action) { action.webAppName += QLatin1Char('x'); });
-    row("other arguments", [](Action &action) { action.arguments += QLatin1Char('x'); });
-    row("another label", [](Action &action) { action.label += QLatin1Char('x'); });
-    row("another shortLabel", [](Action &action) { action.shortLabel += QLatin1Char('x'); });
-}
+    void recordsThatDifferInOneFieldAreNotEqual()
+    {
+        QFETCH(ChangeKey, change);
+        Key changed = unit::sampleKey();
+        change(changed);
+        QVERIFY(!(changed == unit::sampleKey()));
+    }
 
-void TypesTest::actionsThatDifferInOneFieldAreNotEqual()
-{
-    QFETCH(ChangeAction, change);
-    Action changed = unit::sampleAction();
-    change(changed);
-    QVERIFY(!(changed == unit::sampleAction()));
-}
+    void actionsThatDifferInOneFieldAreNotEqual_data()
+    {
+        QTest::addColumn<ChangeAction>("change");
+        const auto row = [](const char *name, ChangeAction change) {
+            QTest::newRow(name) << change;
+        };
+        row("another idAction", [](Action &action) { ++action.idAction; });
+        row("another dmId", [](Action &action) { action.dmId += QLatin1Char('x'); });
+        row("another type", [](Action &action) { ++action.type; });
+        row("another action", [](Action &action) { action.action += QLatin1Char('x'); });
+        row("another webAppName", [](Action &action) { action.webAppName += QLatin1Char('x'); });
+        row("other arguments", [](Action &action) { action.arguments += QLatin1Char('x'); });
+        row("another label", [](Action &action) { action.label += QLatin1Char('x'); });
+        row("another shortLabel", [](Action &action) { action.shortLabel += QLatin1Char('x'); });
+    }
 
-void TypesTest::eachTypeHasItsBusSignature_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<QString>("signature");
-    const auto row = [](const char *name, const QVariant &value, const char *signature) {
-        QTest::newRow(name) << value << QString::fromLatin1(signature);
-    };
-    row("a key", QVariant::fromValue(Key()), "(xsxsisiii)");
-    row("a list of keys", QVariant::fromValue(ListKey()), "a(xsxsisiii)");
-    row("an action", QVariant::fromValue(Action()), "(xsisssss)");
-    row("a list of actions", QVariant::fromValue(ListAction()), "a(xsisssss)");
-    row("a capability", QVariant::fromValue(Capability()), "(si)");
-    row("capabilities by name", QVariant::fromValue(MapQStringCapability()), "a{s(si)}");
-    row("a map of integers", QVariant::fromValue(QMapIntInt()), "a{ii}");
-}
+    void actionsThatDifferInOneFieldAreNotEqual()
+    {
+        QFETCH(ChangeAction, change);
+        Action changed = unit::sampleAction();
+        change(changed);
+        QVERIFY(!(changed == unit::sampleAction()));
+    }
 
-void TypesTest::eachTypeHasItsBusSignature()
-{
-    QFETCH(QVariant, value);
-    QFETCH(QString, signature);
-    QCOMPARE(QString::fromLatin1(zel::qt::busSignature(value)), signature);
-}
+    void eachTypeHasItsBusSignature_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("signature");
+        const auto row = [](const char *name, const QVariant &value, const char *signature) {
+            QTest::newRow(name) << value << QString::fromLatin1(signature);
+        };
+        row("a key", QVariant::fromValue(Key()), "(xsxsisiii)");
+        row("a list of keys", QVariant::fromValue(ListKey()), "a(xsxsisiii)");
+        row("an action", QVariant::fromValue(Action()), "(xsisssss)");
+        row("a list of actions", QVariant::fromValue(ListAction()), "a(xsisssss)");
+        row("a capability", QVariant::fromValue(Capability()), "(si)");
+        row("capabilities by name", QVariant::fromValue(MapQStringCapability()), "a{s(si)}");
+        row("a map of integers", QVariant::fromValue(QMapIntInt()), "a{ii}");
+    }
 
-void TypesTest::eachTypeIsFoundByItsName_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<int>("id");
-    QTest::newRow("Key") << QByteArray("Key") << qMetaTypeId<Key>();
-    QTest::newRow("ListKey") << QByteArray("ListKey") << qMetaTypeId<ListKey>();
-    QTest::newRow("Action") << QByteArray("Action") << qMetaTypeId<Action>();
-    QTest::newRow("ListAction") << QByteArray("ListAction") << qMetaTypeId<ListAction>();
-    QTest::newRow("Capability") << QByteArray("Capability") << qMetaTypeId<Capability>();
-    QTest::newRow("MapQStringCapability")
-        << QByteArray("MapQStringCapability") << qMetaTypeId<MapQStringCapability>();
-    QTest::newRow("QMapIntInt") << QByteArray("QMapIntInt") << qMetaTypeId<QMapIntInt>();
-}
+    void eachTypeHasItsBusSignature()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(QString, signature);
+        QCOMPARE(QString::fromLatin1(zel::qt::busSignature(value)), signature);
+    }
 
-void TypesTest::eachTypeIsFoundByItsName()
-{
-    QFETCH(QByteArray, name);
-    QFETCH(int, id);
-    QCOMPARE(unit::typeNamed(name.constData()), id);
-}
+    void eachTypeIsFoundByItsName_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<int>("id");
+        QTest::newRow("Key") << QByteArray("Key") << qMetaTypeId<Key>();
+        QTest::newRow("ListKey") << QByteArray("ListKey") << qMetaTypeId<ListKey>();
+        QTest::newRow("Action") << QByteArray("Action") << qMetaTypeId<Action>();
+        QTest::newRow("ListAction") << QByteArray("ListAction") << qMetaTypeId<ListAction>();
+        QTest::newRow("Capability") << QByteArray("Capability") << qMetaTypeId<Capability>();
+        QTest::newRow("MapQStringCapability")
+            << QByteArray("MapQStringCapability") << qMetaTypeId<MapQStringCapability>();
+        QTest::newRow("QMapIntInt") << QByteArray("QMapIntInt") << qMetaTypeId<QMapIntInt>();
+    }
 
-void TypesTest::registeringAgainChangesNothing()
-{
-    const int keyType = unit::typeNamed("Key");
-    const int actionType = unit::typeNamed("Action");
-    registerDBusKey();
-    registerDBusAction();
-    QCOMPARE(unit::typeNamed("Key"), keyType);
-    QCOMPARE(unit::typeNamed("Action"), actionType);
-    QCOMPARE(zel::qt::busSignature(QVariant::fromValue(ListKey())), "a(xsxsisiii)");
-}
+    void eachTypeIsFoundByItsName()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(int, id);
+        QCOMPARE(unit::typeNamed(name.constData()), id);
+    }
 
-PROGKEYS_TEST_MAIN(TypesTest)
+    void registeringAgainChangesNothing()
+    {
+        const int keyType = unit::typeNamed("Key");
+        const int actionType = unit::typeNamed("Action");
+        registerDBusKey();
+        registerDBusAction();
+        QCOMPARE(unit::typeNamed("Key"), keyType);
+        QCOMPARE(unit::typeNamed("Action"), actionType);
+        QCOMPARE(zel::qt::busSignature(QVariant::fromValue(ListKey())), "a(xsxsisiii)");
+    }
+};
+
+PROGKEYS_TEST(TypesTest)
 #include "TypesTest.moc"

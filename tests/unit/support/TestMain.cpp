@@ -1,7 +1,5 @@
 #include "support/TestMain.h"
 
-#include <QMetaType>
-
 #include <cstdio>
 #include <cstdlib>
 
@@ -36,14 +34,5 @@ void loseTheBus()
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
 }
-
-QT_WARNING_PUSH
-QT_WARNING_DISABLE_DEPRECATED // the one way to ask that both Qt 5 and Qt 6 offer
-    int
-    typeNamed(const char *name)
-{
-    return QMetaType::type(name);
-}
-QT_WARNING_POP
 
 } // namespace unit

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TypeNamed.h"
+
 #include <QCoreApplication>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -44,9 +46,6 @@ int runWithoutApplication(int argc, char **argv)
 
 /// From now on nothing in this process can reach a bus. To be called before anything tries.
 void loseTheBus();
-
-/// The id of a type by the name it was registered under; 0 if nothing was.
-int typeNamed(const char *name);
 
 } // namespace unit
 
