@@ -9,13 +9,13 @@
 
 namespace unit {
 
-/// A phone without a database: the service's rules for its two tables, in memory. It writes each
-/// call, and each event that the service would send, to the log, so that they stand there in their
-/// order among the lines of the merge itself.
+/// The service's rules for its two tables, in memory and without a database. It logs each call and
+/// each event that the service would send, so that they appear in order among the lines of the
+/// merge.
 class MemoryPhone : public provisioning::MergeTarget
 {
 public:
-    /// Rows as they are, ids included; the next ids come after the greatest so far.
+    /// Stores a row with its id. The next ids follow the greatest one.
     void put(const Action &action);
     void put(const Key &key);
 

@@ -2,8 +2,8 @@
 
 #include "provisioning/DefaultsMerge.h"
 
-/// The same merge done the plain way: the whole list of provisioned actions is walked for every
-/// stored one. However the service finds its matches, it has to do and log the same.
+/// The merge in the plain way, which walks the whole list of provisioned actions for each stored
+/// one. The service finds its matches faster, and must do and log the same.
 namespace plain {
 
 void mergeDefaults(provisioning::MergeTarget &target, const QString &actionsText,

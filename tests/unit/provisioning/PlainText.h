@@ -4,8 +4,8 @@
 #include <QString>
 #include <QStringList>
 
-/// The same format read the plain way: hide the escapes in the whole text, split it, show them
-/// again in each field. The parser has to come to the same records, at any text.
+/// The parser in the plain way: it hides the escapes in the whole text, splits it, and shows them
+/// again in each field. The service's parser must return the same records for any text.
 namespace plain {
 
 struct Record

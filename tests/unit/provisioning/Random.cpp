@@ -13,7 +13,7 @@ unsigned newSeed()
     const unsigned seed = qEnvironmentVariableIsEmpty(SeedVariable)
                               ? std::random_device()()
                               : qEnvironmentVariable(SeedVariable).toUInt();
-    qInfo("To have the random seed of this run again: %s=%u", SeedVariable, seed);
+    qInfo("To repeat the random seed of this run: %s=%u", SeedVariable, seed);
     return seed;
 }
 
@@ -31,8 +31,8 @@ void addSeeds()
 {
     static const unsigned seed = newSeed();
     QTest::addColumn<unsigned>("seed");
-    QTest::newRow("the seed that is always the same") << FixedSeed;
-    QTest::newRow("the random seed") << seed;
+    QTest::newRow("with a fixed seed") << FixedSeed;
+    QTest::newRow("with a random seed") << seed;
 }
 
 } // namespace unit

@@ -7,7 +7,7 @@
 
 namespace unit {
 
-/// Random numbers that are the same wherever the seed is.
+/// Random numbers that depend only on the seed.
 class Random
 {
 public:
@@ -23,15 +23,15 @@ public:
         return values.at(below(static_cast<int>(values.size())));
     }
 
-    /// So many pieces, one after the other.
+    /// Joins `count` random pieces.
     QString join(const QStringList &pieces, int count);
 
 private:
     std::mt19937 m_engine;
 };
 
-/// Rows for a data-driven test, with a column `seed`: one seed that is always the same, and one
-/// that is new each time and printed, or comes from PROGKEYS_TEST_SEED.
+/// Adds two rows with a column `seed`: a fixed seed, and one that is random and printed, or comes
+/// from PROGKEYS_TEST_SEED.
 void addSeeds();
 
 } // namespace unit

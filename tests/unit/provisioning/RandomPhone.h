@@ -12,13 +12,13 @@ struct Rollout
     QString keys;
 };
 
-/// Few identifiers for many rows, so that they repeat, on both sides; some are empty.
+/// One of a few identifiers, so that they repeat in both tables and settings. One of them is empty.
 QString randomDmId(Random &random);
 
-/// Up to so many actions and so many keys, user rows among them, under ids with gaps.
+/// Stores up to `most` actions and keys, some of them a user's, under ids with gaps.
 void fill(MemoryPhone &phone, Random &random, int most);
 
-/// Up to so many records of each kind, some of them broken, with escapes in some fields.
+/// Up to `most` records of each kind, some of them invalid or with escapes.
 Rollout randomRollout(Random &random, int most);
 
 } // namespace unit

@@ -5,9 +5,9 @@
 
 namespace unit {
 
-/// What is wrong with these records of this text, empty if nothing is. They have to be those that
-/// the plain way gives, each accepted or refused by its number of fields alone, numbered from 1,
-/// and with their fields at such places that places and separators together are the whole text.
+/// What is wrong with these records of this text; empty if nothing is. They must be those of the
+/// plain way, accepted by their number of fields alone and numbered from 1. The places of the
+/// fields and the separators together must cover the whole text.
 QString faultIn(const QList<provisioning::Record> &records, const QString &text);
 
 } // namespace unit

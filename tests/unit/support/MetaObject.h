@@ -6,13 +6,15 @@
 
 namespace unit {
 
-/// A method as one text: "access type name(types) names".
+/// A method as one text: "access kind type name(types) names".
 inline QString describe(const QMetaMethod &method)
 {
     static const char *const accesses[] = {"private", "protected", "public"};
+    static const char *const kinds[] = {"method", "signal", "slot", "constructor"};
     const QString names = QString::fromLatin1(method.parameterNames().join(", "));
-    return QStringLiteral("%1 %2 %3")
-               .arg(QLatin1String(accesses[method.access()]), QLatin1String(method.typeName()),
+    return QStringLiteral("%1 %2 %3 %4")
+               .arg(QLatin1String(accesses[method.access()]),
+                    QLatin1String(kinds[method.methodType()]), QLatin1String(method.typeName()),
                     QString::fromLatin1(method.methodSignature())) +
            (names.isEmpty() ? QString() : QLatin1Char(' ') + names);
 }

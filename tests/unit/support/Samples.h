@@ -5,8 +5,8 @@
 
 #include <QtTest>
 
-/// Records whose every field has a value of its own, so that two swapped ones show, and what the
-/// test library needs to print a record.
+/// Records in which each field has a different value, so that a swap of two fields shows, and how
+/// the test library prints a record.
 
 inline QString describe(const Key &key)
 {
@@ -50,29 +50,6 @@ inline Key sampleKey()
     return key;
 }
 
-/// A user's key on an add-on module.
-inline Key moduleKey(qlonglong idAction, int position)
-{
-    Key key = sampleKey();
-    key.dmId.clear();
-    key.idAction = idAction;
-    key.position = position;
-    key.type = KeyType::AddOnModule;
-    key.aom_type = 1;
-    key.aom_addr = 2;
-    return key;
-}
-
-/// A user's key of the set itself.
-inline Key setKey(qlonglong idAction)
-{
-    Key key = sampleKey();
-    key.dmId.clear();
-    key.idAction = idAction;
-    key.type = KeyType::Set;
-    return key;
-}
-
 inline Action sampleAction()
 {
     Action action;
@@ -84,13 +61,6 @@ inline Action sampleAction()
     action.arguments = QStringLiteral("501");
     action.label = QStringLiteral("Reception");
     action.shortLabel = QStringLiteral("Rec");
-    return action;
-}
-
-inline Action userAction()
-{
-    Action action = sampleAction();
-    action.dmId.clear();
     return action;
 }
 
