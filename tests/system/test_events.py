@@ -111,8 +111,12 @@ def test_a_sent_event_is_not_logged_at_level_6(start, client, events, settings):
 
 def test_an_event_is_a_signal_of_the_events_interface_from_the_object_of_the_module(scene, client):
     signals = []
+
+    def receive(name, _arguments, **where):
+        signals.append((str(name), {str(each) for each in where.values()}))
+
     client.connection.add_signal_receiver(
-        lambda *body, **where: signals.append((str(body[0]), {str(each) for each in where.values()})),
+        receive,
         dbus_interface=EVENTS,
         member_keyword="member",
         path_keyword="path",

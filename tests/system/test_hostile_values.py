@@ -94,7 +94,7 @@ def test_a_text_is_stored_sent_found_and_returned_unchanged(
 def test_a_byte_order_mark_or_noncharacter_at_the_beginning_does_not_change_the_rest_of_a_text(
     service, client, database, text, stored, returned
 ):
-    # The bus library removes the first mark. SQLite returns the replacement character for a noncharacter.
+    # The bus library removes the first mark. SQLite replaces a noncharacter.
     id_action = client.add_action(CALL._replace(label=text))
     assert database.actions()[-1].label == stored
     assert client.get_action(id_action)[0].label == returned

@@ -1,4 +1,4 @@
-"""The published interface files: they agree with the running service, and standard tools read them."""
+"""The published interface files: they agree with the service, and standard tools read them."""
 
 import re
 import subprocess

@@ -256,7 +256,9 @@ def test_keys_are_moved_without_an_event_or_a_log_line_and_unknown_ids_are_skipp
     assert service.log.take() == []
 
 
-def test_moving_no_key_returns_true_and_does_not_use_the_database(service, client, database, set_key):
+def test_moving_no_key_returns_true_and_does_not_use_the_database(
+    service, client, database, set_key
+):
     database.execute("ALTER TABLE KEY RENAME TO LOST")
     assert client.change_programmable_keys_position({}) is True
     assert service.log.take() == []
@@ -281,7 +283,8 @@ def test_keys_are_moved_in_the_order_of_their_ids_each_once_to_its_last_position
         "CREATE TRIGGER moved AFTER UPDATE ON KEY"
         " BEGIN INSERT INTO moves VALUES (NEW.idKey, NEW.position); END",
     )
-    moves = {RepeatedId(ids[2]): 11, **{RepeatedId(id_key): id_key + 50 for id_key in reversed(ids)}}
+    last = {RepeatedId(id_key): id_key + 50 for id_key in reversed(ids)}
+    moves = {RepeatedId(ids[2]): 11, **last}
     assert client.change_programmable_keys_position(moves) is True
     expected = [(id_key, id_key + 50) for id_key in ids]
     assert database.rows("SELECT idKey, position FROM moves ORDER BY rowid") == expected

@@ -146,7 +146,16 @@ def operations(*rows):
     ),
 )
 def test_a_write_that_fails_returns_its_code_logs_its_statement_and_sends_no_event(
-    service, store, events, database, operation: Operation, what, table, answer, statement, more_lines
+    service,
+    store,
+    events,
+    database,
+    operation: Operation,
+    what,
+    table,
+    answer,
+    statement,
+    more_lines,
 ):
     before = database.actions(), database.keys()
     fault = refusing(what, table)
@@ -244,7 +253,9 @@ def test_operations_on_actions_and_presses_go_on_without_the_keys(store, events,
 
 @pytest.mark.parametrize(
     "table, operation, answer",
-    operations(("KEY", Store.create_module_key, -2, "keys"), ("ACTION", Store.add_action, -3, "actions")),
+    operations(
+        ("KEY", Store.create_module_key, -2, "keys"), ("ACTION", Store.add_action, -3, "actions")
+    ),
 )
 def test_a_table_that_has_assigned_its_last_id_refuses_another_record(
     store, events, database, table, operation: Operation, answer

@@ -43,7 +43,7 @@ def traced(directory: Path, bin_dir: Path, *options: object) -> Path:
 
 @pytest.fixture
 def impatient(tmp_path, bin_dir) -> Path:
-    """Executables whose service does not sleep while it waits for a lock, so its limit passes at once."""
+    """Executables whose service waits for a lock without sleeping, so that its limit passes at once."""
     sleeps = "clock_nanosleep,nanosleep"
     return traced(
         tmp_path / "bin", bin_dir, "-e", f"trace={sleeps}", "-e", f"inject={sleeps}:retval=0"
