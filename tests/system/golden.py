@@ -1,16 +1,16 @@
-"""Cases as files that a person can read; golden/README.md tells what they hold."""
+"""Cases as text files; golden/README.md describes them."""
 
 import json
+import os
 from pathlib import Path
 from typing import Any, Iterable, NamedTuple, Sequence
 
-from golden_files import check_golden
 from sandbox.events import Event
 from sandbox.log import LogLine
 from sandbox.records import Action, Key
 
 DIRECTORY = Path(__file__).with_name("golden")
-SEPARATOR = " | "
+REWRITE = "PROGKEYS_REWRITE_GOLDEN"
 
 
 class Contents(NamedTuple):
@@ -20,88 +20,83 @@ class Contents(NamedTuple):
     keys: list[Key]
 
 
-class Case(NamedTuple):
-    """One directory of files."""
+class Case:
+    """One file. Its blocks are separated by empty lines, and each begins with its title."""
 
-    directory: Path
+    def __init__(self, path: Path) -> None:
+        self._path = path
+        text = path.read_text(encoding="utf-8")
+        self._blocks = {lines[0]: lines[1:] for lines in map(str.splitlines, text.split("\n\n"))}
+
+    def __str__(self) -> str:
+        return self._path.stem
 
     @property
-    def settings(self) -> Path:
-        return self.directory / "settings"
+    def settings(self) -> dict[str, str]:
+        pairs = (line.partition(":") for line in self._blocks["SETTINGS"])
+        return {name: value.removeprefix(" ") for name, _colon, value in pairs}
 
+    @property
     def before(self) -> Contents:
-        """What the tables hold at first."""
-        text = (self.directory / "before.txt").read_text(encoding="utf-8")
-        contents = read_contents(text)
-        assert write_contents(contents) == text, f"{self.directory.name}/before.txt is not aligned"
-        return contents
+        """The rows before the start."""
+        return Contents(
+            [_record(Action(), row) for row in _read_table(self._blocks["ACTION before"])],
+            [_record(Key(), row) for row in _read_table(self._blocks["KEY before"])],
+        )
 
-    def check(self, name: str, found: str) -> None:
-        """Holds a text against the file of that name, or makes it the file if so asked."""
-        check_golden(self.directory / name, found)
+    def check(self, log: Iterable[LogLine], events: Iterable[Event], after: Contents) -> None:
+        """Compares these results with the file, or writes them to it if REWRITE is set."""
+        event_rows = ((event.name, _arguments(event)) for event in events)
+        blocks = {
+            "SETTINGS": self._blocks["SETTINGS"],
+            **_contents("before", self.before),
+            "LOG": _write_table(("level", "text"), ((line.level, line.text) for line in log)),
+            "EVENTS": _write_table(("event", "arguments"), event_rows),
+            **_contents("after", after),
+        }
+        found = "\n\n".join("\n".join((title, *lines)) for title, lines in blocks.items()) + "\n"
+        if os.environ.get(REWRITE):
+            self._path.write_text(found, encoding="utf-8")
+        assert found == self._path.read_text(encoding="utf-8")
 
 
 def cases() -> list[Case]:
-    return [Case(path) for path in sorted(DIRECTORY.iterdir()) if path.is_dir()]
+    return [Case(path) for path in sorted(DIRECTORY.glob("*.txt"))]
 
 
-# Tables of text
+def _contents(when: str, contents: Contents) -> dict[str, list[str]]:
+    return {
+        f"ACTION {when}": _write_table(Action._fields, contents.actions),
+        f"KEY {when}": _write_table(Key._fields, contents.keys),
+    }
 
 
-def write_cell(value: Any) -> str:
-    """A value as it is, or as a JSON string where a reader could not tell its ends."""
+def _write_cell(value: Any) -> str:
+    """A value as it is, or as a JSON string where a reader could not see its ends."""
     text = str(value)
     is_plain = text == text.strip() and text.isprintable() and "|" not in text and text[:1] != '"'
     return text if is_plain else json.dumps(text, ensure_ascii=False)
 
 
-def read_cell(cell: str) -> str:
-    return json.loads(cell) if cell.startswith('"') else cell
+def _write_table(header: Sequence[str], rows: Iterable[Sequence[Any]]) -> list[str]:
+    cells = [list(header), *([_write_cell(value) for value in row] for row in rows)]
+    widths = [max(map(len, column)) for column in zip(*cells)]
+    return [
+        " | ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in cells
+    ]
 
 
-def write_table(header: Sequence[str], rows: Iterable[Sequence[Any]]) -> str:
-    lines = [list(header), *([write_cell(value) for value in row] for row in rows)]
-    widths = [max(map(len, column)) for column in zip(*lines)]
-    aligned = (
-        SEPARATOR.join(cell.ljust(width) for cell, width in zip(line, widths)) for line in lines
-    )
-    return "".join(f"{line.rstrip()}\n" for line in aligned)
-
-
-def read_table(lines: Sequence[str]) -> list[dict[str, str]]:
+def _read_table(lines: Sequence[str]) -> list[dict[str, str]]:
     header, *rows = ([cell.strip() for cell in line.split("|")] for line in lines)
-    return [dict(zip(header, map(read_cell, row))) for row in rows]
-
-
-# What the service has and does
-
-
-def write_contents(contents: Contents) -> str:
-    actions = write_table(Action._fields, contents.actions)
-    keys = write_table(Key._fields, contents.keys)
-    return f"ACTION\n{actions}\nKEY\n{keys}"
-
-
-def read_contents(text: str) -> Contents:
-    actions, keys = (part.splitlines()[1:] for part in text.split("\n\n"))
-    return Contents(
-        [_record(Action(), row) for row in read_table(actions)],
-        [_record(Key(), row) for row in read_table(keys)],
-    )
+    return [
+        {name: json.loads(cell) if cell[:1] == '"' else cell for name, cell in zip(header, row)}
+        for row in rows
+    ]
 
 
 def _record(default: Any, row: dict[str, str]) -> Any:
-    """A record of the default's kind, its fields converted to the types that the default has."""
+    """A record whose fields have the types of the default record."""
     return type(default)(*(type(value)(row[name]) for name, value in default._asdict().items()))
-
-
-def write_log(lines: Iterable[LogLine]) -> str:
-    return write_table(("level", "text"), ((line.level, line.text) for line in lines))
-
-
-def write_events(events: Iterable[Event]) -> str:
-    rows = ((event.name, _arguments(event)) for event in events)
-    return write_table(("event", "arguments"), rows)
 
 
 def _arguments(event: Event) -> str:
@@ -109,6 +104,6 @@ def _arguments(event: Event) -> str:
 
 
 def _value(value: Any) -> str:
-    """A record without the names of its fields, which are the columns of its table."""
+    """A record is written without the names of its fields, in their order."""
     name = type(value).__name__ if isinstance(value, (Action, Key)) else ""
     return f"{name}{tuple(value)!r}" if name else repr(value)

@@ -24,7 +24,6 @@ from samples import (
 from sandbox.client import BusError
 from sandbox.log import LogLine
 from sandbox.names import SERVICE, bus_name
-from sandbox.processes import start_settings_manager
 from sandbox.records import Action, Key
 
 STARTING = "ZelProgrammableKeys starting..."
@@ -43,14 +42,14 @@ BOTH = {"DefaultActions": f"{D1_TEXT}#{D2_TEXT}", "DefaultKeys": f"{D1_KEY_TEXT}
 
 
 def after(lines: list[LogLine], text: str) -> list[LogLine]:
-    """What was logged after the only line of that text."""
+    """The lines after the only line with that text."""
     texts = [line.text for line in lines]
     assert texts.count(text) == 1
     return lines[texts.index(text) + 1 :]
 
 
 def store(database: Database, *records: Union[Key, Action]) -> None:
-    """A database as an earlier run of the service would have left it."""
+    """Makes a database with these records, as an earlier run of the service leaves it."""
     database.create(KEY_SCHEMA, ACTION_SCHEMA)
     database.insert(*records)
 
@@ -62,37 +61,27 @@ def provisioned(settings):
     return settings
 
 
-# Cases as files
+# Cases in files
 
 
-@pytest.mark.parametrize("case", golden.cases(), ids=lambda case: case.directory.name)
-def test_a_start_merges_the_settings_into_what_was_before(
-    case, bin_dir, bus, client, events, database, launch, tmp_path
-):
-    before = case.before()
-    store(database, *before.actions, *before.keys)
-    with start_settings_manager(
-        bin_dir, bus.address, case.settings, tmp_path / "settingsmanager.log"
-    ) as settings_manager:
-        settings_manager.wait_until_ready(client)
-        service = launch()
-        service.wait_until_ready(client)
-        found = golden.Contents(database.actions(), database.keys())
-        case.check("after.txt", golden.write_contents(found))
-        case.check("log.txt", golden.write_log(after(service.log.lines(), STARTING)))
-        case.check("events.txt", golden.write_events(events.take()))
-        service.stop()
+@pytest.mark.parametrize("case", golden.cases(), ids=str)
+def test_a_start_merges_the_settings_into_the_tables(case, settings, start, events, database):
+    store(database, *case.before.actions, *case.before.keys)
+    settings.values = case.settings
+    service = start()
+    lines = after(service.log.lines(), STARTING)
+    case.check(lines, events.take(), golden.Contents(database.actions(), database.keys()))
 
 
-# When
+# When and how often
 
 
-def test_the_settings_are_read_in_their_order_and_the_limit_for_each_key(provisioned, start):
+def test_a_start_reads_the_actions_then_the_keys_and_the_limit_for_each_key(provisioned, start):
     start()
     assert provisioned.names_read() == ["DefaultActions", "DefaultKeys", *["ProgKeysMax"] * 2]
 
 
-def test_nobody_sees_the_service_before_the_merge_is_through(provisioned, launch, client):
+def test_the_service_appears_on_the_bus_after_the_merge(provisioned, launch, client):
     provisioned.hang()
     service = launch()
     provisioned.wait_for_calls(1)
@@ -105,7 +94,7 @@ def test_nobody_sees_the_service_before_the_merge_is_through(provisioned, launch
     service.stop()
 
 
-def test_no_later_start_changes_a_number_of_an_action_or_doubles_a_key(
+def test_a_second_start_keeps_the_ids_of_actions_and_creates_the_keys_again(
     provisioned, start, database
 ):
     start().stop()
@@ -116,7 +105,7 @@ def test_no_later_start_changes_a_number_of_an_action_or_doubles_a_key(
 
 
 @pytest.mark.parametrize("hook", ["restore_default", "restore_factory"])
-def test_a_restore_announces_itself_resets_and_merges_into_empty_tables(
+def test_a_restore_is_announced_and_merges_into_empty_tables(
     provisioned, start, client, events, database, hook
 ):
     service = start()
@@ -156,7 +145,7 @@ def test_a_restore_announces_itself_resets_and_merges_into_empty_tables(
     ]
 
 
-def test_a_restore_reads_the_settings_of_the_moment(provisioned, start, client, database):
+def test_a_restore_reads_the_settings_again(provisioned, start, client, database):
     start()
     provisioned.values.update(DefaultActions=D2_TEXT, DefaultKeys=D2_KEY_TEXT)
     client.restore_default()
@@ -172,7 +161,7 @@ def test_a_restore_reads_the_settings_of_the_moment(provisioned, start, client, 
     [("", []), ("i", [5]), ("as", [["D1,3,call,,501,Reception,Rec"]]), ("v", ["text"])],
     ids=["nothing", "a number", "a list", "a variant"],
 )
-def test_a_setting_of_the_wrong_type_behaves_as_an_empty_one(
+def test_a_setting_of_another_type_is_treated_as_an_empty_one(
     settings, start, database, signature, body
 ):
     d1 = D1._replace(idAction=4)
@@ -189,7 +178,7 @@ def test_a_setting_of_the_wrong_type_behaves_as_an_empty_one(
     assert len(service.log.texts("error")) == 2
 
 
-def test_without_a_settings_manager_provisioned_keys_go_and_come_back_at_the_next_good_start(
+def test_provisioned_keys_are_deleted_by_a_start_without_settings_and_created_by_the_next(
     provisioned, start, database
 ):
     start().stop()
@@ -203,10 +192,10 @@ def test_without_a_settings_manager_provisioned_keys_go_and_come_back_at_the_nex
     assert [key.dmId for key in database.keys()] == ["D1", "D2"]
 
 
-# Keys and labels, as any client would be treated
+# The rules for any client
 
 
-def test_a_provisioned_key_of_the_set_that_finds_no_room_is_missing(
+def test_a_provisioned_key_of_the_set_is_not_created_at_the_limit(
     provisioned, start, client, events, database
 ):
     first = start()
@@ -221,7 +210,7 @@ def test_a_provisioned_key_of_the_set_that_finds_no_room_is_missing(
     assert events.take()[-3:] == [DATABASE_FULL, key_created(module_key), icon_set(module_key)]
 
 
-def test_a_new_short_label_reaches_the_users_module_keys_too(provisioned, start, client, events):
+def test_a_new_short_label_is_sent_to_the_module_keys_of_users(provisioned, start, client, events):
     first = start()
     user_key = MODULE_KEY._replace(idAction=1)
     client.create_programmable_key(user_key)
@@ -237,7 +226,7 @@ def test_a_new_short_label_reaches_the_users_module_keys_too(provisioned, start,
 # Statements that fail
 
 
-def test_an_action_that_cannot_be_added_is_missing_with_its_key_and_the_merge_goes_on(
+def test_the_merge_goes_on_after_an_action_that_cannot_be_added(
     provisioned, start, events, database
 ):
     store(database, RESERVED_ACTION)
@@ -255,7 +244,7 @@ def test_an_action_that_cannot_be_added_is_missing_with_its_key_and_the_merge_go
     assert added == ["action of id D1 added", "action of id D2 added"]
 
 
-def test_an_action_that_cannot_be_modified_keeps_its_content_and_the_merge_goes_on(
+def test_the_merge_goes_on_after_an_action_that_cannot_be_modified(
     provisioned, start, events, database
 ):
     d1, d2 = D1._replace(idAction=1, label="old"), D2._replace(idAction=2)
@@ -268,7 +257,7 @@ def test_an_action_that_cannot_be_modified_keeps_its_content_and_the_merge_goes_
     assert service.log.texts("error")[-1] == "ZelProgrammableKeys::modifyAction(1) : fail !"
 
 
-def test_provisioned_keys_that_cannot_be_removed_stay_beside_the_new_ones(
+def test_provisioned_keys_that_cannot_be_deleted_stay_beside_the_new_ones(
     provisioned, start, database
 ):
     d1, old_key = D1._replace(idAction=1), D1_KEY._replace(idKey=5, idAction=1)
@@ -282,7 +271,7 @@ def test_provisioned_keys_that_cannot_be_removed_stay_beside_the_new_ones(
     assert failed_statement(line, "DELETE FROM KEY WHERE DMID<>''", fault.message)
 
 
-def test_a_key_that_cannot_be_stored_is_missing_and_the_next_one_is_made(
+def test_the_merge_goes_on_after_a_key_that_cannot_be_created(
     provisioned, start, database
 ):
     store(database, RESERVED_ACTION)

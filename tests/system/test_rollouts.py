@@ -1,4 +1,4 @@
-"""A phone that is restarted again and again, each time under another rollout."""
+"""Many restarts, each with other provisioned defaults."""
 
 import os
 import random
@@ -19,7 +19,7 @@ RANDOM_SEED = int(os.environ.get(SEED_VARIABLE) or random.SystemRandom().randran
 
 
 class Phone:
-    """What has to hold for the phone, whatever was rolled out to it and in which order."""
+    """What must hold after any sequence of rollouts."""
 
     def __init__(self, client: Client, database: Database, events: EventRecorder) -> None:
         self.client = client
@@ -35,7 +35,7 @@ class Phone:
         self._check_events()
 
     def _check_actions(self, expected: list[Action]) -> None:
-        """Each as it was rolled out, under the number that it has had from the first time on."""
+        """Each provisioned action has its latest content and the id of its first rollout."""
         stored = self.database.actions()
         assert [action for action in stored if not action.dmId] == self.user_actions
         provisioned = {action.dmId: action for action in stored if action.dmId}
@@ -44,11 +44,11 @@ class Phone:
             found = provisioned[action.dmId]
             number = self.numbers.setdefault(action.dmId, found.idAction)
             assert found == action._replace(idAction=number)
-        # Those that were withdrawn stay; nothing else is there.
+        # Withdrawn actions stay, and there are no others.
         assert {dm_id: action.idAction for dm_id, action in provisioned.items()} == self.numbers
 
     def _check_keys(self, expected: list[Key]) -> None:
-        """Those rolled out that have an action, in their order, and the users' own."""
+        """The provisioned keys that have an action, in their order, and the keys of users."""
         stored = self.database.keys()
         assert [key for key in stored if not key.dmId] == self.user_keys
         found = [key._replace(idKey=-1) for key in stored if key.dmId]
@@ -64,7 +64,7 @@ class Phone:
         assert "KO_PROGKEYS_DB_FULL" not in names
 
     def use(self, source: random.Random) -> None:
-        """A user makes an action, and keys for it and for provisioned ones."""
+        """A user adds an action, and keys for it and for a provisioned one."""
         action = CALL._replace(label=f"user {source.randrange(1000)}")
         action = action._replace(idAction=self.client.add_action(action))
         self.user_actions.append(action)
@@ -79,10 +79,10 @@ class Phone:
 
 
 @pytest.mark.parametrize("seed", [FIXED_SEED, RANDOM_SEED], ids=lambda seed: f"seed {seed}")
-def test_a_phone_comes_through_twenty_restarts_under_changing_rollouts(
+def test_user_rows_and_action_ids_survive_twenty_restarts_with_changing_defaults(
     start, client, settings, database, events, seed
 ):
-    print(f"To have this run again: {SEED_VARIABLE}={seed}")
+    print(f"To repeat this run: {SEED_VARIABLE}={seed}")
     source = random.Random(seed)
     phone = Phone(client, database, events)
     for _ in range(RESTARTS):
@@ -99,7 +99,7 @@ def test_a_phone_comes_through_twenty_restarts_under_changing_rollouts(
     assert phone.numbers and phone.user_keys
 
 
-def test_a_merge_that_is_cut_short_is_made_good_at_the_next_start(
+def test_a_start_completes_a_merge_that_was_killed(
     start, launch, client, settings, database, events
 ):
     source = random.Random(FIXED_SEED)
@@ -115,14 +115,14 @@ def test_a_merge_that_is_cut_short_is_made_good_at_the_next_start(
     phone.use(source)
     first.stop()
 
-    cut_short = launch()
+    killed = launch()
 
-    def cut_at_a_key(event: Event) -> None:
+    def kill_at_a_key(event: Event) -> None:
         if event.name == "KEY_CREATE_NTF":
-            cut_short.kill()
+            killed.kill()
 
-    events.on_event = cut_at_a_key
-    cut_short.wait_for_exit()
+    events.on_event = kill_at_a_key
+    killed.wait_for_exit()
     events.on_event = None
     events.take_received()
 
