@@ -179,6 +179,15 @@ def test_the_database_keeps_a_short_write_ahead_log(service, client, database):
     assert 0 < log.stat().st_size < 2**20
 
 
+def test_each_write_is_synced_before_it_is_answered(start, client, tmp_path, bin_dir):
+    syncs = traced(tmp_path / "bin", bin_dir, "-e", "trace=fsync,fdatasync")
+    start(bin_dir=syncs)
+    for _ in range(3):
+        before = (syncs / "trace").read_text().count("sync(")
+        client.add_action(CALL)
+        assert (syncs / "trace").read_text().count("sync(") > before
+
+
 def test_acknowledged_writes_survive_a_killed_process(start, client, database):
     first = start()
     actions = [CALL._replace(idAction=client.add_action(CALL)) for _ in range(20)]
