@@ -153,6 +153,16 @@ def test_a_restore_reads_the_settings_again(provisioned, start, client, database
     assert database.keys() == [D2_KEY._replace(idKey=1, idAction=1)]
 
 
+@pytest.mark.parametrize(
+    "level, lines",
+    [(3, []), (4, ["Skipping invalid dm action: too,few", "Skipping invalid dm key: "])],
+    ids=["nothing at level 3", "the skipped records at level 4"],
+)
+def test_a_merge_logs_its_warnings_from_level_4(settings, start, level, lines):
+    settings.values["DefaultActions"] = f"{D1_TEXT}#too,few"
+    assert start(log_level=level).log.texts() == lines
+
+
 # Settings that cannot be read
 
 
