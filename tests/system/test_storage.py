@@ -7,6 +7,7 @@ import pytest
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
 from samples import CALL, SET_KEY
 from sandbox.names import SERVICE
+from wrapping import impatient, wrapped
 
 KEY_COLUMNS = "idKey container idAction position icon type aom_type aom_addr dmId".split()
 ACTION_COLUMNS = "idAction type action webAppName arguments label shortLabel dmId".split()
@@ -26,28 +27,10 @@ def check_failures(service):
     return [text for text in service.log.texts("info") if text in failures]
 
 
-def traced(directory: Path, bin_dir: Path, *options: object) -> Path:
-    """A directory of executables whose service runs under strace with these options."""
-    directory.mkdir()
-    script = directory / "zelprogrammablekeys"
-    command = ["strace", "-D", "-f", "-o", directory / "trace", *options]
-    script.write_text(
-        "#!/bin/sh\n"
-        # A build that looks for leaks cannot do so under strace.
-        "export ASAN_OPTIONS=detect_leaks=0\n"
-        f"exec {' '.join(map(str, command))} {bin_dir}/zelprogrammablekeys\n"
-    )
-    script.chmod(0o755)
-    return directory
-
-
-@pytest.fixture
-def impatient(tmp_path, bin_dir) -> Path:
-    """Executables whose service waits for a lock without sleeping, so that its limit passes at once."""
-    sleeps = "clock_nanosleep,nanosleep"
-    return traced(
-        tmp_path / "bin", bin_dir, "-e", f"trace={sleeps}", "-e", f"inject={sleeps}:retval=0"
-    )
+def traced(directory: Path, bin_dir: Path, options: str) -> Path:
+    """Executables whose service runs under strace, which writes to the file `trace` beside them."""
+    strace = f"strace -D -f -o {directory}/trace"
+    return wrapped(directory, bin_dir, strace, options)
 
 
 # Place and schema
@@ -186,7 +169,7 @@ def check_that_a_write_is_synced(client, trace: Path) -> None:
 
 
 def test_a_write_is_synced_before_it_is_answered(start, client, tmp_path, bin_dir):
-    bin_dir = traced(tmp_path / "bin", bin_dir, "-e", "trace=fsync,fdatasync")
+    bin_dir = traced(tmp_path / "bin", bin_dir, "-e trace=fsync,fdatasync")
     start(bin_dir=bin_dir)
     check_that_a_write_is_synced(client, bin_dir / "trace")
 
@@ -224,13 +207,15 @@ def test_no_operation_leaves_a_lock_on_the_database(service, client, database):
         assert result == [(0, 0, 0)], f"after operation {number}"
 
 
-def test_a_start_beside_a_reader_gets_a_journal_that_is_kept(start, client, database, impatient):
+def test_a_start_beside_a_reader_gets_a_journal_that_is_kept(
+    start, client, database, tmp_path, bin_dir
+):
     database.create(KEY_SCHEMA, ACTION_SCHEMA)
     journal = database.path.with_name(f"{database.path.name}-journal")
     with database.kept_open() as other:
         other.execute("BEGIN")
         other.execute("SELECT * FROM ACTION").fetchall()
-        service = start(bin_dir=impatient)
+        service = start(bin_dir=impatient(tmp_path / "bin", bin_dir))
         other.execute("ROLLBACK")
     assert client.add_action(CALL) == 1
     # SQLite's default journal is deleted after each write, and a power cut can undo that.
@@ -240,8 +225,8 @@ def test_a_start_beside_a_reader_gets_a_journal_that_is_kept(start, client, data
     assert database.value("PRAGMA journal_mode") == "wal"
 
 
-def test_a_reset_under_a_lock_changes_nothing(start, client, database, impatient):
-    service = start(bin_dir=impatient)
+def test_a_reset_under_a_lock_changes_nothing(start, client, database, tmp_path, bin_dir):
+    service = start(bin_dir=impatient(tmp_path / "bin", bin_dir))
     id_action = client.add_action(CALL)
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
     with database.locked():
@@ -299,9 +284,9 @@ def test_a_file_system_without_shared_memory_gets_a_journal_that_is_kept(
         first = start()
         known = client.add_action(CALL)
         first.kill()
-    files = ["-P", database.path, "-P", f"{database.path}-shm"]
-    injection = ["-e", "trace=mmap,fsync,fdatasync", "-e", "inject=mmap:error=ENODEV"]
-    crippled = traced(tmp_path / "bin", bin_dir, *files, *injection)
+    files = f"-P {database.path} -P {database.path}-shm"
+    injection = "-e trace=mmap,fsync,fdatasync -e inject=mmap:error=ENODEV"
+    crippled = traced(tmp_path / "bin", bin_dir, f"{files} {injection}")
     service = start(bin_dir=crippled)
     assert "(INJECTED)" in (crippled / "trace").read_text()
     assert service.log.texts("error") == []
