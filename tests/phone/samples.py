@@ -1,4 +1,4 @@
-"""Records to begin with, and the events that the service is expected to send."""
+"""Sample records, and the events and log lines that the tests expect."""
 
 import re
 
@@ -12,7 +12,7 @@ MODULE_KEY = Key(-1, "", -1, "module", 5, "lamp", 1, 1, 2)
 SETTING_NOT_READ = (
     "ERROR: While calling method getSettingValue of module SettingsManager, reply is invalid"
 )
-"""What the service logs if it cannot read a setting."""
+"""The error line for a setting that cannot be read."""
 
 
 def key_event(name: str, key: Key) -> Event:
@@ -80,7 +80,7 @@ def _place(key: Key) -> tuple[Argument, ...]:
 
 
 def failed_statement(line: str, statement: str, reason: str) -> bool:
-    """Whether a log line tells of this statement's failure.
+    """Whether a log line reports the failure of this statement.
 
     The database driver may have written its own placeholders for the question marks.
     """
@@ -89,5 +89,5 @@ def failed_statement(line: str, statement: str, reason: str) -> bool:
 
 
 def sent(*names: str) -> list[str]:
-    """The debug lines that tell of these events."""
+    """The debug lines for these events."""
     return [f"event {name} sent" for name in names]

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr int EveryLevel = 7;
-constexpr int Phones = 1000;
+constexpr int Phones = 500;
 constexpr int RestartsOfEach = 3;
 
 /// Two phones with the same contents, one for each way to merge.
