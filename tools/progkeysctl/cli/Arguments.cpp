@@ -2,25 +2,30 @@
 
 #include <QFile>
 
-namespace cli {
+#include <algorithm>
+#include <iterator>
 
-bool Arguments::has(const char *name) const
+namespace cli {
+namespace {
+
+template <typename Convert>
+QStringList converted(const QList<QByteArray> &values, Convert convert)
 {
-    return m_values.contains(QString::fromLatin1(name));
+    QStringList result;
+    std::transform(values.begin(), values.end(), std::back_inserter(result), convert);
+    return result;
 }
 
-QString Arguments::text(const char *name) const
+} // namespace
+
+QList<QByteArray> Arguments::values(const char *name) const
 {
-    return QString::fromUtf8(value(name));
+    return m_values.value(QString::fromLatin1(name));
 }
 
 QStringList Arguments::texts(const char *name) const
 {
-    QStringList texts;
-    const QList<QByteArray> all = values(QString::fromLatin1(name));
-    for (const QByteArray &each : all)
-        texts.append(QString::fromUtf8(each));
-    return texts;
+    return converted(values(name), [](const QByteArray &each) { return QString::fromUtf8(each); });
 }
 
 QString Arguments::path(const char *name) const
@@ -30,46 +35,12 @@ QString Arguments::path(const char *name) const
 
 QStringList Arguments::paths(const char *name) const
 {
-    QStringList paths;
-    const QList<QByteArray> all = values(QString::fromLatin1(name));
-    for (const QByteArray &each : all)
-        paths.append(QFile::decodeName(each));
-    return paths;
-}
-
-qlonglong Arguments::id(const char *name) const
-{
-    return value(name).toLongLong();
-}
-
-QList<qlonglong> Arguments::ids(const char *name) const
-{
-    QList<qlonglong> ids;
-    const QList<QByteArray> all = values(QString::fromLatin1(name));
-    for (const QByteArray &each : all)
-        ids.append(each.toLongLong());
-    return ids;
-}
-
-int Arguments::integer(const char *name) const
-{
-    return value(name).toInt();
+    return converted(values(name), [](const QByteArray &each) { return QFile::decodeName(each); });
 }
 
 std::optional<int> Arguments::optionalInteger(const char *name) const
 {
     return has(name) ? std::optional(integer(name)) : std::nullopt;
-}
-
-std::optional<double> Arguments::optionalSeconds(const char *name) const
-{
-    return has(name) ? std::optional(value(name).toDouble()) : std::nullopt;
-}
-
-QByteArray Arguments::value(const char *name) const
-{
-    const QList<QByteArray> all = values(QString::fromLatin1(name));
-    return all.isEmpty() ? QByteArray() : all.last();
 }
 
 } // namespace cli

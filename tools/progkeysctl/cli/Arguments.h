@@ -11,31 +11,28 @@
 namespace cli {
 
 /// The values of a command's options and arguments, already checked, by the names in its `Command`.
+/// A single value that is not given is empty, or 0.
 class Arguments
 {
 public:
     void add(const QString &name, const QByteArray &value) { m_values[name].append(value); }
 
-    bool has(const char *name) const;
-    QList<QByteArray> values(const QString &name) const { return m_values.value(name); }
+    bool has(const QString &name) const { return m_values.contains(name); }
+    bool has(const char *name) const { return has(QString::fromLatin1(name)); }
 
-    /// The value as text, or as a path; empty if it is not given.
-    QString text(const char *name) const;
+    QList<QByteArray> values(const char *name) const;
+    QByteArray value(const char *name) const { return values(name).value(0); }
+
+    QString text(const char *name) const { return QString::fromUtf8(value(name)); }
     QStringList texts(const char *name) const;
     QString path(const char *name) const;
     QStringList paths(const char *name) const;
 
-    /// A number that must have been given.
-    qlonglong id(const char *name) const;
-    QList<qlonglong> ids(const char *name) const;
-    int integer(const char *name) const;
-
+    qlonglong id(const char *name) const { return value(name).toLongLong(); }
+    int integer(const char *name) const { return value(name).toInt(); }
     std::optional<int> optionalInteger(const char *name) const;
-    std::optional<double> optionalSeconds(const char *name) const;
 
 private:
-    QByteArray value(const char *name) const;
-
     QMap<QString, QList<QByteArray>> m_values;
 };
 

@@ -9,97 +9,53 @@ namespace {
 constexpr double ShortestTime = 0.001;
 constexpr double LongestTime = 2'000'000;
 
-QString numberFault(const QByteArray &value, qlonglong min, qlonglong max)
+Check oneOf(const QStringList &choices)
 {
-    bool isNumber = false;
-    const qlonglong number = value.toLongLong(&isNumber);
-    if (isNumber && number >= min && number <= max)
-        return {};
-    const ValueType widest;
-    if (min == widest.min && max == widest.max)
-        return QStringLiteral("is not a whole number of 64 bits");
-    return QStringLiteral("is not a whole number from %1 to %2").arg(min).arg(max);
+    return [choices](const QByteArray &value) {
+        if (choices.contains(QString::fromUtf8(value)))
+            return QString();
+        return QStringLiteral("is not one of %1").arg(choices.join(QStringLiteral(", ")));
+    };
 }
 
-QString secondsFault(const QByteArray &value)
+bool removeSuffix(QString &text, const QString &suffix)
 {
-    bool isNumber = false;
-    const double seconds = value.toDouble(&isNumber);
-    if (isNumber && seconds >= ShortestTime && seconds <= LongestTime)
-        return {};
-    return QStringLiteral("is not a number of seconds from 0.001 to 2000000");
+    const bool hasSuffix = text.endsWith(suffix);
+    if (hasSuffix)
+        text.chop(suffix.size());
+    return hasSuffix;
 }
 
 } // namespace
 
-QString ValueType::faultOf(const QByteArray &value) const
+Parameter parameter(const char *term, const char *help, Check check)
 {
-    switch (check) {
-    case NotEmpty:
-        return value.isEmpty() ? QStringLiteral("is empty") : QString();
-    case Number:
-        return numberFault(value, min, max);
-    case Seconds:
-        return secondsFault(value);
-    case Choice:
-        if (choices.contains(QString::fromUtf8(value)))
-            return {};
-        return QStringLiteral("is not one of %1").arg(choices.join(QStringLiteral(", ")));
-    case ExistingDirectory:
-        return QFileInfo(QFile::decodeName(value)).isDir()
-                   ? QString()
-                   : QStringLiteral("is not an existing directory");
-    default:
-        return {};
-    }
-}
-
-Parameter Parameter::required() const
-{
-    Parameter result = *this;
-    result.isRequired = true;
+    Parameter result;
+    result.term = QString::fromLatin1(term);
+    result.help = QString::fromUtf8(help);
+    result.check = std::move(check);
+    QString form = result.term;
+    const bool isOptional = form.startsWith(QLatin1Char('['));
+    if (isOptional)
+        form = form.mid(1, form.size() - 2);
+    // "--fields FIELD,..." is one value.
+    result.isRepeatable =
+        !form.endsWith(QStringLiteral(",...")) && removeSuffix(form, QStringLiteral("..."));
+    QStringList words = form.split(QLatin1Char(' '));
+    if (removeSuffix(words.first(), QStringLiteral(",")))
+        result.shortName = words.takeFirst();
+    result.name = words.first();
+    result.valueName = result.isPositional() ? result.name : words.value(1);
+    result.isRequired = result.isPositional() && !isOptional;
+    if (result.valueName.contains(QLatin1Char('|')))
+        result.check = oneOf(result.valueName.split(QLatin1Char('|')));
     return result;
 }
 
-Parameter Parameter::optional() const
+Parameter required(Parameter parameter)
 {
-    Parameter result = *this;
-    result.isRequired = false;
-    return result;
-}
-
-Parameter Parameter::repeatable() const
-{
-    Parameter result = *this;
-    result.isRepeatable = true;
-    return result;
-}
-
-Parameter Parameter::withShortName(const char *text) const
-{
-    Parameter result = *this;
-    result.shortName = QString::fromLatin1(text);
-    return result;
-}
-
-bool Command::isMemberOf(const QStringList &group) const
-{
-    return words.size() == group.size() + 1 && words.mid(0, group.size()) == group;
-}
-
-Parameter flag(const char *name, const char *help)
-{
-    return {QString::fromLatin1(name), {}, QString::fromUtf8(help)};
-}
-
-Parameter option(const char *name, const ValueType &type, const char *help)
-{
-    return {QString::fromLatin1(name), type, QString::fromUtf8(help)};
-}
-
-Parameter argument(const char *name, const ValueType &type, const char *help)
-{
-    return {QString::fromLatin1(name), type, QString::fromUtf8(help), true};
+    parameter.isRequired = true;
+    return parameter;
 }
 
 Command command(const char *words, const char *summary, const QList<Parameter> &parameters, Run run)
@@ -113,54 +69,54 @@ Command group(const char *word, const char *summary)
     return {{QString::fromLatin1(word)}, QString::fromUtf8(summary), {}};
 }
 
-namespace type {
-
-ValueType text(const char *name)
+QList<Command> membersOf(const QList<Command> &commands, const QStringList &group)
 {
-    return {QString::fromLatin1(name)};
+    QList<Command> members;
+    for (const Command &command : commands)
+        if (command.words.mid(0, command.words.size() - 1) == group)
+            members.append(command);
+    return members;
 }
 
-ValueType nonEmptyText(const char *name)
+namespace check {
+
+QString notEmpty(const QByteArray &value)
 {
-    return {QString::fromLatin1(name), ValueType::NotEmpty};
+    return value.isEmpty() ? QStringLiteral("is empty") : QString();
 }
 
-ValueType id(const char *name)
+QString id(const QByteArray &value)
 {
-    return {QString::fromLatin1(name), ValueType::Number};
+    bool isNumber = false;
+    value.toLongLong(&isNumber);
+    return isNumber ? QString() : QStringLiteral("is not a whole number of 64 bits");
 }
 
-ValueType integer(const char *name, int min, int max)
+QString seconds(const QByteArray &value)
 {
-    return {QString::fromLatin1(name), ValueType::Number, min, max};
+    bool isNumber = false;
+    const double seconds = value.toDouble(&isNumber);
+    if (isNumber && seconds >= ShortestTime && seconds <= LongestTime)
+        return {};
+    return QStringLiteral("is not a number of seconds from 0.001 to 2000000");
 }
 
-ValueType seconds()
+QString existingDirectory(const QByteArray &value)
 {
-    return {QStringLiteral("SECONDS"), ValueType::Seconds};
+    const bool isThere = QFileInfo(QFile::decodeName(value)).isDir();
+    return isThere ? QString() : QStringLiteral("is not an existing directory");
 }
 
-ValueType choice(const QStringList &choices)
+Check integer(int min, int max)
 {
-    ValueType type{choices.join(QLatin1Char('|')), ValueType::Choice};
-    type.choices = choices;
-    return type;
+    return [min, max](const QByteArray &value) {
+        bool isNumber = false;
+        const int number = value.toInt(&isNumber);
+        if (isNumber && number >= min && number <= max)
+            return QString();
+        return QStringLiteral("is not a whole number from %1 to %2").arg(min).arg(max);
+    };
 }
 
-ValueType file()
-{
-    return nonEmptyText("FILE");
-}
-
-ValueType directory()
-{
-    return nonEmptyText("DIR");
-}
-
-ValueType existingDirectory()
-{
-    return {QStringLiteral("DIR"), ValueType::ExistingDirectory};
-}
-
-} // namespace type
+} // namespace check
 } // namespace cli

@@ -2,58 +2,45 @@
 
 #include "outcome/ExitStatus.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <limits>
-#include <optional>
 
 namespace cli {
 
 class Arguments;
 class Session;
 
-/// What an option or argument takes.
-struct ValueType
-{
-    enum Check { Any, NotEmpty, Number, Seconds, Choice, ExistingDirectory };
-
-    QString name; ///< as help shows it, such as FILE; empty for a flag
-    Check check = Any;
-    qlonglong min = std::numeric_limits<qlonglong>::min(); ///< for Number
-    qlonglong max = std::numeric_limits<qlonglong>::max();
-    QStringList choices = {}; ///< for Choice
-
-    /// What is wrong with a value, as the end of a sentence; empty if it is valid.
-    QString faultOf(const QByteArray &value) const;
-};
+/// What is wrong with a value, as the end of a sentence; empty if it is valid.
+using Check = std::function<QString(const QByteArray &)>;
 
 /// An option or a positional argument of a command.
 struct Parameter
 {
-    QString name; ///< "--limit", or "KEY_ID" for a positional argument
-    ValueType type;
+    QString name;      ///< "--limit", or "KEY_ID" for a positional argument
+    QString shortName; ///< such as "-o"; empty if there is none
+    QString valueName; ///< as help shows it, such as FILE; empty for a flag
+    QString term;      ///< the whole parameter as help shows it
     QString help;
+    Check check; ///< null if every value is valid
     bool isRequired = false;
     bool isRepeatable = false;
-    QString shortName = {}; ///< such as "-o"
 
     bool isPositional() const { return !name.startsWith(QLatin1Char('-')); }
-    bool isFlag() const { return type.name.isEmpty(); }
-
-    /// The same, changed.
-    Parameter required() const;
-    Parameter optional() const;
-    Parameter repeatable() const;
-    Parameter withShortName(const char *text) const;
+    bool isFlag() const { return valueName.isEmpty(); }
 };
 
-Parameter flag(const char *name, const char *help);
-Parameter option(const char *name, const ValueType &type, const char *help);
+/// An option or an argument from the form in which help shows it: "--terse", "-o, --output FILE",
+/// "--match EVENT...", "KEY_ID", "[MODULE]", "[COMMAND...]". If the value is a list of words, such
+/// as "pretty|short", only these are valid.
+Parameter parameter(const char *term, const char *help, Check check = {});
 
-/// A positional argument, required unless `optional()`.
-Parameter argument(const char *name, const ValueType &type, const char *help);
+/// The same, but the option must be given.
+Parameter required(Parameter parameter);
 
 /// A field of a `FIELD=VALUE` argument.
 struct FieldHelp
@@ -62,7 +49,7 @@ struct FieldHelp
     QString help;
 };
 
-/// What a command does once the command line is understood.
+/// What a command does once the command line is parsed.
 using Run = ExitStatus (*)(Session &, const Arguments &);
 
 /// A command such as `key add`, or a group such as `key`, which does nothing itself.
@@ -73,31 +60,26 @@ struct Command
     QList<Parameter> parameters;
     Run run = nullptr;
     QList<FieldHelp> fields = {};
-    QString notes = {}; ///< shown at the end of its help
+    QString notes = {}; ///< shown after its options
 
     bool isGroup() const { return run == nullptr; }
     QString name() const { return words.join(QLatin1Char(' ')); }
-
-    /// Whether help shows it in the group of these words, or at the top for none.
-    bool isMemberOf(const QStringList &group) const;
 };
 
 Command command(const char *words, const char *summary, const QList<Parameter> &parameters,
                 Run run);
 Command group(const char *word, const char *summary);
 
-/// Types of values.
-namespace type {
-ValueType text(const char *name);
-ValueType nonEmptyText(const char *name);
-ValueType id(const char *name);
-ValueType integer(const char *name, int min = std::numeric_limits<int>::min(),
-                  int max = std::numeric_limits<int>::max());
-ValueType seconds();
-ValueType choice(const QStringList &choices);
-ValueType file();
-ValueType directory();
-ValueType existingDirectory();
-} // namespace type
+/// The commands and groups whose words are those of `group` and one more.
+QList<Command> membersOf(const QList<Command> &commands, const QStringList &group);
+
+/// Checks of values.
+namespace check {
+QString notEmpty(const QByteArray &value);
+QString id(const QByteArray &value);
+QString seconds(const QByteArray &value);
+QString existingDirectory(const QByteArray &value);
+Check integer(int min = std::numeric_limits<int>::min(), int max = std::numeric_limits<int>::max());
+} // namespace check
 
 } // namespace cli

@@ -2,18 +2,14 @@
 
 #include "cli/CommonOptions.h"
 #include "cli/Help.h"
-#include "cli/LineChecks.h"
+#include "cli/Parser.h"
 #include "outcome/Failure.h"
-#include "outcome/Suggestion.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
 namespace cli {
 namespace {
-
-constexpr int UsualWidth = 80;
 
 void print(const QString &text)
 {
@@ -22,66 +18,48 @@ void print(const QString &text)
     out.flush();
 }
 
-[[noreturn]] void throwUnknownCommand(const QString &name, const QList<Command> &commands)
+void printHelpOn(const QList<Command> &commands, const Command *command)
 {
-    QStringList names;
-    for (const Command &command : commands)
-        names.append(command.name());
-    throw Failure{
-        ExitStatus::Usage, QStringLiteral("Unknown command \"%1\"").arg(name),
-        outcome::withSuggestion(name, names, QStringLiteral("See \"progkeysctl --help\"."))};
-}
-
-int helpWidth()
-{
+    constexpr int UsualWidth = 80;
     const int width = output::Terminal::of(STDOUT_FILENO).width();
-    return width > 0 ? width : UsualWidth;
+    print(helpText(commands, command, width > 0 ? width : UsualWidth));
 }
 
 } // namespace
 
-CommandLine::CommandLine(const QList<Command> &commands)
-    : m_commands(commands), m_parser(commonOptions(), commands)
+int CommandLine::execute(int argc, char **argv) const
 {
+    try {
+        return static_cast<int>(run({argv + 1, argv + argc}));
+    } catch (const Failure &failure) {
+        std::fflush(stdout);
+        output::sayFailure(failure);
+        return static_cast<int>(failure.status);
+    }
 }
 
-ExitStatus CommandLine::run(int argc, char **argv)
+ExitStatus CommandLine::run(const QList<QByteArray> &words) const
 {
-    const ParsedLine line = m_parser.parse(argc, argv);
+    const ParsedLine line = parse(m_commands, words);
     output::setColourChoice(colourFrom(line.arguments));
     if (line.arguments.has("--help")) {
-        printHelp(line.command ? line.command->words : QStringList());
+        printHelpOn(m_commands, line.command);
         return ExitStatus::Done;
     }
     if (line.arguments.has("--version")) {
         print(QStringLiteral(PROGKEYSCTL_VERSION));
         return ExitStatus::Done;
     }
-    requireValid(line, m_commands);
+    requireComplete(line);
     Session session(optionsFrom(line.arguments), *this);
     const ExitStatus status = line.command->run(session, line.arguments);
     session.out().flush();
     return status;
 }
 
-void CommandLine::printHelp(const QStringList &words) const
+void CommandLine::printHelp(const QList<QByteArray> &words) const
 {
-    const auto hasWords = [&](const Command &command) { return command.words == words; };
-    const auto found = std::find_if(m_commands.begin(), m_commands.end(), hasWords);
-    if (found == m_commands.end() && !words.isEmpty())
-        throwUnknownCommand(words.join(QLatin1Char(' ')), m_commands);
-    print(helpText(m_commands, words.isEmpty() ? nullptr : &*found, helpWidth()));
-}
-
-int CommandLine::execute(int argc, char **argv)
-{
-    try {
-        return static_cast<int>(run(argc, argv));
-    } catch (const Failure &failure) {
-        std::fflush(stdout);
-        output::sayFailure(failure);
-        return static_cast<int>(failure.status);
-    }
+    printHelpOn(m_commands, parse(m_commands, words).command);
 }
 
 } // namespace cli

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "cli/Command.h"
-#include "cli/Parser.h"
 
 namespace cli {
 
@@ -10,22 +9,21 @@ class CommandLine
 {
 public:
     /// Each group before its members, in the order in which help shows them.
-    explicit CommandLine(const QList<Command> &commands);
+    explicit CommandLine(const QList<Command> &commands) : m_commands(commands) {}
 
     const QList<Command> &commands() const { return m_commands; }
 
-    /// Parses the line and runs the command; prints what went wrong on stderr. The exit status.
-    int execute(int argc, char **argv);
+    /// Parses the line and runs the command. Prints a failure on stderr. Returns the exit status.
+    int execute(int argc, char **argv) const;
 
     /// Prints help on the command of these words, or on the whole tool for none. Throws a Failure
     /// of status Usage if there is no such command.
-    void printHelp(const QStringList &words) const;
+    void printHelp(const QList<QByteArray> &words) const;
 
 private:
-    ExitStatus run(int argc, char **argv);
+    ExitStatus run(const QList<QByteArray> &words) const;
 
     QList<Command> m_commands;
-    Parser m_parser;
 };
 
 } // namespace cli

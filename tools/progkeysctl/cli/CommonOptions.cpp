@@ -32,23 +32,20 @@ output::Form formFrom(const Arguments &arguments)
 
 QList<Parameter> commonOptions()
 {
-    return {flag("--help", "show this help and exit").withShortName("-h"),
-            flag("--version", "show the version and exit").withShortName("-V"),
-            flag("--system", "use the system bus (default)"),
-            flag("--session", "use the session bus"),
-            option("--address", type::nonEmptyText("ADDRESS"), "use the bus at this address"),
-            option("--timeout", type::seconds(), "maximum wait"),
-            option("--json", type::choice({QStringLiteral("pretty"), QStringLiteral("short")}),
-                   "print JSON, indented or on one line"),
-            flag("-j", "print JSON: pretty on a terminal, short otherwise"),
-            flag("--terse", "print one line per row, with fields separated by colons"),
-            option("--fields", type::nonEmptyText("FIELD,..."),
-                   "print only these fields, in this order"),
-            flag("--no-legend", "omit headings and totals"),
-            option("--color",
-                   type::choice(
-                       {QStringLiteral("auto"), QStringLiteral("always"), QStringLiteral("never")}),
-                   "when to use colors (default: auto)")};
+    return {
+        parameter("-h, --help", "show this help and exit"),
+        parameter("-V, --version", "show the version and exit"),
+        parameter("--system", "use the system bus (default)"),
+        parameter("--session", "use the session bus"),
+        parameter("--address ADDRESS", "use the bus at this address", check::notEmpty),
+        parameter("--timeout SECONDS", "maximum wait", check::seconds),
+        parameter("--json pretty|short", "print JSON, indented or on one line"),
+        parameter("-j", "print JSON: pretty on a terminal, short otherwise"),
+        parameter("--terse", "print one line per row, with fields separated by colons"),
+        parameter("--fields FIELD,...", "print only these fields, in this order", check::notEmpty),
+        parameter("--no-legend", "omit headings and totals"),
+        parameter("--color auto|always|never", "when to use colors (default: auto)"),
+    };
 }
 
 QList<QStringList> exclusiveOptions()
@@ -70,7 +67,8 @@ Options optionsFrom(const Arguments &arguments)
 {
     Options options;
     options.bus = busFrom(arguments);
-    options.timeout = arguments.optionalSeconds("--timeout");
+    if (arguments.has("--timeout"))
+        options.timeout = arguments.value("--timeout").toDouble();
     options.manner.form = formFrom(arguments);
     if (arguments.has("--fields"))
         options.manner.fields = arguments.text("--fields").split(QLatin1Char(','));

@@ -11,10 +11,10 @@ QList<Parameter> commonOptions();
 /// Options that exclude each other.
 QList<QStringList> exclusiveOptions();
 
-/// What --color says.
+/// The value of --color.
 output::ColourChoice colourFrom(const Arguments &arguments);
 
-/// What the others say.
+/// The values of the others.
 Options optionsFrom(const Arguments &arguments);
 
 } // namespace cli

@@ -4,11 +4,8 @@
 
 namespace cli {
 
-/// Help on one command or group, or on the whole tool where `command` is null, wrapped at that many
+/// Help on one command or group, or on the whole tool if `command` is null, wrapped at that many
 /// columns. Without a line break at its end.
 QString helpText(const QList<Command> &commands, const Command *command, int width);
-
-/// "progkeysctl key set [OPTION]... KEY_ID FIELD=VALUE...".
-QString synopsis(const Command &command);
 
 } // namespace cli

@@ -1,128 +1,187 @@
 #include "cli/Parser.h"
 
+#include "cli/CommonOptions.h"
 #include "outcome/Failure.h"
-
-#include <CLI/CLI.hpp>
+#include "outcome/Suggestion.h"
 
 #include <algorithm>
 
 namespace cli {
 namespace {
 
-// The name under which the library knows a parameter. It refuses some characters in the name of an
-// argument, such as those of "FIELD=VALUE".
-std::string nameOf(const Parameter &parameter)
+// The word and the known words are for a suggestion.
+[[noreturn]] void refuse(const Command *command, const QString &message, const QString &word = {},
+                         const QStringList &known = {})
 {
-    QString name = parameter.name;
-    return parameter.isPositional() ? name.replace(QLatin1Char('='), QLatin1Char('_')).toStdString()
-                                    : name.toStdString();
+    const QString name = command ? QLatin1Char(' ') + command->name() : QString();
+    const QString help = QStringLiteral("See \"progkeysctl%1 --help\".").arg(name);
+    throw Failure{ExitStatus::Usage, message, outcome::withSuggestion(word, known, help)};
 }
 
-// All names of a parameter in the library: "-o,--output", or "FILE".
-std::string namesOf(const Parameter &parameter)
+// A negative number is a value.
+bool isOption(const QByteArray &word)
 {
-    return parameter.shortName.isEmpty()
-               ? nameOf(parameter)
-               : parameter.shortName.toStdString() + ',' + nameOf(parameter);
+    bool isNumber = false;
+    word.toDouble(&isNumber);
+    return word.size() > 1 && word.startsWith('-') && !isNumber;
 }
 
-void addParameter(CLI::App *app, const Parameter &parameter)
+QList<Parameter> parametersOf(const Command *command)
 {
-    if (parameter.isFlag()) {
-        app->add_flag(namesOf(parameter))->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-        return;
+    return command ? command->parameters + commonOptions() : commonOptions();
+}
+
+class Parser
+{
+public:
+    Parser(const QList<Command> &commands, const QList<QByteArray> &words)
+        : m_commands(commands), m_words(words)
+    {
     }
-    CLI::Option *option = app->add_option(namesOf(parameter));
-    option->expected(1, parameter.isRepeatable ? -1 : 1)
-        ->allow_extra_args(parameter.isRepeatable)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
 
-void collect(const CLI::App *app, const QList<Parameter> &parameters, Arguments &arguments)
-{
-    for (const Parameter &parameter : parameters)
-        for (const std::string &value : app->get_option(nameOf(parameter))->results())
-            arguments.add(parameter.name, QByteArray::fromStdString(value));
-}
+    ParsedLine parse()
+    {
+        while (!m_words.isEmpty())
+            takeWord(m_words.takeFirst());
+        requireCompatibleOptions();
+        return m_line;
+    }
 
-// Gives a word to the next positional argument of the command that takes one.
-void addArgument(ParsedLine &line, const QByteArray &word)
-{
-    const QList<Parameter> parameters =
-        line.command ? line.command->parameters : QList<Parameter>();
-    for (const Parameter &parameter : parameters) {
-        const bool isFull =
-            !parameter.isRepeatable && !line.arguments.values(parameter.name).isEmpty();
-        if (parameter.isPositional() && !isFull) {
-            line.arguments.add(parameter.name, word);
-            return;
+private:
+    void takeWord(const QByteArray &word)
+    {
+        if (!m_hasOnlyArguments && word == "--")
+            m_hasOnlyArguments = true;
+        else if (!m_hasOnlyArguments && isOption(word))
+            takeOption(word);
+        else if (!m_line.command || m_line.command->isGroup())
+            takeCommand(QString::fromUtf8(word));
+        else
+            takeArgument(word);
+    }
+
+    void takeCommand(const QString &word)
+    {
+        const QStringList group = m_line.command ? m_line.command->words : QStringList();
+        const QStringList words = group + QStringList(word);
+        const auto found =
+            std::find_if(m_commands.begin(), m_commands.end(),
+                         [&](const Command &command) { return command.words == words; });
+        if (found == m_commands.end())
+            refuse(m_line.command,
+                   QStringLiteral("Unknown command \"%1\"").arg(words.join(QLatin1Char(' '))), word,
+                   namesOfMembers(group));
+        m_line.command = &*found;
+    }
+
+    QStringList namesOfMembers(const QStringList &group) const
+    {
+        QStringList names;
+        const QList<Command> members = membersOf(m_commands, group);
+        for (const Command &member : members)
+            names.append(member.words.last());
+        return names;
+    }
+
+    void takeArgument(const QByteArray &word)
+    {
+        for (const Parameter &parameter : m_line.command->parameters) {
+            const bool isFull = !parameter.isRepeatable && m_line.arguments.has(parameter.name);
+            if (parameter.isPositional() && !isFull) {
+                add(parameter, word);
+                return;
+            }
+        }
+        refuse(m_line.command,
+               QStringLiteral("Unexpected argument \"%1\"").arg(QString::fromUtf8(word)));
+    }
+
+    void takeOption(const QByteArray &word)
+    {
+        const auto equals = word.indexOf('=');
+        const Parameter option = optionNamed(QString::fromUtf8(word.split('=').first()));
+        if (option.isFlag()) {
+            if (equals >= 0)
+                refuse(m_line.command, QStringLiteral("%1 takes no value").arg(option.name));
+            m_line.arguments.add(option.name, {});
+        } else if (equals >= 0) {
+            add(option, word.mid(equals + 1));
+        } else {
+            takeValues(option);
         }
     }
-    line.unexpected.append(QString::fromUtf8(word));
-}
+
+    Parameter optionNamed(const QString &name) const
+    {
+        QStringList known;
+        const QList<Parameter> parameters = parametersOf(m_line.command);
+        for (const Parameter &parameter : parameters) {
+            if (parameter.isPositional())
+                continue;
+            if (name == parameter.name || name == parameter.shortName)
+                return parameter;
+            known.append(parameter.name);
+        }
+        refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name, known);
+    }
+
+    void takeValues(const Parameter &option)
+    {
+        const auto hasValue = [this] { return !m_words.isEmpty() && !isOption(m_words.first()); };
+        if (!hasValue())
+            refuse(m_line.command, QStringLiteral("%1 requires a value").arg(option.name));
+        do
+            add(option, m_words.takeFirst());
+        while (option.isRepeatable && hasValue());
+    }
+
+    void add(const Parameter &parameter, const QByteArray &value)
+    {
+        if (!parameter.isRepeatable && m_line.arguments.has(parameter.name))
+            refuse(m_line.command,
+                   QStringLiteral("%1 is given more than once").arg(parameter.name));
+        const QString fault = parameter.check ? parameter.check(value) : QString();
+        if (!fault.isEmpty())
+            refuse(m_line.command, QStringLiteral("%1: \"%2\" %3")
+                                       .arg(parameter.name, QString::fromUtf8(value), fault));
+        m_line.arguments.add(parameter.name, value);
+    }
+
+    void requireCompatibleOptions() const
+    {
+        const QList<QStringList> sets = exclusiveOptions();
+        for (const QStringList &set : sets) {
+            QStringList given;
+            for (const QString &option : set)
+                if (m_line.arguments.has(option))
+                    given.append(option);
+            if (given.size() > 1)
+                refuse(
+                    m_line.command,
+                    QStringLiteral("%1 cannot be combined with %2").arg(given.at(1), given.at(0)));
+        }
+    }
+
+    const QList<Command> &m_commands;
+    QList<QByteArray> m_words; ///< those that are left
+    ParsedLine m_line;
+    bool m_hasOnlyArguments = false; ///< from "--" on
+};
 
 } // namespace
 
-Parser::Parser(const QList<Parameter> &common, const QList<Command> &commands)
-    : m_common(common), m_commands(commands), m_app(std::make_unique<CLI::App>("", "progkeysctl"))
+ParsedLine parse(const QList<Command> &commands, const QList<QByteArray> &words)
 {
-    m_app->set_help_flag();
-    m_app->fallthrough();
-    m_app->allow_extras();
-    m_app->require_subcommand(0, 1);
-    for (const Parameter &parameter : m_common)
-        addParameter(m_app.get(), parameter);
-    for (const Command &command : std::as_const(m_commands))
-        addCommand(command);
+    return Parser(commands, words).parse();
 }
 
-Parser::~Parser() = default;
-
-void Parser::addCommand(const Command &command)
+void requireComplete(const ParsedLine &line)
 {
-    CLI::App *parent = m_app.get();
-    for (const QString &word : command.words.mid(0, command.words.size() - 1))
-        parent = parent->get_subcommand(word.toStdString());
-    CLI::App *app = parent->add_subcommand(command.words.last().toStdString());
-    app->require_subcommand(0, 1);
-    for (const Parameter &parameter : command.parameters)
-        addParameter(app, parameter);
-}
-
-ParsedLine Parser::parse(int argc, char **argv)
-{
-    // Words after "--" are passed on as they are; the library would change some.
-    const int mark = static_cast<int>(std::find(argv, argv + argc, std::string("--")) - argv);
-    try {
-        m_app->parse(mark, argv);
-    } catch (const CLI::ArgumentMismatch &error) {
-        // The library's message is "--limit: ...".
-        const QString option = QString::fromUtf8(error.what()).section(QLatin1Char(':'), 0, 0);
-        throw Failure{ExitStatus::Usage, QStringLiteral("%1 requires a value").arg(option),
-                      QStringLiteral("See \"progkeysctl --help\".")};
-    }
-    ParsedLine line;
-    for (const std::string &word : m_app->remaining(true))
-        line.unexpected.append(QString::fromStdString(word));
-    collect(m_app.get(), m_common, line.arguments);
-    for (const Command &command : std::as_const(m_commands)) {
-        const CLI::App *app = appOf(command);
-        if (!app->parsed())
-            continue;
-        line.command = &command;
-        collect(app, command.parameters, line.arguments);
-    }
-    for (int i = mark + 1; i < argc; ++i)
-        addArgument(line, argv[i]);
-    return line;
-}
-
-CLI::App *Parser::appOf(const Command &command) const
-{
-    CLI::App *app = m_app.get();
-    for (const QString &word : command.words)
-        app = app->get_subcommand(word.toStdString());
-    return app;
+    if (!line.command || line.command->isGroup())
+        refuse(line.command, QStringLiteral("A command is required"));
+    for (const Parameter &parameter : line.command->parameters)
+        if (parameter.isRequired && !line.arguments.has(parameter.name))
+            refuse(line.command, QStringLiteral("%1 is required").arg(parameter.name));
 }
 
 } // namespace cli

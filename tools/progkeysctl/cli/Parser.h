@@ -3,42 +3,21 @@
 #include "cli/Arguments.h"
 #include "cli/Command.h"
 
-#include <memory>
-
-namespace CLI {
-class App;
-}
-
 namespace cli {
 
-/// A command line, taken apart. Its values are not checked yet.
+/// A parsed command line. Its values are valid, but a command or a required one may be missing.
 struct ParsedLine
 {
     const Command *command = nullptr; ///< the command or group that is named, if one is
-    Arguments arguments;              ///< of the command, and of all commands
-    QStringList unexpected;           ///< words that belong to nothing
+    Arguments arguments;              ///< those of the command and of all commands
 };
 
-/// Takes command lines apart. This is the only place that knows the library that does it.
-class Parser
-{
-public:
-    /// The options of all commands, and the commands, groups before their members.
-    Parser(const QList<Parameter> &common, const QList<Command> &commands);
-    ~Parser();
-    Parser(const Parser &) = delete;
-    Parser &operator=(const Parser &) = delete;
+/// Parses the words after the name of the program. Each group stands before its members in
+/// `commands`, to which the result points. Throws a Failure of status Usage for an unknown word, a
+/// value that is missing or invalid, or options that exclude each other.
+ParsedLine parse(const QList<Command> &commands, const QList<QByteArray> &words);
 
-    /// Throws a Failure of status Usage if an option lacks its value.
-    ParsedLine parse(int argc, char **argv);
-
-private:
-    void addCommand(const Command &command);
-    CLI::App *appOf(const Command &command) const;
-
-    QList<Parameter> m_common;
-    QList<Command> m_commands;
-    std::unique_ptr<CLI::App> m_app;
-};
+/// Throws a Failure of status Usage if the line names no command or lacks a required value.
+void requireComplete(const ParsedLine &line);
 
 } // namespace cli

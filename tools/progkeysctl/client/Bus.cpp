@@ -33,49 +33,33 @@ QDBusConnection connectTo(const BusChoice &choice)
     }
 }
 
-QString addressOf(const BusChoice &choice)
+// If the service ends during a call, the bus reports NoReply, as it does after a timeout.
+bool isNotRunning(const Bus &bus, const QString &module, const QDBusError &error)
 {
-    if (choice.kind == BusChoice::Address)
-        return choice.address;
-    return qEnvironmentVariable(choice.kind == BusChoice::Session ? "DBUS_SESSION_BUS_ADDRESS"
-                                                                  : "DBUS_SYSTEM_BUS_ADDRESS");
-}
-
-QString kindOf(const BusChoice &choice)
-{
-    if (choice.kind == BusChoice::Address)
-        return QStringLiteral("address");
-    return choice.kind == BusChoice::Session ? QStringLiteral("session") : QStringLiteral("system");
-}
-
-QString describe(const BusChoice &choice)
-{
-    const QString address = addressOf(choice);
-    if (choice.kind == BusChoice::Address)
-        return QStringLiteral("the bus at %1").arg(address);
-    const QString bus = QStringLiteral("the %1 bus").arg(kindOf(choice));
-    return address.isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, address);
-}
-
-// The bus library does not give a reason for every failure.
-QString unreachable(const QString &bus, const QString &reason)
-{
-    return reason.isEmpty() ? QStringLiteral("Cannot reach %1").arg(bus)
-                            : QStringLiteral("Cannot reach %1: %2").arg(bus, reason);
+    if (error.type() == QDBusError::ServiceUnknown || hasNoOwner(error))
+        return true;
+    if (error.type() != QDBusError::NoReply || module == TheBus)
+        return false;
+    const QDBusReply<bool> isThere =
+        bus.connection().interface()->isServiceRegistered(zel::serviceName(module));
+    return isThere.isValid() && !isThere.value();
 }
 
 } // namespace
 
 Bus::Bus(const BusChoice &choice, int timeoutMs)
-    : m_connection(connectTo(choice)), m_kind(kindOf(choice)), m_address(addressOf(choice)),
-      m_description(describe(choice)), m_timeoutMs(timeoutMs)
+    : m_choice(choice), m_connection(connectTo(choice)), m_timeoutMs(timeoutMs)
 {
-    if (!m_connection.isConnected())
+    if (!m_connection.isConnected()) {
+        // The bus library does not give a reason for every failure.
+        const QString reason = m_connection.lastError().message();
         throw Failure{ExitStatus::Failed,
-                      unreachable(m_description, m_connection.lastError().message()),
+                      QStringLiteral("Cannot reach %1").arg(description()) +
+                          (reason.isEmpty() ? QString() : QStringLiteral(": ") + reason),
                       QStringLiteral("Specify the bus of the phone with --address or "
                                      "DBUS_SYSTEM_BUS_ADDRESS. \"progkeysctl sandbox\" starts a "
                                      "private phone.")};
+    }
     m_connection.interface()->setTimeout(timeoutMs);
 }
 
@@ -111,21 +95,46 @@ QString Bus::ownerOf(const QString &name) const
     return reply.value();
 }
 
-namespace {
-
-// If the service ends during a call, the bus reports NoReply, as it does after a timeout.
-bool isNotRunning(const Bus &bus, const QString &module, const QDBusError &error)
+QString Bus::kind() const
 {
-    if (error.type() == QDBusError::ServiceUnknown || hasNoOwner(error))
-        return true;
-    if (error.type() != QDBusError::NoReply || module == TheBus)
-        return false;
-    const QDBusReply<bool> isThere =
-        bus.connection().interface()->isServiceRegistered(zel::serviceName(module));
-    return isThere.isValid() && !isThere.value();
+    switch (m_choice.kind) {
+    case BusChoice::Session:
+        return QStringLiteral("session");
+    case BusChoice::Address:
+        return QStringLiteral("address");
+    default:
+        return QStringLiteral("system");
+    }
 }
 
-} // namespace
+QString Bus::address() const
+{
+    switch (m_choice.kind) {
+    case BusChoice::Session:
+        return qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    case BusChoice::Address:
+        return m_choice.address;
+    default:
+        return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+    }
+}
+
+QString Bus::description() const
+{
+    const QString bus = m_choice.kind == BusChoice::Address
+                            ? QStringLiteral("the bus")
+                            : QStringLiteral("the %1 bus").arg(kind());
+    return address().isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, address());
+}
+
+QDBusMessage Bus::call(const QString &module, const QString &interface, const QString &method,
+                       const QVariantList &arguments) const
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(zel::serviceName(module),
+                                                       zel::objectPath(module), interface, method);
+    call.setArguments(arguments);
+    return m_connection.call(call, QDBus::Block, m_timeoutMs);
+}
 
 void throwNotRunning(const Bus &bus, const QString &module)
 {

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusError>
+#include <QDBusMessage>
 #include <QString>
 #include <QStringList>
 
@@ -29,13 +30,13 @@ public:
     int timeoutMs() const { return m_timeoutMs; }
 
     /// "system", "session" or "address".
-    QString kind() const { return m_kind; }
+    QString kind() const;
 
     /// Empty if it is the standard one of the system.
-    QString address() const { return m_address; }
+    QString address() const;
 
     /// For messages: "the system bus", with its address if that is not the standard one.
-    QString description() const { return m_description; }
+    QString description() const;
 
     /// All names on the bus except unique ones.
     QStringList names() const;
@@ -44,11 +45,13 @@ public:
     /// The unique name of the connection that owns the name; empty if there is none.
     QString ownerOf(const QString &name) const;
 
+    /// Calls a method of a module and returns the answer, which may be an error.
+    QDBusMessage call(const QString &module, const QString &interface, const QString &method,
+                      const QVariantList &arguments = {}) const;
+
 private:
+    BusChoice m_choice;
     QDBusConnection m_connection;
-    QString m_kind;
-    QString m_address;
-    QString m_description;
     int m_timeoutMs;
 };
 

@@ -1,9 +1,8 @@
 #include "client/ProgrammableKeys.h"
 
-#include "ProgrammableKeysProxy.h"
-#include "client/Calls.h"
-
 #include <zelcore/ZELBusNames.h>
+
+#include <QDBusReply>
 
 namespace client {
 namespace {
@@ -14,28 +13,29 @@ std::optional<Record> firstOf(const QList<Record> &list)
     return list.isEmpty() ? std::nullopt : std::optional<Record>(list.first());
 }
 
-void registerRecords()
+} // namespace
+
+ProgrammableKeys::ProgrammableKeys(const Bus &bus) : m_bus(bus)
 {
     registerDBusKey();
     registerDBusAction();
     registerZELTypes();
 }
 
-} // namespace
-
-ProgrammableKeys::ProgrammableKeys(const Bus &bus) : m_bus(bus)
-{
-    registerRecords();
-    m_proxy = std::make_unique<ProgrammableKeysProxy>(
-        zel::serviceName(moduleName()), zel::objectPath(moduleName()), bus.connection());
-    m_proxy->setTimeout(bus.timeoutMs());
-}
-
-ProgrammableKeys::~ProgrammableKeys() = default;
-
 QString ProgrammableKeys::moduleName()
 {
     return QStringLiteral("ZelProgrammableKeys");
+}
+
+template <typename Value, typename... Arguments>
+Value ProgrammableKeys::call(const char *method, const Arguments &...arguments) const
+{
+    const QDBusReply<Value> reply =
+        m_bus.call(moduleName(), zel::operationsInterface(), QString::fromLatin1(method),
+                   {QVariant::fromValue(arguments)...});
+    if (!reply.isValid())
+        throwCallFailure(m_bus, moduleName(), reply.error());
+    return reply.value();
 }
 
 bool ProgrammableKeys::isRunning() const
@@ -45,67 +45,82 @@ bool ProgrammableKeys::isRunning() const
 
 ListKey ProgrammableKeys::keys() const
 {
-    return answer(m_bus, moduleName(), m_proxy->getAllProgrammableKeys());
+    return call<ListKey>("getAllProgrammableKeys");
 }
 
 std::optional<Key> ProgrammableKeys::key(qlonglong idKey) const
 {
-    return firstOf(answer(m_bus, moduleName(), m_proxy->getProgrammableKey(idKey)));
+    return firstOf(call<ListKey>("getProgrammableKey", idKey));
 }
 
 qlonglong ProgrammableKeys::createKey(const Key &key)
 {
-    return answer(m_bus, moduleName(), m_proxy->createProgrammableKey(key));
+    return call<qlonglong>("createProgrammableKey", key);
 }
 
 int ProgrammableKeys::modifyKey(const Key &key)
 {
-    return answer(m_bus, moduleName(), m_proxy->modifyProgrammableKey(key));
+    return call<int>("modifyProgrammableKey", key);
 }
 
 bool ProgrammableKeys::moveKeys(const QMapIntInt &positions)
 {
-    return answer(m_bus, moduleName(), m_proxy->changeProgrammableKeysPosition(positions));
+    return call<bool>("changeProgrammableKeysPosition", positions);
 }
 
 int ProgrammableKeys::deleteKey(qlonglong idKey)
 {
-    return answer(m_bus, moduleName(), m_proxy->deleteProgrammableKey(idKey));
+    return call<int>("deleteProgrammableKey", idKey);
 }
 
 ListAction ProgrammableKeys::actions() const
 {
-    return answer(m_bus, moduleName(), m_proxy->getAllActions());
+    return call<ListAction>("getAllActions");
 }
 
 std::optional<Action> ProgrammableKeys::action(qlonglong idAction) const
 {
-    return firstOf(answer(m_bus, moduleName(), m_proxy->getAction(idAction)));
+    return firstOf(call<ListAction>("getAction", idAction));
 }
 
 qlonglong ProgrammableKeys::addAction(const Action &action)
 {
-    return answer(m_bus, moduleName(), m_proxy->addAction(action));
+    return call<qlonglong>("addAction", action);
 }
 
 int ProgrammableKeys::modifyAction(const Action &action)
 {
-    return answer(m_bus, moduleName(), m_proxy->modifyAction(action));
+    return call<int>("modifyAction", action);
 }
 
 int ProgrammableKeys::deleteAction(qlonglong idAction)
 {
-    return answer(m_bus, moduleName(), m_proxy->deleteAction(idAction));
+    return call<int>("deleteAction", idAction);
 }
 
 int ProgrammableKeys::setIconState(qlonglong idKey, int x, int y)
 {
-    return answer(m_bus, moduleName(), m_proxy->setIconStateForKey(idKey, x, y));
+    return call<int>("setIconStateForKey", idKey, x, y);
 }
 
 int ProgrammableKeys::setLabelState(qlonglong idKey, int state)
 {
-    return answer(m_bus, moduleName(), m_proxy->setLabelStateForKey(idKey, state));
+    return call<int>("setLabelStateForKey", idKey, state);
+}
+
+void ProgrammableKeys::runHook(const QString &method)
+{
+    const QDBusMessage reply = m_bus.call(moduleName(), zel::lifecycleInterface(), method);
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        throwCallFailure(m_bus, moduleName(), QDBusError(reply));
+}
+
+std::optional<QString> ProgrammableKeys::setting(const QString &name) const
+{
+    const QDBusReply<QString> reply =
+        m_bus.call(QStringLiteral("SettingsManager"), zel::operationsInterface(),
+                   QStringLiteral("getSettingValue"), {name});
+    return reply.isValid() ? std::optional(reply.value()) : std::nullopt;
 }
 
 } // namespace client

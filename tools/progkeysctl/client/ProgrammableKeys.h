@@ -6,10 +6,7 @@
 
 #include <zelcore/ZELTypes.h>
 
-#include <memory>
 #include <optional>
-
-class ProgrammableKeysProxy;
 
 namespace client {
 
@@ -19,9 +16,6 @@ class ProgrammableKeys
 {
 public:
     explicit ProgrammableKeys(const Bus &bus);
-    ~ProgrammableKeys();
-    ProgrammableKeys(const ProgrammableKeys &) = delete;
-    ProgrammableKeys &operator=(const ProgrammableKeys &) = delete;
 
     static QString moduleName();
     bool isRunning() const;
@@ -42,9 +36,19 @@ public:
     int setIconState(qlonglong idKey, int x, int y);
     int setLabelState(qlonglong idKey, int state);
 
+    /// Runs a lifecycle hook, such as `restoreDefault`. Its result is ignored, because it does not
+    /// depend on the data.
+    void runHook(const QString &method);
+
+    /// The text of a setting of the phone. As in the service, it is missing if the SettingsManager
+    /// does not answer or has no such setting.
+    std::optional<QString> setting(const QString &name) const;
+
 private:
+    template <typename Value, typename... Arguments>
+    Value call(const char *method, const Arguments &...arguments) const;
+
     const Bus &m_bus;
-    std::unique_ptr<ProgrammableKeysProxy> m_proxy;
 };
 
 } // namespace client

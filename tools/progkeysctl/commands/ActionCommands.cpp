@@ -1,9 +1,6 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
-#include "commands/DeleteEach.h"
-#include "commands/FieldArguments.h"
+#include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
 #include "output/Text.h"
 
@@ -22,63 +19,6 @@ ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
     listing.legend =
         output::counted(static_cast<int>(listing.rows.size()), QStringLiteral("action"));
     session.out().list(listing);
-    return ExitStatus::Done;
-}
-
-ExitStatus show(cli::Session &session, const cli::Arguments &arguments)
-{
-    const Action action = actionOf(session.service(), arguments.id("ACTION_ID"));
-    session.out().record(fields::columns<Action>(), fields::toJson(action));
-    return ExitStatus::Done;
-}
-
-void warnOfIdentifier(const Action &before, const Action &after)
-{
-    if (!after.dmId.isEmpty())
-        output::warn(QStringLiteral("an action with a dmId is treated as provisioned: it cannot be "
-                                    "deleted, and a start of the service may overwrite it"));
-    else if (!before.dmId.isEmpty())
-        output::warn(QStringLiteral("without its dmId, action %1 is no longer provisioned: it can "
-                                    "be deleted, and the next start of the service may create the "
-                                    "provisioned action again")
-                         .arg(before.idAction));
-}
-
-ExitStatus add(cli::Session &session, const cli::Arguments &arguments)
-{
-    session.out().requireFields(fields::columns<Action>());
-    Action action;
-    fields::assign(action, arguments.texts("FIELD=VALUE"));
-    if (action.idAction != Action().idAction)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("The service assigns the idAction of a new action"),
-                      QStringLiteral("Omit idAction.")};
-    warnOfIdentifier(Action(), action);
-    const qlonglong result = session.service().addAction(action);
-    if (result < 0)
-        throw additionRefused(result);
-    action.idAction = result;
-    session.out().done(QStringLiteral("Created action %1.").arg(result), fields::columns<Action>(),
-                       fields::toJson(action));
-    return ExitStatus::Done;
-}
-
-ExitStatus set(cli::Session &session, const cli::Arguments &arguments)
-{
-    session.out().requireFields(fields::columns<Action>());
-    const Action before = actionOf(session.service(), arguments.id("ACTION_ID"));
-    Action action = before;
-    fields::assign(action, arguments.texts("FIELD=VALUE"));
-    if (action.idAction != before.idAction)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("The idAction of an action cannot be changed"),
-                      QStringLiteral("Create another action and delete this one.")};
-    warnOfIdentifier(before, action);
-    const int code = session.service().modifyAction(action);
-    if (code != 0)
-        throw actionChangeRefused(session.service(), action.idAction, code);
-    session.out().done(QStringLiteral("Changed action %1.").arg(action.idAction),
-                       fields::columns<Action>(), fields::toJson(action));
     return ExitStatus::Done;
 }
 
@@ -121,15 +61,15 @@ void announce(cli::Session &session, const Action &action, const BoundKeys &boun
 
 QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 {
-    const Action action = actionOf(session.service(), idAction);
+    const auto action = existing<Action>(session.service(), idAction);
     const BoundKeys bound = boundKeys(session, idAction);
     if (!fields::isUsers(action))
-        throw actionDeletionRefused(session.service(), idAction, -2);
+        throw deletionRefused(action, -2);
     announce(session, action, bound);
     if (!isDryRun) {
         const int code = session.service().deleteAction(idAction);
         if (code != 0)
-            throw actionDeletionRefused(session.service(), idAction, code);
+            throw deletionRefused(action, code);
         session.out().say(QStringLiteral("Deleted action %1.").arg(idAction));
     }
     QJsonObject row = fields::toJson(action);
@@ -141,32 +81,32 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
-    return deleteEach(session, arguments.ids("ACTION_ID"), fields::columns<Action>(),
-                      [&](qlonglong id) { return removeOne(session, id, isDryRun); });
+    const auto deleteOne = [&](qlonglong id) { return removeOne(session, id, isDryRun); };
+    return deleteEach(session, arguments.values("ACTION_ID"), fields::columns<Action>(), deleteOne);
 }
 
 } // namespace
 
 QList<cli::Command> actionCommands()
 {
-    using namespace cli::type;
     const cli::Parameter action =
-        cli::argument("ACTION_ID", id("ACTION_ID"), "identifier of the action");
-    const cli::Parameter assignments =
-        cli::argument("FIELD=VALUE", text("FIELD=VALUE"), "a field and its value").repeatable();
+        cli::parameter("ACTION_ID", "identifier of the action", cli::check::id);
+    const cli::Parameter actions =
+        cli::parameter("ACTION_ID...", "identifiers of the actions", cli::check::id);
+    const cli::Parameter assignments = cli::parameter("FIELD=VALUE...", "a field and its value");
     const cli::Parameter dryRun =
-        cli::flag("--dry-run", "show which keys would be deleted, but delete nothing");
+        cli::parameter("--dry-run", "show which keys would be deleted, but delete nothing");
     return {cli::group("action", "list, add, change and delete actions"),
             cli::command("action list", "list actions", {}, list),
-            cli::command("action show", "show an action", {action}, show),
-            withFields<Action>(cli::command("action add", "add an action", {assignments}, add),
-                               "progkeysctl action add type=1 action=call arguments=501 "
-                               "label=Reception shortLabel=Rec"),
+            cli::command("action show", "show an action", {action}, showRecord<Action>),
+            withFields<Action>(
+                cli::command("action add", "add an action", {assignments}, addRecord<Action>),
+                "type=1 action=call arguments=501 label=Reception shortLabel=Rec"),
             withFields<Action>(cli::command("action set", "change fields of an action",
-                                            {action, assignments}, set),
-                               "progkeysctl action set 7 label=Reception"),
+                                            {action, assignments}, setRecord<Action>),
+                               "7 label=Reception"),
             cli::command("action delete", "delete actions and the keys that trigger them",
-                         {action.repeatable(), dryRun}, remove)};
+                         {actions, dryRun}, remove)};
 }
 
 } // namespace commands

@@ -2,7 +2,6 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "client/Settings.h"
 #include "converting/Formats.h"
 #include "defaults/Checks.h"
 #include "defaults/Report.h"
@@ -112,8 +111,7 @@ std::optional<QString> settingText(cli::Session &session, const defaults::Rollou
         return setting->text;
     const QString name = defaults::settingName(kind);
     const bool isOfPhone = rollout.directory.isEmpty();
-    std::optional<QString> text =
-        isOfPhone ? client::readSetting(session.bus(), name) : std::nullopt;
+    std::optional<QString> text = isOfPhone ? session.service().setting(name) : std::nullopt;
     if (!text)
         output::warn(QStringLiteral("%1 has no setting %2: %3")
                          .arg(isOfPhone ? QStringLiteral("the phone") : rollout.directory, name,
@@ -155,33 +153,24 @@ ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
     return plan.hasChanges() ? ExitStatus::Changes : ExitStatus::Done;
 }
 
-cli::Parameter rolloutArgument()
-{
-    return cli::argument("FILE", cli::type::file(),
-                         "files DefaultActions, DefaultKeys and ProgKeysMax, or a directory that "
-                         "contains them; - is standard input")
-        .repeatable();
-}
-
-cli::Parameter kindOption(const char *help)
-{
-    return cli::option(
-        "--kind", cli::type::choice({QStringLiteral("actions"), QStringLiteral("keys")}), help);
-}
+constexpr const char *RolloutHelp = "files DefaultActions, DefaultKeys and ProgKeysMax, or a "
+                                    "directory that contains them; - is standard input";
 
 cli::Parameter limitOption()
 {
-    return cli::option("--limit", cli::type::integer("NUMBER", 0),
-                       "key limit; by default the value of ProgKeysMax");
+    return cli::parameter("--limit NUMBER", "key limit; by default the value of ProgKeysMax",
+                          cli::check::integer(0));
 }
 
 cli::Command checkCommand()
 {
-    cli::Command command = cli::command(
-        "defaults check", "check the settings that provision a phone",
-        {rolloutArgument(), kindOption("content of the files, if their names do not imply it"),
-         limitOption(), cli::flag("--strict", "treat warnings as errors")},
-        check);
+    cli::Command command =
+        cli::command("defaults check", "check the settings that provision a phone",
+                     {cli::parameter("FILE...", RolloutHelp, cli::check::notEmpty),
+                      cli::parameter("--kind actions|keys",
+                                     "content of the files, if their names do not imply it"),
+                      limitOption(), cli::parameter("--strict", "treat warnings as errors")},
+                     check);
     command.notes = QStringLiteral(
         "Each problem begins with FILE:RECORD:FIELD:COLUMN:, counted from 1, and error: or "
         "warning:. "
@@ -191,18 +180,16 @@ cli::Command checkCommand()
 
 cli::Command convertCommand()
 {
-    const cli::ValueType form =
-        cli::type::choice({QStringLiteral("csv"), QStringLiteral("json"), QStringLiteral("text")});
     return cli::command(
         "defaults convert", "convert provisioned records between CSV, JSON and setting text",
-        {cli::option("--from", form, "input format").required(),
-         cli::option("--to", form, "output format").required(),
-         kindOption("content of the input; for text, by default derived from the file name"),
-         cli::option("--output", cli::type::file(), "write to this file instead of standard output")
-             .withShortName("-o"),
-         cli::argument("FILE", cli::type::file(),
-                       "input file; standard input if it is - or omitted")
-             .optional()},
+        {cli::required(cli::parameter("--from csv|json|text", "input format")),
+         cli::required(cli::parameter("--to csv|json|text", "output format")),
+         cli::parameter("--kind actions|keys",
+                        "content of the input; for text, by default derived from the file name"),
+         cli::parameter("-o, --output FILE", "write to this file instead of standard output",
+                        cli::check::notEmpty),
+         cli::parameter("[FILE]", "input file; standard input if it is - or omitted",
+                        cli::check::notEmpty)},
         convert);
 }
 
@@ -210,15 +197,17 @@ cli::Command planCommand()
 {
     cli::Command command = cli::command(
         "defaults plan", "show what the next start of the service would change",
-        {rolloutArgument().optional(),
-         cli::option("--actions", cli::type::file(), "file with actions; - is standard input"),
-         cli::option("--keys", cli::type::file(), "file with keys; - is standard input"),
-         cli::option("--settings", cli::type::existingDirectory(),
-                     "directory for the settings that are not specified as files"),
-         limitOption(), cli::flag("--all", "also show rows that do not change"),
-         cli::flag("--detailed-exitcode",
-                   "exit with status 4 if records are refused, else with status 20 if there are "
-                   "changes")},
+        {cli::parameter("[FILE...]", RolloutHelp, cli::check::notEmpty),
+         cli::parameter("--actions FILE", "file with actions; - is standard input",
+                        cli::check::notEmpty),
+         cli::parameter("--keys FILE", "file with keys; - is standard input", cli::check::notEmpty),
+         cli::parameter("--settings DIR",
+                        "directory for the settings that are not specified as files",
+                        cli::check::existingDirectory),
+         limitOption(), cli::parameter("--all", "also show rows that do not change"),
+         cli::parameter("--detailed-exitcode",
+                        "exit with status 4 if records are refused, else with status 20 if there "
+                        "are changes")},
         plan);
     command.notes =
         QStringLiteral("Settings that you specify neither as a file nor by a directory are read "

@@ -2,7 +2,6 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "client/Settings.h"
 #include "commands/KeyFilter.h"
 #include "exchange/Import.h"
 #include "fields/Fields.h"
@@ -64,7 +63,8 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 }
 
 // An import without room for all keys does not begin.
-void requireRoom(const client::Bus &bus, const QList<exchange::Step> &steps, const ListKey &keys)
+void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::Step> &steps,
+                 const ListKey &keys)
 {
     const auto added = std::count_if(
         steps.begin(), steps.end(), [](const exchange::Step &step) { return step.addsKeyOfSet(); });
@@ -73,7 +73,7 @@ void requireRoom(const client::Bus &bus, const QList<exchange::Step> &steps, con
                        });
     if (added == 0)
         return;
-    const std::optional<QString> limit = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
+    const std::optional<QString> limit = service.setting(QStringLiteral("ProgKeysMax"));
     if (!limit || total <= limit->toInt())
         return;
     throw Failure{ExitStatus::Failed,
@@ -111,7 +111,7 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
     client::ProgrammableKeys &service = session.service();
     const ListKey keys = service.keys();
     const QList<exchange::Step> steps = exchange::planImport(document, service.actions(), keys);
-    requireRoom(session.bus(), steps, keys);
+    requireRoom(service, steps, keys);
     exchange::ImportResult result{exchange::listingOf(steps), std::nullopt};
     session.out().requireFields(result.steps.columns);
     if (!isDryRun)
@@ -127,16 +127,16 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
 
 QList<cli::Command> exchangeCommands()
 {
-    const cli::Parameter output =
-        cli::option("--output", cli::type::file(), "write to this file instead of standard output")
-            .withShortName("-o");
-    return {cli::command("export", "export the keys and actions that users made, as JSON",
-                         placeOptions() << output, runExport),
-            cli::command("import", "import keys and actions from an export",
-                         {cli::argument("FILE", cli::type::file(),
-                                        "file written by export; - is standard input"),
-                          cli::flag("--dry-run", "show what would be done, but change nothing")},
-                         runImport)};
+    const cli::Parameter output = cli::parameter(
+        "-o, --output FILE", "write to this file instead of standard output", cli::check::notEmpty);
+    return {
+        cli::command("export", "export the keys and actions that users created, as JSON",
+                     placeOptions() << output, runExport),
+        cli::command("import", "import keys and actions from an export",
+                     {cli::parameter("FILE", "file written by export; - is standard input",
+                                     cli::check::notEmpty),
+                      cli::parameter("--dry-run", "show what would be done, but change nothing")},
+                     runImport)};
 }
 
 } // namespace commands

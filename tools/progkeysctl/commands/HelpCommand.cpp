@@ -10,12 +10,6 @@
 namespace commands {
 namespace {
 
-QList<output::Column> columns()
-{
-    return {{QStringLiteral("command"), QStringLiteral("command")},
-            {QStringLiteral("summary"), QStringLiteral("summary")}};
-}
-
 QJsonObject toJson(const cli::Parameter &parameter)
 {
     QStringList names = {parameter.name};
@@ -23,8 +17,7 @@ QJsonObject toJson(const cli::Parameter &parameter)
         names.prepend(parameter.shortName);
     return {{QStringLiteral("names"), QJsonArray::fromStringList(names)},
             {QStringLiteral("value"),
-             parameter.isFlag() ? QJsonValue() : QJsonValue(parameter.type.name)},
-            {QStringLiteral("choices"), QJsonArray::fromStringList(parameter.type.choices)},
+             parameter.isFlag() ? QJsonValue() : QJsonValue(parameter.valueName)},
             {QStringLiteral("required"), parameter.isRequired},
             {QStringLiteral("repeatable"), parameter.isRepeatable},
             {QStringLiteral("help"), parameter.help}};
@@ -43,7 +36,7 @@ QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
 void listCommands(cli::Session &session)
 {
     output::Listing listing;
-    listing.columns = columns();
+    listing.columns = {{QStringLiteral("command")}, {QStringLiteral("summary")}};
     for (const cli::Command &command : session.line().commands())
         if (!command.isGroup())
             listing.rows.append(
@@ -60,7 +53,7 @@ ExitStatus help(cli::Session &session, const cli::Arguments &arguments)
     if (arguments.has("--list"))
         listCommands(session);
     else
-        session.line().printHelp(arguments.texts("COMMAND"));
+        session.line().printHelp(arguments.values("COMMAND"));
     return ExitStatus::Done;
 }
 
@@ -70,10 +63,8 @@ cli::Command helpCommand()
 {
     return cli::command(
         "help", "show help on a command",
-        {cli::argument("COMMAND", cli::type::text("COMMAND"), "a command, such as key add")
-             .optional()
-             .repeatable(),
-         cli::flag("--list", "list all commands; with --json, including their options")},
+        {cli::parameter("[COMMAND...]", "a command, such as key add"),
+         cli::parameter("--list", "list all commands; with --json, including their options")},
         help);
 }
 

@@ -1,10 +1,7 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
-#include "commands/DeleteEach.h"
-#include "commands/FieldArguments.h"
 #include "commands/KeyFilter.h"
+#include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
 #include "output/Text.h"
 
@@ -26,7 +23,7 @@ QList<output::Column> listColumns()
         columns.append(column);
         columns.last().isShown = !details.contains(column.name);
         if (column.name == QLatin1String("idAction"))
-            columns.append({Label, Label});
+            columns.append({Label});
     }
     return columns;
 }
@@ -59,73 +56,6 @@ ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
     return ExitStatus::Done;
 }
 
-ExitStatus show(cli::Session &session, const cli::Arguments &arguments)
-{
-    const Key key = keyOf(session.service(), arguments.id("KEY_ID"));
-    session.out().record(fields::columns<Key>(), fields::toJson(key));
-    return ExitStatus::Done;
-}
-
-void warnOfIdentifier(const Key &before, const Key &after)
-{
-    if (!after.dmId.isEmpty())
-        output::warn(QStringLiteral("a key with a dmId is treated as provisioned: the next start "
-                                    "of the service removes it"));
-    else if (!before.dmId.isEmpty())
-        output::warn(QStringLiteral("without its dmId, key %1 is no longer provisioned: the next "
-                                    "start of the service keeps it and may create the provisioned "
-                                    "key again")
-                         .arg(before.idKey));
-}
-
-// A key on the set, unless the assignments specify another type.
-Key newKey(const QStringList &assignments)
-{
-    Key key;
-    key.type = KeyType::Set;
-    fields::assign(key, assignments);
-    if (key.idKey != Key().idKey)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("The service assigns the idKey of a new key"),
-                      QStringLiteral("Omit idKey.")};
-    if (key.position < 0)
-        throw Failure{ExitStatus::Usage, QStringLiteral("position is required (0 or greater)"),
-                      QStringLiteral("See \"progkeysctl key add --help\".")};
-    return key;
-}
-
-ExitStatus add(cli::Session &session, const cli::Arguments &arguments)
-{
-    session.out().requireFields(fields::columns<Key>());
-    Key key = newKey(arguments.texts("FIELD=VALUE"));
-    warnOfIdentifier(Key(), key);
-    const qlonglong result = session.service().createKey(key);
-    if (result < 0)
-        throw creationRefused(session.service(), key, result);
-    key.idKey = result;
-    session.out().done(QStringLiteral("Created key %1.").arg(result), fields::columns<Key>(),
-                       fields::toJson(key));
-    return ExitStatus::Done;
-}
-
-ExitStatus set(cli::Session &session, const cli::Arguments &arguments)
-{
-    session.out().requireFields(fields::columns<Key>());
-    const Key before = keyOf(session.service(), arguments.id("KEY_ID"));
-    Key key = before;
-    fields::assign(key, arguments.texts("FIELD=VALUE"));
-    if (key.idKey != before.idKey)
-        throw Failure{ExitStatus::Usage, QStringLiteral("The idKey of a key cannot be changed"),
-                      QStringLiteral("Create another key and delete this one.")};
-    warnOfIdentifier(before, key);
-    const int code = session.service().modifyKey(key);
-    if (code != 0)
-        throw keyChangeRefused(session.service(), key, code);
-    session.out().done(QStringLiteral("Changed key %1.").arg(key.idKey), fields::columns<Key>(),
-                       fields::toJson(key));
-    return ExitStatus::Done;
-}
-
 // The bus carries these identifiers with 32 bits.
 QMapIntInt positionsOf(const QStringList &moves)
 {
@@ -153,7 +83,7 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
     session.out().requireFields(fields::columns<Key>());
     const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
-        keyOf(session.service(), move.key());
+        existing<Key>(session.service(), move.key());
     if (!session.service().moveKeys(positions))
         throw Failure{ExitStatus::Failed, QStringLiteral("A position could not be stored"),
                       QStringLiteral("Keys with smaller identifiers have been moved: see "
@@ -161,7 +91,7 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
     output::Listing moved;
     moved.columns = fields::columns<Key>();
     for (auto move = positions.begin(); move != positions.end(); ++move)
-        moved.rows.append(fields::toJson(keyOf(session.service(), move.key())));
+        moved.rows.append(fields::toJson(existing<Key>(session.service(), move.key())));
     if (session.out().isForPeople())
         session.out().say(
             QStringLiteral("Moved %1.")
@@ -173,38 +103,37 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 
 ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
-    const QList<qlonglong> ids = arguments.ids("KEY_ID");
-    return deleteEach(session, ids, fields::columns<Key>(), [&session](qlonglong idKey) {
-        const Key key = keyOf(session.service(), idKey);
+    const auto deleteOne = [&session](qlonglong idKey) {
+        const auto key = existing<Key>(session.service(), idKey);
         const int code = session.service().deleteKey(idKey);
         if (code != 0)
-            throw keyDeletionRefused(session.service(), idKey, code);
+            throw deletionRefused(key, code);
         session.out().say(QStringLiteral("Deleted key %1.").arg(idKey));
         return fields::toJson(key);
-    });
+    };
+    return deleteEach(session, arguments.values("KEY_ID"), fields::columns<Key>(), deleteOne);
 }
 
 } // namespace
 
 QList<cli::Command> keyCommands()
 {
-    using namespace cli::type;
-    const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "identifier of the key");
-    const cli::Parameter assignments =
-        cli::argument("FIELD=VALUE", text("FIELD=VALUE"), "a field and its value").repeatable();
-    const cli::Parameter moves = cli::argument("KEY_ID=POSITION", text("KEY_ID=POSITION"),
-                                               "identifier of a key and its new position")
-                                     .repeatable();
-    return {
-        cli::group("key", "list, add, change, move and delete keys"),
-        cli::command("key list", "list keys", keyFilterOptions(), list),
-        cli::command("key show", "show a key", {key}, show),
-        withFields<Key>(cli::command("key add", "add a key", {assignments}, add),
-                        "progkeysctl key add container=home position=3 idAction=7 icon=phone"),
-        withFields<Key>(cli::command("key set", "change fields of a key", {key, assignments}, set),
-                        "progkeysctl key set 12 position=4 icon=star"),
-        cli::command("key move", "change the positions of keys", {moves}, move),
-        cli::command("key delete", "delete keys", {key.repeatable()}, remove)};
+    const cli::Parameter key = cli::parameter("KEY_ID", "identifier of the key", cli::check::id);
+    const cli::Parameter keys =
+        cli::parameter("KEY_ID...", "identifiers of the keys", cli::check::id);
+    const cli::Parameter assignments = cli::parameter("FIELD=VALUE...", "a field and its value");
+    const cli::Parameter moves =
+        cli::parameter("KEY_ID=POSITION...", "identifier of a key and its new position");
+    return {cli::group("key", "list, add, change, move and delete keys"),
+            cli::command("key list", "list keys", keyFilterOptions(), list),
+            cli::command("key show", "show a key", {key}, showRecord<Key>),
+            withFields<Key>(cli::command("key add", "add a key", {assignments}, addRecord<Key>),
+                            "idAction=7 container=home position=3 icon=phone"),
+            withFields<Key>(cli::command("key set", "change fields of a key", {key, assignments},
+                                         setRecord<Key>),
+                            "12 position=4 icon=star"),
+            cli::command("key move", "change the positions of keys", {moves}, move),
+            cli::command("key delete", "delete keys", {keys}, remove)};
 }
 
 } // namespace commands

@@ -11,17 +11,17 @@ bool KeyFilter::admits(const Key &key) const
 
 QList<cli::Parameter> placeOptions()
 {
-    return {cli::option("--container", cli::type::text("CONTAINER"), "only keys in this container"),
-            cli::option("--module", cli::type::integer("ADDRESS"),
-                        "only keys on the add-on module with this address")};
+    return {cli::parameter("--container CONTAINER", "only keys in this container"),
+            cli::parameter("--module ADDRESS", "only keys on the add-on module with this address",
+                           cli::check::integer())};
 }
 
 QList<cli::Parameter> keyFilterOptions()
 {
-    return placeOptions() << cli::option("--type", cli::type::integer("NUMBER"),
-                                         "only keys of this type")
-                          << cli::option("--action", cli::type::id("ACTION_ID"),
-                                         "only keys that trigger this action");
+    return placeOptions() << cli::parameter("--type NUMBER", "only keys of this type",
+                                            cli::check::integer())
+                          << cli::parameter("--action ACTION_ID",
+                                            "only keys that trigger this action", cli::check::id);
 }
 
 KeyFilter keyFilterFrom(const cli::Arguments &arguments)

@@ -1,73 +1,96 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
+#include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
-#include "fields/Fields.h"
 
 namespace commands {
 namespace {
 
-QList<output::Column> displayColumns()
+constexpr int ModuleWithDisplays = 1;
+
+QList<output::Column> columns()
 {
-    return {{QStringLiteral("idKey"), QStringLiteral("idKey"), true},
-            {QStringLiteral("addr"), QStringLiteral("addr"), true},
-            {QStringLiteral("key_num"), QStringLiteral("key_num"), true}};
+    return {{QStringLiteral("idKey"), true},
+            {QStringLiteral("addr"), true},
+            {QStringLiteral("key_num"), true}};
 }
 
-void tellSent(cli::Session &session, const Key &key, const QString &what, QJsonObject row)
+Failure refusal(const client::ProgrammableKeys &service, const Key &key, int code)
 {
+    if (key.type != KeyType::AddOnModule)
+        return {ExitStatus::Failed,
+                QStringLiteral("Key %1 is not on an add-on module: its type is %2, not 1 (%3)")
+                    .arg(key.idKey)
+                    .arg(key.type)
+                    .arg(code),
+                QStringLiteral("\"progkeysctl key list --type 1\" lists the keys on add-on "
+                               "modules.")};
+    if (key.aom_type != ModuleWithDisplays)
+        return {ExitStatus::Failed,
+                QStringLiteral("Key %1 is on an add-on module without displays: its aom_type is "
+                               "%2, not 1 (%3)")
+                    .arg(key.idKey)
+                    .arg(key.aom_type)
+                    .arg(code),
+                QStringLiteral("If the module has displays, run \"progkeysctl key set %1 "
+                               "aom_type=1\".")
+                    .arg(key.idKey)};
+    if (!service.action(key.idAction))
+        return missingAction(QStringLiteral("Key %1 has no label").arg(key.idKey), key.idAction);
+    return {ExitStatus::Failed, QStringLiteral("The service refused the request (%1)").arg(code),
+            QStringLiteral("See the log of the service.")};
+}
+
+// `what` was sent to the module of the key, if the result code of the service is 0.
+ExitStatus finish(cli::Session &session, const Key &key, int code, const QString &what,
+                  QJsonObject row)
+{
+    if (code != 0)
+        throw refusal(session.service(), key, code);
     row.insert(QStringLiteral("idKey"), output::jsonNumber(key.idKey));
     row.insert(QStringLiteral("addr"), key.aom_addr);
     row.insert(QStringLiteral("key_num"), key.position);
     session.out().done(QStringLiteral("Sent %1 for key %2 to module %3.")
                            .arg(what, QString::number(key.position), QString::number(key.aom_addr)),
-                       displayColumns(), row);
+                       columns(), row);
+    return ExitStatus::Done;
 }
 
 ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
 {
-    const qlonglong idKey = arguments.id("KEY_ID");
+    session.out().requireFields(columns());
+    const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
-    session.out().requireFields(displayColumns());
-    const Key key = keyOf(session.service(), idKey);
-    const int code = session.service().setIconState(idKey, x, y);
-    if (code != 0)
-        throw displayRefused(session.service(), idKey, code);
-    tellSent(session, key, QStringLiteral("icon %1, %2").arg(x).arg(y),
-             {{QStringLiteral("icon_x"), x}, {QStringLiteral("icon_y"), y}});
-    return ExitStatus::Done;
+    return finish(session, key, session.service().setIconState(key.idKey, x, y),
+                  QStringLiteral("icon %1, %2").arg(x).arg(y),
+                  {{QStringLiteral("icon_x"), x}, {QStringLiteral("icon_y"), y}});
 }
 
 ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
 {
-    const qlonglong idKey = arguments.id("KEY_ID");
+    session.out().requireFields(columns());
+    const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
-    session.out().requireFields(displayColumns());
-    const Key key = keyOf(session.service(), idKey);
-    const int code = session.service().setLabelState(idKey, state);
-    if (code != 0)
-        throw displayRefused(session.service(), idKey, code);
-    tellSent(session, key, QStringLiteral("label state %1").arg(state),
-             {{QStringLiteral("label_state"), state}});
-    return ExitStatus::Done;
+    return finish(session, key, session.service().setLabelState(key.idKey, state),
+                  QStringLiteral("label state %1").arg(state),
+                  {{QStringLiteral("label_state"), state}});
 }
 
 } // namespace
 
 QList<cli::Command> moduleCommands()
 {
-    using namespace cli::type;
-    const cli::Parameter key = cli::argument("KEY_ID", id("KEY_ID"), "identifier of the key");
+    const cli::Parameter key = cli::parameter("KEY_ID", "identifier of the key", cli::check::id);
+    const auto number = [](const char *name, const char *help) {
+        return cli::parameter(name, help, cli::check::integer());
+    };
     return {cli::command("icon", "send an icon to the add-on module of a key",
-                         {key, cli::argument("X", integer("X"), "icon_x, as the module defines it"),
-                          cli::argument("Y", integer("Y"), "icon_y, as the module defines it")},
+                         {key, number("X", "icon_x, as the module defines it"),
+                          number("Y", "icon_y, as the module defines it")},
                          icon),
             cli::command("label", "send the short label of a key's action to its add-on module",
-                         {key, cli::argument("STATE", integer("STATE"),
-                                             "label_state, as the module defines it")},
-                         label)};
+                         {key, number("STATE", "label_state, as the module defines it")}, label)};
 }
 
 } // namespace commands

@@ -13,47 +13,27 @@
 #include <QElapsedTimer>
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace commands {
 namespace {
 
-// A pattern in which * and ? are the only wildcards.
-QRegularExpression patternOf(const QString &name)
+// All names, or those that match one of the patterns, in which * and ? are the only wildcards.
+QRegularExpression namesLike(const QStringList &patterns)
 {
-    QString pattern = QRegularExpression::escape(name);
-    pattern.replace(QLatin1String("\\*"), QLatin1String(".*"))
-        .replace(QLatin1String("\\?"), QLatin1String("."));
-    return QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+    if (patterns.isEmpty())
+        return QRegularExpression();
+    QString expression = QRegularExpression::escape(patterns.join(QLatin1Char('\n')));
+    expression.replace(QLatin1String("\\*"), QLatin1String(".*"))
+        .replace(QLatin1String("\\?"), QLatin1String("."))
+        .replace(QLatin1String("\\\n"), QLatin1String("|"));
+    return QRegularExpression(QRegularExpression::anchoredPattern(expression));
 }
-
-class Patterns
-{
-public:
-    explicit Patterns(const QStringList &names)
-    {
-        for (const QString &name : names)
-            m_patterns.append(patternOf(name));
-    }
-
-    bool admit(const QString &name) const
-    {
-        return m_patterns.isEmpty() || std::any_of(m_patterns.begin(), m_patterns.end(),
-                                                   [&](const QRegularExpression &each) {
-                                                       return each.match(name).hasMatch();
-                                                   });
-    }
-
-private:
-    QList<QRegularExpression> m_patterns;
-};
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("time"), QStringLiteral("time")},
-            {QStringLiteral("event"), QStringLiteral("event")},
-            {QStringLiteral("module"), QStringLiteral("module")},
-            {QStringLiteral("arguments"), QStringLiteral("arguments")}};
+    return {{QStringLiteral("time")},
+            {QStringLiteral("event")},
+            {QStringLiteral("module")},
+            {QStringLiteral("arguments")}};
 }
 
 QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
@@ -82,9 +62,8 @@ QString lineText(const output::Terminal &terminal, const QJsonObject &row)
 
 ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
 {
-    constexpr double NoTimeout = -1;
     session.out().requireFields(columns());
-    const Patterns patterns(arguments.texts("--match"));
+    const QRegularExpression names = namesLike(arguments.texts("--match"));
     const bool isSinceStart = arguments.has("--since-start");
     const std::optional<int> limit = arguments.optionalInteger("--limit");
     client::Bus &bus = session.bus();
@@ -95,15 +74,16 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
     session.note(QStringLiteral("Listening on %1.").arg(bus.description()));
     int shown = 0;
     const auto take = [&](const events::ReceivedEvent &received) {
-        if (!patterns.admit(received.event.getEvtName()))
+        if (!names.match(received.event.getEvtName()).hasMatch())
             return false;
         QJsonObject row = events::toJson(received);
         row.insert(QStringLiteral("time"), timeValue(sinceStart, isSinceStart));
         session.out().stream(lineText(session.out().terminal(), row), columns(), row);
         return ++shown == limit;
     };
-    const double seconds = session.options().timeout.value_or(NoTimeout);
-    const bool isEnough = listener.listen(seconds < 0 ? -1 : session.timeoutMs(seconds), take);
+    constexpr int NoLimit = -1;
+    const int timeoutMs = session.options().timeout ? session.timeoutMs(0) : NoLimit;
+    const bool isEnough = listener.listen(timeoutMs, take);
     return isEnough ? ExitStatus::Done : ExitStatus::TimeRanOut;
 }
 
@@ -114,12 +94,11 @@ cli::Command monitorCommand()
     constexpr int LargestLimit = 1'000'000'000;
     return cli::command(
         "monitor", "show events as they arrive",
-        {cli::option("--match", cli::type::text("EVENT"),
-                     "only events with this name; * and ? are wildcards")
-             .repeatable(),
-         cli::option("--limit", cli::type::integer("NUMBER", 1, LargestLimit),
-                     "exit after this number of events"),
-         cli::flag("--since-start", "show the seconds since the start instead of the time of day")},
+        {cli::parameter("--match EVENT...", "only events with this name; * and ? are wildcards"),
+         cli::parameter("--limit NUMBER", "exit after this number of events",
+                        cli::check::integer(1, LargestLimit)),
+         cli::parameter("--since-start",
+                        "show the seconds since the start instead of the time of day")},
         monitor);
 }
 

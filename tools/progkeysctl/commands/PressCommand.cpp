@@ -71,9 +71,9 @@ QString sentence(const Key &key, const Action &action, bool exists)
 
 QList<output::Column> answerColumns()
 {
-    return {{QStringLiteral("exists"), QStringLiteral("exists")},
-            {QStringLiteral("idKey"), QStringLiteral("idKey"), true},
-            {QStringLiteral("idAction"), QStringLiteral("idAction"), true}};
+    return {{QStringLiteral("exists")},
+            {QStringLiteral("idKey"), true},
+            {QStringLiteral("idAction"), true}};
 }
 
 void tell(cli::Session &session, const ZELEvent &answer)
@@ -140,12 +140,11 @@ ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
 
 cli::Command pressCommand()
 {
-    using namespace cli::type;
     return cli::command(
         "press", "press a key of an add-on module and show the answer",
-        {cli::argument("ADDRESS/NUMBER", text("ADDRESS/NUMBER"),
-                       "address of the module and number of the key"),
-         cli::option("--module-type", integer("NUMBER"), "kind of add-on module (default: 1)")},
+        {cli::parameter("ADDRESS/NUMBER", "address of the module and number of the key"),
+         cli::parameter("--module-type NUMBER", "kind of add-on module (default: 1)",
+                        cli::check::integer())},
         press);
 }
 

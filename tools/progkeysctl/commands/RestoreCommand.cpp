@@ -2,7 +2,6 @@
 
 #include "cli/Arguments.h"
 #include "cli/Session.h"
-#include "client/Lifecycle.h"
 #include "outcome/Failure.h"
 #include "output/Text.h"
 
@@ -11,9 +10,9 @@ namespace {
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("restored"), QStringLiteral("restored")},
-            {QStringLiteral("keys"), QStringLiteral("keys"), true},
-            {QStringLiteral("actions"), QStringLiteral("actions"), true}};
+    return {{QStringLiteral("restored")},
+            {QStringLiteral("keys"), true},
+            {QStringLiteral("actions"), true}};
 }
 
 struct Counts
@@ -35,10 +34,10 @@ QString text(const Counts &counts)
              output::counted(counts.actions, QStringLiteral("action")));
 }
 
-void runRestore(const client::Bus &bus, const QString &method)
+void runRestore(client::ProgrammableKeys &service, const QString &method)
 {
     try {
-        client::runHook(bus, method);
+        service.runHook(method);
     } catch (Failure &failure) {
         if (failure.status == ExitStatus::TimeRanOut)
             failure.advice = QStringLiteral("The restore may still be running: see \"progkeysctl "
@@ -58,8 +57,9 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
                 .arg(text(counts(session.service()))),
             QStringLiteral("Confirm with --yes. \"progkeysctl export\" saves the keys and "
                            "actions of users.")};
-    runRestore(session.bus(), what == QLatin1String("factory") ? QStringLiteral("restoreFactory")
-                                                               : QStringLiteral("restoreDefault"));
+    runRestore(session.service(), what == QLatin1String("factory")
+                                      ? QStringLiteral("restoreFactory")
+                                      : QStringLiteral("restoreDefault"));
     const Counts now = counts(session.service());
     session.out().done(QStringLiteral("Restored the provisioned defaults: %1.").arg(text(now)),
                        columns(),
@@ -73,13 +73,12 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 
 cli::Command restoreCommand()
 {
-    return cli::command(
-        "restore", "delete all keys and actions and restore the provisioned defaults",
-        {cli::argument("default|factory",
-                       cli::type::choice({QStringLiteral("default"), QStringLiteral("factory")}),
-                       "the state to restore; both do the same in this service"),
-         cli::flag("--yes", "confirm the deletion")},
-        restore);
+    return cli::command("restore",
+                        "delete all keys and actions and restore the provisioned defaults",
+                        {cli::parameter("default|factory",
+                                        "the state to restore; both do the same in this service"),
+                         cli::parameter("--yes", "confirm the deletion")},
+                        restore);
 }
 
 } // namespace commands

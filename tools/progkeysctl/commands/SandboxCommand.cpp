@@ -36,8 +36,8 @@ QList<QByteArray> scriptArguments(const cli::Arguments &arguments)
     QList<QByteArray> words;
     for (const char *option : {"--settings", "--data", "--logs", "--bin", "--timeout"})
         if (arguments.has(option))
-            words << option << arguments.values(QString::fromLatin1(option)).last();
-    return words << "--" << arguments.values(QStringLiteral("COMMAND"));
+            words << option << arguments.value(option);
+    return words << "--" << arguments.values("COMMAND");
 }
 
 ExitStatus run(cli::Session & /*session*/, const cli::Arguments &arguments)
@@ -59,16 +59,15 @@ ExitStatus run(cli::Session & /*session*/, const cli::Arguments &arguments)
 
 cli::Command sandboxCommand()
 {
-    using namespace cli::type;
     cli::Command command = cli::command(
         "sandbox", "run a command, or a shell, with a private phone",
-        {cli::option("--settings", existingDirectory(), "serve the settings in this directory"),
-         cli::option("--data", directory(), "keep the data in this directory"),
-         cli::option("--logs", directory(), "keep the logs in this directory"),
-         cli::option("--bin", existingDirectory(), "take the phone's programs from this directory"),
-         cli::argument("COMMAND", text("COMMAND"), "the command, after --; default: your shell")
-             .optional()
-             .repeatable()},
+        {cli::parameter("--settings DIR", "serve the settings in this directory",
+                        cli::check::existingDirectory),
+         cli::parameter("--data DIR", "keep the data in this directory", cli::check::notEmpty),
+         cli::parameter("--logs DIR", "keep the logs in this directory", cli::check::notEmpty),
+         cli::parameter("--bin DIR", "take the programs of the phone from this directory",
+                        cli::check::existingDirectory),
+         cli::parameter("[COMMAND...]", "the command, after --; default: your shell")},
         run);
     command.notes = QStringLiteral(
         "Without --settings there are no defaults and room for 100 keys. Data and logs are "

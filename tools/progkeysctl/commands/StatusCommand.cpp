@@ -1,7 +1,6 @@
 #include "commands/Commands.h"
 
 #include "cli/Session.h"
-#include "client/Settings.h"
 #include "fields/Fields.h"
 
 #include <zelcore/ZELBusNames.h>
@@ -15,17 +14,12 @@ namespace {
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("running"), QStringLiteral("Service running")},
-            {QStringLiteral("bus"), QStringLiteral("Bus")},
-            {QStringLiteral("busAddress"), QStringLiteral("Bus address")},
-            {QStringLiteral("setKeys"), QStringLiteral("Keys on the set"), true},
-            {QStringLiteral("moduleKeys"), QStringLiteral("Keys on add-on modules"), true},
-            {QStringLiteral("otherKeys"), QStringLiteral("Keys of other types"), true},
-            {QStringLiteral("provisionedKeys"), QStringLiteral("Provisioned keys"), true},
-            {QStringLiteral("limit"), QStringLiteral("Key limit"), true},
-            {QStringLiteral("userActions"), QStringLiteral("User actions"), true},
-            {QStringLiteral("provisionedActions"), QStringLiteral("Provisioned actions"), true},
-            {QStringLiteral("peers"), QStringLiteral("Modules on the bus")}};
+    QList<output::Column> columns;
+    for (const char *name :
+         {"running", "bus", "busAddress", "setKeys", "moduleKeys", "otherKeys", "provisionedKeys",
+          "limit", "userActions", "provisionedActions", "peers"})
+        columns.append({QString::fromLatin1(name)});
+    return columns;
 }
 
 QJsonArray modulesOn(const client::Bus &bus)
@@ -45,40 +39,43 @@ int countIf(const QList<Record> &records, Predicate predicate)
     return static_cast<int>(std::count_if(records.begin(), records.end(), predicate));
 }
 
+template <typename Record>
+bool isProvisioned(const Record &record)
+{
+    return !record.dmId.isEmpty();
+}
+
 void countKeys(QJsonObject &row, const ListKey &keys)
 {
-    const auto ofType = [&keys](int type) {
-        return countIf(keys, [type](const Key &key) { return key.type == type; });
-    };
-    const int setKeys = ofType(KeyType::Set);
-    const int moduleKeys = ofType(KeyType::AddOnModule);
+    const int setKeys = countIf(keys, [](const Key &key) { return key.type == KeyType::Set; });
+    const int moduleKeys =
+        countIf(keys, [](const Key &key) { return key.type == KeyType::AddOnModule; });
     row.insert(QStringLiteral("setKeys"), setKeys);
     row.insert(QStringLiteral("moduleKeys"), moduleKeys);
     row.insert(QStringLiteral("otherKeys"), static_cast<int>(keys.size()) - setKeys - moduleKeys);
-    row.insert(QStringLiteral("provisionedKeys"),
-               countIf(keys, [](const Key &key) { return !key.dmId.isEmpty(); }));
+    row.insert(QStringLiteral("provisionedKeys"), countIf(keys, isProvisioned<Key>));
 }
 
 void countActions(QJsonObject &row, const ListAction &actions)
 {
     row.insert(QStringLiteral("userActions"), countIf(actions, fields::isUsers));
-    row.insert(QStringLiteral("provisionedActions"),
-               countIf(actions, [](const Action &action) { return !action.dmId.isEmpty(); }));
+    row.insert(QStringLiteral("provisionedActions"), countIf(actions, isProvisioned<Action>));
 }
 
 // As the service reads it: without the setting there is no limit, and an invalid number is 0.
-QJsonValue keyLimit(const client::Bus &bus)
+QJsonValue keyLimit(const client::ProgrammableKeys &service)
 {
-    const std::optional<QString> setting = client::readSetting(bus, QStringLiteral("ProgKeysMax"));
+    const std::optional<QString> setting = service.setting(QStringLiteral("ProgKeysMax"));
     return setting ? QJsonValue(setting->toInt()) : QJsonValue();
 }
 
 ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     const client::Bus &bus = session.bus();
-    const bool isRunning = session.service().isRunning();
-    QJsonObject row;
+    const client::ProgrammableKeys &service = session.service();
+    const bool isRunning = service.isRunning();
     const QList<output::Column> all = columns();
+    QJsonObject row;
     for (const output::Column &column : all)
         row.insert(column.name, QJsonValue());
     row.insert(QStringLiteral("running"), isRunning);
@@ -87,9 +84,9 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
         row.insert(QStringLiteral("busAddress"), bus.address());
     row.insert(QStringLiteral("peers"), modulesOn(bus));
     if (isRunning) {
-        countKeys(row, session.service().keys());
-        countActions(row, session.service().actions());
-        row.insert(QStringLiteral("limit"), keyLimit(bus));
+        countKeys(row, service.keys());
+        countActions(row, service.actions());
+        row.insert(QStringLiteral("limit"), keyLimit(service));
     }
     session.out().record(all, row);
     return isRunning ? ExitStatus::Done : ExitStatus::NotRunning;

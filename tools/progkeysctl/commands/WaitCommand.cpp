@@ -17,11 +17,6 @@ constexpr double WaitSeconds = 30;
 // How often to check whether the bus is lost.
 constexpr int PulseMs = 100;
 
-QList<output::Column> columns()
-{
-    return {{QStringLiteral("running"), QStringLiteral("running")}};
-}
-
 // Watches first and asks then, so that a start in between is not missed.
 bool comesUp(cli::Session &session, const QString &name)
 {
@@ -58,7 +53,7 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
     if (session.out().isForPeople())
         session.note(QStringLiteral("%1 is running.").arg(module));
     else
-        session.out().record(columns(), {{QStringLiteral("running"), true}});
+        session.out().record({{QStringLiteral("running")}}, {{QStringLiteral("running"), true}});
     return ExitStatus::Done;
 }
 
@@ -66,11 +61,11 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
 
 cli::Command waitCommand()
 {
-    return cli::command("wait", "wait until the service is running, for up to 30 s or --timeout",
-                        {cli::argument("MODULE", cli::type::nonEmptyText("MODULE"),
-                                       "another module of the phone, such as SettingsManager")
-                             .optional()},
-                        wait);
+    return cli::command(
+        "wait", "wait until the service is running, for up to 30 s or --timeout",
+        {cli::parameter("[MODULE]", "another module of the phone, such as SettingsManager",
+                        cli::check::notEmpty)},
+        wait);
 }
 
 } // namespace commands

@@ -121,7 +121,7 @@ output::Listing listingOf(const QList<Step> &steps)
     output::Listing listing;
     for (const char *name : {"step", "what", "fileId", "id", "content", "outcome", "reason"}) {
         const QString column = QString::fromLatin1(name);
-        listing.columns.append({column, column, column == FileIdMember || column == IdMember});
+        listing.columns.append({column, column == FileIdMember || column == IdMember});
     }
     for (const Step &step : steps)
         listing.rows.append(rowOf(step));

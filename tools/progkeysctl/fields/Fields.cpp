@@ -177,7 +177,7 @@ QList<output::Column> columns()
 {
     QList<output::Column> result;
     for (const Field<Record> &field : of<Record>())
-        result.append({field.name, field.name, !field.isText()});
+        result.append({field.name, !field.isText()});
     return result;
 }
 

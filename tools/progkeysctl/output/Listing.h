@@ -11,8 +11,7 @@ namespace output {
 /// One field of the rows of a listing.
 struct Column
 {
-    QString name;          ///< in JSON and in --fields
-    QString heading;       ///< in a table
+    QString name;          ///< in tables, in JSON and in --fields
     bool isNumber = false; ///< aligned to the right
     bool isShown = true;   ///< in a table without --fields
 };

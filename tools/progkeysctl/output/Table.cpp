@@ -4,6 +4,8 @@
 
 #include <libsmartcols.h>
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
@@ -64,17 +66,14 @@ public:
             require(scols_line_set_color(line, colour.constData()) == 0);
     }
 
-    QStringList lines() const
+    QString text() const
     {
         char *text = nullptr;
         require(scols_print_table_to_string(m_table.get(), &text) == 0);
         const std::unique_ptr<char, Freer> owner(text);
-        QStringList lines = QString::fromUtf8(text).split(QLatin1Char('\n'));
-        for (QString &line : lines) {
-            while (line.endsWith(QLatin1Char(' ')))
-                line.chop(1);
-        }
-        return lines;
+        static const QRegularExpression trailingBlanks(QStringLiteral(" +\n"));
+        QString result = QString::fromUtf8(text) + QLatin1Char('\n');
+        return result.replace(trailingBlanks, QStringLiteral("\n"));
     }
 
 private:
@@ -99,33 +98,18 @@ int flagsOf(const Listing &listing, const Column &column)
     return isLong ? SCOLS_FL_WRAP : 0;
 }
 
-QStringList rowLines(const Listing &listing, const Terminal &terminal, bool hasHeadings)
+QString rowText(const Listing &listing, const Terminal &terminal, bool hasHeadings)
 {
     Table table(terminal, hasHeadings);
     for (const Column &column : listing.columns)
-        table.addColumn(hasHeadings ? column.heading : QString(), flagsOf(listing, column));
+        table.addColumn(hasHeadings ? column.name : QString(), flagsOf(listing, column));
     for (const QJsonObject &row : listing.rows) {
         QStringList cells;
         for (const Column &column : listing.columns)
             cells.append(cellText(row, column));
         table.addRow(cells, listing.colours.value(cells.value(0)));
     }
-    return table.lines();
-}
-
-bool fits(const Listing &listing, int width, bool hasHeadings)
-{
-    const QStringList lines = rowLines(listing, Terminal::ofWidth(width), hasHeadings);
-    return std::all_of(lines.cbegin(), lines.cend(),
-                       [width](const QString &line) { return textWidth(line) <= width; });
-}
-
-QString rowsFieldByField(const Listing &listing, const Terminal &terminal)
-{
-    QStringList rows;
-    for (const QJsonObject &row : listing.rows)
-        rows.append(recordText(listing.columns, row, terminal));
-    return rows.join(QLatin1Char('\n'));
+    return table.text();
 }
 
 } // namespace
@@ -133,10 +117,8 @@ QString rowsFieldByField(const Listing &listing, const Terminal &terminal)
 QString tableText(const Listing &listing, const Terminal &terminal, bool hasLegend)
 {
     QString text;
-    if (terminal.width() > 0 && !fits(listing, terminal.width(), hasLegend))
-        text = rowsFieldByField(listing, terminal);
-    else if (!listing.rows.isEmpty())
-        text = rowLines(listing, terminal, hasLegend).join(QLatin1Char('\n')) + QLatin1Char('\n');
+    if (!listing.rows.isEmpty())
+        text = rowText(listing, terminal, hasLegend);
     if (hasLegend && !listing.legend.isEmpty())
         text += terminal.dim(listing.legend) + QLatin1Char('\n');
     return text;
@@ -148,8 +130,8 @@ QString recordText(const QList<Column> &columns, const QJsonObject &row, const T
     table.addColumn(QString(), 0);
     table.addColumn(QString(), SCOLS_FL_WRAP);
     for (const Column &column : columns)
-        table.addRow({column.heading, cellText(row, column)}, {});
-    return table.lines().join(QLatin1Char('\n')) + QLatin1Char('\n');
+        table.addRow({column.name, cellText(row, column)}, {});
+    return table.text();
 }
 
 } // namespace output

@@ -5,8 +5,7 @@
 
 namespace output {
 
-/// The listing as a table that fits the terminal: long texts are wrapped. If it cannot fit, each
-/// row is printed with one field in a line.
+/// The listing as a table. Long texts are wrapped to fit the terminal.
 QString tableText(const Listing &listing, const Terminal &terminal, bool hasLegend);
 
 /// One row with one field in a line.

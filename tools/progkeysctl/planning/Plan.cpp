@@ -332,7 +332,7 @@ output::Listing Plan::listing(bool hasAll) const
     output::Listing listing;
     for (const QString &name :
          {What, RowKind, Id, DmId, FieldName, Old, New, RecordNumber, Reason, Detail})
-        listing.columns.append({name, name, name == Id || name == RecordNumber,
+        listing.columns.append({name, name == Id || name == RecordNumber,
                                 QStringList{What, RowKind, Id, DmId, Detail}.contains(name)});
     for (QJsonObject row : rows) {
         row.insert(Detail, detailOf(row));

@@ -1,7 +1,0 @@
-#pragma once
-
-// The types that the generated proxy uses.
-#include "records/Action.h"
-#include "records/Key.h"
-
-#include <zelcore/ZELTypes.h>

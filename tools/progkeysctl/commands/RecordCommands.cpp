@@ -1,0 +1,228 @@
+#include "commands/RecordCommands.h"
+
+#include "cli/Arguments.h"
+#include "commands/Refusals.h"
+
+namespace commands {
+namespace {
+
+template <typename Record>
+struct Kind;
+
+template <>
+struct Kind<Key>
+{
+    static constexpr const char *Noun = "key";
+    static constexpr const char *IdName = "idKey";
+    static constexpr const char *IdArgument = "KEY_ID";
+    static constexpr auto Id = &Key::idKey;
+    static constexpr auto Find = &client::ProgrammableKeys::key;
+    static constexpr auto Create = &client::ProgrammableKeys::createKey;
+    static constexpr auto Modify = &client::ProgrammableKeys::modifyKey;
+};
+
+template <>
+struct Kind<Action>
+{
+    static constexpr const char *Noun = "action";
+    static constexpr const char *IdName = "idAction";
+    static constexpr const char *IdArgument = "ACTION_ID";
+    static constexpr auto Id = &Action::idAction;
+    static constexpr auto Find = &client::ProgrammableKeys::action;
+    static constexpr auto Create = &client::ProgrammableKeys::addAction;
+    static constexpr auto Modify = &client::ProgrammableKeys::modifyAction;
+};
+
+template <typename Record>
+QString noun()
+{
+    return QString::fromLatin1(Kind<Record>::Noun);
+}
+
+template <typename Record>
+QString idName()
+{
+    return QString::fromLatin1(Kind<Record>::IdName);
+}
+
+// What is known about a record before its fields are assigned.
+void setDefaults(Key &key)
+{
+    key.type = KeyType::Set;
+}
+
+void setDefaults(Action & /*action*/) {}
+
+void requireComplete(const Key &key)
+{
+    if (key.position < 0)
+        throw Failure{ExitStatus::Usage, QStringLiteral("position is required (0 or greater)"),
+                      QStringLiteral("See \"progkeysctl key add --help\".")};
+}
+
+void requireComplete(const Action & /*action*/) {}
+
+QString warningOfDmId(const Key & /*key*/)
+{
+    return QStringLiteral("a key with a dmId is treated as provisioned: the next start of the "
+                          "service removes it");
+}
+
+QString warningOfDmId(const Action & /*action*/)
+{
+    return QStringLiteral("an action with a dmId is treated as provisioned: it cannot be deleted, "
+                          "and a start of the service may overwrite it");
+}
+
+QString warningOfRemovedDmId(const Key &key)
+{
+    return QStringLiteral("without its dmId, key %1 is no longer provisioned: the next start of "
+                          "the service keeps it and may create the provisioned key again")
+        .arg(key.idKey);
+}
+
+QString warningOfRemovedDmId(const Action &action)
+{
+    return QStringLiteral("without its dmId, action %1 is no longer provisioned: it can be "
+                          "deleted, and the next start of the service may create the provisioned "
+                          "action again")
+        .arg(action.idAction);
+}
+
+template <typename Record>
+void warnOfDmId(const Record &before, const Record &after)
+{
+    if (!after.dmId.isEmpty())
+        output::warn(warningOfDmId(after));
+    else if (!before.dmId.isEmpty())
+        output::warn(warningOfRemovedDmId(after));
+}
+
+template <typename Record>
+void printDone(cli::Session &session, const char *verb, const Record &record)
+{
+    session.out().done(QStringLiteral("%1 %2 %3.")
+                           .arg(QLatin1String(verb), noun<Record>())
+                           .arg(record.*Kind<Record>::Id),
+                       fields::columns<Record>(), fields::toJson(record));
+}
+
+// Whether the failure concerns one record only.
+bool isOfOneRecord(const Failure &failure)
+{
+    return failure.status == ExitStatus::Failed || failure.status == ExitStatus::NotFound;
+}
+
+} // namespace
+
+template <typename Record>
+Record existing(const client::ProgrammableKeys &service, qlonglong id)
+{
+    const std::optional<Record> record = (service.*Kind<Record>::Find)(id);
+    if (!record)
+        throw noSuchRecord(noun<Record>(), id);
+    return *record;
+}
+
+template <typename Record>
+ExitStatus showRecord(cli::Session &session, const cli::Arguments &arguments)
+{
+    const auto record = existing<Record>(session.service(), arguments.id(Kind<Record>::IdArgument));
+    session.out().record(fields::columns<Record>(), fields::toJson(record));
+    return ExitStatus::Done;
+}
+
+template <typename Record>
+ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
+{
+    constexpr auto Id = Kind<Record>::Id;
+    session.out().requireFields(fields::columns<Record>());
+    Record record;
+    setDefaults(record);
+    fields::assign(record, arguments.texts("FIELD=VALUE"));
+    if (record.*Id != Record().*Id)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("The service assigns the %1 of a new %2")
+                          .arg(idName<Record>(), noun<Record>()),
+                      QStringLiteral("Omit %1.").arg(idName<Record>())};
+    requireComplete(record);
+    warnOfDmId(Record(), record);
+    const qlonglong result = (session.service().*Kind<Record>::Create)(record);
+    if (result < 0)
+        throw writeRefused(session.service(), record,
+                           QStringLiteral("The %1 was not created").arg(noun<Record>()), result);
+    record.*Id = result;
+    printDone(session, "Created", record);
+    return ExitStatus::Done;
+}
+
+template <typename Record>
+ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
+{
+    const qlonglong id = arguments.id(Kind<Record>::IdArgument);
+    session.out().requireFields(fields::columns<Record>());
+    const auto before = existing<Record>(session.service(), id);
+    Record record = before;
+    fields::assign(record, arguments.texts("FIELD=VALUE"));
+    if (record.*Kind<Record>::Id != id)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("%1 cannot be changed").arg(idName<Record>()),
+                      QStringLiteral("Create another %1 and delete this one.").arg(noun<Record>())};
+    warnOfDmId(before, record);
+    const int code = (session.service().*Kind<Record>::Modify)(record);
+    if (code != 0)
+        throw writeRefused(session.service(), record,
+                           QStringLiteral("The %1 was not changed").arg(noun<Record>()), code);
+    printDone(session, "Changed", record);
+    return ExitStatus::Done;
+}
+
+template <typename Record>
+cli::Command withFields(cli::Command command, const char *example)
+{
+    for (const fields::Field<Record> &field : fields::of<Record>().mid(1))
+        command.fields.append(
+            {field.name + (field.isText() ? QStringLiteral("=TEXT") : QStringLiteral("=NUMBER")),
+             field.help});
+    command.notes =
+        QStringLiteral("Example: progkeysctl %1 %2").arg(command.name(), QLatin1String(example));
+    return command;
+}
+
+ExitStatus deleteEach(cli::Session &session, const QList<QByteArray> &ids,
+                      const QList<output::Column> &columns,
+                      const std::function<QJsonObject(qlonglong)> &remove)
+{
+    session.out().requireFields(columns);
+    ExitStatus status = ExitStatus::Done;
+    output::Listing removed;
+    removed.columns = columns;
+    for (const QByteArray &id : ids) {
+        try {
+            removed.rows.append(remove(id.toLongLong()));
+        } catch (const Failure &failure) {
+            if (!isOfOneRecord(failure))
+                throw;
+            session.out().flush();
+            output::sayFailure(failure);
+            if (status == ExitStatus::Done)
+                status = failure.status;
+        }
+    }
+    if (!session.out().isForPeople())
+        session.out().list(removed);
+    return status;
+}
+
+template Key existing(const client::ProgrammableKeys &, qlonglong);
+template Action existing(const client::ProgrammableKeys &, qlonglong);
+template ExitStatus showRecord<Key>(cli::Session &, const cli::Arguments &);
+template ExitStatus showRecord<Action>(cli::Session &, const cli::Arguments &);
+template ExitStatus addRecord<Key>(cli::Session &, const cli::Arguments &);
+template ExitStatus addRecord<Action>(cli::Session &, const cli::Arguments &);
+template ExitStatus setRecord<Key>(cli::Session &, const cli::Arguments &);
+template ExitStatus setRecord<Action>(cli::Session &, const cli::Arguments &);
+template cli::Command withFields<Key>(cli::Command, const char *);
+template cli::Command withFields<Action>(cli::Command, const char *);
+
+} // namespace commands
