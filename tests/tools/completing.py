@@ -70,14 +70,6 @@ class Completer:
     def words(self, line: str) -> list[str]:
         return self(line).words
 
-    def table(self, name: str) -> dict[str, str]:
-        """One of the script's tables."""
-        ended = subprocess.run(
-            ["/bin/bash", "--norc", "-c", '. "$1"; declare -n table=$2; for key in "${!table[@]}"; do echo "$key=${table[$key]}"; done', "bash", str(self.script), name],
-            capture_output=True, encoding="utf-8", check=True,
-        )
-        return dict(line.split("=", 1) for line in ended.stdout.splitlines())
-
 
 class Bash(Terminal):
     """An interactive bash."""

@@ -76,33 +76,6 @@ def test_every_option_is_offered_at_its_command(complete: Completer, commands: l
     assert {line: set(answer.words) for line, answer in zip(expected, answers)} == expected
 
 
-def test_the_value_of_every_option_is_known(complete: Completer, commands: list[dict[str, Any]]) -> None:
-    known = complete.table("_progkeysctl_values")
-    used: set[str] = set()
-    for command in commands:
-        for option in command["options"] + command["commonOptions"]:
-            names = [name for name in option["names"] if option["value"] is not None]
-            used.update(names)
-            for name in names:
-                assert name in known, (command["command"], name)
-                if "|" in option["value"]:
-                    assert known[name].split() == option["value"].split("|"), name
-                assert (option["value"] == "FILE") == (known[name] == "@file"), name
-                assert (option["value"] == "DIR") == (known[name] == "@directory"), name
-    assert set(known) == used
-
-
-def test_every_argument_is_known(complete: Completer, commands: list[dict[str, Any]]) -> None:
-    known = complete.table("_progkeysctl_arguments")
-    for command in commands:
-        kinds = known.pop(command["command"], "").split()
-        if command["command"] == "sandbox":
-            assert kinds == ["@program", "@file+"]
-            continue
-        assert [kind.endswith("+") for kind in kinds] == [each["repeatable"] for each in command["arguments"]], command["command"]
-    assert not known
-
-
 # A partly typed line
 
 @pytest.mark.parametrize(
