@@ -255,10 +255,10 @@ def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> 
     [
         (["key", "add", "position"], '"position" is not of the form FIELD=VALUE'),
         (["key", "add", "=3"], '"=3" is not of the form FIELD=VALUE'),
-        (["key", "add", "colour=red"], 'Unknown field "colour"'),
-        (["key", "add", "position=x"], 'position: "x" is not a whole number of 32 bits'),
-        (["key", "add", "position=2147483648"], 'position: "2147483648" is not a whole number of 32 bits'),
-        (["key", "add", "position=1", "idAction=9223372036854775808"], 'idAction: "9223372036854775808" is not a whole number of 64 bits'),
+        (["key", "add", "colour=red"], 'colour=red: unknown field "colour"'),
+        (["key", "add", "position=x"], 'position=x: the field position is not a whole number of 32 bits'),
+        (["key", "add", "position=2147483648"], 'position=2147483648: the field position is not a whole number of 32 bits'),
+        (["key", "add", "position=1", "idAction=9223372036854775808"], 'idAction=9223372036854775808: the field idAction is not a whole number of 64 bits'),
         (["key", "add", "idAction=1"], "position is required (0 or greater)"),
         (["key", "add", "position=1", "idKey=5"], "The service assigns the idKey of a new key"),
         (["key", "set", 1, "idKey=5"], "idKey cannot be changed"),
@@ -285,15 +285,15 @@ def test_removing_the_dmid_causes_a_warning(ctl: Tool, client: Client, database:
     desk, fixed = provisioned(database, client)
     changed = ctl("action", "set", desk.idAction, "dmId=")
     assert (changed.status, client.get_action(desk.idAction)[0].dmId) == (0, "")
-    assert f"warning: without its dmId, action {desk.idAction} is no longer provisioned: it can be deleted" in changed.err
-    assert f"warning: without its dmId, key {fixed.idKey} is no longer provisioned" in ctl("key", "set", fixed.idKey, "dmId=").err
+    assert "warning: without its dmId, the action is no longer provisioned: it can be deleted" in changed.err
+    assert "warning: without its dmId, the key is no longer provisioned" in ctl("key", "set", fixed.idKey, "dmId=").err
     assert ctl("action", "set", desk.idAction, "label=x").err == ""
 
 
 def test_setting_the_dmid_causes_a_warning(ctl: Tool, action: Action) -> None:
     result = ctl("key", "add", "position=1", f"idAction={action.idAction}", "dmId=mine")
     assert result.status == 0
-    assert "warning: a key with a dmId is treated as provisioned" in result.err
+    assert "warning: with a dmId, the key is treated as provisioned" in result.err
 
 
 def test_ids_of_64_bits_are_kept_to_the_last_digit(ctl: Tool, client: Client, database: Database) -> None:

@@ -62,40 +62,20 @@ void requireComplete(const Key &key)
 
 void requireComplete(const Action & /*action*/) {}
 
-QString warningOfDmId(const Key & /*key*/)
-{
-    return QStringLiteral("a key with a dmId is treated as provisioned: the next start of the "
-                          "service removes it");
-}
-
-QString warningOfDmId(const Action & /*action*/)
-{
-    return QStringLiteral("an action with a dmId is treated as provisioned: it cannot be deleted, "
-                          "and a start of the service may overwrite it");
-}
-
-QString warningOfRemovedDmId(const Key &key)
-{
-    return QStringLiteral("without its dmId, key %1 is no longer provisioned: the next start of "
-                          "the service keeps it and may create the provisioned key again")
-        .arg(key.idKey);
-}
-
-QString warningOfRemovedDmId(const Action &action)
-{
-    return QStringLiteral("without its dmId, action %1 is no longer provisioned: it can be "
-                          "deleted, and the next start of the service may create the provisioned "
-                          "action again")
-        .arg(action.idAction);
-}
-
 template <typename Record>
 void warnOfDmId(const Record &before, const Record &after)
 {
+    const QString kind = noun<Record>();
     if (!after.dmId.isEmpty())
-        output::warn(warningOfDmId(after));
+        output::warn(QStringLiteral("with a dmId, the %1 is treated as provisioned: it cannot be "
+                                    "deleted, and a start of the service may overwrite or remove "
+                                    "it")
+                         .arg(kind));
     else if (!before.dmId.isEmpty())
-        output::warn(warningOfRemovedDmId(after));
+        output::warn(QStringLiteral("without its dmId, the %1 is no longer provisioned: it can be "
+                                    "deleted, and the next start of the service may create the "
+                                    "provisioned %1 again")
+                         .arg(kind));
 }
 
 template <typename Record>

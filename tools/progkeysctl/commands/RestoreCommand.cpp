@@ -15,23 +15,16 @@ QList<output::Column> columns()
             {QStringLiteral("actions"), true}};
 }
 
-struct Counts
+// The reserved action is not counted.
+QString contentOf(const client::ProgrammableKeys &service, QJsonObject &row)
 {
-    int keys = 0;
-    int actions = 0; ///< without the reserved one
-};
-
-Counts counts(client::ProgrammableKeys &service)
-{
-    return {static_cast<int>(service.keys().size()),
-            static_cast<int>(service.actions().size()) - 1};
-}
-
-QString text(const Counts &counts)
-{
+    const int keys = static_cast<int>(service.keys().size());
+    const int actions = static_cast<int>(service.actions().size()) - 1;
+    row.insert(QStringLiteral("keys"), keys);
+    row.insert(QStringLiteral("actions"), actions);
     return QStringLiteral("%1 and %2")
-        .arg(output::counted(counts.keys, QStringLiteral("key")),
-             output::counted(counts.actions, QStringLiteral("action")));
+        .arg(output::counted(keys, QStringLiteral("key")),
+             output::counted(actions, QStringLiteral("action")));
 }
 
 void runRestore(client::ProgrammableKeys &service, const QString &method)
@@ -49,23 +42,21 @@ void runRestore(client::ProgrammableKeys &service, const QString &method)
 ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString what = arguments.text("default|factory");
+    QJsonObject row = {{QStringLiteral("restored"), what}};
     session.out().requireFields(columns());
     if (!arguments.has("--yes"))
         throw Failure{
             ExitStatus::Usage,
             QStringLiteral("This deletes %1, including those of users")
-                .arg(text(counts(session.service()))),
+                .arg(contentOf(session.service(), row)),
             QStringLiteral("Confirm with --yes. \"progkeysctl export\" saves the keys and "
                            "actions of users.")};
     runRestore(session.service(), what == QLatin1String("factory")
                                       ? QStringLiteral("restoreFactory")
                                       : QStringLiteral("restoreDefault"));
-    const Counts now = counts(session.service());
-    session.out().done(QStringLiteral("Restored the provisioned defaults: %1.").arg(text(now)),
-                       columns(),
-                       {{QStringLiteral("restored"), what},
-                        {QStringLiteral("keys"), now.keys},
-                        {QStringLiteral("actions"), now.actions}});
+    const QString content = contentOf(session.service(), row);
+    session.out().done(QStringLiteral("Restored the provisioned defaults: %1.").arg(content),
+                       columns(), row);
     return ExitStatus::Done;
 }
 

@@ -15,27 +15,31 @@
 namespace events {
 namespace {
 
-QJsonValue arrayToJson(const QDBusArgument &argument)
+QJsonArray itemsToJson(const QDBusArgument &argument)
 {
-    QJsonArray array;
+    QJsonArray items;
+    while (!argument.atEnd())
+        items.append(toJson(argument.asVariant()));
+    return items;
+}
+
+QJsonArray arrayToJson(const QDBusArgument &argument)
+{
     argument.beginArray();
-    while (!argument.atEnd())
-        array.append(toJson(argument.asVariant()));
+    const QJsonArray items = itemsToJson(argument);
     argument.endArray();
-    return array;
+    return items;
 }
 
-QJsonValue structureToJson(const QDBusArgument &argument)
+QJsonArray structureToJson(const QDBusArgument &argument)
 {
-    QJsonArray array;
     argument.beginStructure();
-    while (!argument.atEnd())
-        array.append(toJson(argument.asVariant()));
+    const QJsonArray items = itemsToJson(argument);
     argument.endStructure();
-    return array;
+    return items;
 }
 
-QJsonValue mapToJson(const QDBusArgument &argument)
+QJsonObject mapToJson(const QDBusArgument &argument)
 {
     QJsonObject object;
     argument.beginMap();
@@ -49,19 +53,13 @@ QJsonValue mapToJson(const QDBusArgument &argument)
     return object;
 }
 
-template <typename Record>
-QJsonValue recordToJson(const QDBusArgument &argument)
-{
-    return fields::toJson(qdbus_cast<Record>(argument));
-}
-
 QJsonValue argumentToJson(const QDBusArgument &argument)
 {
     const QString signature = argument.currentSignature();
     if (signature == QLatin1String("(xsxsisiii)"))
-        return recordToJson<Key>(argument);
+        return fields::toJson(qdbus_cast<Key>(argument));
     if (signature == QLatin1String("(xsisssss)"))
-        return recordToJson<Action>(argument);
+        return fields::toJson(qdbus_cast<Action>(argument));
     switch (argument.currentType()) {
     case QDBusArgument::ArrayType:
         return arrayToJson(argument);

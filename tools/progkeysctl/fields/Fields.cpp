@@ -43,43 +43,34 @@ QList<Field<Record>> withHelp(const QStringList &helps)
     return all;
 }
 
-QString rangeOf(const int & /*of*/)
-{
-    return QStringLiteral("a whole number of 32 bits");
-}
-
-QString rangeOf(const qlonglong & /*of*/)
-{
-    return QStringLiteral("a whole number of 64 bits");
-}
-
+// What a member can hold, for messages.
 QString rangeOf(const QString & /*of*/)
 {
     return QStringLiteral("a text without null characters");
 }
 
-bool setFromText(QString &member, const QString &text)
+template <typename Number>
+QString rangeOf(const Number & /*of*/)
+{
+    return QStringLiteral("a whole number of %1 bits").arg(8 * sizeof(Number));
+}
+
+bool setFrom(const QString &text, QString &member)
 {
     member = text;
     return true;
 }
 
-bool setFromText(int &member, const QString &text)
+template <typename Number>
+bool setFrom(const QString &text, Number &member)
 {
-    bool ok = false;
-    const int number = text.toInt(&ok);
-    if (ok)
-        member = number;
-    return ok;
-}
-
-bool setFromText(qlonglong &member, const QString &text)
-{
-    bool ok = false;
-    const qlonglong number = text.toLongLong(&ok);
-    if (ok)
-        member = number;
-    return ok;
+    bool isNumber = false;
+    const qlonglong number = text.toLongLong(&isNumber);
+    const bool fits = isNumber && number >= std::numeric_limits<Number>::min() &&
+                      number <= std::numeric_limits<Number>::max();
+    if (fits)
+        member = static_cast<Number>(number);
+    return fits;
 }
 
 // The bus ends a text at its first null character and cannot encode half a surrogate pair.
@@ -88,7 +79,7 @@ bool canBeSent(const QString &text)
     return text.isValidUtf16() && !text.contains(QChar(QChar::Null));
 }
 
-bool setFromValue(QString &member, const QJsonValue &value)
+bool setFrom(const QJsonValue &value, QString &member)
 {
     const bool isText = value.isString() && canBeSent(value.toString());
     if (isText)
@@ -106,29 +97,37 @@ QJsonValue jsonOf(qlonglong number)
     return output::jsonNumber(number);
 }
 
-// Doubles hold whole numbers up to 2^53 exactly; those beyond come as integers from the parser.
+// The parser yields integers up to 64 bits, and a double for any other number.
 template <typename Number>
-bool setFromValue(Number &member, const QJsonValue &value)
+bool setFrom(const QJsonValue &value, Number &member)
 {
     if (value.isString() && std::is_same_v<Number, qlonglong>)
-        return setFromText(member, value.toString());
-    const double rounded = value.toDouble();
-    if (!value.isDouble() || std::trunc(rounded) != rounded)
-        return false;
+        return setFrom(value.toString(), member);
     constexpr double ExactUpTo = 9007199254740992.0;
-    const QVariant exact = value.toVariant();
-    if (exact.userType() != QMetaType::LongLong && std::abs(rounded) > ExactUpTo)
-        return false;
-    const qlonglong number = exact.toLongLong();
-    if (number < std::numeric_limits<Number>::min() || number > std::numeric_limits<Number>::max())
-        return false;
-    member = static_cast<Number>(number);
-    return true;
+    const double number = value.toDouble();
+    const bool isExact = value.toVariant().userType() == QMetaType::LongLong ||
+                         (std::trunc(number) == number && std::abs(number) <= ExactUpTo);
+    return value.isDouble() && isExact &&
+           setFrom(QString::number(value.toVariant().toLongLong()), member);
 }
 
-[[noreturn]] void throwUsage(const QString &message, const QString &advice)
+// The value is a text or from JSON.
+template <typename Record, typename Value>
+void setField(Record &record, const QString &name, const Value &value, ExitStatus status,
+              const QString &where)
 {
-    throw Failure{ExitStatus::Usage, message, advice};
+    const Field<Record> *field = find<Record>(name);
+    if (!field)
+        throw Failure{status, QStringLiteral("%1: unknown field \"%2\"").arg(where, name),
+                      adviceOn<Record>(name)};
+    const auto set = [&](auto member) {
+        if (!setFrom(value, record.*member))
+            throw Failure{status,
+                          QStringLiteral("%1: the field %2 is not %3")
+                              .arg(where, name, rangeOf(record.*member)),
+                          {}};
+    };
+    std::visit(set, field->member);
 }
 
 } // namespace
@@ -194,22 +193,8 @@ QJsonObject toJson(const Record &record)
 template <typename Record>
 void setFromJson(Record &record, const QJsonObject &object, const QString &where)
 {
-    for (auto entry = object.begin(); entry != object.end(); ++entry) {
-        const Field<Record> *field = find<Record>(entry.key());
-        if (!field)
-            throw Failure{ExitStatus::InvalidText,
-                          QStringLiteral("%1: unknown field \"%2\"").arg(where, entry.key()),
-                          adviceOn<Record>(entry.key())};
-        std::visit(
-            [&](auto member) {
-                if (!setFromValue(record.*member, entry.value()))
-                    throw Failure{ExitStatus::InvalidText,
-                                  QStringLiteral("%1: the field %2 is not %3")
-                                      .arg(where, field->name, rangeOf(record.*member)),
-                                  {}};
-            },
-            field->member);
-    }
+    for (auto entry = object.begin(); entry != object.end(); ++entry)
+        setField(record, entry.key(), entry.value(), ExitStatus::InvalidText, where);
 }
 
 template <typename Record>
@@ -218,21 +203,11 @@ void assign(Record &record, const QStringList &assignments)
     for (const QString &assignment : assignments) {
         const auto equals = assignment.indexOf(QLatin1Char('='));
         if (equals < 1)
-            throwUsage(QStringLiteral("\"%1\" is not of the form FIELD=VALUE").arg(assignment),
-                       adviceOn<Record>({}));
-        const QString name = assignment.left(equals);
-        const QString text = assignment.mid(equals + 1);
-        const Field<Record> *field = find<Record>(name);
-        if (!field)
-            throwUsage(QStringLiteral("Unknown field \"%1\"").arg(name), adviceOn<Record>(name));
-        std::visit(
-            [&](auto member) {
-                if (!setFromText(record.*member, text))
-                    throwUsage(QStringLiteral("%1: \"%2\" is not %3")
-                                   .arg(name, text, rangeOf(record.*member)),
-                               {});
-            },
-            field->member);
+            throw Failure{ExitStatus::Usage,
+                          QStringLiteral("\"%1\" is not of the form FIELD=VALUE").arg(assignment),
+                          adviceOn<Record>({})};
+        setField(record, assignment.left(equals), assignment.mid(equals + 1), ExitStatus::Usage,
+                 assignment);
     }
 }
 

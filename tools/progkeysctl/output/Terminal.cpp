@@ -19,7 +19,7 @@ int widthOf(int descriptor)
     return columns > 0 ? columns : UsualWidth;
 }
 
-bool wantsColour()
+bool supportsColour()
 {
     return qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
 }
@@ -34,16 +34,10 @@ void setColourChoice(ColourChoice choice)
 Terminal Terminal::of(int descriptor)
 {
     const bool isTerminal = isatty(descriptor) == 1;
-    Terminal terminal = ofWidth(isTerminal ? widthOf(descriptor) : 0);
-    terminal.m_hasColour = theChoice == ColourChoice::Always ||
-                           (theChoice == ColourChoice::Auto && isTerminal && wantsColour());
-    return terminal;
-}
-
-Terminal Terminal::ofWidth(int width)
-{
     Terminal terminal;
-    terminal.m_width = width;
+    terminal.m_width = isTerminal ? widthOf(descriptor) : 0;
+    terminal.m_hasColour = theChoice == ColourChoice::Always ||
+                           (theChoice == ColourChoice::Auto && isTerminal && supportsColour());
     return terminal;
 }
 

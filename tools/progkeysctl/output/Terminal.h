@@ -17,9 +17,6 @@ public:
     /// Of an open file descriptor.
     static Terminal of(int descriptor);
 
-    /// Without colours, for tests; 0 for no terminal.
-    static Terminal ofWidth(int width);
-
     /// Columns; 0 if there is no terminal and so no limit.
     int width() const { return m_width; }
     bool hasColour() const { return m_hasColour; }
