@@ -167,7 +167,7 @@ def test_an_import_without_room_does_not_begin(
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     key = SET_KEY._asdict() | {"idAction": -1}
     refused = import_file(document([], [key | {"position": 1}, key | {"position": 2}]), status=1)
-    assert "Nothing was imported: the phone would have 2 keys of the set, and the limit ProgKeysMax is 1" in refused.err
+    assert "Nothing was imported: the phone would have 2 keys on the set, and the limit ProgKeysMax is 1" in refused.err
     assert client.get_all_programmable_keys() == []
     assert len(import_file(document([], [key | {"position": 1}]))) == 1
 

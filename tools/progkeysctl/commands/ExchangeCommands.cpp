@@ -77,7 +77,7 @@ void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::
     if (!limit || total <= limit->toInt())
         return;
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Nothing was imported: the phone would have %1 keys of the set, "
+                  QStringLiteral("Nothing was imported: the phone would have %1 keys on the set, "
                                  "and the limit ProgKeysMax is %2")
                       .arg(total)
                       .arg(limit->toInt()),

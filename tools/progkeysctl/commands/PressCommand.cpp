@@ -19,14 +19,29 @@ namespace {
 constexpr double AnswerSeconds = 5;
 
 /// A key of an add-on module, as the module's driver reports it.
-struct ModuleKeyPlace
+struct Place
 {
     int addr = 0;
     int number = 0;
     int moduleType = 1;
 };
 
-void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
+Place placeFrom(const cli::Arguments &arguments)
+{
+    const QString text = arguments.text("ADDRESS/NUMBER");
+    bool hasAddress = false;
+    bool hasNumber = false;
+    const Place place{text.section(QLatin1Char('/'), 0, 0).toInt(&hasAddress),
+                      text.section(QLatin1Char('/'), 1).toInt(&hasNumber),
+                      arguments.optionalInteger("--module-type").value_or(1)};
+    if (!hasAddress || !hasNumber)
+        throw Failure{ExitStatus::Usage,
+                      QStringLiteral("\"%1\" is not of the form ADDRESS/NUMBER").arg(text),
+                      QStringLiteral("For example, 2/5 is key 5 of the module with address 2.")};
+    return place;
+}
+
+void sendPress(const client::Bus &bus, const Place &place)
 {
     ZELEvent event;
     event.setEvtName(QStringLiteral("AOM_KEY_PRESS_EVENT"));
@@ -35,38 +50,47 @@ void sendPress(const client::Bus &bus, const ModuleKeyPlace &place)
     event.addArgument(place.addr, QStringLiteral("addr"), true);
     const auto message = zel::encodeEvent(zel::objectPath(QStringLiteral("progkeysctl")), event);
     if (!message || !bus.connection().send(*message))
-        throw Failure{ExitStatus::Failed,
-                      QStringLiteral("The press could not be sent on %1").arg(bus.description()),
-                      {}};
+        client::throwLost(bus);
+}
+
+/// The answer of the service.
+struct Answer
+{
+    Key key;
+    Action action;
+    bool exists;
+};
+
+Answer answerFrom(const ZELEvent &event)
+{
+    return {qdbus_cast<Key>(event.getArgument(QStringLiteral("key"))),
+            qdbus_cast<Action>(event.getArgument(QStringLiteral("action"))),
+            event.getArgument(QStringLiteral("exists")).toBool()};
 }
 
 // Any peer can send an event of this name, so the sender must be the service.
-bool isAnswer(const events::ReceivedEvent &received, const QString &service,
-              const ModuleKeyPlace &place)
+bool isAnswer(const events::ReceivedEvent &received, const QString &service, const Place &place)
 {
     if (received.event.getEvtName() != QLatin1String("AOMKEY_PRESS_NTF") ||
         received.sender != service)
         return false;
-    const auto key = qdbus_cast<Key>(received.event.getArgument(QStringLiteral("key")));
+    const Key key = answerFrom(received.event).key;
     return key.position == place.number && key.aom_type == place.moduleType &&
            key.aom_addr == place.addr;
 }
 
-QString sentence(const Key &key, const Action &action, bool exists)
+QString sentence(const Answer &answer)
 {
-    if (!exists)
+    const Action &action = answer.action;
+    if (!answer.exists)
         return QStringLiteral("No key is programmed there.");
-    const QString shown = QString::number(key.idKey);
-    if (action.idAction == Action().idAction && key.idAction != action.idAction)
-        return QStringLiteral("Key %1: its action %2 does not exist.")
-            .arg(shown, QString::number(key.idAction));
-    QString text = QStringLiteral("Key %1: action %2 \"%3\", type %4")
-                       .arg(shown, QString::number(action.idAction), action.label,
-                            QString::number(action.type));
+    const QString key = QStringLiteral("Key %1:").arg(answer.key.idKey);
+    if (action.idAction == Action().idAction && answer.key.idAction != action.idAction)
+        return QStringLiteral("%1 its action %2 does not exist.").arg(key).arg(answer.key.idAction);
     const QString call = QStringLiteral("%1 %2").arg(action.action, action.arguments).trimmed();
-    if (!call.isEmpty())
-        text += QStringLiteral(", ") + call;
-    return text;
+    return QStringLiteral("%1 action %2 \"%3\", type %4%5")
+        .arg(key, QString::number(action.idAction), action.label, QString::number(action.type),
+             call.isEmpty() ? call : QStringLiteral(", ") + call);
 }
 
 QList<output::Column> answerColumns()
@@ -76,47 +100,19 @@ QList<output::Column> answerColumns()
             {QStringLiteral("idAction"), true}};
 }
 
-void tell(cli::Session &session, const ZELEvent &answer)
+void print(cli::Session &session, const Answer &answer)
 {
-    const auto key = qdbus_cast<Key>(answer.getArgument(QStringLiteral("key")));
-    const auto action = qdbus_cast<Action>(answer.getArgument(QStringLiteral("action")));
-    const bool exists = answer.getArgument(QStringLiteral("exists")).toBool();
-    session.out().done(sentence(key, action, exists), answerColumns(),
-                       {{QStringLiteral("exists"), exists},
-                        {QStringLiteral("idKey"), output::jsonNumber(key.idKey)},
-                        {QStringLiteral("idAction"), output::jsonNumber(key.idAction)},
-                        {QStringLiteral("key"), fields::toJson(key)},
-                        {QStringLiteral("action"), fields::toJson(action)}});
-}
-
-[[noreturn]] void throwUnanswered(cli::Session &session)
-{
-    const client::Bus &bus = session.bus();
-    if (!session.service().isRunning())
-        client::throwNotRunning(bus, client::ProgrammableKeys::moduleName());
-    throw Failure{
-        ExitStatus::TimeRanOut,
-        QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
-        QStringLiteral("See its log, or allow more time with --timeout.")};
-}
-
-ModuleKeyPlace placeOf(const QString &text, int moduleType)
-{
-    bool hasAddress = false;
-    bool hasNumber = false;
-    const ModuleKeyPlace place{text.section(QLatin1Char('/'), 0, 0).toInt(&hasAddress),
-                               text.section(QLatin1Char('/'), 1).toInt(&hasNumber), moduleType};
-    if (!hasAddress || !hasNumber)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("\"%1\" is not of the form ADDRESS/NUMBER").arg(text),
-                      QStringLiteral("For example, 2/5 is key 5 of the module with address 2.")};
-    return place;
+    session.out().done(sentence(answer), answerColumns(),
+                       {{QStringLiteral("exists"), answer.exists},
+                        {QStringLiteral("idKey"), output::jsonNumber(answer.key.idKey)},
+                        {QStringLiteral("idAction"), output::jsonNumber(answer.key.idAction)},
+                        {QStringLiteral("key"), fields::toJson(answer.key)},
+                        {QStringLiteral("action"), fields::toJson(answer.action)}});
 }
 
 ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
 {
-    const ModuleKeyPlace place = placeOf(arguments.text("ADDRESS/NUMBER"),
-                                         arguments.optionalInteger("--module-type").value_or(1));
+    const Place place = placeFrom(arguments);
     session.out().requireFields(answerColumns());
     client::Bus &bus = session.bus();
     const QString module = client::ProgrammableKeys::moduleName();
@@ -126,14 +122,19 @@ ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
     events::EventListener listener(bus);
     sendPress(bus, place);
     const auto take = [&](const events::ReceivedEvent &received) {
-        if (!isAnswer(received, service, place))
-            return false;
-        tell(session, received.event);
-        return true;
+        const bool isOurs = isAnswer(received, service, place);
+        if (isOurs)
+            print(session, answerFrom(received.event));
+        return isOurs;
     };
-    if (!listener.listen(session.timeoutMs(AnswerSeconds), take))
-        throwUnanswered(session);
-    return ExitStatus::Done;
+    if (listener.listen(session.timeoutMs(AnswerSeconds), take))
+        return ExitStatus::Done;
+    if (!session.service().isRunning())
+        client::throwNotRunning(bus, module);
+    throw Failure{
+        ExitStatus::TimeRanOut,
+        QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
+        QStringLiteral("See its log, or allow more time with --timeout.")};
 }
 
 } // namespace

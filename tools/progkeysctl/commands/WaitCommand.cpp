@@ -6,38 +6,24 @@
 
 #include <zelcore/ZELBusNames.h>
 
-#include <QDBusServiceWatcher>
-#include <QEventLoop>
-#include <QTimer>
+#include <QDeadlineTimer>
+#include <QThread>
 
 namespace commands {
 namespace {
 
 constexpr double WaitSeconds = 30;
-// How often to check whether the bus is lost.
-constexpr int PulseMs = 100;
+constexpr unsigned long PollMs = 20;
 
-// Watches first and asks then, so that a start in between is not missed.
 bool comesUp(cli::Session &session, const QString &name)
 {
-    QEventLoop loop;
-    const QDBusServiceWatcher watcher(name, session.bus().connection(),
-                                      QDBusServiceWatcher::WatchForRegistration);
-    QObject::connect(&watcher, &QDBusServiceWatcher::serviceRegistered, &loop,
-                     [&loop] { loop.exit(1); });
-    if (session.bus().hasOwner(name))
-        return true;
-    QTimer::singleShot(session.timeoutMs(WaitSeconds), &loop, [&loop] { loop.exit(0); });
-    QTimer pulse;
-    QObject::connect(&pulse, &QTimer::timeout, &loop, [&] {
-        if (!session.bus().connection().isConnected())
-            loop.exit(0);
-    });
-    pulse.start(PulseMs);
-    const bool isUp = loop.exec() == 1;
-    if (!session.bus().connection().isConnected())
-        client::throwLost(session.bus());
-    return isUp;
+    const QDeadlineTimer deadline(session.timeoutMs(WaitSeconds));
+    while (!session.bus().hasOwner(name)) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(PollMs);
+    }
+    return true;
 }
 
 ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
