@@ -69,6 +69,25 @@ Command group(const char *word, const char *summary)
     return {{QString::fromLatin1(word)}, QString::fromUtf8(summary), {}};
 }
 
+const QList<Parameter> &commonOptions()
+{
+    static const QList<Parameter> options = {
+        parameter("-h, --help", "show this help and exit"),
+        parameter("-V, --version", "show the version and exit"),
+        parameter("--system", "use the system bus (default)"),
+        parameter("--session", "use the session bus"),
+        parameter("--address ADDRESS", "use the bus at this address", check::notEmpty),
+        parameter("--timeout SECONDS", "maximum wait", check::seconds),
+        parameter("--json pretty|short", "print JSON, indented or on one line"),
+        parameter("-j", "print JSON: pretty on a terminal, short otherwise"),
+        parameter("--terse", "print one line per row, with fields separated by colons"),
+        parameter("--fields FIELD,...", "print only these fields, in this order", check::notEmpty),
+        parameter("--no-legend", "omit headings and totals"),
+        parameter("--color auto|always|never", "when to use colors (default: auto)"),
+    };
+    return options;
+}
+
 QList<Command> membersOf(const QList<Command> &commands, const QStringList &group)
 {
     QList<Command> members;

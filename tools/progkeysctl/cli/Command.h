@@ -70,6 +70,9 @@ Command command(const char *words, const char *summary, const QList<Parameter> &
                 Run run);
 Command group(const char *word, const char *summary);
 
+/// The options that every command has.
+const QList<Parameter> &commonOptions();
+
 /// The commands and groups whose words are those of `group` and one more.
 QList<Command> membersOf(const QList<Command> &commands, const QStringList &group);
 

@@ -1,8 +1,8 @@
 #include "cli/CommandLine.h"
 
-#include "cli/CommonOptions.h"
 #include "cli/Help.h"
 #include "cli/Parser.h"
+#include "cli/Session.h"
 #include "outcome/Failure.h"
 
 #include <cstdio>
@@ -41,7 +41,7 @@ int CommandLine::execute(int argc, char **argv) const
 ExitStatus CommandLine::run(const QList<QByteArray> &words) const
 {
     const ParsedLine line = parse(m_commands, words);
-    output::setColourChoice(colourFrom(line.arguments));
+    output::setColourChoice(line.arguments.text("--color"));
     if (line.arguments.has("--help")) {
         printHelpOn(m_commands, line.command);
         return ExitStatus::Done;
@@ -51,7 +51,7 @@ ExitStatus CommandLine::run(const QList<QByteArray> &words) const
         return ExitStatus::Done;
     }
     requireComplete(line);
-    Session session(optionsFrom(line.arguments), *this);
+    Session session(line.arguments, *this);
     const ExitStatus status = line.command->run(session, line.arguments);
     session.out().flush();
     return status;

@@ -1,7 +1,5 @@
 #include "cli/Help.h"
 
-#include "cli/CommonOptions.h"
-
 #include <algorithm>
 
 namespace cli {

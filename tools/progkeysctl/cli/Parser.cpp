@@ -1,6 +1,5 @@
 #include "cli/Parser.h"
 
-#include "cli/CommonOptions.h"
 #include "outcome/Failure.h"
 #include "outcome/Suggestion.h"
 
@@ -43,7 +42,10 @@ public:
     {
         while (!m_words.isEmpty())
             takeWord(m_words.takeFirst());
-        requireCompatibleOptions();
+        requireAtMostOne(
+            {QStringLiteral("--system"), QStringLiteral("--session"), QStringLiteral("--address")});
+        requireAtMostOne(
+            {QStringLiteral("--json"), QStringLiteral("-j"), QStringLiteral("--terse")});
         return m_line;
     }
 
@@ -147,19 +149,15 @@ private:
         m_line.arguments.add(parameter.name, value);
     }
 
-    void requireCompatibleOptions() const
+    void requireAtMostOne(const QStringList &options) const
     {
-        const QList<QStringList> sets = exclusiveOptions();
-        for (const QStringList &set : sets) {
-            QStringList given;
-            for (const QString &option : set)
-                if (m_line.arguments.has(option))
-                    given.append(option);
-            if (given.size() > 1)
-                refuse(
-                    m_line.command,
-                    QStringLiteral("%1 cannot be combined with %2").arg(given.at(1), given.at(0)));
-        }
+        QStringList given;
+        for (const QString &option : options)
+            if (m_line.arguments.has(option))
+                given.append(option);
+        if (given.size() > 1)
+            refuse(m_line.command,
+                   QStringLiteral("%1 cannot be combined with %2").arg(given.at(1), given.at(0)));
     }
 
     const QList<Command> &m_commands;

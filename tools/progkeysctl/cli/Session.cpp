@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unistd.h>
 
 namespace cli {
 namespace {
@@ -9,17 +10,48 @@ namespace {
 // The default of the bus library.
 constexpr double CallSeconds = 25;
 
+client::BusChoice busFrom(const Arguments &arguments)
+{
+    if (arguments.has("--address"))
+        return {QStringLiteral("address"), arguments.text("--address")};
+    if (arguments.has("--session"))
+        return {QStringLiteral("session"), qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS")};
+    return {QStringLiteral("system"), qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS")};
+}
+
+output::Form formFrom(const Arguments &arguments)
+{
+    if (arguments.has("--terse"))
+        return output::Form::Terse;
+    if (!arguments.has("--json") && !arguments.has("-j"))
+        return output::Form::Human;
+    const bool isPretty = arguments.has("--json")
+                              ? arguments.text("--json") == QLatin1String("pretty")
+                              : isatty(STDOUT_FILENO) == 1;
+    return isPretty ? output::Form::JsonPretty : output::Form::JsonShort;
+}
+
+output::Manner mannerFrom(const Arguments &arguments)
+{
+    output::Manner manner;
+    manner.form = formFrom(arguments);
+    if (arguments.has("--fields"))
+        manner.fields = arguments.text("--fields").split(QLatin1Char(','));
+    manner.hasLegend = !arguments.has("--no-legend");
+    return manner;
+}
+
 } // namespace
 
-Session::Session(Options options, const CommandLine &line)
-    : m_options(std::move(options)), m_line(line), m_out(m_options.manner)
+Session::Session(const Arguments &arguments, const CommandLine &line)
+    : m_arguments(arguments), m_line(line), m_out(mannerFrom(arguments))
 {
 }
 
 client::Bus &Session::bus()
 {
     if (!m_bus)
-        m_bus.emplace(m_options.bus, timeoutMs(CallSeconds));
+        m_bus.emplace(busFrom(m_arguments), timeoutMs(CallSeconds));
     return *m_bus;
 }
 
@@ -39,8 +71,9 @@ void Session::note(const QString &line)
 
 int Session::timeoutMs(double defaultSeconds) const
 {
-    // 0 would mean the default of the bus library.
-    return std::max(1, static_cast<int>(m_options.timeout.value_or(defaultSeconds) * 1000));
+    const double seconds =
+        m_arguments.has("--timeout") ? m_arguments.value("--timeout").toDouble() : defaultSeconds;
+    return std::max(1, static_cast<int>(seconds * 1000));
 }
 
 } // namespace cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Arguments.h"
 #include "client/Bus.h"
 #include "client/ProgrammableKeys.h"
 #include "output/Output.h"
@@ -10,22 +11,14 @@ namespace cli {
 
 class CommandLine;
 
-/// The values of the common options.
-struct Options
-{
-    client::BusChoice bus;
-    std::optional<double> timeout; ///< seconds
-    output::Manner manner;
-};
-
-/// What a command works with: the options, the output, and the bus. The bus is connected when it is
-/// first used, so that other commands do not need it.
+/// What a command works with: the output, and the bus. The bus is connected when it is first used,
+/// so that other commands do not need it.
 class Session
 {
 public:
-    Session(Options options, const CommandLine &line);
+    /// The arguments have the common options.
+    Session(const Arguments &arguments, const CommandLine &line);
 
-    const Options &options() const { return m_options; }
     const CommandLine &line() const { return m_line; }
     output::Output &out() { return m_out; }
     client::Bus &bus();
@@ -34,11 +27,12 @@ public:
     /// Prints a line on stderr, where it does not mix with results.
     void note(const QString &line);
 
-    /// How long to wait for an answer or an event: --timeout, or else `defaultSeconds`.
+    /// How long to wait for an answer or an event, at least 1 ms: --timeout, or else
+    /// `defaultSeconds`.
     int timeoutMs(double defaultSeconds) const;
 
 private:
-    Options m_options;
+    const Arguments &m_arguments;
     const CommandLine &m_line;
     output::Output m_out;
     std::optional<client::Bus> m_bus;

@@ -23,14 +23,11 @@ bool hasNoOwner(const QDBusError &error)
 
 QDBusConnection connectTo(const BusChoice &choice)
 {
-    switch (choice.kind) {
-    case BusChoice::Session:
-        return QDBusConnection::connectToBus(QDBusConnection::SessionBus, ConnectionName);
-    case BusChoice::Address:
+    if (!choice.address.isEmpty())
         return QDBusConnection::connectToBus(choice.address, ConnectionName);
-    default:
-        return QDBusConnection::connectToBus(QDBusConnection::SystemBus, ConnectionName);
-    }
+    const bool isSession = choice.kind == QLatin1String("session");
+    return QDBusConnection::connectToBus(
+        isSession ? QDBusConnection::SessionBus : QDBusConnection::SystemBus, ConnectionName);
 }
 
 // If the service ends during a call, the bus reports NoReply, as it does after a timeout.
@@ -95,36 +92,12 @@ QString Bus::ownerOf(const QString &name) const
     return reply.value();
 }
 
-QString Bus::kind() const
-{
-    switch (m_choice.kind) {
-    case BusChoice::Session:
-        return QStringLiteral("session");
-    case BusChoice::Address:
-        return QStringLiteral("address");
-    default:
-        return QStringLiteral("system");
-    }
-}
-
-QString Bus::address() const
-{
-    switch (m_choice.kind) {
-    case BusChoice::Session:
-        return qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-    case BusChoice::Address:
-        return m_choice.address;
-    default:
-        return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
-    }
-}
-
 QString Bus::description() const
 {
-    const QString bus = m_choice.kind == BusChoice::Address
+    const QString bus = m_choice.kind == QLatin1String("address")
                             ? QStringLiteral("the bus")
-                            : QStringLiteral("the %1 bus").arg(kind());
-    return address().isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, address());
+                            : QStringLiteral("the %1 bus").arg(m_choice.kind);
+    return m_choice.address.isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, m_choice.address);
 }
 
 QDBusMessage Bus::call(const QString &module, const QString &interface, const QString &method,

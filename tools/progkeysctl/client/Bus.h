@@ -11,9 +11,8 @@ namespace client {
 /// Which bus to use.
 struct BusChoice
 {
-    enum Kind { System, Session, Address };
-    Kind kind = System;
-    QString address; ///< for Kind::Address
+    QString kind;    ///< "system", "session" or "address"
+    QString address; ///< empty if it is the standard one
 };
 
 /// A connection to a bus. The constructor throws a Failure if the bus cannot be reached.
@@ -28,12 +27,7 @@ public:
 
     const QDBusConnection &connection() const { return m_connection; }
     int timeoutMs() const { return m_timeoutMs; }
-
-    /// "system", "session" or "address".
-    QString kind() const;
-
-    /// Empty if it is the standard one of the system.
-    QString address() const;
+    const BusChoice &choice() const { return m_choice; }
 
     /// For messages: "the system bus", with its address if that is not the standard one.
     QString description() const;

@@ -27,22 +27,23 @@ std::optional<exchange::ExportedKey> exported(const Key &key, const ListAction &
     return std::nullopt;
 }
 
-exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &filter)
+exchange::Document collect(client::ProgrammableKeys &service, const cli::Arguments &arguments)
 {
     const ListAction actions = service.actions();
     const ListKey keys = service.keys();
     exchange::Document document;
     QSet<qlonglong> used;
     for (const Key &key : keys) {
-        const bool isChosen = key.dmId.isEmpty() && filter.admits(key);
+        const bool isChosen = key.dmId.isEmpty() && isSelected(key, arguments);
         const auto chosen = isChosen ? exported(key, actions) : std::nullopt;
         if (!chosen)
             continue;
         document.keys.append(*chosen);
         used.insert(key.idAction);
     }
+    const bool hasAll = !arguments.has("--container") && !arguments.has("--module");
     for (const Action &action : actions) {
-        if (fields::isUsers(action) && (filter.admitsAll() || used.contains(action.idAction)))
+        if (fields::isUsers(action) && (hasAll || used.contains(action.idAction)))
             document.actions.append(action);
     }
     return document;
@@ -51,10 +52,9 @@ exchange::Document collect(client::ProgrammableKeys &service, const KeyFilter &f
 ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 {
     session.out().requireDocumentForm();
-    const KeyFilter filter = keyFilterFrom(arguments);
     const QString file = arguments.path("--output");
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
-    const QByteArray text = exchange::toJson(collect(session.service(), filter), isPretty);
+    const QByteArray text = exchange::toJson(collect(session.service(), arguments), isPretty);
     if (file.isEmpty() || file == files::StandardStream)
         session.out().write(text);
     else

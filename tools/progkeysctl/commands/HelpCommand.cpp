@@ -2,7 +2,6 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandLine.h"
-#include "cli/CommonOptions.h"
 #include "cli/Session.h"
 
 #include <QJsonArray>

@@ -38,13 +38,12 @@ QHash<qlonglong, QString> labelsOf(const ListAction &actions)
 
 ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
 {
-    const KeyFilter filter = keyFilterFrom(arguments);
     const ListKey keys = session.service().keys();
     const QHash<qlonglong, QString> labels = labelsOf(session.service().actions());
     output::Listing listing;
     listing.columns = listColumns();
     for (const Key &key : keys) {
-        if (!filter.admits(key))
+        if (!isSelected(key, arguments))
             continue;
         QJsonObject row = fields::toJson(key);
         const auto label = labels.find(key.idAction);

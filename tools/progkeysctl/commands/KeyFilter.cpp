@@ -2,13 +2,6 @@
 
 namespace commands {
 
-bool KeyFilter::admits(const Key &key) const
-{
-    return (!container || key.container == *container) &&
-           (!module || (key.type == KeyType::AddOnModule && key.aom_addr == *module)) &&
-           (!type || key.type == *type) && (!action || key.idAction == *action);
-}
-
 QList<cli::Parameter> placeOptions()
 {
     return {cli::parameter("--container CONTAINER", "only keys in this container"),
@@ -24,16 +17,15 @@ QList<cli::Parameter> keyFilterOptions()
                                             "only keys that trigger this action", cli::check::id);
 }
 
-KeyFilter keyFilterFrom(const cli::Arguments &arguments)
+bool isSelected(const Key &key, const cli::Arguments &arguments)
 {
-    KeyFilter filter;
-    if (arguments.has("--container"))
-        filter.container = arguments.text("--container");
-    filter.module = arguments.optionalInteger("--module");
-    filter.type = arguments.optionalInteger("--type");
-    if (arguments.has("--action"))
-        filter.action = arguments.id("--action");
-    return filter;
+    const auto isOrNotGiven = [&arguments](const char *option, qlonglong value) {
+        return !arguments.has(option) || arguments.id(option) == value;
+    };
+    const bool isOnModule = key.type == KeyType::AddOnModule || !arguments.has("--module");
+    return isOnModule && isOrNotGiven("--module", key.aom_addr) &&
+           isOrNotGiven("--type", key.type) && isOrNotGiven("--action", key.idAction) &&
+           (!arguments.has("--container") || arguments.text("--container") == key.container);
 }
 
 } // namespace commands

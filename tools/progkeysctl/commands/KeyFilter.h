@@ -4,21 +4,8 @@
 #include "cli/Command.h"
 #include "records/Key.h"
 
-#include <optional>
-
+/// Options that select keys.
 namespace commands {
-
-/// Selects keys. A condition that is not set admits all.
-struct KeyFilter
-{
-    std::optional<QString> container;
-    std::optional<int> module; ///< address of the add-on module
-    std::optional<int> type;
-    std::optional<qlonglong> action;
-
-    bool admits(const Key &key) const;
-    bool admitsAll() const { return !container && !module && !type && !action; }
-};
 
 /// `--container` and `--module`.
 QList<cli::Parameter> placeOptions();
@@ -26,7 +13,7 @@ QList<cli::Parameter> placeOptions();
 /// These, `--type` and `--action`.
 QList<cli::Parameter> keyFilterOptions();
 
-/// The conditions that the options set.
-KeyFilter keyFilterFrom(const cli::Arguments &arguments);
+/// Whether all of the options that are given select the key.
+bool isSelected(const Key &key, const cli::Arguments &arguments);
 
 } // namespace commands

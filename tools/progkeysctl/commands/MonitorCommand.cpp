@@ -81,8 +81,7 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
         session.out().stream(lineText(session.out().terminal(), row), columns(), row);
         return ++shown == limit;
     };
-    constexpr int NoLimit = -1;
-    const int timeoutMs = session.options().timeout ? session.timeoutMs(0) : NoLimit;
+    const int timeoutMs = arguments.has("--timeout") ? session.timeoutMs(0) : -1;
     const bool isEnough = listener.listen(timeoutMs, take);
     return isEnough ? ExitStatus::Done : ExitStatus::TimeRanOut;
 }

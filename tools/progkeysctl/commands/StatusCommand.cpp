@@ -79,9 +79,9 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
     for (const output::Column &column : all)
         row.insert(column.name, QJsonValue());
     row.insert(QStringLiteral("running"), isRunning);
-    row.insert(QStringLiteral("bus"), bus.kind());
-    if (!bus.address().isEmpty())
-        row.insert(QStringLiteral("busAddress"), bus.address());
+    row.insert(QStringLiteral("bus"), bus.choice().kind);
+    if (!bus.choice().address.isEmpty())
+        row.insert(QStringLiteral("busAddress"), bus.choice().address);
     row.insert(QStringLiteral("peers"), modulesOn(bus));
     if (isRunning) {
         countKeys(row, service.keys());

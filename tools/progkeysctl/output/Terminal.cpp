@@ -6,7 +6,7 @@
 namespace output {
 namespace {
 
-ColourChoice theChoice = ColourChoice::Auto;
+QString colourChoice;
 
 // A terminal that does not know its size has the width in COLUMNS, or the usual one.
 int widthOf(int descriptor)
@@ -26,9 +26,9 @@ bool supportsColour()
 
 } // namespace
 
-void setColourChoice(ColourChoice choice)
+void setColourChoice(const QString &choice)
 {
-    theChoice = choice;
+    colourChoice = choice;
 }
 
 Terminal Terminal::of(int descriptor)
@@ -36,8 +36,9 @@ Terminal Terminal::of(int descriptor)
     const bool isTerminal = isatty(descriptor) == 1;
     Terminal terminal;
     terminal.m_width = isTerminal ? widthOf(descriptor) : 0;
-    terminal.m_hasColour = theChoice == ColourChoice::Always ||
-                           (theChoice == ColourChoice::Auto && isTerminal && supportsColour());
+    terminal.m_hasColour =
+        colourChoice == QLatin1String("always") ||
+        (colourChoice != QLatin1String("never") && isTerminal && supportsColour());
     return terminal;
 }
 

@@ -4,11 +4,9 @@
 
 namespace output {
 
-/// When to use colours; `Auto` is on a terminal that supports them, unless NO_COLOR is set.
-enum class ColourChoice { Auto, Always, Never };
-
-/// Applies to all streams. `Auto` until it is called.
-void setColourChoice(ColourChoice choice);
+/// When all streams use colours: "always", "never", or else on a terminal that supports them,
+/// unless NO_COLOR is set.
+void setColourChoice(const QString &choice);
 
 /// What is known about the terminal, if any, that a stream goes to.
 class Terminal
