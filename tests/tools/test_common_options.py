@@ -16,42 +16,16 @@ from sandbox.bus import PrivateBus
 from sandbox.client import Client
 from sandbox.processes import Module
 
-COMMANDS_THAT_CALL = [
-    ["key", "list"],
-    ["key", "show", "1"],
-    ["key", "add", "position=1", "idAction=-1"],
-    ["key", "set", "1", "icon=x"],
-    ["key", "move", "1=2"],
-    ["key", "delete", "1"],
-    ["action", "list"],
-    ["action", "show", "1"],
-    ["action", "add", "type=1"],
-    ["action", "set", "1", "type=1"],
-    ["action", "delete", "1"],
-    ["icon", "1", "0", "0"],
-    ["label", "1", "0"],
-    ["press", "2/5"],
-    ["export"],
-    ["restore", "default", "--yes"],
-    ["defaults", "plan"],
-    ["status"],
-]
-each_command = pytest.mark.parametrize("words", COMMANDS_THAT_CALL, ids=" ".join)
-
-
-@each_command
-def test_without_the_service_every_command_reports_it(ctl: Tool, words: list[str]) -> None:
+@pytest.mark.parametrize("words", [["key", "list"], ["press", "2/5"]], ids=" ".join)
+def test_without_the_service_commands_are_refused(ctl: Tool, words: list[str]) -> None:
     result = ctl(*words)
-    assert result.status == 8
-    if words != ["status"]:
-        assert result.out == ""
-        assert "ZelProgrammableKeys is not running on the system bus at" in result.err
-        assert "Start it" in result.err
+    assert (result.status, result.out) == (8, "")
+    assert "ZelProgrammableKeys is not running on the system bus at" in result.err
+    assert "Start it" in result.err
 
 
-@each_command
-def test_without_a_bus_every_command_reports_it(offline: Tool, words: list[str]) -> None:
-    result = offline(*words)
+def test_without_a_bus_commands_are_refused(offline: Tool) -> None:
+    result = offline("key", "list")
     assert (result.status, result.out) == (1, "")
     assert "Cannot reach the system bus at unix:path=/nonexistent/bus" in result.err
     assert "--address" in result.err

@@ -267,8 +267,6 @@ def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> 
         (["key", "move", "4294967297=2"], '"4294967297=2" is not of the form KEY_ID=POSITION'),
         (["action", "add", "idAction=5"], "The service assigns the idAction of a new action"),
         (["action", "set", 1, "idAction=5"], "idAction cannot be changed"),
-        (["key", "show", "x"], '"x" is not a whole number of 64 bits'),
-        (["key", "list", "--fields", "idKey,colour"], "--fields: unknown field colour"),
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )

@@ -1,4 +1,4 @@
-"""The manual pages document the commands, common options and exit statuses of the tool."""
+"""The manual pages document the commands, the common options and the exit statuses of the tool."""
 
 import re
 import shlex

@@ -60,19 +60,19 @@ def test_the_demonstration_succeeds_and_leaves_nothing_behind(script: Path, envi
     ("file", "old", "new", "complaint"),
     [
         pytest.param(
-            "examples/settings/DefaultActions", "voicemail,1,", "mail,1,", "provisioned keys: 59, not 60", id="another provisioned action"
+            "examples/settings/DefaultActions", "voicemail,1,", "mail,1,", "provisioned keys: 59, not 60", id="a different provisioned action"
         ),
         pytest.param(
-            "scripts/demo/first-day", "icon 61 2 5", "icon 63 2 5", "the status is 0, not 1", id="what was to be refused is done"
+            "scripts/demo/first-day", "icon 61 2 5", "icon 63 2 5", "the status is 0, not 1", id="a command that succeeds instead of failing"
         ),
         pytest.param(
-            "scripts/demo/next-rollout", "runs progkeysctl key delete 62", "runs progkeysctl key delete 1", "the status is 10", id="what was to be done is refused"
+            "scripts/demo/next-rollout", "runs progkeysctl key delete 62", "runs progkeysctl key delete 1", "the status is 10", id="a command that fails instead of succeeding"
         ),
         pytest.param(
-            "scripts/demo/first-day", "heard KO_PROGKEYS_DB_FULL", "heard KEY_CREATE_NTF", "the event is KO_PROGKEYS_DB_FULL", id="another event comes"
+            "scripts/demo/first-day", "heard KO_PROGKEYS_DB_FULL", "heard KEY_CREATE_NTF", "the event is KO_PROGKEYS_DB_FULL", id="a different event"
         ),
         pytest.param(
-            "scripts/demo/next-rollout", "KEY_CREATE_NTF 59", "KEY_CREATE_NTF 58", "number of events", id="more events come"
+            "scripts/demo/next-rollout", "KEY_CREATE_NTF 59", "KEY_CREATE_NTF 58", "number of events", id="a different number of events"
         ),
     ],
 )
