@@ -39,7 +39,7 @@ def environment(address: Optional[str], extra: Mapping[str, str]) -> dict[str, s
     own.pop("NO_COLOR", None)
     own.pop("COLUMNS", None)
     own["TERM"] = "xterm"
-    # What the bus library's thread has in hand when the process ends counts as a leak, now and then.
+    # The thread of the bus library can hold memory when the process ends.
     own["ASAN_OPTIONS"] = "detect_leaks=0"
     if address:
         own["DBUS_SYSTEM_BUS_ADDRESS"] = address
@@ -122,7 +122,7 @@ def read_to_end(descriptor: int) -> bytes:
         while part := os.read(descriptor, 65536):
             parts.append(part)
     except OSError:
-        pass  # how a terminal says that nobody holds its other end any more
+        pass  # the other end is closed
     finally:
         os.close(descriptor)
     return b"".join(parts)

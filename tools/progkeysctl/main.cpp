@@ -28,7 +28,7 @@ int main(int argc, char **argv)
     occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("progkeysctl"));
-    // The output is UTF-8 in every locale, and so is the width of its characters.
+    // The output is UTF-8 in every locale. wcwidth() depends on the locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     cli::CommandLine line(commands::all());
     return line.execute(argc, argv);

@@ -62,7 +62,7 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
     return ExitStatus::Done;
 }
 
-// An import without room for all keys does not begin.
+// Nothing is imported if the key limit is too low for all keys.
 void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::Step> &steps,
                  const ListKey &keys)
 {

@@ -45,7 +45,7 @@ QString idName()
     return QString::fromLatin1(Kind<Record>::IdName);
 }
 
-// What is known about a record before its fields are assigned.
+// The values of a new record that differ from those of an empty one.
 void setDefaults(Key &key)
 {
     key.type = KeyType::Set;

@@ -15,7 +15,7 @@ _progkeysctl_fields() {
     _progkeysctl_terms "$("$tool" "$1" add --help)" Fields | cut -d = -f 1
 }
 
-# Rows of the phone: "key FIELDS" or "action FIELDS". A service that is down is not started for it.
+# Rows of the phone: "key FIELDS" or "action FIELDS". Prints nothing if the service is not running.
 _progkeysctl_ask() {
     local ask=(timeout 2 "$tool" "${bus[@]}" --terse)
     "${ask[@]}" wait --timeout 0.2 >/dev/null &&

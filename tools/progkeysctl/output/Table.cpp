@@ -85,7 +85,7 @@ QString cellText(const QJsonObject &row, const Column &column)
     return printable(displayText(row.value(column.name)));
 }
 
-// Only long texts are wrapped: a short one would become a column of syllables.
+// Only long texts are wrapped: a wrapped short text is hard to read and saves little.
 int flagsOf(const Listing &listing, const Column &column)
 {
     constexpr int LongestWhole = 12;

@@ -8,7 +8,7 @@ namespace {
 
 QString colourChoice;
 
-// A terminal that does not know its size has the width in COLUMNS, or the usual one.
+// If the terminal does not report its size, the width is COLUMNS, or 80.
 int widthOf(int descriptor)
 {
     constexpr int UsualWidth = 80;
