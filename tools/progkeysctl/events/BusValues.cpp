@@ -26,7 +26,7 @@ QJsonArray itemsToJson(const QDBusArgument &argument)
 QJsonArray arrayToJson(const QDBusArgument &argument)
 {
     argument.beginArray();
-    const QJsonArray items = itemsToJson(argument);
+    QJsonArray items = itemsToJson(argument);
     argument.endArray();
     return items;
 }
@@ -34,7 +34,7 @@ QJsonArray arrayToJson(const QDBusArgument &argument)
 QJsonArray structureToJson(const QDBusArgument &argument)
 {
     argument.beginStructure();
-    const QJsonArray items = itemsToJson(argument);
+    QJsonArray items = itemsToJson(argument);
     argument.endStructure();
     return items;
 }
