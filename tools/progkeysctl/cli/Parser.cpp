@@ -3,6 +3,8 @@
 #include "outcome/Failure.h"
 #include "outcome/Suggestion.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 namespace cli {
@@ -17,12 +19,9 @@ namespace {
     throw Failure{ExitStatus::Usage, message, outcome::withSuggestion(word, known, help)};
 }
 
-// A negative number is a value.
-bool isOption(const QByteArray &word)
+bool isOption(const QString &word)
 {
-    bool isNumber = false;
-    word.toDouble(&isNumber);
-    return word.size() > 1 && word.startsWith('-') && !isNumber;
+    return word.size() > 1 && word.startsWith(QLatin1Char('-'));
 }
 
 QList<Parameter> parametersOf(const Command *command)
@@ -30,18 +29,56 @@ QList<Parameter> parametersOf(const Command *command)
     return command ? command->parameters + commonOptions() : commonOptions();
 }
 
+// The name under which the library knows a parameter. It refuses some characters in the name of an
+// argument, such as those of "FIELD=VALUE".
+std::string nameOf(const Parameter &parameter)
+{
+    QString name = parameter.name;
+    return parameter.isPositional() ? name.replace(QLatin1Char('='), QLatin1Char('_')).toStdString()
+                                    : name.toStdString();
+}
+
+void declare(CLI::App *app, const QList<Parameter> &parameters)
+{
+    for (const Parameter &parameter : parameters) {
+        std::string names = nameOf(parameter);
+        if (!parameter.shortName.isEmpty())
+            names.insert(0, parameter.shortName.toStdString() + ',');
+        CLI::Option *option =
+            parameter.isFlag()
+                ? app->add_flag(names)->disable_flag_override()
+                : app->add_option(names)->expected(1, parameter.isRepeatable ? -1 : 1);
+        option->allow_extra_args(parameter.isRepeatable)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+}
+
 class Parser
 {
 public:
-    Parser(const QList<Command> &commands, const QList<QByteArray> &words)
-        : m_commands(commands), m_words(words)
+    explicit Parser(const QList<Command> &commands) : m_commands(commands), m_app("", "progkeysctl")
     {
+        m_app.set_help_flag();
+        m_app.fallthrough();
+        m_app.allow_extras();
+        m_app.require_subcommand(0, 1);
+        declare(&m_app, commonOptions());
+        for (const Command &command : commands)
+            declareCommand(command);
     }
 
-    ParsedLine parse()
+    ParsedLine parse(const QList<QByteArray> &words)
     {
-        while (!m_words.isEmpty())
-            takeWord(m_words.takeFirst());
+        // The library would change some of the words after "--".
+        const int mark = static_cast<int>(words.indexOf(QByteArrayLiteral("--")));
+        split(words.mid(0, mark));
+        m_line.command = parsedCommand();
+        refuseUnknown();
+        for (const Parameter &parameter : parametersOf(m_line.command))
+            for (const std::string &value : optionOf(parameter)->results())
+                add(parameter, QByteArray::fromStdString(value));
+        for (const QByteArray &word : mark < 0 ? QList<QByteArray>() : words.mid(mark + 1))
+            addArgument(word);
         requireAtMostOne(
             {QStringLiteral("--system"), QStringLiteral("--session"), QStringLiteral("--address")});
         requireAtMostOne(
@@ -50,44 +87,102 @@ public:
     }
 
 private:
-    void takeWord(const QByteArray &word)
+    void declareCommand(const Command &command)
     {
-        if (!m_hasOnlyArguments && word == "--")
-            m_hasOnlyArguments = true;
-        else if (!m_hasOnlyArguments && isOption(word))
-            takeOption(word);
-        else if (!m_line.command || m_line.command->isGroup())
-            takeCommand(QString::fromUtf8(word));
-        else
-            takeArgument(word);
+        CLI::App *app = appOf(command.words.mid(0, command.words.size() - 1))
+                            ->add_subcommand(command.words.last().toStdString());
+        app->require_subcommand(0, 1);
+        declare(app, command.parameters);
     }
 
-    void takeCommand(const QString &word)
+    CLI::App *appOf(const QStringList &words)
     {
+        CLI::App *app = &m_app;
+        for (const QString &word : words)
+            app = app->get_subcommand(word.toStdString());
+        return app;
+    }
+
+    void split(const QList<QByteArray> &words)
+    {
+        std::vector<std::string> reversed; // as the library takes them
+        std::transform(words.rbegin(), words.rend(), std::back_inserter(reversed),
+                       [](const QByteArray &word) { return word.toStdString(); });
+        try {
+            m_app.parse(reversed);
+        } catch (const CLI::ArgumentMismatch &error) {
+            refuseValue(QString::fromUtf8(error.what()));
+        }
+    }
+
+    // The library's message is "--limit: ...", or "terse was given ..." for a flag with a value.
+    [[noreturn]] void refuseValue(const QString &message)
+    {
+        const Command *command = parsedCommand();
+        const QString flag = message.section(QLatin1Char(' '), 0, 0);
+        for (const Parameter &parameter : parametersOf(command))
+            if (parameter.isFlag() && parameter.name.mid(2) == flag)
+                refuse(command, QStringLiteral("%1 takes no value").arg(parameter.name));
+        refuse(command,
+               QStringLiteral("%1 requires a value").arg(message.section(QLatin1Char(':'), 0, 0)));
+    }
+
+    const Command *parsedCommand()
+    {
+        const Command *parsed = nullptr;
+        for (const Command &command : m_commands)
+            if (appOf(command.words)->parsed())
+                parsed = &command;
+        return parsed;
+    }
+
+    // Refuses the first word that the library has left.
+    void refuseUnknown() const
+    {
+        const std::vector<std::string> left = m_app.remaining(true);
+        if (left.empty())
+            return;
+        const QString word = QString::fromStdString(left.front());
+        if (isOption(word)) {
+            const QString name = word.section(QLatin1Char('='), 0, 0);
+            refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name,
+                   namesOfOptions());
+        }
+        if (m_line.command && !m_line.command->isGroup())
+            refuse(m_line.command, QStringLiteral("Unexpected argument \"%1\"").arg(word));
         const QStringList group = m_line.command ? m_line.command->words : QStringList();
-        const QStringList words = group + QStringList(word);
-        const auto found =
-            std::find_if(m_commands.begin(), m_commands.end(),
-                         [&](const Command &command) { return command.words == words; });
-        if (found == m_commands.end())
-            refuse(m_line.command,
-                   QStringLiteral("Unknown command \"%1\"").arg(words.join(QLatin1Char(' '))), word,
-                   namesOfMembers(group));
-        m_line.command = &*found;
+        const QString name = (group + QStringList(word)).join(QLatin1Char(' '));
+        refuse(m_line.command, QStringLiteral("Unknown command \"%1\"").arg(name), word,
+               namesOfMembers(group));
+    }
+
+    QStringList namesOfOptions() const
+    {
+        QStringList names;
+        for (const Parameter &parameter : parametersOf(m_line.command))
+            if (!parameter.isPositional())
+                names.append(parameter.name);
+        return names;
     }
 
     QStringList namesOfMembers(const QStringList &group) const
     {
         QStringList names;
-        const QList<Command> members = membersOf(m_commands, group);
-        for (const Command &member : members)
+        for (const Command &member : membersOf(m_commands, group))
             names.append(member.words.last());
         return names;
     }
 
-    void takeArgument(const QByteArray &word)
+    const CLI::Option *optionOf(const Parameter &parameter)
     {
-        for (const Parameter &parameter : m_line.command->parameters) {
+        CLI::App *app = m_line.command ? appOf(m_line.command->words) : &m_app;
+        const CLI::Option *own = app->get_option_no_throw(nameOf(parameter));
+        return own ? own : m_app.get_option(nameOf(parameter));
+    }
+
+    void addArgument(const QByteArray &word)
+    {
+        for (const Parameter &parameter : parametersOf(m_line.command)) {
             const bool isFull = !parameter.isRepeatable && m_line.arguments.has(parameter.name);
             if (parameter.isPositional() && !isFull) {
                 add(parameter, word);
@@ -98,48 +193,9 @@ private:
                QStringLiteral("Unexpected argument \"%1\"").arg(QString::fromUtf8(word)));
     }
 
-    void takeOption(const QByteArray &word)
-    {
-        const auto equals = word.indexOf('=');
-        const Parameter option = optionNamed(QString::fromUtf8(word.split('=').first()));
-        if (option.isFlag()) {
-            if (equals >= 0)
-                refuse(m_line.command, QStringLiteral("%1 takes no value").arg(option.name));
-            m_line.arguments.add(option.name, {});
-        } else if (equals >= 0) {
-            add(option, word.mid(equals + 1));
-        } else {
-            takeValues(option);
-        }
-    }
-
-    Parameter optionNamed(const QString &name) const
-    {
-        QStringList known;
-        const QList<Parameter> parameters = parametersOf(m_line.command);
-        for (const Parameter &parameter : parameters) {
-            if (parameter.isPositional())
-                continue;
-            if (name == parameter.name || name == parameter.shortName)
-                return parameter;
-            known.append(parameter.name);
-        }
-        refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name, known);
-    }
-
-    void takeValues(const Parameter &option)
-    {
-        const auto hasValue = [this] { return !m_words.isEmpty() && !isOption(m_words.first()); };
-        if (!hasValue())
-            refuse(m_line.command, QStringLiteral("%1 requires a value").arg(option.name));
-        do
-            add(option, m_words.takeFirst());
-        while (option.isRepeatable && hasValue());
-    }
-
     void add(const Parameter &parameter, const QByteArray &value)
     {
-        if (!parameter.isRepeatable && m_line.arguments.has(parameter.name))
+        if (!parameter.isRepeatable && !parameter.isFlag() && m_line.arguments.has(parameter.name))
             refuse(m_line.command,
                    QStringLiteral("%1 is given more than once").arg(parameter.name));
         const QString fault = parameter.check ? parameter.check(value) : QString();
@@ -161,16 +217,15 @@ private:
     }
 
     const QList<Command> &m_commands;
-    QList<QByteArray> m_words; ///< those that are left
+    CLI::App m_app;
     ParsedLine m_line;
-    bool m_hasOnlyArguments = false; ///< from "--" on
 };
 
 } // namespace
 
 ParsedLine parse(const QList<Command> &commands, const QList<QByteArray> &words)
 {
-    return Parser(commands, words).parse();
+    return Parser(commands).parse(words);
 }
 
 void requireComplete(const ParsedLine &line)
