@@ -1,10 +1,11 @@
 #include "DataDirectory.h"
 
-#include "support/TestMain.h"
+#include "support/TestProgram.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <memory>
 
@@ -14,162 +15,152 @@ class DataDirectoryTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+    void init()
+    {
+        m_place = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_place->isValid());
+    }
 
-    void onlyAFileThatIsNotEmptyIsData_data();
-    void onlyAFileThatIsNotEmptyIsData();
-    void aCopyHoldsWhatTheDirectoryHolds();
-    void eachCopyHasANameOfItsOwn();
-    void theSameDataIsNotCopiedTwice();
-    void aLinkToNowhereIsNoFreeName();
-    void whatIsLeftOfAnInterruptedCopyIsNotTakenForOne();
-    void aFailedCopyLeavesNothingBehind();
-    void aDirectorySetAsideIsThereWholeUnderItsNewName();
-    void aDirectoryThatIsNotThereIsNotSetAside();
+    void onlyAFileThatIsNotEmptyIsData_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<bool>("isData");
+        QTest::newRow("no directory") << QString() << QByteArray() << false;
+        QTest::newRow("an empty file") << QStringLiteral("Module/a") << QByteArray() << false;
+        QTest::newRow("a file") << QStringLiteral("Module/a") << QByteArray("x") << true;
+        QTest::newRow("a hidden file") << QStringLiteral("Module/.a") << QByteArray("x") << true;
+        QTest::newRow("a file further down")
+            << QStringLiteral("Module/sub/sub/a") << QByteArray("x") << true;
+        QTest::newRow("a file beside the directory")
+            << QStringLiteral("Module.old/a") << QByteArray("x") << false;
+    }
+
+    void onlyAFileThatIsNotEmptyIsData()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, text);
+        QFETCH(bool, isData);
+        if (!file.isEmpty())
+            put(file, text);
+        QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).holdsData(), isData);
+    }
+
+    void aCopyHoldsWhatTheDirectoryHolds()
+    {
+        const QStringList files{QStringLiteral("a"), QStringLiteral(".hidden"),
+                                QStringLiteral("sub/empty"), QString::fromUtf8("sub/Grüße")};
+        for (const QString &file : files)
+            put(QStringLiteral("Module/") + file,
+                file.endsWith(QLatin1Char('y')) ? "" : file.toUtf8());
+        const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
+        QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
+        for (const QString &file : files) {
+            QFile copied(copy + QLatin1Char('/') + file);
+            QVERIFY(copied.open(QIODevice::ReadOnly));
+            QCOMPARE(copied.readAll(),
+                     file.endsWith(QLatin1Char('y')) ? QByteArray() : file.toUtf8());
+            QVERIFY(QFileInfo::exists(path(QStringLiteral("Module/") + file)));
+        }
+    }
+
+    void eachCopyGetsAFreeName()
+    {
+        const zel::DataDirectory directory(path(QStringLiteral("Module")));
+        for (const char *number : {"", ".1", ".2"}) {
+            const QString copy =
+                path(QStringLiteral("Module.before-deploy") + QLatin1String(number));
+            put(QStringLiteral("Module/a"), number);
+            QCOMPARE(directory.copyAside(), copy);
+            QFile copied(copy + QStringLiteral("/a"));
+            QVERIFY(copied.open(QIODevice::ReadOnly));
+            QCOMPARE(copied.readAll(), QByteArray(number));
+        }
+    }
+
+    void theSameDataIsNotCopiedTwice()
+    {
+        const zel::DataDirectory directory(path(QStringLiteral("Module")));
+        put(QStringLiteral("Module/sub/a"), "first");
+        const QString first = directory.copyAside();
+        QCOMPARE(directory.copyAside(), first);
+        put(QStringLiteral("Module/sub/a"), "second");
+        const QString second = directory.copyAside();
+        QVERIFY(second != first);
+        QCOMPARE(directory.copyAside(), second);
+        QCOMPARE(QDir(m_place->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
+    }
+
+    void theNameOfADanglingLinkIsNotFree()
+    {
+        put(QStringLiteral("Module/a"), "x");
+        for (const char *suffix : {".before-deploy", ".unusable"})
+            QVERIFY(QFile::link(path(QStringLiteral("nowhere")),
+                                path(QStringLiteral("Module") + QLatin1String(suffix))));
+        put(QStringLiteral("Elsewhere/a"), "kept");
+        QVERIFY(
+            QFile::link(path(QStringLiteral("Elsewhere")), path(QStringLiteral("Module.copying"))));
+        const zel::DataDirectory directory(path(QStringLiteral("Module")));
+        QCOMPARE(directory.copyAside(), path(QStringLiteral("Module.before-deploy.1")));
+        QVERIFY(QFileInfo::exists(path(QStringLiteral("Elsewhere/a"))));
+        QCOMPARE(directory.setAside(), path(QStringLiteral("Module.unusable.1")));
+    }
+
+    void aPartOfAnInterruptedCopyIsReplaced()
+    {
+        put(QStringLiteral("Module/a"), "x");
+        put(QStringLiteral("Module.copying/b"), "left behind");
+        const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
+        QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("Module.copying"))));
+        QVERIFY(!QFileInfo::exists(copy + QStringLiteral("/b")));
+    }
+
+    void aFailedCopyLeavesNothingBehind()
+    {
+        // The name of the copy would be longer than a file system allows.
+        const QString name(245, QLatin1Char('m'));
+        put(name + QStringLiteral("/a"), "x");
+        QCOMPARE(zel::DataDirectory(path(name)).copyAside(), QString());
+        QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList{name});
+        QVERIFY(zel::DataDirectory(path(name)).holdsData());
+    }
+
+    void aDirectoryIsSetAsideUnderAFreeName()
+    {
+        const zel::DataDirectory directory(path(QStringLiteral("Module")));
+        for (const char *number : {"", ".1", ".2"}) {
+            put(QStringLiteral("Module/a"), number);
+            const QString aside = path(QStringLiteral("Module.unusable") + QLatin1String(number));
+            QCOMPARE(directory.setAside(), aside);
+            QFile moved(aside + QStringLiteral("/a"));
+            QVERIFY(moved.open(QIODevice::ReadOnly));
+            QCOMPARE(moved.readAll(), QByteArray(number));
+            QVERIFY(!QFileInfo::exists(directory.path()));
+        }
+    }
+
+    void aDirectoryThatIsNotThereIsNotSetAside()
+    {
+        QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).setAside(), QString());
+        QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList());
+    }
 
 private:
     QString path(const QString &name) const { return m_place->filePath(name); }
-    void put(const QString &name, const QByteArray &text) const;
+
+    void put(const QString &name, const QByteArray &text) const
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(text), qint64{text.size()});
+    }
 
     std::unique_ptr<QTemporaryDir> m_place;
 };
 
-void DataDirectoryTest::init()
-{
-    m_place = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_place->isValid());
-}
-
-void DataDirectoryTest::put(const QString &name, const QByteArray &text) const
-{
-    QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
-    QFile file(path(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(text), qint64{text.size()});
-}
-
-void DataDirectoryTest::onlyAFileThatIsNotEmptyIsData_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<bool>("isData");
-    QTest::newRow("no directory") << QString() << QByteArray() << false;
-    QTest::newRow("an empty file") << QStringLiteral("Module/a") << QByteArray() << false;
-    QTest::newRow("a file") << QStringLiteral("Module/a") << QByteArray("x") << true;
-    QTest::newRow("a hidden file") << QStringLiteral("Module/.a") << QByteArray("x") << true;
-    QTest::newRow("a file further down")
-        << QStringLiteral("Module/sub/sub/a") << QByteArray("x") << true;
-    QTest::newRow("a file beside the directory")
-        << QStringLiteral("Module.old/a") << QByteArray("x") << false;
-}
-
-void DataDirectoryTest::onlyAFileThatIsNotEmptyIsData()
-{
-    QFETCH(QString, file);
-    QFETCH(QByteArray, text);
-    QFETCH(bool, isData);
-    if (!file.isEmpty())
-        put(file, text);
-    QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).holdsData(), isData);
-}
-
-void DataDirectoryTest::aCopyHoldsWhatTheDirectoryHolds()
-{
-    const QStringList files{QStringLiteral("a"), QStringLiteral(".hidden"),
-                            QStringLiteral("sub/empty"), QString::fromUtf8("sub/Grüße")};
-    for (const QString &file : files)
-        put(QStringLiteral("Module/") + file, file.endsWith(QLatin1Char('y')) ? "" : file.toUtf8());
-    const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
-    QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
-    for (const QString &file : files) {
-        QFile copied(copy + QLatin1Char('/') + file);
-        QVERIFY(copied.open(QIODevice::ReadOnly));
-        QCOMPARE(copied.readAll(), file.endsWith(QLatin1Char('y')) ? QByteArray() : file.toUtf8());
-        QVERIFY(QFileInfo::exists(path(QStringLiteral("Module/") + file)));
-    }
-}
-
-void DataDirectoryTest::eachCopyHasANameOfItsOwn()
-{
-    const zel::DataDirectory directory(path(QStringLiteral("Module")));
-    for (const char *number : {"", ".1", ".2"}) {
-        const QString copy = path(QStringLiteral("Module.before-deploy") + QLatin1String(number));
-        put(QStringLiteral("Module/a"), number);
-        QCOMPARE(directory.copyAside(), copy);
-        QFile copied(copy + QStringLiteral("/a"));
-        QVERIFY(copied.open(QIODevice::ReadOnly));
-        QCOMPARE(copied.readAll(), QByteArray(number));
-    }
-}
-
-void DataDirectoryTest::theSameDataIsNotCopiedTwice()
-{
-    const zel::DataDirectory directory(path(QStringLiteral("Module")));
-    put(QStringLiteral("Module/sub/a"), "first");
-    const QString first = directory.copyAside();
-    QCOMPARE(directory.copyAside(), first);
-    put(QStringLiteral("Module/sub/a"), "second");
-    const QString second = directory.copyAside();
-    QVERIFY(second != first);
-    QCOMPARE(directory.copyAside(), second);
-    QCOMPARE(QDir(m_place->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
-}
-
-void DataDirectoryTest::aLinkToNowhereIsNoFreeName()
-{
-    put(QStringLiteral("Module/a"), "x");
-    for (const char *suffix : {".before-deploy", ".unusable"})
-        QVERIFY(QFile::link(path(QStringLiteral("nowhere")),
-                            path(QStringLiteral("Module") + QLatin1String(suffix))));
-    put(QStringLiteral("Elsewhere/a"), "kept");
-    QVERIFY(QFile::link(path(QStringLiteral("Elsewhere")), path(QStringLiteral("Module.copying"))));
-    const zel::DataDirectory directory(path(QStringLiteral("Module")));
-    QCOMPARE(directory.copyAside(), path(QStringLiteral("Module.before-deploy.1")));
-    QVERIFY(QFileInfo::exists(path(QStringLiteral("Elsewhere/a"))));
-    QCOMPARE(directory.setAside(), path(QStringLiteral("Module.unusable.1")));
-}
-
-void DataDirectoryTest::whatIsLeftOfAnInterruptedCopyIsNotTakenForOne()
-{
-    put(QStringLiteral("Module/a"), "x");
-    put(QStringLiteral("Module.copying/b"), "left behind");
-    const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
-    QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
-    QVERIFY(!QFileInfo::exists(path(QStringLiteral("Module.copying"))));
-    QVERIFY(!QFileInfo::exists(copy + QStringLiteral("/b")));
-}
-
-void DataDirectoryTest::aFailedCopyLeavesNothingBehind()
-{
-    // The name of the copy would be longer than a file system allows.
-    const QString name(245, QLatin1Char('m'));
-    put(name + QStringLiteral("/a"), "x");
-    QCOMPARE(zel::DataDirectory(path(name)).copyAside(), QString());
-    QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList{name});
-    QVERIFY(zel::DataDirectory(path(name)).holdsData());
-}
-
-void DataDirectoryTest::aDirectorySetAsideIsThereWholeUnderItsNewName()
-{
-    const zel::DataDirectory directory(path(QStringLiteral("Module")));
-    for (const char *number : {"", ".1", ".2"}) {
-        put(QStringLiteral("Module/a"), number);
-        const QString aside = path(QStringLiteral("Module.unusable") + QLatin1String(number));
-        QCOMPARE(directory.setAside(), aside);
-        QFile moved(aside + QStringLiteral("/a"));
-        QVERIFY(moved.open(QIODevice::ReadOnly));
-        QCOMPARE(moved.readAll(), QByteArray(number));
-        QVERIFY(!QFileInfo::exists(directory.path()));
-    }
-}
-
-void DataDirectoryTest::aDirectoryThatIsNotThereIsNotSetAside()
-{
-    QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).setAside(), QString());
-    QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList());
-}
-
-PROGKEYS_TEST_MAIN(DataDirectoryTest)
+PROGKEYS_TEST(DataDirectoryTest)
 #include "DataDirectoryTest.moc"

@@ -1,131 +1,129 @@
+#include <zelcore/ZELApplication.h>
+#include <zelcore/ZELLogger.h>
 #include <zelcore/ZELModule.h>
 
 #include "support/LogCapture.h"
-#include "support/TestMain.h"
-
-namespace {
+#include "support/TestProgram.h"
 
 using Hook = bool (ZELModule::*)();
-
-/// Says no from every hook, and counts.
-class CountingModule : public ZELModule
-{
-public:
-    CountingModule() : ZELModule(QStringLiteral("Counting")) {}
-
-    bool check() override { return count(); }
-    bool deploy() override { return count(); }
-    bool init() override { return count(); }
-    bool start() override { return count(); }
-
-    int hooks = 0;
-
-private:
-    bool count()
-    {
-        ++hooks;
-        return false;
-    }
-};
-
-} // namespace
-
 Q_DECLARE_METATYPE(Hook)
 
-/// A module that leaves everything as the framework has it.
+/// A module that overrides nothing, in a process without a bus.
 class ModuleTest : public QObject
 {
     Q_OBJECT
 
+public slots:
+    void receive(const ZELEvent & /*event*/) {}
+    void receiveText(const QString & /*text*/) {}
+    void receiveMore(const ZELEvent & /*event*/, int /*more*/) {}
+
 private slots:
-    void itHasItsNameAndNoAdaptor();
-    void everyHookSaysYesAndChangesNothing_data();
-    void everyHookSaysYesAndChangesNothing();
-    void thePresentationHooksDoNothing();
-    void itKnowsNoCapabilities();
-    void theCapabilitiesAnswerByName();
-    void nobodyRunsTheHooksUnderAnotherApplicationObject();
+    void itHasItsNameAndNoAdaptor()
+    {
+        QCOMPARE(m_module.getModuleName(), QStringLiteral("Some"));
+        QVERIFY(!m_module.getAdaptor());
+    }
+
+    void everyHookReturnsTrueAndDoesNothing_data()
+    {
+        QTest::addColumn<Hook>("hook");
+        QTest::newRow("check") << Hook(&ZELModule::check);
+        QTest::newRow("deploy") << Hook(&ZELModule::deploy);
+        QTest::newRow("init") << Hook(&ZELModule::init);
+        QTest::newRow("start") << Hook(&ZELModule::start);
+        QTest::newRow("stop") << Hook(&ZELModule::stop);
+        QTest::newRow("preSaveForSaveRestore") << Hook(&ZELModule::preSaveForSaveRestore);
+        QTest::newRow("postRestoreForSaveRestore") << Hook(&ZELModule::postRestoreForSaveRestore);
+        QTest::newRow("restoreDefault") << Hook(&ZELModule::restoreDefault);
+        QTest::newRow("restoreFactory") << Hook(&ZELModule::restoreFactory);
+    }
+
+    void everyHookReturnsTrueAndDoesNothing()
+    {
+        QFETCH(Hook, hook);
+        unit::LogCapture log(7);
+        QVERIFY((m_module.*hook)());
+        m_module.presentation_loaded();
+        m_module.presentation_stop();
+        QCOMPARE(log.take(), QStringList());
+    }
+
+    void itHasNoCapabilities()
+    {
+        QCOMPARE(m_module.getCapabilities().size(), 0);
+        QCOMPARE(m_module.getCapabilities(7).size(), 0);
+        QVERIFY(m_module.getCapability(QStringLiteral("any")) == Capability());
+        QVERIFY(m_module.getCapability(7, QStringLiteral("any")) == Capability());
+    }
+
+    void aSlotThatDoesNotTakeAnEventIsRefusedAndNamed_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::newRow("an unknown name") << QByteArray(SLOT(missing(ZELEvent)));
+        QTest::newRow("another parameter") << QByteArray(SLOT(receiveText(QString)));
+        QTest::newRow("two parameters") << QByteArray(SLOT(receiveMore(ZELEvent, int)));
+        QTest::newRow("no slot code") << QByteArray("receive(ZELEvent)");
+        QTest::newRow("an empty text") << QByteArray("");
+    }
+
+    void aSlotThatDoesNotTakeAnEventIsRefusedAndNamed()
+    {
+        QFETCH(QByteArray, slot);
+        unit::LogCapture log(3);
+        const QString name = QStringLiteral("SOME_EVENT");
+        QVERIFY(!m_module.subscribeEvent(name, this, slot.constData()));
+        QCOMPARE(log.take(),
+                 QStringList{QStringLiteral(
+                                 "error: Cannot subscribe to event SOME_EVENT: there is no slot ") +
+                             QString::fromLatin1(slot)});
+        QVERIFY(!m_module.subscribeEvent(name, nullptr, slot.constData()));
+    }
+
+    void withoutABusEventsAndCallsFail()
+    {
+        ZELEvent event;
+        event.setEvtName(QStringLiteral("SOME_EVENT"));
+        QVERIFY(!m_module.notifyEvent(event));
+        unit::LogCapture log(3);
+        QVERIFY(!m_module.subscribeEvent(event.getEvtName(), this, SLOT(receive(ZELEvent))));
+        QCOMPARE(log.take(), QStringList{QStringLiteral("error: Cannot subscribe to event "
+                                                        "SOME_EVENT: the bus refused")});
+        const QDBusMessage reply =
+            m_module.syncRemoteCall(QStringLiteral("Peer"), QStringLiteral("doIt"), {});
+        QCOMPARE(reply.type(), QDBusMessage::ErrorMessage);
+    }
+
+    void aLogCategoryStandsBeforeTheText()
+    {
+        unit::LogCapture log(3);
+        logger(QStringLiteral("storage")).error(QStringLiteral("text"));
+        QCOMPARE(log.take(), QStringList{QStringLiteral("error: storage: text")});
+    }
+
+    void theDataRootComesFromTheEnvironment_data()
+    {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QString>("root");
+        QTest::newRow("with a slash") << QByteArray("/tmp/data/") << QStringLiteral("/tmp/data/");
+        QTest::newRow("without a slash") << QByteArray("/tmp/data") << QStringLiteral("/tmp/data/");
+        QTest::newRow("empty") << QByteArray("") << QStringLiteral("/data/ZELApplication/");
+    }
+
+    void theDataRootComesFromTheEnvironment()
+    {
+        QFETCH(QByteArray, variable);
+        QFETCH(QString, root);
+        const QByteArray former = qgetenv("ZEL_DATA_ROOT");
+        qputenv("ZEL_DATA_ROOT", variable);
+        const QString found = ZELApplication::dataRoot();
+        qputenv("ZEL_DATA_ROOT", former);
+        QCOMPARE(found, root);
+    }
+
+private:
+    ZELModule m_module{QStringLiteral("Some")};
 };
 
-void ModuleTest::itHasItsNameAndNoAdaptor()
-{
-    const ZELModule module(QStringLiteral("Some"));
-    QCOMPARE(module.getModuleName(), QStringLiteral("Some"));
-    QVERIFY(!module.getAdaptor());
-}
-
-void ModuleTest::everyHookSaysYesAndChangesNothing_data()
-{
-    QTest::addColumn<Hook>("hook");
-    QTest::newRow("check") << Hook(&ZELModule::check);
-    QTest::newRow("deploy") << Hook(&ZELModule::deploy);
-    QTest::newRow("init") << Hook(&ZELModule::init);
-    QTest::newRow("start") << Hook(&ZELModule::start);
-    QTest::newRow("stop") << Hook(&ZELModule::stop);
-    QTest::newRow("preSaveForSaveRestore") << Hook(&ZELModule::preSaveForSaveRestore);
-    QTest::newRow("postRestoreForSaveRestore") << Hook(&ZELModule::postRestoreForSaveRestore);
-    QTest::newRow("restoreDefault") << Hook(&ZELModule::restoreDefault);
-    QTest::newRow("restoreFactory") << Hook(&ZELModule::restoreFactory);
-}
-
-void ModuleTest::everyHookSaysYesAndChangesNothing()
-{
-    QFETCH(Hook, hook);
-    ZELModule module(QStringLiteral("Some"));
-    unit::LogCapture log(7);
-    QVERIFY((module.*hook)());
-    QVERIFY(!module.getAdaptor());
-    QCOMPARE(log.take(), QStringList());
-}
-
-void ModuleTest::thePresentationHooksDoNothing()
-{
-    ZELModule module(QStringLiteral("Some"));
-    unit::LogCapture log(7);
-    module.presentation_loaded();
-    module.presentation_stop();
-    QCOMPARE(log.take(), QStringList());
-}
-
-void ModuleTest::itKnowsNoCapabilities()
-{
-    ZELModule module(QStringLiteral("Some"));
-    QCOMPARE(module.getCapabilities().size(), 0);
-    QCOMPARE(module.getCapabilities(7).size(), 0);
-    QVERIFY(module.getCapability(QStringLiteral("any")) == Capability());
-    QVERIFY(module.getCapability(7, QStringLiteral("any")) == Capability());
-}
-
-void ModuleTest::theCapabilitiesAnswerByName()
-{
-    ZELModule module(QStringLiteral("Some"));
-    MapQStringCapability map{{QStringLiteral("left over"), Capability()}};
-    QVERIFY(QMetaObject::invokeMethod(&module, "getCapabilities",
-                                      Q_RETURN_ARG(MapQStringCapability, map)));
-    QCOMPARE(map.size(), 0);
-    map.insert(QStringLiteral("left over"), Capability());
-    QVERIFY(QMetaObject::invokeMethod(&module, "getCapabilities",
-                                      Q_RETURN_ARG(MapQStringCapability, map), Q_ARG(int, 1)));
-    QCOMPARE(map.size(), 0);
-    Capability one{QStringLiteral("left over"), 1};
-    QVERIFY(QMetaObject::invokeMethod(&module, "getCapability", Q_RETURN_ARG(Capability, one),
-                                      Q_ARG(QString, QStringLiteral("any"))));
-    QVERIFY(one == Capability());
-    one.value = 1;
-    QVERIFY(QMetaObject::invokeMethod(&module, "getCapability", Q_RETURN_ARG(Capability, one),
-                                      Q_ARG(int, 1), Q_ARG(QString, QStringLiteral("any"))));
-    QVERIFY(one == Capability());
-}
-
-void ModuleTest::nobodyRunsTheHooksUnderAnotherApplicationObject()
-{
-    const CountingModule module;
-    bool isLoopDone = false;
-    QMetaObject::invokeMethod(
-        this, [&isLoopDone] { isLoopDone = true; }, Qt::QueuedConnection);
-    QVERIFY(QTest::qWaitFor([&] { return isLoopDone; }));
-    QCOMPARE(module.hooks, 0);
-}
-
-PROGKEYS_TEST_MAIN(ModuleTest)
+PROGKEYS_TEST(ModuleTest)
 #include "ModuleTest.moc"
