@@ -1,4 +1,4 @@
-"""Ways out, wanted and not, while calls wait and peers hang."""
+"""The end of the process while calls wait and peers do not answer."""
 
 import os
 import signal
@@ -35,7 +35,7 @@ def assert_refused(reply):
     assert refusal.value.message == "The module is ending"
 
 
-def test_a_termination_lets_the_call_in_hand_finish_and_refuses_those_that_wait(
+def test_a_termination_lets_the_current_call_finish_and_refuses_those_that_wait(
     service, client, settings, busy, database
 ):
     waiting = [client.send("createProgrammableKey", KEY, HOME_KEY) for _ in range(3)]
@@ -73,7 +73,7 @@ def test_a_termination_during_the_start_ends_it_before_the_service_appears(launc
     assert owner.current == ""
 
 
-def test_signals_upon_signals_end_the_service_no_less_cleanly(service, client, action, data_root):
+def test_repeated_signals_end_the_service_cleanly(service, client, action, data_root):
     while service.running:
         service.send_signal(signal.SIGTERM)
         service.send_signal(signal.SIGINT)
@@ -81,7 +81,7 @@ def test_signals_upon_signals_end_the_service_no_less_cleanly(service, client, a
     assert [path.name for path in (data_root / SERVICE).iterdir()] == ["zelprogrammablekeys.data"]
 
 
-def test_a_bus_that_dies_while_the_start_waits_for_a_peer_ends_it_with_1(launch, bus, settings):
+def test_a_bus_that_is_lost_while_the_start_waits_for_a_peer_ends_it_with_1(launch, bus, settings):
     settings.hang()
     process = launch()
     settings.wait_for_calls(1)
@@ -90,7 +90,7 @@ def test_a_bus_that_dies_while_the_start_waits_for_a_peer_ends_it_with_1(launch,
     assert process.log.texts("error")
 
 
-def test_a_log_that_nobody_reads_any_more_does_not_end_the_service(bin_dir, bus, client, data_root, settings):
+def test_a_closed_log_pipe_does_not_end_the_service(bin_dir, bus, client, data_root, settings):
     environment = {
         **clean_environment(),
         "DBUS_SYSTEM_BUS_ADDRESS": bus.address,

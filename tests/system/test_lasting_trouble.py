@@ -1,4 +1,4 @@
-"""A supervisor that starts the service again and again while its storage is in trouble."""
+"""Repeated starts while the data can be neither used nor set aside."""
 
 import os
 from pathlib import Path
@@ -9,44 +9,38 @@ from database import RESERVED_ACTION
 from mounts import memory_file_system
 from samples import CALL
 from sandbox.names import SERVICE
+from wrapping import wrapped
 
 STARTS = 4
 
 
 def without_roots_privilege(directory: Path, bin_dir: Path) -> Path:
-    """A directory of executables whose service has no leave to write where nobody has."""
+    """A directory of executables whose service cannot write where its user has no permission."""
     if os.geteuid() != 0:
         return bin_dir
-    directory.mkdir()
-    script = directory / "zelprogrammablekeys"
     privileges = "-dac_override,-dac_read_search"
-    script.write_text(
-        "#!/bin/sh\n"
-        f"exec setpriv --bounding-set={privileges} --inh-caps={privileges} "
-        f"{bin_dir}/zelprogrammablekeys\n"
-    )
-    script.chmod(0o755)
-    return directory
+    options = f"--bounding-set={privileges} --inh-caps={privileges}"
+    return wrapped(directory, bin_dir, "setpriv", options)
 
 
 @pytest.fixture
 def refused(launch):
-    """Starts the service over and over; each start must be refused with one reason."""
+    """Starts the service repeatedly; each start must be refused for the same reason."""
 
-    def start_again_and_again(reason: str, **options: object) -> None:
+    def start_repeatedly(reason: str, **options: object) -> None:
         for _ in range(STARTS):
             service = launch(**options)
             assert service.wait_for_exit() == 1
             assert reason in service.log.texts("error")[-1]
 
-    return start_again_and_again
+    return start_repeatedly
 
 
 def names_in(directory: Path) -> list[str]:
     return sorted(path.name for path in directory.iterdir())
 
 
-def test_damaged_data_that_cannot_be_set_aside_is_copied_once_and_not_at_each_start(
+def test_damaged_data_that_cannot_be_set_aside_is_copied_once(
     refused, settings, data_root, database
 ):
     with memory_file_system(database.path.parent, 1 << 20):

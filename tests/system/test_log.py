@@ -1,4 +1,4 @@
-"""What is logged at which level, and in which form."""
+"""The levels and the form of log lines."""
 
 import os
 import re
@@ -20,7 +20,7 @@ WRITTEN_AT = {
 
 
 def provoke_every_level(client):
-    """An error and a warning; a first start has told of the missing tables, and debugged."""
+    """An error and a warning. A first start has logged the other levels."""
     client.delete_action(-1)
     client.send_raw_event("sas", "AOM_KEY_PRESS_EVENT", ["no", "arguments"])
     client.round_trip()
@@ -29,7 +29,7 @@ def provoke_every_level(client):
 @pytest.mark.parametrize(
     "level, written", WRITTEN_AT.items(), ids=[f"level {level}" for level in WRITTEN_AT]
 )
-def test_a_line_is_written_only_when_the_configured_level_exceeds_its_threshold(
+def test_a_line_is_written_from_its_level_upward(
     start, client, level, written
 ):
     service = start(log_level=level)
@@ -37,31 +37,13 @@ def test_a_line_is_written_only_when_the_configured_level_exceeds_its_threshold(
     assert {line.level for line in service.log.lines()} == written
 
 
-@pytest.mark.parametrize("level", [5, 6])
-def test_no_lifecycle_line_is_written_below_level_7(start, client, level):
-    service = start(log_level=level)
-    client.restore_factory()
-    assert [text for text in service.log.texts() if text.startswith("ZelProgrammableKeys ")] == []
-
-
-def test_each_hook_writes_its_line_once_per_call_at_level_7(start, client):
-    service = start(log_level=7)
-    client.restore_default()
-    client.restore_default()
-    assert [
-        text for text in service.log.texts("debug") if text.startswith("ZelProgrammableKeys ")
-    ] == [
-        "ZelProgrammableKeys checking...",
-        "ZelProgrammableKeys deploying...",
-        "ZelProgrammableKeys initialization...",
-        "ZelProgrammableKeys starting...",
-        "ZelProgrammableKeys restoring data to default ...",
-        "ZelProgrammableKeys restoring data to default ...",
-    ]
-
-
-def test_level_6_is_the_default(start, client):
-    service = start(log_level=None)
+@pytest.mark.parametrize(
+    "text",
+    [None, "", "debug", "8", "-1", "3x"],
+    ids=["unset", "empty", "a word", "too great", "negative", "a number and more"],
+)
+def test_the_level_is_6_if_the_environment_sets_no_valid_one(start, client, text):
+    service = start(log_level=None, extra={} if text is None else {"ZEL_LOG_LEVEL": text})
     provoke_every_level(client)
     assert {line.level for line in service.log.lines()} == {"error", "warning", "info"}
 

@@ -1,7 +1,6 @@
 """The log level of a running process, read and set over the bus."""
 
 import os
-import subprocess
 import xml.etree.ElementTree as ElementTree
 
 import dbus
@@ -9,7 +8,6 @@ import pytest
 
 from samples import CALL, sent
 from sandbox.client import INTROSPECTABLE, BusError
-from sandbox.loop import LIMIT
 from sandbox.names import SERVICE, SETTINGS_MANAGER, bus_name
 
 PATH = "/org/freedesktop/LogControl1"
@@ -34,24 +32,7 @@ def set_level(client, level):
     assert call(client, "Set", "ssv", LOG_CONTROL, "LogLevel", level).signature == ""
 
 
-def gdbus(bus, *words):
-    environment = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": bus.address}
-    return subprocess.run(
-        ["gdbus", *words],
-        env=environment,
-        capture_output=True,
-        text=True,
-        timeout=LIMIT,
-        check=False,
-    )
-
-
-def gdbus_call(bus, method, *arguments):
-    where = ["--dest", bus_name(SERVICE), "--object-path", PATH]
-    return gdbus(bus, "call", "--system", *where, "--method", method, *arguments)
-
-
-# What it is
+# Reading
 
 
 @pytest.mark.parametrize("interface", [LOG_CONTROL, ""], ids=["the interface", "any interface"])
@@ -75,27 +56,19 @@ def test_the_target_is_the_journal_where_the_error_output_is(start, client, tmp_
     stream = f"{os.stat(log).st_dev}:{os.stat(log).st_ino}"
     start(log_path=log, extra={"JOURNAL_STREAM": stream})
     assert proxy(client).Get(LOG_CONTROL, "LogTarget") == "journal"
-    proxy(client).Set(LOG_CONTROL, "LogTarget", "journal")
+    proxy(client).Set(LOG_CONTROL, "LogTarget", "journal")  # the same again
     with pytest.raises(BusError, match="NotSupported"):
         call(client, "Set", "ssv", LOG_CONTROL, "LogTarget", "console")
 
 
-def test_every_module_has_it(settings_manager, client):
+def test_the_settings_manager_has_the_properties_too(settings_manager, client):
     properties = proxy(client, SETTINGS_MANAGER)
     assert properties.Get(LOG_CONTROL, "SyslogIdentifier") == SETTINGS_MANAGER
     properties.Set(LOG_CONTROL, "LogLevel", "err")
     assert properties.Get(LOG_CONTROL, "LogLevel") == "err"
 
 
-def test_the_object_is_there_as_soon_as_the_name_is(launch, client, settings):
-    for _ in range(5):
-        process = launch()
-        assert process.comes_up(client)
-        assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "debug"
-        process.stop()
-
-
-# Setting it
+# Setting
 
 
 def test_debug_lines_come_and_go_with_the_level(start, client):
@@ -122,7 +95,7 @@ def test_a_level_that_is_set_is_the_level(service, client, level):
     assert service.log.take("info") == expected
 
 
-def test_errors_are_silenced_too(service, client):
+def test_a_level_below_err_silences_errors(service, client):
     set_level(client, "crit")
     service.log.take()
     client.delete_action(-1)
@@ -138,12 +111,7 @@ def test_a_change_between_levels_that_write_no_such_line_is_not_logged(start, cl
     assert service.log.take() == []
 
 
-def test_the_target_may_be_set_to_what_it_is(service, client):
-    proxy(client).Set(LOG_CONTROL, "LogTarget", "console")
-    assert service.log.take() == []
-
-
-def test_a_caller_that_wants_no_reply_is_obeyed(service, client):
+def test_a_call_that_expects_no_reply_sets_the_level(service, client):
     message = client.message(
         "Set", "ssv", LOG_CONTROL, "LogLevel", "err", interface=PROPERTIES, path=PATH
     )
@@ -152,21 +120,17 @@ def test_a_caller_that_wants_no_reply_is_obeyed(service, client):
     assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "err"
 
 
-# What is refused
+# Refusals
 
 LEVEL = ("ssv", LOG_CONTROL, "LogLevel")
 TARGET = ("ssv", LOG_CONTROL, "LogTarget")
 REFUSALS = {
     "an unknown level": (PROPERTIES, "Set", (*LEVEL, "verbose"), "InvalidArgs"),
-    "an empty level": (PROPERTIES, "Set", (*LEVEL, ""), "InvalidArgs"),
     "a level in capitals": (PROPERTIES, "Set", (*LEVEL, "DEBUG"), "InvalidArgs"),
-    "a level by its number": (PROPERTIES, "Set", (*LEVEL, "7"), "InvalidArgs"),
     "a number": (PROPERTIES, "Set", (*LEVEL, dbus.Int32(7)), "InvalidArgs"),
-    "a list": (PROPERTIES, "Set", (*LEVEL, dbus.Array(["info"], signature="s")), "InvalidArgs"),
     "a structure": (PROPERTIES, "Set", (*LEVEL, dbus.Struct(("info",))), "InvalidArgs"),
     "a bare text": (PROPERTIES, "Set", ("sss", *LEVEL[1:], "info"), "UnknownMethod"),
     "another target": (PROPERTIES, "Set", (*TARGET, "journal"), "NotSupported"),
-    "a target that is a number": (PROPERTIES, "Set", (*TARGET, dbus.Int32(1)), "NotSupported"),
     "the identifier": (
         PROPERTIES,
         "Set",
@@ -214,7 +178,7 @@ QT_REPORTS = ("QDBusConnection: couldn't handle call to ", "Could not find slot 
 
 
 @pytest.mark.parametrize("interface, method, arguments, refusal", REFUSALS.values(), ids=REFUSALS)
-def test_what_cannot_be_done_is_refused_with_an_error(
+def test_an_invalid_call_is_refused_with_an_error(
     service, client, interface, method, arguments, refusal
 ):
     with pytest.raises(BusError) as error:
@@ -241,16 +205,16 @@ def test_the_refusal_of_a_level_names_the_levels(service, client):
     ],
     ids=["a property", "an interface", "a level", "a target"],
 )
-def test_a_refusal_does_not_repeat_all_of_a_long_name(service, client, arguments):
+def test_a_refusal_shortens_a_long_name(service, client, arguments):
     with pytest.raises(BusError) as refusal:
         call(client, *arguments)
     assert len(str(refusal.value)) < 400
 
 
-# Other clients
+# Introspection
 
 
-def test_it_says_what_it_is(service, client):
+def test_the_introspection_describes_the_properties(service, client):
     (text,) = call(client, "Introspect", "", interface=INTROSPECTABLE).values
     interfaces = {node.get("name"): node for node in ElementTree.fromstring(text)}
     assert set(interfaces) == {LOG_CONTROL, PROPERTIES, INTROSPECTABLE, PEER}
@@ -275,27 +239,7 @@ def test_it_says_what_it_is(service, client):
     assert silent == {"org.freedesktop.DBus.Property.EmitsChangedSignal": "false"}
 
 
-def test_it_is_found_from_the_root(service, client):
+def test_the_object_is_found_from_the_root(service, client):
     reply = client.call("Introspect", interface=INTROSPECTABLE, path="/org/freedesktop")
     nodes = [node.get("name") for node in ElementTree.fromstring(reply.values[0]).iter("node")]
     assert "LogControl1" in nodes
-
-
-def test_gdbus_reads_and_sets_the_level(service, bus, client):
-    get = gdbus_call(bus, f"{PROPERTIES}.Get", LOG_CONTROL, "LogLevel")
-    assert (get.returncode, get.stdout) == (0, "(<'debug'>,)\n"), get.stderr
-    done = gdbus_call(bus, f"{PROPERTIES}.Set", LOG_CONTROL, "LogLevel", "<'notice'>")
-    assert (done.returncode, done.stdout) == (0, "()\n"), done.stderr
-    assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "notice"
-    refused = gdbus_call(bus, f"{PROPERTIES}.Set", LOG_CONTROL, "LogLevel", "<'verbose'>")
-    assert refused.returncode == 1
-    assert f"{ERROR}.InvalidArgs" in refused.stderr
-
-
-def test_gdbus_shows_the_properties(service, bus):
-    where = ["--dest", bus_name(SERVICE), "--object-path", PATH]
-    shown = gdbus(bus, "introspect", "--system", *where)
-    assert shown.returncode == 0, shown.stderr
-    assert "readwrite s LogLevel = 'debug';" in shown.stdout
-    assert "readwrite s LogTarget = 'console';" in shown.stdout
-    assert f"readonly s SyslogIdentifier = '{SERVICE}';" in shown.stdout

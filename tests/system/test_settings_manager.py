@@ -1,4 +1,4 @@
-"""The SettingsManager peer that stands in for the phone's own."""
+"""The SettingsManager peer for development and tests."""
 
 import pytest
 
@@ -38,7 +38,7 @@ def put(settings_manager, client):
 
 
 @pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
-def test_a_setting_is_the_whole_text_of_its_file(get, settings_dir, text):
+def test_the_value_of_a_setting_is_the_text_of_its_file(get, settings_dir, text):
     (settings_dir / "Name").write_text(text, encoding="utf-8")
     assert get("Name") == text
 
@@ -55,12 +55,12 @@ def test_a_setting_is_the_whole_text_of_its_file(get, settings_dir, text):
         "carriage return",
     ],
 )
-def test_one_newline_at_the_end_of_the_file_is_dropped(get, settings_dir, written, value):
+def test_one_final_newline_is_dropped(get, settings_dir, written, value):
     (settings_dir / "Name").write_bytes(written.encode())
     assert get("Name") == value
 
 
-def test_a_file_is_read_afresh_at_each_call(get, settings_dir):
+def test_a_file_is_read_at_each_call(get, settings_dir):
     for value in ("1", "2", "", "3"):
         (settings_dir / "ProgKeysMax").write_text(value)
         assert get("ProgKeysMax") == value
@@ -73,10 +73,18 @@ def test_a_setting_that_was_set_is_read_back(get, put, settings_dir, text):
     assert (settings_dir / "Name").is_file()
 
 
-def test_a_setting_that_was_set_again_has_its_new_value_alone(get, put):
+def test_a_new_value_replaces_the_former_one_and_leaves_no_other_file(get, put, settings_dir):
     put("Name", "a long value")
+    before = sorted(settings_dir.iterdir())
     put("Name", "short")
     assert get("Name") == "short"
+    assert sorted(settings_dir.iterdir()) == before
+
+
+def test_a_value_that_cannot_be_written_is_an_error(put, settings_dir):
+    settings_dir.rename(settings_dir.with_name("moved"))
+    with pytest.raises(BusError):
+        put("Name", "value")
 
 
 FORBIDDEN = ["../secret", "sub/secret", "/etc/hostname", ".hidden", "..", ".", "sub/"]
