@@ -22,21 +22,26 @@ ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
 
 
 @pytest.hookimpl(tryfirst=True)
-def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
-    """Under an emulator, skips what cannot hold there."""
+def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item]) -> None:
+    """Under an emulator, leaves out the tests that cannot pass there."""
     if "PROGKEYS_EMULATED" not in os.environ:
         return
-    functions: dict[str, list[pytest.Item]] = {}
-    for item in items:
-        program = f"{item.path.parent.name}.{item.path.stem.removeprefix('test_')}"
-        functions.setdefault(f"{program}::{item.name.partition('[')[0]}", []).append(item)
-    programs = {name.partition("::")[0] for name in functions}
-    for name, reason in read_exceptions().items():
+    names = {item: name_in_exceptions(item) for item in items}
+    programs = {name.partition("::")[0] for name in names.values()}
+    exceptions = read_exceptions().keys()
+    for name in exceptions - set(names.values()):
         program, _, function = name.partition("::")
-        if function and program in programs and name not in functions:
-            raise pytest.UsageError(f"There is no {name} to make an exception of")
-        for item in functions.get(name, []):
-            item.add_marker(pytest.mark.skip(reason=reason))
+        if function and program in programs:
+            raise pytest.UsageError(f"tests/emulator/exceptions.txt: there is no test {name}")
+    left_out = [item for item in items if names[item] in exceptions]
+    items[:] = [item for item in items if names[item] not in exceptions]
+    config.hook.pytest_deselected(items=left_out)
+
+
+def name_in_exceptions(item: pytest.Item) -> str:
+    """The name of a test function, with the name of the CTest test that runs it."""
+    program = f"{item.path.parent.name}.{item.path.stem.removeprefix('test_')}"
+    return f"{program}::{item.name.partition('[')[0]}"
 
 
 @pytest.fixture(scope="session")

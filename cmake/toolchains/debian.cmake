@@ -3,7 +3,7 @@ set(CMAKE_SYSTEM_NAME Linux)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PROGKEYS_TARGET_ROOT)
 set(PROGKEYS_TARGET_ROOT "" CACHE PATH "The root of the target's packages")
 if(NOT PROGKEYS_TARGET_ROOT OR NOT EXISTS "${PROGKEYS_TARGET_ROOT}/usr/include")
-  message(FATAL_ERROR "PROGKEYS_TARGET_ROOT names no root of a target; scripts/cross makes one")
+  message(FATAL_ERROR "PROGKEYS_TARGET_ROOT names no root of a target; scripts/maintain/cross makes one")
 endif()
 
 set(CMAKE_C_COMPILER ${PROGKEYS_TRIPLET}-gcc)

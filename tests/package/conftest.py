@@ -23,7 +23,7 @@ def packages() -> dict[str, Path]:
     missing = {*IN_ROOT, "libzelcore-dev"} - found.keys()
     assert (
         not missing
-    ), f"no package of {', '.join(sorted(missing))} in {directory}; run scripts/package"
+    ), f"no package of {', '.join(sorted(missing))} in {directory}; run scripts/maintain/package"
     return found
 
 

@@ -76,7 +76,7 @@ class PrivateBus:
         assert self.running, f"the bus did not start:\n{log.read_text(errors='replace')}"
 
     def stop(self) -> None:
-        """Ends the daemon; whoever is connected loses the bus."""
+        """Ends the daemon. Its clients lose the bus."""
         if self._daemon is not None:
             self._daemon.kill()
             self._daemon.wait()

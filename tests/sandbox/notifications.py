@@ -37,7 +37,7 @@ class ServiceManager:
         )
 
     def close(self) -> None:
-        """Listens no more; whoever sends something gets an error."""
+        """Stops listening. A process that sends something gets an error."""
         if self._socket.fileno() >= 0:
             GLib.source_remove(self._watch)
             self._socket.close()

@@ -56,7 +56,7 @@ class FakeSettingsManager:
         self._connection.request_name(bus_name(SETTINGS_MANAGER))
 
     def close(self) -> None:
-        """Leaves the bus; whoever still waits for a reply is told so by the bus."""
+        """Leaves the bus. The bus answers calls that still wait with an error."""
         self._connection.close()
 
     def _receive(self, _connection: object, message: Any) -> int:

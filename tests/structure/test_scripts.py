@@ -50,7 +50,7 @@ def caller(tmp_path: Path) -> Caller:
 
 
 def test_there_are_scripts() -> None:
-    assert {"run", "test", "lint", "demo/show", "target/root"} <= set(NAMES)
+    assert {"run", "test", "lint", "demo/show", "maintain/target/root"} <= set(NAMES)
 
 
 def test_work_is_noticed(caller: Caller) -> None:
