@@ -132,13 +132,13 @@ def test_a_lost_bus_ends_the_process_with_status_1_and_is_notified(service, bus,
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=lambda number: number.name)
-def test_a_termination_is_notified_once(service, manager, number):
+def test_a_termination_is_notified(service, manager, number):
     service.stop(number)
     (notification,) = manager.take()
     assert (notification.what, notification.status) == (STOPPING, "Ending")
 
 
-def test_a_termination_during_a_call_is_notified_before_the_reply(
+def test_a_termination_during_a_call_is_notified_once_and_before_the_reply(
     service, client, manager, settings
 ):
     settings.hang()
@@ -149,9 +149,11 @@ def test_a_termination_during_a_call_is_notified_before_the_reply(
     settings.hang()
     settings.wait_for_calls(READS_OF_DEFAULTS + 2)
     assert manager.words() == [STOPPING]
+    service.send_signal(signal.SIGTERM)
     settings.release()
     restore.wait()
     assert service.wait_for_exit() == 0
+    assert manager.words() == []
 
 
 # The watchdog
