@@ -1,9 +1,11 @@
 #include "provisioning/RandomPhone.h"
 
+#include "provisioning/ProvisioningText.h"
+
 namespace unit {
 namespace {
 
-constexpr int FieldCount = 7;
+using provisioning::FieldCount;
 
 QString randomText(Random &random)
 {

@@ -1,7 +1,7 @@
 #include "converting/Formats.h"
 #include "defaults/Setting.h"
 #include "provisioning/Random.h"
-#include "support/TestMain.h"
+#include "support/TestProgram.h"
 
 using defaults::Kind;
 using defaults::Records;
@@ -122,5 +122,5 @@ void RoundTripTest::everyFormatGivesTheSameText()
     }
 }
 
-PROGKEYS_TEST_MAIN(RoundTripTest)
+PROGKEYS_TEST(RoundTripTest)
 #include "RoundTripTest.moc"

@@ -1,7 +1,7 @@
 #include "fields/Fields.h"
 
 #include "outcome/Failure.h"
-#include "support/TestMain.h"
+#include "support/TestProgram.h"
 
 #include <QJsonDocument>
 
@@ -110,5 +110,5 @@ void FieldsTest::invalidJsonIsRejected()
     QCOMPARE(key, Key());
 }
 
-PROGKEYS_TEST_MAIN(FieldsTest)
+PROGKEYS_TEST(FieldsTest)
 #include "FieldsTest.moc"

@@ -1,6 +1,6 @@
 #include "output/Text.h"
 
-#include "support/TestMain.h"
+#include "support/TestProgram.h"
 
 #include <clocale>
 
@@ -77,5 +77,5 @@ void TextTest::printedTextIsHarmless()
     QTEST(output::printable(text), "printed");
 }
 
-PROGKEYS_TEST_MAIN(TextTest)
+PROGKEYS_TEST(TextTest)
 #include "TextTest.moc"
