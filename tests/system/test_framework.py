@@ -2,13 +2,13 @@
 
 import fcntl
 import os
-import signal
 
 import pytest
 from dbus.lowlevel import HANDLER_RESULT_NOT_YET_HANDLED
 
 from sandbox.client import BusError
 from sandbox.events import EventRecorder
+from sandbox.loop import wait_until
 from sandbox.names import INTERFACE, LIFECYCLE, object_path
 from sandbox.processes import Module, clean_environment
 
@@ -34,8 +34,13 @@ def launch_subject(bin_dir, bus, data_root, tmp_path):
         return launched[-1]
 
     yield launch
-    for process in launched:
-        process.kill()
+    try:
+        for process in launched:
+            if process.running:
+                process.stop()
+    finally:
+        for process in launched:
+            process.kill()
 
 
 @pytest.fixture
@@ -207,7 +212,6 @@ def test_an_exception_that_leaves_a_call_is_one_error_reply_and_one_line(
         f"Exception of type 4 left module Subject: {message}",
         f"Exception of type 9 left module (none): {message}",
     ]
-    process.stop(signal.SIGTERM, status=0)
 
 
 def test_a_failed_call_that_expects_no_reply_gets_none(start_subject, client):
@@ -235,7 +239,16 @@ def test_an_exception_that_leaves_the_slot_of_an_event_is_logged_and_the_next_ev
     client.send_event("SUBJECT_EVENT")
     events.wait_for("SUBJECT_ANSWER")
     assert process.log.texts("error") == ["Exception of type 7 left module Subject: why"]
-    process.stop(signal.SIGTERM, status=0)
+
+
+def test_an_exception_that_leaves_the_event_loop_is_logged_and_the_loop_goes_on(
+    start_subject, client
+):
+    process = start_subject()
+    client.call("failLater", "s", "why", module=SUBJECT)
+    wait_until(lambda: process.log.texts("error"), "the exception is logged")
+    assert process.log.texts("error") == ["Exception of type 5 left module Subject: why"]
+    assert echo(client) == "are you there?"
 
 
 # The log

@@ -6,6 +6,7 @@
 #include <QDBusAbstractAdaptor>
 #include <QDebug>
 #include <QDir>
+#include <QTimer>
 
 #include <csignal>
 #include <utility>
@@ -77,6 +78,12 @@ public slots:
     QString failWithoutModule(const QString &message)
     {
         throw new ZELException(nullptr, 9, message);
+    }
+    /// Answers, and throws when the event loop goes on.
+    void failLater(const QString &message)
+    {
+        QTimer::singleShot(0, &m_subject,
+                           [this, message] { throw new ZELException(&m_subject, 5, message); });
     }
     /// Reports through Qt, as its libraries do.
     QString report(const QString &text)

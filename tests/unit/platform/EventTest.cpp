@@ -42,13 +42,6 @@ private slots:
 
     void cleanupTestCase() { m_echo.reset(); }
 
-    void aNewEventIsEmpty()
-    {
-        const ZELEvent event;
-        QCOMPARE(event.getEvtName(), QString());
-        QCOMPARE(event.getArguments().size(), 0);
-    }
-
     void anArgumentIsFoundByItsExactName()
     {
         ZELEvent event;
@@ -59,15 +52,6 @@ private slots:
         QCOMPARE(event.getArgument(QStringLiteral("addr")), QVariant(1));
         QVERIFY(!event.getArgument(QStringLiteral("addr ")).isValid());
         QVERIFY(!event.getArgument(QString()).isValid());
-    }
-
-    void aCopyIsIndependent()
-    {
-        const ZELEvent event = eventWith(1);
-        ZELEvent copy = QVariant::fromValue(event).value<ZELEvent>();
-        copy.addArgument(2, QStringLiteral("more"), true);
-        QCOMPARE(event.getArguments().size(), 1);
-        QCOMPARE(copy.getArguments().size(), 2);
     }
 
     void anEventIsASignalOfTheEventsInterface()
