@@ -274,6 +274,23 @@ def test_linked_data_is_copied_aside(start_subject, data, data_root, link):
     assert (data_root / f"{SUBJECT}.before-deploy" / "data").read_text() == "the keys"
 
 
+@pytest.mark.parametrize(
+    "word, status",
+    [
+        pytest.param("deploy=no", 1, id="deploy fails"),
+        pytest.param("deploy=term", 0, id="a signal comes during deploy"),
+    ],
+)
+def test_data_is_copied_aside_but_stays_if_the_start_ends_in_deploy(
+    launch_subject, data, data_root, word, status
+):
+    process = launch_subject("check=no", word)
+    assert process.wait_for_exit() == status
+    assert hooks(process) == ["check", "deploy"]
+    assert names_in(data_root) == [SUBJECT, f"{SUBJECT}.before-deploy"]
+    assert data.read_text() == "the keys"
+
+
 def test_data_that_cannot_be_copied_aside_is_left_as_it_is(launch_subject, data, data_root):
     (data.parent / "link").symlink_to(data_root / "nowhere")
     process = launch_subject("check=no", "deploy=wipe")

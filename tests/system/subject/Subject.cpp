@@ -13,6 +13,15 @@
 
 namespace {
 
+/// Subscribes to the same event as the module, and is gone when it comes.
+class FormerReceiver : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void receive(const ZELEvent & /*event*/) { qFatal("A former receiver is called"); }
+};
+
 /// A module for tests of the framework. It does what its words say: "init=no" lets the hook `init`
 /// fail, "init=throw" lets it throw, "init=term" sends the process SIGTERM during it, "deploy=wipe"
 /// lets `deploy` remove the module's data. "check=no" holds until `deploy` runs, "check=never" for
@@ -35,8 +44,10 @@ public:
     }
     bool init() override
     {
-        return subscribeEvent(QStringLiteral("SUBJECT_EVENT"), this, SLOT(receive(ZELEvent))) &&
-               run("init");
+        const QString event = QStringLiteral("SUBJECT_EVENT");
+        FormerReceiver former;
+        return subscribeEvent(event, &former, SLOT(receive(ZELEvent))) &&
+               subscribeEvent(event, this, SLOT(receive(ZELEvent))) && run("init");
     }
     bool start() override;
     void presentation_loaded() override { run("presentation_loaded"); }
