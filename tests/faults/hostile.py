@@ -1,4 +1,4 @@
-"""Values that others stumble over."""
+"""Values that programs often handle wrongly."""
 
 import math
 
@@ -17,8 +17,8 @@ DOUBLES = (
     *(INT_MAX + 0.4, INT_MAX + 0.5, INT_MIN - 0.4, INT_MIN - 0.6, math.inf, -math.inf, math.nan),
 )
 
-# A mark of byte order at the very beginning of a text does not survive the bus library, and two
-# characters that are none do not survive SQLite: they are left out.
+# Left out: a byte order mark at the beginning of a text, which the bus library drops, and two
+# noncharacters that SQLite does not store.
 TEXTS = (
     "",
     " ",
@@ -48,7 +48,7 @@ TEXTS = (
     '<arg type="x"/>&amp;]]>',
 )
 
-# Blanks beyond ASCII around a number are left out: one version of Qt reads over them, another does not.
+# Blanks beyond ASCII around a number are left out: one version of Qt skips them, another does not.
 NUMBERS = (
     "0",
     "1",

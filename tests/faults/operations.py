@@ -1,7 +1,10 @@
 """What can be called on the service's object, with the signatures that the bus carries."""
 
-from typing import NamedTuple
+from typing import Any, NamedTuple, Optional
 
+import dbus
+
+from sandbox.client import Client, PendingReply
 from sandbox.names import INTERFACE, LIFECYCLE
 from sandbox.records import ACTION, CAPABILITY, KEY
 
@@ -17,6 +20,16 @@ class Operation(NamedTuple):
     takes: str
     returns: str
     interface: str = INTERFACE
+
+    def send(self, client: Client, *values: Any) -> PendingReply:
+        """Calls it without waiting for the reply."""
+        return client.send(self.name, self.takes, *values, interface=self.interface)
+
+    def result_of(self, reply: PendingReply) -> Any:
+        """The value of a reply, which must have the right signature."""
+        signature, values = reply.wait()
+        assert signature == self.returns, f"{self.name} returned {signature!r}"
+        return values[0] if values else None
 
 
 METHODS = (
@@ -50,3 +63,11 @@ HOOKS = (
 )
 
 STOP = Operation("stop", "", "b", LIFECYCLE)
+
+
+def operation_of(name: str, count: int) -> Optional[Operation]:
+    """The operation of this name that takes so many values, if there is one."""
+    for operation in (*METHODS, *HOOKS):
+        if operation.name == name and len(list(dbus.Signature(operation.takes))) == count:
+            return operation
+    return None

@@ -3,16 +3,19 @@
 import random
 from pathlib import Path
 
-import pytest
-
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database
+from operations import METHODS
+from phones import DEPLOYING, Phone
 from samples import CALL, SET_KEY, action_created
-from sandbox.names import SERVICE
+from sandbox.client import Client
+from sandbox.records import ACTION, KEY
 
 HEADER = 100
 """Bytes at the beginning of a database."""
 SHORTEST = 512
-"""SQLite takes what is shorter for a new file."""
+"""SQLite takes a shorter file for a new one."""
+SEED = 20260112
+NO_DATABASES = (b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080))
 
 
 def fill(path: Path, rows: int) -> None:
@@ -39,31 +42,29 @@ def damage(source: random.Random, whole: bytes) -> bytes:
     return whole[:page] + whole[other : other + 4096] + whole[page + 4096 :]
 
 
-def call_everything(client) -> None:
-    """Every operation, on rows that may be there or not; whatever it answers, it answers."""
-    client.get_all_actions()
-    client.get_all_programmable_keys()
-    client.get_programmable_keys_by_container("main")
+def call_everything(client: Client) -> None:
+    """Calls each operation on rows that may be there or not; each must answer."""
     for number in (1, 7, 40):
-        client.get_action(number)
-        client.get_programmable_key(number)
-        client.modify_action(CALL._replace(idAction=number))
-        client.modify_programmable_key(SET_KEY._replace(idKey=number, idAction=number))
-        client.change_programmable_keys_position({number: 3})
-        client.set_icon_state_for_key(number, 1, 1)
-        client.set_label_state_for_key(number, 1)
-        client.delete_action(number)
-        client.delete_programmable_key(number)
-    client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
-    for list_id in (None, 1):
-        client.get_capabilities(list_id)
-        client.get_capability("x", list_id)
+        values = {
+            ACTION: (CALL._replace(idAction=number),),
+            KEY: (SET_KEY._replace(idKey=number, idAction=number),),
+            "x": (number,),
+            "xi": (number, 1),
+            "xii": (number, 1, 1),
+            "a{ii}": ({number: 3},),
+            "i": (1,),
+            "is": (1, "main"),
+            "s": ("main",),
+            "": (),
+        }
+        for operation in METHODS:
+            operation.result_of(operation.send(client, *values[operation.takes]))
 
 
 def is_kept(database: Path, damaged: bytes) -> bool:
-    """Whether the damaged file is still to be found in one of the places where it may be put.
+    """Whether the damaged file is in one of the places where it may be put.
 
-    Its header aside, where SQLite notes the kind of journal as soon as the file is opened.
+    Its header may differ: SQLite writes the kind of journal there when the file is opened.
     """
     found = [path.read_bytes() for path in database.parents[1].rglob(database.name)]
     return any(
@@ -71,65 +72,46 @@ def is_kept(database: Path, damaged: bytes) -> bool:
     )
 
 
-def test_damaged_files_crash_nothing_and_are_never_lost(
-    launch, client, data_root, settings, tmp_path, amount, figures
-):
+def serves_on(phone: Phone, damaged: bytes, what: str) -> bool:
+    """Starts on a damaged file, twice if need be; whether the rows that are left are used."""
+    phone.database.path.parent.mkdir(parents=True)
+    phone.database.path.write_bytes(damaged)
+    service = phone.launch()
+    if not service.comes_up(phone.client):
+        assert service.status == 1, f"{what}: {service.log.raw()}"
+        assert "set aside to" in service.log.texts("error")[-1], what
+        assert is_kept(phone.database.path, damaged), what
+        phone.start()
+        assert phone.client.get_all_actions() == [RESERVED_ACTION], what
+        return False
+    if DEPLOYING in service.log.texts():
+        assert not damaged or is_kept(phone.database.path, damaged), what
+        return False
+    return True
+
+
+def test_damaged_files_crash_nothing_and_are_never_lost(phone, tmp_path, amount, figures):
     fill(tmp_path / "whole", 60)
     whole = (tmp_path / "whole").read_bytes()
-    seed = 20260112
-    source = random.Random(seed)
-    went_on = begun_afresh = 0
+    source = random.Random(SEED)
+    used = 0
     tries = amount(25, 500)
     for number in range(tries):
-        root = data_root / str(number)
-        path = root / SERVICE / "zelprogrammablekeys.data"
-        path.parent.mkdir(parents=True)
-        damaged = damage(source, whole)
-        path.write_bytes(damaged)
-        what = f"damage {number} of seed {seed}"
-        service = launch(data_root=root)
-        if not service.comes_up(client):
-            assert service.status == 1, f"{what}: {service.log.raw()}"
-            assert "set aside to" in service.log.texts("error")[-1], what
-            assert is_kept(path, damaged), what
-            begun_afresh += 1
-            service = launch(data_root=root)
-            service.wait_until_ready(client)
-            assert client.get_all_actions() == [RESERVED_ACTION], what
-        elif "ZelProgrammableKeys deploying..." in service.log.texts():
-            assert is_kept(path, damaged), what
-            begun_afresh += 1
-        else:
-            went_on += 1
-        call_everything(client)
-        service.stop()
-    assert begun_afresh > 0
-    figures(
-        f"{tries} damaged files (seed {seed}): {went_on} served on, {begun_afresh} begun afresh "
-        "with the old file kept, 0 crashes, 0 files lost"
-    )
+        phone.use_data_root(tmp_path / f"data {number}")
+        used += serves_on(phone, damage(source, whole), f"damage {number} of seed {SEED}")
+        call_everything(phone.client)
+        phone.service.stop()
+    assert used < tries
+    figures(f"{tries} damaged files (seed {SEED}): {used} used, {tries - used} set aside, 0 lost")
 
 
-@pytest.mark.parametrize(
-    "content",
-    [b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080)],
-    ids=["nothing", "garbage", "a header and no more"],
-)
-def test_a_file_of_nothing_or_of_garbage_is_begun_afresh_within_two_starts(
-    launch, client, events, database, settings, content, figures
-):
-    database.path.parent.mkdir(parents=True)
-    database.path.write_bytes(content)
-    starts = 1
-    service = launch()
-    if not service.comes_up(client):
-        assert service.status == 1
-        starts = 2
-        service = launch()
-        service.wait_until_ready(client)
-    action = CALL._replace(idAction=client.add_action(CALL))
-    assert events.take() == [action_created(action)]
-    assert client.get_action(action.idAction) == [action]
-    service.stop()
-    assert starts == 1 if not content else is_kept(database.path, content)
-    figures(f"serves after {starts} start(s), old file kept")
+def test_a_file_that_is_no_database_is_set_aside_within_two_starts(phone, tmp_path, figures):
+    for number, content in enumerate(NO_DATABASES):
+        phone.use_data_root(tmp_path / f"data {number}")
+        assert not serves_on(phone, content, f"{content[:10]!r}")
+        phone.events.take()
+        action = CALL._replace(idAction=phone.client.add_action(CALL))
+        assert phone.events.take() == [action_created(action)]
+        assert phone.client.get_action(action.idAction) == [action]
+        phone.service.stop()
+    figures(f"{len(NO_DATABASES)} files that are no databases: set aside, the phone serves")

@@ -1,136 +1,267 @@
-"""Random sequences of everything that can be done to the service, held step by step against a model."""
+"""Sequences of everything that can be done to the service, compared step by step with a model."""
 
-import random
+import shutil
+import tempfile
+from collections import Counter
 from pathlib import Path
-from typing import NamedTuple, Optional
+from typing import Any, Callable, Mapping, Optional
 
 import pytest
-
-from model import planted
-from model.making import StepMaker
-from model.phone import Phone
-from model.reference import Reference
-from model.replay import script_of
-from model.shrinking import Shrinker
-from model.steps import Step
-from model.trial import Difference, Trial, try_steps
-from replaying import keep_script, replayed
-
-FIXED_SEED = 20
-PLANTED_STEPS = 4000
-"""Within which a planted difference must show; most do within a hundred."""
-ANY_SEED = random.SystemRandom().randrange(2**32)
-
-
-class Run(NamedTuple):
-    """The steps that were taken, and what ended them early."""
-
-    steps: list[Step]
-    difference: Optional[Difference]
-
-
-def run_at_random(
-    bin_dir: Path, directory: Path, seed: int, count: int, reference: type[Reference] = Reference
-) -> Run:
-    steps: list[Step] = []
-    with Phone(bin_dir, directory) as phone:
-        trial = Trial(phone, reference)
-        maker = StepMaker(random.Random(seed), trial.reference)
-        difference = trial.begin()
-        while difference is None and len(steps) < count:
-            steps.append(maker.next())
-            difference = trial.take(steps[-1])
-        return Run(steps, difference or trial.end())
-
-
-def shrunk(
-    bin_dir: Path, run: Run, reference: type[Reference] = Reference, **bounds: int
-) -> list[Step]:
-    shrinker = Shrinker(lambda steps: try_steps(bin_dir, steps, reference), **bounds)
-    return shrinker.shrink(run.steps)
-
-
-def fail_with_script(bin_dir: Path, seed: int, run: Run) -> None:
-    """Shrinks the run, and leaves the script that replays it, which is all that stays of it."""
-    script = script_of(shrunk(bin_dir, run), Reference)
-    told = keep_script(f"model-{seed}", script)
-    pytest.fail(f"seed {seed}, {run.difference}\n\n{told}", pytrace=False)
-
-
-@pytest.mark.parametrize(
-    "seed, selection",
-    [(FIXED_SEED, 1500), (ANY_SEED, 500)],
-    ids=["a fixed seed", f"seed {ANY_SEED}"],
+from hypothesis import Phase, settings
+from hypothesis import strategies as st
+from hypothesis.stateful import (
+    RuleBasedStateMachine,
+    initialize,
+    rule,
+    run_state_machine_as_test,
 )
-def test_replies_events_log_and_tables_are_those_of_the_model_after_every_step(
-    bin_dir, tmp_path, amount, figures, seed, selection
-):
-    count = amount(selection, 20_000)
-    run = run_at_random(bin_dir, tmp_path, seed, count)
-    if run.difference is not None:
-        fail_with_script(bin_dir, seed, run)
-    assert len(run.steps) == count
-    figures(f"seed {seed}: {count} steps, 0 otherwise than the model has it")
 
-
-# What would be found
-
-
-@pytest.mark.parametrize(
-    "reference, what",
-    [
-        (planted.ForgetsTheIcon, "events"),
-        (planted.ForgetsALine, "lines"),
-        (planted.ForgetsALevel, "lines"),
-        (planted.KeepsTheLabel, "table ACTION"),
-        (planted.MovesNoKey, "table KEY"),
-        (planted.HoldsToTheFirstMove, "table KEY"),
-        (planted.TruncatesDoubles, "events"),
-        (planted.GivesIdsAgain, "reply"),
-        (planted.ReadsNoLimit, "settings_read"),
-    ],
-    ids=lambda value: getattr(value, "__name__", value),
+from model.driver import Driver
+from model.reference import PROPERLY, WITH_ERRORS, WITH_NUMBERS, Reference
+from model.values import (
+    ACTIONS,
+    CONTAINER,
+    KEYS,
+    LIMIT,
+    MOVES,
+    NUMBER,
+    PRESSES,
+    PROVISIONING,
+    ROW,
+    STORED,
+    STRANGE_KEYS,
+    TEXT,
+    TIDY_PROVISIONING,
+    Nth,
 )
-def test_whatever_a_wrong_model_does_not_expect_is_found(
-    bin_dir, tmp_path, figures, reference, what
-):
-    run = run_at_random(bin_dir, tmp_path, FIXED_SEED, PLANTED_STEPS, reference)
-    assert run.difference is not None, f"{len(run.steps)} steps, and nothing found"
-    assert run.difference.what.startswith(what)
-    figures(f"seed {FIXED_SEED}: found in {len(run.steps)} steps: {what}")
+from phones import ROOMY, Phone
+from sandbox.records import Action, Key
+
+FIRST_SETTINGS = {**ROOMY, "ProgKeysMax": "30"}
+LIST_ID = st.none() | NUMBER
+MERGING = ("restart", "restart", "restoreDefault", "restoreFactory")
+HOOKS = (
+    *("presentationLoaded", "presentationStop", "preSaveForSaveRestore"),
+    *("postRestoreForSaveRestore", "restart"),
+)
 
 
-def test_a_row_that_changes_without_a_step_is_found_after_the_next_one(bin_dir, tmp_path, figures):
-    with Phone(bin_dir, tmp_path) as phone:
-        trial = Trial(phone, Reference)
-        assert trial.begin() is None
-        assert trial.take(Step("getCapabilities")) is None
-        phone.database.execute("UPDATE ACTION SET label = 'other'")
-        assert "table ACTION" in trial.take(Step("getCapabilities")).what
-    figures("1 row changed by another process, found")
+class Comparison(RuleBasedStateMachine):
+    """A phone and a reference that take the same steps."""
+
+    def __init__(
+        self,
+        bin_dir: Path,
+        make_reference: Callable[..., Reference] = Reference,
+        steps: Optional[Counter[str]] = None,
+    ) -> None:
+        super().__init__()
+        self._directory = Path(tempfile.mkdtemp(prefix="phone-"))
+        self._phone = Phone(bin_dir, self._directory / "phone", FIRST_SETTINGS)
+        self._driver = Driver(self._phone)
+        self._reference = make_reference(str(self._phone.database.path), FIRST_SETTINGS)
+        self._steps: Counter[str] = Counter() if steps is None else steps
+
+    def teardown(self) -> None:
+        try:
+            self._phone.service.stop()
+        finally:
+            self._phone.close()
+            shutil.rmtree(self._directory)
+
+    def take(self, step: str, *values: Any) -> None:
+        """Takes a step on both sides, which must lead to the same."""
+        expected = self._reference.perform(step, *values)
+        found = self._driver.perform(step, *values)
+        self._steps[step] += 1
+        for name in expected._fields:
+            assert getattr(found, name) == getattr(expected, name), f"{name} after {step}"
+
+    # Rows
+
+    def _key_id(self, key: int, matches: Callable[[Key], bool] = lambda _key: True) -> int:
+        return _id_in(self._reference.keys, key, matches)
+
+    def _action_id(self, action: int, matches: Callable[[Action], bool] = lambda _: True) -> int:
+        return _id_in(self._reference.actions, action, matches)
+
+    def _is_orphan(self, key: Key) -> bool:
+        return key.idAction not in self._reference.actions
+
+    @initialize(
+        actions=st.lists(ACTIONS, min_size=2, max_size=4),
+        keys=st.lists(st.tuples(KEYS, STORED), min_size=3, max_size=6),
+    )
+    def start(self, actions: list[Action], keys: list[tuple[Key, int]]) -> None:
+        self.take("firstStart")
+        for action in actions:
+            self.add_action(action)
+        for key, id_action in keys:
+            self.create_key(key, id_action)
+
+    # Keys
+
+    @rule(key=KEYS | STRANGE_KEYS, action=STORED | ROW)
+    def create_key(self, key: Key, action: int) -> None:
+        self.take("createProgrammableKey", key._replace(idAction=self._action_id(action)))
+
+    @rule(key_id=ROW, key=KEYS | STRANGE_KEYS, action=ROW)
+    def modify_key(self, key_id: int, key: Key, action: int) -> None:
+        ids = {"idKey": self._key_id(key_id), "idAction": self._action_id(action)}
+        self.take("modifyProgrammableKey", key._replace(**ids))
+
+    @rule(key_id=STORED, icon=TEXT)
+    def modify_icon(self, key_id: int, icon: str) -> None:
+        key = self._reference.keys.get(self._key_id(key_id), Key())
+        self.take("modifyProgrammableKey", key._replace(icon=icon))
+
+    @rule(moves=MOVES)
+    def move_keys(self, moves: list[tuple[int, int]]) -> None:
+        moved = [(self._key_id(key), position) for key, position in moves]
+        self.take("changeProgrammableKeysPosition", moved)
+
+    @rule(key=ROW)
+    def delete_key(self, key: int) -> None:
+        self.take("deleteProgrammableKey", self._key_id(key))
+
+    @rule(key=ROW)
+    def get_key(self, key: int) -> None:
+        self.take("getProgrammableKey", self._key_id(key))
+
+    @rule(container=CONTAINER)
+    def get_container(self, container: str) -> None:
+        self.take("getProgrammableKeysByContainer", container)
+
+    @rule(method=st.sampled_from(("getAllProgrammableKeys", "getAllActions")))
+    def get_all(self, method: str) -> None:
+        self.take(method)
+
+    # Actions
+
+    @rule(action=ACTIONS)
+    def add_action(self, action: Action) -> None:
+        self.take("addAction", action)
+
+    @rule(id_action=ROW, action=ACTIONS)
+    def modify_action(self, id_action: int, action: Action) -> None:
+        self.take("modifyAction", action._replace(idAction=self._action_id(id_action)))
+
+    @rule(action=STORED, label=TEXT)
+    def modify_label(self, action: int, label: str) -> None:
+        old = self._reference.actions[self._action_id(action)]
+        self.take("modifyAction", old._replace(shortLabel=label))
+
+    @rule(action=ROW)
+    def delete_action(self, action: int) -> None:
+        self.take("deleteAction", self._action_id(action))
+
+    @rule(action=STORED)
+    def delete_user_action(self, action: int) -> None:
+        self.take("deleteAction", self._action_id(action, lambda stored: stored.dmId == ""))
+
+    @rule(action=ROW)
+    def get_action(self, action: int) -> None:
+        self.take("getAction", self._action_id(action))
+
+    # Add-on modules
+
+    @rule(key=ROW, icon_x=NUMBER, icon_y=NUMBER)
+    def set_icon(self, key: int, icon_x: int, icon_y: int) -> None:
+        id_key = self._key_id(key, lambda stored: stored.aom_type == 1)
+        self.take("setIconStateForKey", id_key, icon_x, icon_y)
+
+    @rule(key=ROW, state=NUMBER)
+    def set_label(self, key: int, state: int) -> None:
+        id_key = self._key_id(key, lambda stored: stored.aom_type == 1)
+        self.take("setLabelStateForKey", id_key, state)
+
+    @rule(key=STORED)
+    def use_orphan(self, key: int) -> None:
+        """Sets the label of a key whose action is gone, and presses it."""
+        orphan = self._key_id(key, lambda stored: self._is_orphan(stored) and stored.aom_type == 1)
+        self.take("setLabelStateForKey", orphan, 1)
+        self._press_place_of(orphan)
+
+    @rule(arguments=PRESSES)
+    def press(self, arguments: list[tuple[str, str, Any]]) -> None:
+        self.take("press", *arguments)
+
+    @rule(key=STORED)
+    def press_key(self, key: int) -> None:
+        self._press_place_of(self._key_id(key, lambda stored: stored.type == 1))
+
+    def _press_place_of(self, id_key: int) -> None:
+        pressed = self._reference.keys.get(id_key, Key())
+        names = ("aom_key_num", "aom_type", "addr")
+        place = (pressed.position, pressed.aom_type, pressed.aom_addr)
+        self.take("press", *((name, "i", number) for name, number in zip(names, place)))
+
+    # Settings and the rest
+
+    @rule(name=st.sampled_from(("DefaultActions", "DefaultKeys")), text=PROVISIONING)
+    def provision(self, name: str, text: str) -> None:
+        self.take("set", name, text)
+
+    @rule(limit=LIMIT)
+    def limit_keys(self, limit: str) -> None:
+        self.take("set", "ProgKeysMax", limit)
+
+    @rule(name=st.sampled_from([*FIRST_SETTINGS]))
+    def forget_setting(self, name: str) -> None:
+        self.take("set", name, None)
+
+    @rule(manner=st.sampled_from((PROPERLY, PROPERLY, WITH_ERRORS, WITH_NUMBERS)))
+    def answer_settings(self, manner: str) -> None:
+        self.take("answer", manner)
+
+    @rule(list_id=LIST_ID, name=TEXT)
+    def get_capabilities(self, list_id: Optional[int], name: str) -> None:
+        first = () if list_id is None else (list_id,)
+        self.take("getCapabilities", *first)
+        self.take("getCapability", *first, name)
+
+    @rule(actions=TIDY_PROVISIONING, keys=TIDY_PROVISIONING, hook=st.sampled_from(MERGING))
+    def roll_out(self, actions: str, keys: str, hook: str) -> None:
+        self.take("set", "DefaultActions", actions)
+        self.take("set", "DefaultKeys", keys)
+        self.take("answer", PROPERLY)
+        self.take(hook)
+
+    @rule(hook=st.sampled_from(HOOKS))
+    def run_hook(self, hook: str) -> None:
+        self.take(hook)
 
 
-def test_a_service_that_dies_is_found(bin_dir, tmp_path, figures):
-    with Phone(bin_dir, tmp_path) as phone:
-        trial = Trial(phone, Reference)
-        assert trial.begin() is None
-        phone.service.kill()
-        assert "ended: -9" in trial.take(Step("getAllActions")).what
-    figures("1 service killed, found")
+def _id_in(rows: Mapping[int, Any], row: int, matches: Callable[[Any], bool]) -> int:
+    """The id of the nth row that matches, or the number itself if it is meant as an id."""
+    ids = [id_ for id_, stored in rows.items() if matches(stored)]
+    return ids[row % len(ids)] if isinstance(row, Nth) and ids else int(row)
 
 
-def test_a_difference_is_found_shrunk_to_a_few_steps_and_replayed_by_its_script(
-    bin_dir, tmp_path, figures
-):
-    run = run_at_random(bin_dir, tmp_path / "phone", 4, 300, planted.ForgetsTheIcon)
-    assert "AOM_SET_ICON_PROPERTY_REC" in run.difference.what
-    few = shrunk(bin_dir, run, planted.ForgetsTheIcon, attempts=100)
-    assert len(few) <= 3 < len(run.steps), few
-    script = tmp_path / "replay.py"
-    script.write_text(script_of(few, planted.ForgetsTheIcon), encoding="utf-8")
-    against_planted = replayed(bin_dir, script)
-    assert against_planted.returncode == 1, against_planted.stderr
-    assert "AOM_SET_ICON_PROPERTY_REC" in against_planted.stdout
-    against_right = replayed(bin_dir, script, "model.reference:Reference")
-    assert against_right.returncode == 0, against_right.stdout + against_right.stderr
-    figures(f"{len(run.steps)} steps shrunk to {len(few)}; replayed wrong and right")
+@pytest.mark.sanitizers
+def test_replies_events_log_and_tables_match_the_model_after_each_step(bin_dir, amount, figures):
+    steps: Counter[str] = Counter()
+    run_state_machine_as_test(
+        lambda: Comparison(bin_dir, steps=steps),
+        settings=settings(max_examples=amount(40, 800), stateful_step_count=50),
+    )
+    figures(f"{steps.total()} steps, 0 differences")
+    assert len(steps) == 27, f"steps of a kind are missing: {sorted(steps)}"
+
+
+class ForgetsTheIcon(Reference):
+    """Sends no icon when the icon of a stored module key changes."""
+
+    def modifyProgrammableKey(self, key: Key) -> int:
+        result = super().modifyProgrammableKey(key)
+        icon = "AOM_SET_ICON_PROPERTY_REC"
+        self._events = [event for event in self._events if event.name != icon]
+        return result
+
+
+def test_a_wrong_model_is_noticed(bin_dir):
+    only_generated = settings(max_examples=100, phases=[Phase.generate])
+    with pytest.raises(AssertionError, match="events after modifyProgrammableKey"):
+        run_state_machine_as_test(
+            lambda: Comparison(bin_dir, ForgetsTheIcon), settings=only_generated
+        )

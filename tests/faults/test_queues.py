@@ -1,41 +1,110 @@
 """Calls that queue up before the service, and replies and events that queue up behind it."""
 
+import signal
+import sys
 import time
+from contextlib import contextmanager
+from pathlib import Path
+from typing import Any, Iterator
 
 import pytest
+from dbus.lowlevel import HANDLER_RESULT_NOT_YET_HANDLED, MESSAGE_TYPE_SIGNAL
 
-from peers.event_notes import EventNotes
-from peers.raw_connection import METHOD_RETURN, SIGNAL, RawCall, RawConnection
 from samples import CALL, SET_KEY
 from sandbox.bus import CONFIGURATION
 from sandbox.client import Client, PendingReply
-from sandbox.events import Event
-from sandbox.loop import PATIENCE, GaveUp
+from sandbox.events import Event, decode
+from sandbox.loop import PATIENCE, GaveUp, wait_until
 from sandbox.names import EVENTS, INTERFACE, SERVICE, bus_name, object_path
+from sandbox.processes import Process, clean_environment
 from sandbox.records import ACTION, KEY, Action
 from sandbox.settings import FakeSettingsManager
 
 MEGABYTE = 10**6
 MOST_CALLS = 128
 """The bus lets so many calls of one client wait for their answers, and refuses more."""
-
 CALLS_OF_A_CLIENT = 80
 
 AT_ONCE = 1.0 * PATIENCE
-"""Seconds after which the service is at it again."""
-
+"""Seconds until the service goes on."""
 PROMPT = 5.0 * PATIENCE
-"""Seconds in which it has also done what others asked for before."""
-
+"""Seconds until it has also done what others asked for before."""
 MEMORY_LIMIT = 250 * PATIENCE
-"""MiB that the service may occupy, whatever others do not read; more in a build with sanitizers."""
-
-FULL = 100_000
-"""Bytes: a socket that holds so many takes no further message of a megabyte."""
+"""MiB that the service may occupy; more in a build with sanitizers."""
 
 NO_NUMBER = -1
-ALL_ACTIONS = RawCall(bus_name(SERVICE), object_path(SERVICE), INTERFACE, "getAllActions")
 ALL_EVENTS = f"type='signal',interface='{EVENTS}'"
+
+DEAF_PEER = f"""
+import os, signal, sys
+import dbus.bus, dbus.lowlevel, dbus.mainloop.glib
+from gi.repository import GLib
+
+address, rule, calls, wanted = sys.argv[1:]
+bus = dbus.bus.BusConnection(address, mainloop=dbus.mainloop.glib.DBusGMainLoop())
+received = []
+
+def receive(_bus, message):
+    is_reply = message.get_type() == dbus.lowlevel.MESSAGE_TYPE_METHOD_RETURN
+    if is_reply or message.get_member() == "event":
+        received.append(len(message.get_args_list()))
+
+bus.add_message_filter(receive)
+if rule:
+    bus.add_match_string(rule)
+for _ in range(int(calls)):
+    bus.send_message(
+        dbus.lowlevel.MethodCallMessage(
+            "{bus_name(SERVICE)}", "{object_path(SERVICE)}", "{INTERFACE}", "getAllActions"
+        )
+    )
+bus.flush()
+os.kill(os.getpid(), signal.SIGSTOP)
+while len(received) < int(wanted):
+    GLib.MainContext.default().iteration(True)
+"""
+"""Subscribes or makes calls, stops, and after SIGCONT waits for so many events and replies."""
+
+
+@contextmanager
+def deaf_peer(
+    address: str, log: Path, rule: str = "", calls: int = 0, wanted: int = 1
+) -> Iterator[Process]:
+    """A peer in a process of its own that reads nothing."""
+    arguments = [address, rule, str(calls), str(wanted)]
+    with Process([sys.executable, "-c", DEAF_PEER, *arguments], clean_environment(), log) as peer:
+
+        def is_stopped() -> bool:
+            assert peer.running, peer.log.raw()
+            state = Path(f"/proc/{peer.pid}/stat").read_text(encoding="utf-8")
+            return state.rpartition(")")[2].split()[0] == "T"
+
+        wait_until(is_stopped, "the peer has stopped")
+        yield peer
+
+
+def check_messages_waited(peer: Process) -> None:
+    """As soon as the peer reads, it finds the messages that it wants."""
+    peer.send_signal(signal.SIGCONT)
+    assert peer.wait_for_exit() == 0, peer.log.raw()
+
+
+class EventNumbers:
+    """The number of each event of the service, in order; the events themselves are not kept.
+
+    A message that is kept counts against what its receiver may have waiting.
+    """
+
+    def __init__(self, client: Client) -> None:
+        self.taken: list[int] = []
+        client.connection.add_message_filter(self._receive)
+        rule = f"type='signal',interface='{EVENTS}',path='{object_path(SERVICE)}'"
+        client.connection.add_match_string(rule)
+
+    def _receive(self, _connection: object, message: Any) -> int:
+        if message.get_type() == MESSAGE_TYPE_SIGNAL and message.get_interface() == EVENTS:
+            self.taken.append(number_of(decode(message)))
+        return HANDLER_RESULT_NOT_YET_HANDLED
 
 
 def numbered(number: int, size: int) -> str:
@@ -44,7 +113,7 @@ def numbered(number: int, size: int) -> str:
 
 
 def number_of(event: Event) -> int:
-    """The number with which the label of the event's action begins, if it is about an action."""
+    """The number with which the label of the event's action begins, if there is one."""
     action = event.values.get("idAction")
     return int(action.label[:6]) if action else NO_NUMBER
 
@@ -60,13 +129,13 @@ def peak_memory(pid: int) -> float:
 
 
 class Round:
-    """Calls of one size, queued while a creation waits for the SettingsManager, and then answered."""
+    """Calls queued while a creation waits for the SettingsManager, and then answered."""
 
     def __init__(
         self, clients: list[Client], settings: FakeSettingsManager, stored: Action, size: int
     ) -> None:
         self.order: list[int] = []
-        self.first = self.last = 0.0
+        self.seconds: list[float] = []
         self._replies: list[PendingReply] = []
         calls = len(settings.calls)
         settings.hang()
@@ -88,8 +157,7 @@ class Round:
         record = stored._replace(label=numbered(number, size))
 
         def note() -> None:
-            self.last = time.monotonic() - self._freed
-            self.first = self.first or self.last
+            self.seconds.append(time.monotonic() - self._freed)
             self.order.append(number)
 
         self._replies.append(client.send("modifyAction", ACTION, record, on_reply=note))
@@ -103,67 +171,54 @@ def test_many_megabytes_that_queue_up_during_a_read_are_all_answered_at_once_and
 ):
     service = start(log_level=4)
     stored = CALL._replace(idAction=client.add_action(CALL))
-    notes = EventNotes(client, number_of)
+    events = EventNumbers(client)
     clients = [Client(bus.address, f"Caller{number}") for number in range(callers)]
     numbers = list(range(callers * CALLS_OF_A_CLIENT))
-    rounds, peaks = [], []
+    peaks, first = [], 0.0
     for _ in range(2):
-        notes.taken.clear()
+        events.taken.clear()
         queued = Round(clients, settings, stored, size)
         client.round_trip()
         # Each client reads its own answers; the events show the order over all of them.
         assert sorted(queued.order, key=lambda number: number // CALLS_OF_A_CLIENT) == numbers
-        assert notes.taken == [NO_NUMBER, *numbers]
+        assert events.taken == [NO_NUMBER, *numbers]
         assert database.actions()[-1].label == numbered(numbers[-1], size)
-        assert queued.first < AT_ONCE
-        rounds.append(f"first answer after {queued.first:.2f} s, last after {queued.last:.1f} s")
+        first = max(first, queued.seconds[0])
         peaks.append(peak_memory(service.pid))
+    assert first < AT_ONCE
     assert peaks[1] < 1.5 * peaks[0], "memory grows from round to round"
     for caller in clients:
         caller.close()
     figures(
-        f"2 x {len(numbers)} calls of {size} bytes, all answered in order: {'; '.join(rounds)};"
-        f" at most {peaks[0]:.0f} MiB, then {peaks[1]:.0f} MiB of memory"
+        f"2 x {len(numbers)} calls of {size} bytes, all answered in order, the first after at most"
+        f" {first:.2f} s; at most {peaks[0]:.0f} MiB, then {peaks[1]:.0f} MiB of memory"
     )
 
 
-# Replies and events that wait for a peer which never reads them
+# Replies and events that wait for a peer which does not read them
 
 
-def check_is_deaf(peer: RawConnection, kind: int, size: int) -> None:
-    """The peer's socket is full, and what waits first is of that type and not smaller; it is read after all."""
-    assert peer.unread > FULL
-    message = peer.read()
-    assert message.kind == kind and message.size >= size
-
-
-def test_a_client_that_never_reads_its_replies_keeps_nobody_waiting(bus, start, client, figures):
+def test_a_client_that_never_reads_its_replies_keeps_nobody_waiting(
+    bus, start, client, tmp_path, figures
+):
     service = start(log_level=4)
     for number in range(9):
         client.add_action(CALL._replace(label=numbered(number, MEGABYTE // 10)))
     whole = client.get_all_actions()
     delays = []
-    with RawConnection(bus.address) as deaf:
-        deaf.send(ALL_ACTIONS, times=MOST_CALLS)
+    log = tmp_path / "deaf.log"
+    with deaf_peer(bus.address, log, calls=MOST_CALLS, wanted=MOST_CALLS) as deaf:
         for _ in range(100):
             begun = time.monotonic()
             assert client.get_all_actions() == whole
             delays.append(time.monotonic() - begun)
-        check_is_deaf(deaf, METHOD_RETURN, 9 * MEGABYTE // 10)
+        check_messages_waited(deaf)
     assert max(delays) < PROMPT
-    assert client.get_all_actions() == whole
     assert peak_memory(service.pid) < MEMORY_LIMIT
     figures(
         f"{MOST_CALLS} calls whose replies of 0.9 MB nobody reads: 100 calls of others answered,"
         f" each within {max(delays):.2f} s; at most {peak_memory(service.pid):.0f} MiB of memory"
     )
-
-
-@pytest.fixture
-def stored(start, client) -> Action:
-    """A stored user action of a service that logs little."""
-    start(log_level=4)
-    return CALL._replace(idAction=client.add_action(CALL))
 
 
 @pytest.fixture
@@ -174,38 +229,39 @@ def small_receivers(monkeypatch) -> None:
     monkeypatch.setattr("sandbox.bus.CONFIGURATION", configuration)
 
 
-def test_a_subscriber_that_never_reads_keeps_nobody_waiting_where_senders_have_more_room_than_it(
-    small_receivers, bus, stored, client, figures
+def test_a_subscriber_that_never_reads_keeps_nobody_waiting_where_receivers_have_less_room(
+    small_receivers, bus, start, client, tmp_path, figures
 ):
-    notes = EventNotes(client, number_of)
-    with RawConnection(bus.address) as deaf:
-        deaf.subscribe(ALL_EVENTS)
+    start(log_level=4)
+    stored = CALL._replace(idAction=client.add_action(CALL))
+    events = EventNumbers(client)
+    with deaf_peer(bus.address, tmp_path / "deaf.log", ALL_EVENTS, wanted=50) as deaf:
         for number in range(200):
             changed = stored._replace(label=numbered(number, MEGABYTE))
             assert client.modify_action(changed) == 0
-        check_is_deaf(deaf, SIGNAL, MEGABYTE)
+        check_messages_waited(deaf)
     client.round_trip()
-    assert notes.taken == list(range(200))
-    figures("200 events of 1 MB that one peer does not read: all told to the others at once")
+    assert events.taken == list(range(200))
+    figures("200 events of 1 MB that one peer does not read: all sent to the others at once")
 
 
 def test_a_subscriber_that_never_reads_delays_others_at_most_until_it_leaves(
-    bus, stored, client, figures
+    bus, start, client, tmp_path, figures
 ):
-    notes = EventNotes(client, number_of)
+    start(log_level=4)
+    stored = CALL._replace(idAction=client.add_action(CALL))
+    events = EventNumbers(client)
     replies: list[PendingReply] = []
-    with RawConnection(bus.address) as deaf:
-        deaf.subscribe(ALL_EVENTS)
+    with deaf_peer(bus.address, tmp_path / "deaf.log", ALL_EVENTS):
         while len(replies) < 100 and answers(replies):
             changed = stored._replace(label=numbered(len(replies), 2 * MEGABYTE))
             replies.append(client.send("modifyAction", ACTION, changed))
         answered = sum(reply.arrived for reply in replies)
         assert answered < len(replies) < 100, "nobody was kept waiting"
-        check_is_deaf(deaf, SIGNAL, 2 * MEGABYTE)
-    # The bus may keep what it has read of the service already until the service says more.
+    # The bus may keep what it has read of the service already until the service sends more.
     client.round_trip()
     assert [reply.wait().values for reply in replies] == [(0,)] * len(replies)
-    assert notes.taken == list(range(len(replies)))
+    assert events.taken == list(range(len(replies)))
     figures(
         f"{len(replies)} events of 2 MB that one peer does not read: {answered} calls answered"
         " before it left, all afterwards; nothing lost"
@@ -215,6 +271,6 @@ def test_a_subscriber_that_never_reads_delays_others_at_most_until_it_leaves(
 def answers(replies: list[PendingReply]) -> bool:
     """Whether the last reply comes soon."""
     try:
-        return not replies or bool(replies[-1].wait(limit=2 * PATIENCE))
+        return not replies or bool(replies[-1].wait(limit=1 * PATIENCE))
     except GaveUp:
         return False

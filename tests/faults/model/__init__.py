@@ -1,1 +1,1 @@
-"""A model of the service's behaviour, and the means to compare a running service with it."""
+"""A model of the service's behaviour."""

@@ -1,4 +1,4 @@
-"""How the texts of device management are read."""
+"""How provisioning texts are read."""
 
 import re
 from typing import NamedTuple, Optional
@@ -13,14 +13,14 @@ FIELDS_OF_A_RECORD = 7
 
 
 class Record(NamedTuple):
-    """One record: its text with the escapes hidden, and its fields if it has as many as it must."""
+    """One record: its text with the escapes hidden, and its fields if there are seven."""
 
     hidden: str
     fields: Optional[list[str]]
 
 
 def whole_number(text: str) -> Optional[int]:
-    """The 32-bit number that a text is, blanks around it aside; None if it is none."""
+    """The 32-bit number that a text is, blanks around it or not; None if it is no number."""
     digits = text.strip(BLANKS)
     if not re.fullmatch("[+-]?[0-9]+", digits):
         return None

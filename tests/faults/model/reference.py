@@ -1,38 +1,53 @@
-"""The whole behaviour, executable: the rules, and the module's life with its provisioned defaults."""
+"""The whole behaviour, executable: the rules, the lifecycle and the provisioned defaults."""
 
-from typing import Any
+from typing import Any, NamedTuple, Optional
 
 from model.defaults import Record, provisioned_action, provisioned_key, records_of
 from model.rules import Rules
-from model.steps import PROPERLY, Outcome, Step
 from samples import DATABASE_RESET
+from sandbox.events import Event
 from sandbox.records import Action, Key
+
+PROPERLY, WITH_ERRORS, WITH_NUMBERS = "properly", "with errors", "with numbers"
+"""How the SettingsManager answers."""
+
+
+class Outcome(NamedTuple):
+    """Everything that can be seen of a step."""
+
+    reply: Any
+    events: list[Event]
+    lines: list[tuple[str, str]]
+    """The log lines: level and text."""
+    settings_read: list[str]
+    keys: list[Key]
+    """The stored keys, in the order of their ids."""
+    actions: list[Action]
 
 
 class Reference(Rules):
-    """A service on its phone: every step is a method of its own."""
+    """A service on its phone: each step is a method."""
 
     def __init__(self, database_path: str, settings: dict[str, str]) -> None:
         super().__init__()
         self.settings.update(settings)
         self._database_path = database_path
 
-    def perform(self, step: Step) -> Outcome:
+    def perform(self, step: str, *values: Any) -> Outcome:
         """Does the step and tells everything that is to be seen of it."""
         self._forget_what_was_seen()
-        reply = getattr(self, step.name)(*step.values)
-        return Outcome(reply, self._events, self._lines, self._settings_read)
+        reply = getattr(self, step)(*values)
+        rows = [*self.keys.values()], [*self.actions.values()]
+        return Outcome(reply, self._events, self._lines, self._settings_read, *rows)
 
-    def tables(self) -> tuple[list[Key], list[Action]]:
-        """What is stored."""
-        return [*self.keys.values()], [*self.actions.values()]
+    # The SettingsManager
 
-    # The phone around the service
-
-    def setting(self, name: str, text: Any) -> None:
+    def set(self, name: str, text: Optional[str]) -> None:
+        """A setting gets another text; with None it is not known any more."""
         self.settings[name] = text
 
-    def settingsManner(self, manner: str) -> None:
+    def answer(self, manner: str) -> None:
+        """The SettingsManager answers properly, or in another manner, which is no answer."""
         self.settings_answer = manner == PROPERLY
 
     # Lifecycle

@@ -1,4 +1,4 @@
-"""The rules of keys, actions and module keys: what an operation answers, sends, logs and stores."""
+"""The rules of keys, actions and module keys: what an operation returns, sends, logs and stores."""
 
 import math
 from typing import Any, Optional
@@ -6,7 +6,6 @@ from typing import Any, Optional
 from database import RESERVED_ACTION
 from hostile import INT_MAX, INT_MIN
 from model.defaults import number_or_zero, whole_number
-from model.steps import Moves
 from samples import (
     DATABASE_FULL,
     action_created,
@@ -22,6 +21,9 @@ from samples import (
 from sandbox.events import Event
 from sandbox.records import Action, Key
 
+Moves = list[tuple[int, int]]
+"""The ids and positions of changeProgrammableKeysPosition as sent; ids may be repeated."""
+
 REFUSED = -2
 FULL = -1
 PLACE_OF_A_PRESS = (("aom_key_num", "aom_key_num"), ("aom_type", "aom_type"), ("addr", "aom_addr"))
@@ -29,7 +31,7 @@ PLACE_OF_A_PRESS = (("aom_key_num", "aom_key_num"), ("aom_type", "aom_type"), ("
 
 
 class Rules:
-    """The operations, named as on the bus; rows stand in the order of their ids."""
+    """The operations, named as on the bus; rows are kept in the order of their ids."""
 
     def __init__(self) -> None:
         self.settings: dict[str, Optional[str]] = {}

@@ -1,8 +1,8 @@
-"""The books on a client's writes: what was sent, what was answered, and so what has to be stored.
+"""A ledger of a client's writes: what was sent, what was answered, and so what must be stored.
 
-The service does one call after the other, in the order in which they came. So what it leaves behind
-when it is cut short is what it answered, and of the calls after that the first few: each wholly, but
-the last perhaps only some of its rows. Nothing else will do.
+The service carries out one call after the other, in the order in which they came. So if it is cut
+short, it leaves what it answered, and of the later calls the first few: each of them completely,
+except that the last may have changed only some of its rows.
 """
 
 from typing import Iterator, NamedTuple, Optional
@@ -13,17 +13,17 @@ from writing.writes import Record, RowId, Rows, Write, apply
 
 
 class State(NamedTuple):
-    """What may be stored once some of the writes in doubt have been done."""
+    """The rows that may be stored once some of the writes in doubt have been done."""
 
     rows: Rows
     done: int
-    """How many of them, wholly."""
+    """How many of these writes are complete."""
     begun: bool
-    """Whether there are rows of one more."""
+    """Whether some rows of a further write are changed."""
 
 
 def possible_states(confirmed: Rows, doubtful: list[Write], found: Rows) -> Iterator[State]:
-    """What may be stored; what the writes in doubt were to create is looked up in what was found."""
+    """The rows that may be stored; the ids of created rows are looked up in what was found."""
     rows = dict(confirmed)
     yield State(dict(rows), 0, False)
     for number, write in enumerate(doubtful):
@@ -44,7 +44,7 @@ def _look_up(write: Write, confirmed: Rows, found: Rows) -> None:
 
 
 def in_short(record: Optional[Record]) -> str:
-    """The record with its long texts cut off, for people."""
+    """The record with its long texts cut off."""
     if record is None:
         return "nothing"
     fields = (field[:12] if isinstance(field, str) else field for field in record)
@@ -52,17 +52,17 @@ def in_short(record: Optional[Record]) -> str:
 
 
 def differences(expected: Rows, found: Rows) -> set[RowId]:
-    """The rows that are missing, superfluous or not the same."""
+    """The rows that are missing, superfluous or different."""
     return {row for row in expected.keys() | found.keys() if expected.get(row) != found.get(row)}
 
 
 class Ledger:
-    """Books on one client's writes, over any number of lives of the service."""
+    """The writes of one client, over any number of restarts of the service."""
 
     def __init__(self, confirmed: Rows) -> None:
         self.confirmed = dict(confirmed)
         self.presumed = dict(confirmed)
-        """As `confirmed`, once all that is in flight has been done."""
+        """As `confirmed`, once everything in flight is done."""
         self.in_flight: list[Write] = []
         self.doubtful: list[Write] = []
         self.used: set[RowId] = set(confirmed)
@@ -71,7 +71,7 @@ class Ledger:
         self.in_doubt = 0
         self.done_in_doubt = 0
         self.deletions_cut = 0
-        """Of actions, whose keys were not all gone."""
+        """Deletions of an action whose keys were not all gone."""
         self.moves_cut = 0
         self.refused: list[str] = []
         self.lost: list[str] = []
@@ -86,7 +86,7 @@ class Ledger:
         apply(self.presumed, write.changes)
 
     def settle(self) -> None:
-        """Books every answer; what was not answered is in doubt."""
+        """Enters every answer; what was not answered is in doubt."""
         sent, self.in_flight = self.in_flight, []
         wait_until(lambda: all(write.reply.arrived for write in sent), "an answer to every write")
         for write in sent:
@@ -120,7 +120,7 @@ class Ledger:
     # After the cut
 
     def check(self, found: Rows) -> None:
-        """Holds what is stored against what has to be, and goes on from what is stored."""
+        """Compares what is stored with what must be, and goes on from what is stored."""
         states = list(possible_states(self.confirmed, self.doubtful, found))
         nearest = min(states, key=lambda state: len(differences(state.rows, found)))
         self.done_in_doubt += nearest.done

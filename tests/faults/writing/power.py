@@ -17,7 +17,7 @@ MEGABYTES = 16
 
 
 class Disk:
-    """An ext4 file system in a file of its own. The loop device below it goes whenever it is unmounted."""
+    """An ext4 file system in a file. The loop device below it goes when it is unmounted."""
 
     def __init__(self, directory: Path) -> None:
         self.path = Path(tempfile.mkdtemp(prefix="disk-", dir=directory))
@@ -31,7 +31,7 @@ class Disk:
         run("mount", "-o", "loop", str(self._image), str(self.path))
 
     def cut_power(self) -> None:
-        """From now on nothing reaches the disk, and whoever writes to it is told that it fails."""
+        """From now on nothing reaches the disk, and each write to it fails."""
         directory = os.open(self.path, os.O_RDONLY)
         try:
             assert os.fstat(directory).st_dev != self._image.stat().st_dev, "the machine's own disk"
@@ -40,7 +40,7 @@ class Disk:
             os.close(directory)
 
     def restore_power(self) -> None:
-        """Mounts the disk anew, as it is after the cut, once all those who had files on it open have ended."""
+        """Mounts the disk again, as the cut left it, once no process has a file on it open."""
         wait_until(self._unmount, f"nobody has a file open on {self.path}")
         self._mount()
 
@@ -52,7 +52,7 @@ class Disk:
         return True
 
     def remove(self) -> None:
-        """Unmounts the disk, at the latest when the last one has closed his files on it."""
+        """Unmounts the disk, at the latest when the last file on it is closed."""
         if self.path.is_mount():
             run("umount", "--lazy", str(self.path))
         self.path.rmdir()

@@ -1,4 +1,4 @@
-"""System calls of a running process that fail, or that it does not survive."""
+"""System calls of a running process that fail or kill it."""
 
 import re
 from pathlib import Path
@@ -11,7 +11,7 @@ SPOILED = re.compile(r"\(\d+<(?:[^>]*/)?([^>]*)>.*\(INJECTED\)")
 
 
 class Fault(NamedTuple):
-    """What becomes of the given one of a process's calls of a kind, and perhaps of all after it."""
+    """What happens at the nth call of a kind, and perhaps at all calls after it."""
 
     call: str
     number: int
@@ -32,7 +32,7 @@ def fatal(call: str, number: int) -> Fault:
 
 
 class Tracer:
-    """While it is entered, a running process suffers a fault."""
+    """A running process suffers a fault while the tracer is entered."""
 
     def __init__(self, pid: int, fault: Fault, directory: Path) -> None:
         self._fault = fault
@@ -60,6 +60,6 @@ class Tracer:
         self._process.kill()
 
     def files_hit(self) -> set[str]:
-        """The names of the files for which calls failed, all that were made before the last answer."""
+        """The names of the files for which calls failed."""
         lines = self._trace.read_text(errors="replace").splitlines()
         return {match[1] for line in lines if (match := SPOILED.search(line))}

@@ -1,10 +1,11 @@
-"""Someone who writes at random, and as fast as it goes."""
+"""A user who writes at random and as fast as possible."""
 
 import os
 import random
 import time
 from typing import Callable
 
+from phones import pause
 from sandbox.client import Client
 from sandbox.records import Action, Key
 from writing import writes
@@ -13,7 +14,6 @@ from writing.writes import Write
 
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
 SEED = int(os.environ.get(SEED_VARIABLE) or 20240531)
-TO_REPEAT = f"To have the same writes again: {SEED_VARIABLE}={SEED}"
 
 CROWD = 160
 """With so many rows, nothing is created until some were deleted."""
@@ -24,29 +24,28 @@ LENGTHS = (0, 0, 5, 5, 40, 40, 400, 6000)
 
 
 class User:
-    """Changes rows that are known to be there, and never waits for an answer unless told to.
+    """Changes rows that are known to be there, and waits for no answer unless told to.
 
-    Every record is told apart by a number that stands in each of its texts, so that none can be taken for
-    another, and one that is half old and half new for neither.
+    A number in each text tells every record apart, so that no record can be taken for another, and
+    one that is half old and half new for neither. The name keeps users apart.
     """
 
-    def __init__(self, client: Client, ledger: Ledger, source: random.Random) -> None:
+    def __init__(
+        self, client: Client, ledger: Ledger, source: random.Random, name: str = ""
+    ) -> None:
+        self._name = name
         self._client = client
         self._ledger = ledger
         self._source = source
         self._number = 0
         self.provisioned_actions: list[int] = []
-        """Actions of others that keys may be bound to."""
+        """Provisioned actions that keys may be bound to."""
 
     # Many writes
 
     def write(self) -> None:
         """Sends one write."""
         self._ledger.send(self._client, self._next())
-
-    def write_and_wait(self) -> None:
-        self.write()
-        self._ledger.settle()
 
     def write_all(self, count: int) -> float:
         """Sends so many writes at once, waits for all the answers, and tells how long that took."""
@@ -57,13 +56,13 @@ class User:
         return time.monotonic() - begin
 
     def write_until(self, moment: float, count: int) -> None:
-        """Sends so many writes at once, and returns at the given moment, whatever has been done by then."""
+        """Sends so many writes at once, and returns at the given moment, done or not."""
         for _ in range(count):
             if time.monotonic() >= moment:
                 return
             self.write()
         self._client.connection.flush()
-        time.sleep(max(0.0, moment - time.monotonic()))
+        pause(max(0.0, moment - time.monotonic()))
 
     # One write
 
@@ -117,14 +116,14 @@ class User:
         return writes.delete_action(number, [key.idKey for key in keys if key.idAction == number])
 
     def _numbers(self, kind: type) -> list[int]:
-        """The ids of the rows that can be named: those just being created have none yet."""
+        """The known ids: rows that are just being created have none yet."""
         rows = self._ledger.presumed
         return [number for row_kind, number in rows if row_kind is kind and number > 0]
 
     # Records
 
     def _text(self) -> str:
-        return f"{self._number}." + "x" * self._source.choice(LENGTHS)
+        return f"{self._name}{self._number}." + "x" * self._source.choice(LENGTHS)
 
     def _any_action(self, number: int) -> Action:
         self._number += 1

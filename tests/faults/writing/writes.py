@@ -15,7 +15,7 @@ _placeholders = count(-2, -1)
 
 
 class Change(NamedTuple):
-    """One row made or replaced, or removed if there is no record: that far a change is never half done."""
+    """One row created, replaced, or removed if there is no record; never half done."""
 
     row: RowId
     record: Optional[Record] = None
@@ -44,7 +44,7 @@ def apply(rows: Rows, changes: Iterable[Change]) -> None:
 
 @dataclass
 class Write:
-    """One call on its way, whose changes are made in order."""
+    """One call, whose changes are made in order."""
 
     method: str
     signature: str
@@ -61,7 +61,7 @@ class Write:
         self.reply = client.send(self.method, self.signature, self.argument)
 
     def answer(self) -> Any:
-        """What the service answered, or None if it did not live to."""
+        """What the service answered, or None if it ended before."""
         try:
             return self.reply.wait().values[0]
         except BusError:
@@ -72,7 +72,7 @@ class Write:
         return self.success is None
 
     def was_done(self, answer: Any) -> bool:
-        """Whether the answer says so."""
+        """Whether the answer means success."""
         return answer > 0 if self.creates else answer == self.success
 
     def identify(self, number: int) -> None:

@@ -1,6 +1,6 @@
-"""A phone on which the user has made rows beside provisioned ones."""
+"""The rows of a phone on which the user has made rows beside provisioned ones."""
 
-from peers.phones import ROOMY
+from phones import ROOMY
 from rollout import Rollout
 from samples import CALL, SET_KEY
 from sandbox.records import Action, Key
@@ -22,5 +22,5 @@ STORED = [USER_ACTION, *PROVISIONED_ACTIONS, *USER_KEYS, *PROVISIONED_KEYS]
 
 
 def without_id(keys: list[Key]) -> list[Key]:
-    """Provisioned keys are made anew each time: what they are apart from their numbers."""
+    """The keys apart from their ids: provisioned keys get a new id at each merge."""
     return [key._replace(idKey=-1) for key in keys]

@@ -1,1 +1,0 @@
-"""Calls and events at random, right and wrong, and what must come of them."""

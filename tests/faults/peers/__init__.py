@@ -1,1 +1,0 @@
-"""Peers that hang, crash, send nonsense, never read or come in crowds."""
