@@ -25,8 +25,8 @@ QString faultInConversions(const provisioning::Record &record)
 
 } // namespace
 
-/// A setting's text, as the bus would bring it: whatever it is, its records are those of the plain
-/// way to read it, and those that are accepted become actions and keys.
+/// Any text of a setting: its records are those that the straightforward parser finds, and those
+/// that are accepted become actions and keys.
 // NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
