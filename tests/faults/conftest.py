@@ -4,12 +4,14 @@ import os
 import tempfile
 from contextlib import ExitStack
 from pathlib import Path
-from typing import Callable, Iterator
+from typing import Callable, Iterator, TypeVar
 
 import pytest
 from hypothesis import HealthCheck, configuration, settings
 
 from phones import Phone
+
+T = TypeVar("T")
 
 WHOLE = os.environ.get("PROGKEYS_FAULTS") == "all"
 """Whether everything is tried, which takes an hour, or a selection."""
@@ -28,8 +30,8 @@ configuration.set_hypothesis_home_dir(os.path.join(tempfile.gettempdir(), "progk
 
 
 @pytest.fixture(scope="session")
-def amount() -> Callable[[int, int], int]:
-    """How often to try: the first number in the default run, the second in a whole one."""
+def amount() -> Callable[[T, T], T]:
+    """How much to try: the first in the default run, the second in a whole one."""
     return lambda selection, everything: everything if WHOLE else selection
 
 

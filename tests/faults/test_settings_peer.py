@@ -20,14 +20,7 @@ from lived_in import (
 )
 from phones import ROOMY, Phone
 from rollout import Rollout
-from samples import (
-    DATABASE_FULL,
-    DATABASE_RESET,
-    MODULE_KEY,
-    SET_KEY,
-    SETTING_NOT_READ,
-    key_created,
-)
+from samples import DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
 from sandbox.loop import LIMIT, wait_until
 from sandbox.names import LIFECYCLE, SERVICE, bus_name
 from sandbox.records import KEY, Action, Key
@@ -81,14 +74,6 @@ def check_kept(phone: Phone, provisioned_keys: list[Key]) -> None:
     check_rows(phone, [USER_ACTION, *PROVISIONED_ACTIONS], [*USER_KEYS, *provisioned_keys])
 
 
-def check_restored(phone: Phone, provisioned_keys: list[Key]) -> None:
-    """After a restore only provisioned rows are stored, their ids counted from 1."""
-    first = PROVISIONED_ACTIONS[0].idAction - 1
-    actions = [action._replace(idAction=action.idAction - first) for action in PROVISIONED_ACTIONS]
-    keys = [key._replace(idAction=key.idAction - first) for key in provisioned_keys]
-    check_rows(phone, actions, keys)
-
-
 def check_limit_holds(phone: Phone) -> None:
     """With a well peer a key of the set is refused as soon as the limit says so."""
     phone.events.take()
@@ -101,58 +86,26 @@ def check_limit_holds(phone: Phone) -> None:
 # Ill at once
 
 
-def test_an_ill_peer_during_a_start_costs_no_user_row_and_the_next_start_provisions_again(
-    phone, figures
-):
+def test_an_ill_peer_stops_no_start_and_no_creation_and_costs_no_user_row(phone, figures):
     for name, fall_ill in ILL_MANNERS.items():
         fall_ill(phone.settings)
         service = phone.start()
         assert service.log.texts("error") == [SETTING_NOT_READ] * 2, name
-        assert service.log.texts("warning") == [SKIPPED_ACTION, SKIPPED_KEY], name
+        assert service.log.take("warning") == [SKIPPED_ACTION, SKIPPED_KEY], name
         check_kept(phone, [])
-        service.stop()
         phone.replace_peer()
-        phone.start().stop()
-        check_kept(phone, PROVISIONED_KEYS)
-    figures(f"{len(ILL_MANNERS)} ill peers during a start, no user row lost")
-
-
-def test_an_ill_peer_during_a_restore_does_not_stop_it_and_the_next_one_provisions_again(
-    phone, figures
-):
-    service = phone.start()
-    for name, fall_ill in ILL_MANNERS.items():
-        phone.events.take()
-        service.log.take()
-        fall_ill(phone.settings)
-        assert phone.client.restore_default() is False, name
-        assert service.log.take("error") == [SETTING_NOT_READ] * 2, name
-        assert phone.events.take() == [DATABASE_RESET], name
-        check_rows(phone, [], [])
-        phone.replace_peer()
-        assert phone.client.restore_default() is False, name
-        check_restored(phone, PROVISIONED_KEYS)
-    service.stop()
-    figures(f"{len(ILL_MANNERS)} ill peers during a restore, all restored and provisioned again")
-
-
-def test_an_ill_peer_during_a_creation_does_not_stop_it_and_the_limit_holds_again_afterwards(
-    phone, figures
-):
-    service = phone.start()
-    for name, fall_ill in ILL_MANNERS.items():
         check_limit_holds(phone)
-        service.log.take()
         fall_ill(phone.settings)
         key = USER_KEYS[0]._replace(container=name)
         key = key._replace(idKey=phone.client.create_programmable_key(key))
         assert phone.events.take() == [key_created(key)], name
         assert service.log.take("error") == [SETTING_NOT_READ], name
-        assert phone.database.keys()[-1] == key, name
+        assert phone.client.delete_programmable_key(key.idKey) == 0, name
+        service.stop()
         phone.replace_peer()
-    check_limit_holds(phone)
-    service.stop()
-    figures(f"{len(ILL_MANNERS)} ill peers during a creation, all keys created")
+        phone.start().stop()
+        check_kept(phone, PROVISIONED_KEYS)
+    figures(f"{len(ILL_MANNERS)} ill peers at a start and a creation, no user row lost")
 
 
 class HalfIll(NamedTuple):
@@ -235,7 +188,6 @@ WAITS = [
     Wait(launch, "DefaultKeys", lambda phone: check_kept(phone, [])),
     Wait(launch, "ProgKeysMax", lambda phone: check_kept(phone, [D1_KEY])),
     Wait(restore, "DefaultActions", lambda phone: check_rows(phone, [], [])),
-    Wait(restore, "ProgKeysMax", lambda phone: check_restored(phone, [D1_KEY])),
     Wait(create, "ProgKeysMax", lambda phone: check_kept(phone, [D1_KEY, CREATED])),
 ]
 
@@ -316,7 +268,7 @@ def check_merged(phone: Phone, rollout: Rollout, event: str) -> None:
 
 def test_defaults_of_16_mebibytes_are_merged_like_others(phones, amount, figures):
     took = []
-    for records in (1, amount(100, 5000)):
+    for records in amount((1,), (1, 5000)):
         rollout = rollout_of_16_mebibytes(records)
         phone = phones(f"{records}", settings={**SETTINGS, **rollout.settings}, log_level=4)
         phone.store(USER_ACTION, USER_KEYS[0])
@@ -328,17 +280,4 @@ def test_defaults_of_16_mebibytes_are_merged_like_others(phones, amount, figures
             assert phone.service.log.texts() == []
         assert phone.database.actions()[:2] == [RESERVED_ACTION, USER_ACTION]
         assert phone.database.keys()[:-1] == [USER_KEYS[0]]
-    figures(f"16 MiB of actions in 1 and in {records} records merged twice: {', '.join(took)}")
-
-
-def test_a_limit_of_16_mebibytes_of_digits_is_no_number_and_refuses_keys_of_the_set(
-    phone, figures
-):
-    service = phone.start()
-    phone.settings.values["ProgKeysMax"] = "9" * 16 * MEBIBYTE
-    assert phone.client.create_programmable_key(USER_KEYS[0]) == -1
-    assert phone.client.create_programmable_key(USER_KEYS[0]._replace(type=1)) > 0
-    assert service.log.texts("error") == []
-    check_limit_holds(phone)
-    service.stop()
-    figures("1 limit of 16 MiB: keys of the set refused, others created")
+    figures(f"16 MiB of actions merged twice, in up to {records} records: {', '.join(took)}")
