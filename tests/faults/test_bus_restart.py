@@ -1,19 +1,16 @@
-"""A bus that goes away and comes back, or stands still for a while."""
+"""A bus that goes away and comes back."""
 
-import os
 import random
-import signal
 import time
 from collections import Counter
-from contextlib import contextmanager
-from typing import Callable, Iterator
+from typing import Callable
 
 import pytest
 
 from database import RESERVED_ACTION
 from lived_in import PROVISIONED_ACTIONS, SETTINGS, STORED, USER_ACTION, USER_KEYS
 from phones import Phone, pause
-from samples import CALL, SETTING_NOT_READ, action_created, key_created
+from samples import CALL, action_created
 from sandbox.client import PendingReply
 from sandbox.loop import wait_until
 from sandbox.names import SERVICE, bus_name
@@ -24,9 +21,6 @@ NO_BUS = "Cannot reach the system bus: "
 STORED_ACTIONS = [RESERVED_ACTION, USER_ACTION, *PROVISIONED_ACTIONS]
 AT_ONCE = 0.25
 """The share of the restarts that come right after a launch, before it reaches the bus."""
-
-FROZEN_SECONDS = 5.5
-"""Longer than a read of a setting may take."""
 
 
 @pytest.fixture
@@ -51,14 +45,6 @@ def add(phone: Phone, count: int, first: int = 0) -> list[PendingReply]:
     return replies
 
 
-def ask_to_create(phone: Phone) -> PendingReply:
-    """A creation that waits for the SettingsManager."""
-    phone.settings.hang()
-    reply = phone.client.send("createProgrammableKey", KEY, USER_KEYS[0])
-    phone.settings.wait_for_held_read()
-    return reply
-
-
 def check_rows(phone: Phone, acknowledged: list[int]) -> None:
     """The users' rows and every acknowledged row are stored, and none is half there."""
     actions = phone.database.actions()
@@ -80,9 +66,6 @@ def check_serves(phone: Phone) -> None:
     assert phone.client.delete_action(added.idAction) == 0
 
 
-# Going away and coming back
-
-
 def be_at_work(phone: Phone) -> list[PendingReply]:
     phone.start()
     replies = add(phone, 100)
@@ -99,7 +82,9 @@ def be_idle(phone: Phone) -> list[PendingReply]:
 
 def wait_with_a_queue(phone: Phone) -> list[PendingReply]:
     replies = be_idle(phone)
-    ask_to_create(phone)
+    phone.settings.hang()
+    phone.client.send("createProgrammableKey", KEY, USER_KEYS[0])
+    phone.settings.wait_for_held_read()
     add(phone, 100, first=len(replies))
     phone.client.bus_round_trip()
     return replies
@@ -174,51 +159,3 @@ def how_it_ends(phone: Phone, start: str) -> str:
     assert service.status == 1, start
     assert reason == LOST or reason.startswith(NO_BUS), f"{start}: {reason}"
     return "lost the bus" if reason == LOST else "found no bus"
-
-
-# Standing still
-
-
-@contextmanager
-def frozen(*phones: Phone) -> Iterator[None]:
-    """The buses of these phones stand still meanwhile."""
-    daemons = [phone.client.process_of("org.freedesktop.DBus") for phone in phones]
-    try:
-        for daemon in daemons:
-            os.kill(daemon, signal.SIGSTOP)
-        yield
-    finally:
-        for daemon in daemons:
-            os.kill(daemon, signal.SIGCONT)
-
-
-def test_a_bus_that_stands_still_for_a_while_loses_nothing(make, figures):
-    at_work, waiting = make("at work"), make("waiting")
-    at_work.start()
-    at_work.events.take()
-    replies = add(at_work, 100)
-    replies[10].wait()
-    waiting.start()
-    waiting.events.take()
-    waiting.service.log.take()
-    creation = ask_to_create(waiting)
-    with frozen(at_work, waiting):
-        replies += add(at_work, 20, first=100)
-        pause(FROZEN_SECONDS)
-    waiting.settings.release()
-
-    first = STORED_ACTIONS[-1].idAction + 1
-    acknowledged = [reply.wait().values[0] for reply in replies]
-    assert acknowledged == list(range(first, first + len(replies)))
-    check_rows(at_work, acknowledged)
-    added = at_work.database.actions()[len(STORED_ACTIONS) :]
-    assert at_work.events.take() == [action_created(action) for action in added]
-    assert at_work.service.log.texts("error") == []
-    key = USER_KEYS[0]._replace(idKey=creation.wait().values[0])
-    assert waiting.database.keys()[-1] == key
-    assert waiting.events.take() == [key_created(key)]
-    assert waiting.service.log.take("error") == [SETTING_NOT_READ]
-    for phone in (at_work, waiting):
-        check_serves(phone)
-        phone.service.stop()
-    figures(f"2 buses stood still for {FROZEN_SECONDS:.1f} s: {len(replies)} calls, none lost")
