@@ -10,7 +10,7 @@ from target_root import TargetRoot
 NAME = bus_name(SERVICE)
 PATH = object_path(SERVICE)
 
-# Says a line for each event and for the marker, whose arrival means that all sent before has come, too.
+# Prints a line for each event and for the marker, which arrives after everything sent before it.
 LISTENER = f"""
 import sys
 import dbus, dbus.mainloop.glib

@@ -1,4 +1,4 @@
-"""A Debian of one's own below a directory, with users, packages and a system bus."""
+"""A Debian below a directory, with users, packages and a system bus of its own."""
 
 import shutil
 import subprocess
@@ -20,7 +20,7 @@ ENVIRONMENT = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "HO
 
 
 def suite() -> str:
-    """The Debian that this machine runs, whose packages were built here."""
+    """The Debian release of this machine, for which the packages were built."""
     release = Path("/etc/os-release").read_text(encoding="utf-8")
     fields = dict(line.split("=", 1) for line in release.splitlines() if "=" in line)
     return fields["VERSION_CODENAME"].strip('"')
@@ -46,7 +46,7 @@ def mirror() -> str:
 
 
 class TargetRoot:
-    """The root, and its processes. It stands on a file system of its own in memory, which goes with the namespace."""
+    """The root and its processes, on a file system in memory that goes with the namespace."""
 
     def __init__(self, path: Path) -> None:
         self.path = path
@@ -54,7 +54,7 @@ class TargetRoot:
         self._log: Optional[IO[bytes]] = None
 
     def make(self) -> None:
-        """Unpacks the smallest Debian, and makes it fit for chroot."""
+        """Unpacks a minimal Debian, ready for chroot."""
         mount("-t", "tmpfs", "-o", "mode=755,size=3G", "tmpfs", str(self.path))
         subprocess.run(
             ["debootstrap", "--variant=minbase", suite(), str(self.path), mirror()],
@@ -101,7 +101,7 @@ class TargetRoot:
         )
 
     def demand(self, *command: str, user: str = "root") -> str:
-        """As `run`, for what has to succeed; what it printed."""
+        """As `run`; the command must succeed. Returns its output."""
         result = self.run(*command, user=user)
         assert result.returncode == 0, f"{' '.join(command)}: {result.stdout}{result.stderr}"
         return result.stdout
@@ -162,7 +162,7 @@ class TargetRoot:
 
     @property
     def bus_log(self) -> str:
-        """What the bus, and what it started, had to say."""
+        """The output of the bus and of what it started."""
         return (self.path / "bus.log").read_text(encoding="utf-8", errors="replace")
 
     @property

@@ -11,19 +11,19 @@ from target_root import TargetRoot
 UNIT = "zelprogrammablekeys.service"
 
 
-def test_the_unit_is_without_fault(root: TargetRoot) -> None:
+def test_systemd_finds_no_fault_in_the_unit(root: TargetRoot) -> None:
     result = root.run("systemd-analyze", "verify", "--man=no", UNIT)
     assert (result.returncode, result.stderr) == (0, "")
 
 
-def test_the_unit_exposes_as_little_as_it_can(root: TargetRoot) -> None:
+def test_the_unit_is_hardened(root: TargetRoot) -> None:
     result = root.run(
         "systemd-analyze", "security", "--offline=true", "--threshold=10", "--no-pager", UNIT
     )
     assert result.returncode == 0, result.stdout + result.stderr
 
 
-def test_the_data_is_the_service_s_own_and_so_are_its_copies(root: TargetRoot) -> None:
+def test_the_data_directory_belongs_to_the_service(root: TargetRoot) -> None:
     places = ["/data/ZELApplication", "/data/ZELApplication/ZelProgrammableKeys"]
     assert root.demand("stat", "--format=%U:%G %a", *places).split("\n")[:2] == [
         "root:zelmodules 1775",
@@ -78,7 +78,7 @@ def test_a_peer_module_is_built_against_the_package(development: Path, tmp_path:
         assert result.returncode == 0, result.stdout
 
 
-def test_no_file_tells_where_it_was_built(development: Path) -> None:
+def test_no_file_contains_the_build_directory(development: Path) -> None:
     files = [
         path
         for path in development.rglob("*")
