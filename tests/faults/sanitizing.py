@@ -18,19 +18,19 @@ def is_sanitized(program: Path) -> bool:
 
 
 def report_in(log: str) -> str:
-    """What a sanitizer wrote into an error output, or at least how that begins."""
+    """The beginning of a sanitizer report in an error output."""
     report = REPORT.search(log)
     return log[report.start() :][:SHOWN] if report else ""
 
 
 def end_cleanly(process: Process) -> None:
-    """Ends it, which it must survive in every respect; leaks are looked for at this moment."""
+    """Asks the process to end; a sanitizer looks for leaks then."""
     process.send_signal(signal.SIGTERM)
     check_end(process)
 
 
 def check_end(process: Process) -> None:
-    """Waits for the end: a clean one, and nothing reported in all the time before."""
+    """Waits for the end, which must be clean and without any report of a sanitizer."""
     status = process.wait_for_exit()
     report = report_in(process.log.raw())
     assert (status, report) == (0, ""), f"status {status}\n{report}"

@@ -11,10 +11,6 @@ HERE = Path(__file__).resolve().parent
 BOOT_LIMIT = 60
 
 
-class CannotBoot(Exception):
-    """This machine does not let a systemd run in namespaces; why, as far as that is known."""
-
-
 class BootedSystem:
     """A root that is up: its units run, and commands run among them."""
 
@@ -34,7 +30,7 @@ class BootedSystem:
             wait_until(self._is_up, "systemd is up", BOOT_LIMIT)
         except GaveUp as error:
             log = self._log.read_text(encoding="utf-8", errors="replace")
-            raise CannotBoot(f"{error}: {log[-400:]}") from error
+            raise AssertionError(f"systemd does not come up: {log[-400:]}") from error
 
     def run(self, *command: str, user: str = "root") -> "subprocess.CompletedProcess[str]":
         """Runs a command among the system's own processes."""

@@ -45,7 +45,7 @@ class Driver:
         self._lines_taken = 0
 
     def perform(self, step: str, *values: Any) -> Outcome:
-        """Does the step and tells everything that was seen of it."""
+        """Does the step and returns everything that was seen of it."""
         operation = operation_of(step, len(values))
         reply = None
         if operation is not None:

@@ -34,7 +34,7 @@ class Reference(Rules):
         self._database_path = database_path
 
     def perform(self, step: str, *values: Any) -> Outcome:
-        """Does the step and tells everything that is to be seen of it."""
+        """Does the step and returns everything that can be seen of it."""
         self._forget_what_was_seen()
         reply = getattr(self, step)(*values)
         rows = [*self.keys.values()], [*self.actions.values()]
