@@ -84,7 +84,7 @@ def test_a_service_in_long_use_leaks_nothing_and_takes_no_more_memory(
     phone = phones(log_level=6, environment=GIVE_MEMORY_BACK)
     phone.start()
     use = Use(phone)
-    use.go_on(amount(15, 250))
+    use.go_on(amount(45, 250))
     before = private_kibibytes(phone.service.pid)
     use.go_on(amount(45, 2500))
     after = private_kibibytes(phone.service.pid)
