@@ -34,7 +34,9 @@ QString findScript()
 QList<QByteArray> scriptArguments(const cli::Arguments &arguments)
 {
     QList<QByteArray> words;
-    for (const char *option : {"--settings", "--data", "--logs", "--bin", "--timeout"})
+    if (arguments.has("--page"))
+        words << "--page";
+    for (const char *option : {"--settings", "--data", "--logs", "--bin", "--port", "--timeout"})
         if (arguments.has(option))
             words << option << arguments.value(option);
     return words << "--" << arguments.values("COMMAND");
@@ -67,6 +69,9 @@ cli::Command sandboxCommand()
          cli::parameter("--logs DIR", "keep the logs in this directory", cli::check::notEmpty),
          cli::parameter("--bin DIR", "take the programs of the phone from this directory",
                         cli::check::existingDirectory),
+         cli::parameter("--page", "serve the page of the phone on this machine and print its URL"),
+         cli::parameter("--port NUMBER", "serve the page on this port",
+                        cli::check::integer(1, 65535)),
          cli::parameter("[COMMAND...]", "the command, after --; default: your shell")},
         run);
     command.notes = QStringLiteral(
