@@ -1,0 +1,76 @@
+// What the user is told when the service refuses, and what the page undoes.
+
+import assert from "node:assert/strict";
+import test from "node:test";
+import { Requests, movedTo } from "../../tools/page/requests.js";
+import { State } from "../../tools/page/state.js";
+import { answerText, errorText } from "../../tools/page/texts.js";
+
+const KEY = { idKey: 1, dmId: "", idAction: 5, container: "home", position: 3, icon: "", type: 0, aom_type: 0, aom_addr: 0 };
+const OTHER = { ...KEY, idKey: 2, position: 4 };
+const ACTION = { idAction: 5, dmId: "", type: 1, action: "call", webAppName: "", arguments: "", label: "A", shortLabel: "" };
+
+/** A service that answers as told and notes what it was asked. */
+function service(answers) {
+  const asked = [];
+  const bus = new Proxy({}, { get: (_, name) => async (...values) => {
+    asked.push([name, ...values]);
+    return answers[name];
+  } });
+  const state = new State();
+  state.limit = 24;
+  state.read([KEY, OTHER].map((key) => Object.values(key)), [Object.values(ACTION)]);
+  return { asked, state, requests: new Requests(state, bus, async () => {}) };
+}
+
+test("the limit is told with what to do", async () => {
+  const { requests } = service({ createKey: -1 });
+  await assert.rejects(requests.createKey(KEY, null), /limit of 24 keys.*Delete a key of the set, or raise the setting ProgKeysMax/);
+});
+
+test("a missing action is told", async () => {
+  const { requests } = service({ createKey: -2 });
+  await assert.rejects(requests.createKey({ ...KEY, idAction: 9 }, null), /no action 9/);
+});
+
+test("a new action is deleted again when its key is refused", async () => {
+  const { requests, asked } = service({ addAction: 77, createKey: -1, deleteAction: 0 });
+  await assert.rejects(requests.createKey(KEY, ACTION));
+  assert.deepEqual(asked.map(([name]) => name), ["addAction", "createKey", "deleteAction"]);
+  assert.equal(asked[1][1].idAction, 77);
+  assert.equal(asked[2][1], 77);
+});
+
+test("provisioned and reserved rows are told from each other", async () => {
+  const { requests } = service({ deleteKey: -2, deleteAction: -2 });
+  await assert.rejects(requests.deleteKey({ ...KEY, dmId: "post" }), /provisioned, as "post".*DefaultKeys/);
+  await assert.rejects(requests.deleteAction({ ...ACTION, idAction: -1 }), /reserved/);
+  await assert.rejects(requests.deleteAction({ ...ACTION, dmId: "post" }), /DefaultActions/);
+  await assert.rejects(requests.deleteKey({ ...KEY, idKey: 99 }), /deleted meanwhile/);
+});
+
+test("a key that moves onto another is exchanged with it", async () => {
+  const { requests, asked } = service({ moveKeys: true });
+  await requests.move(KEY, { onModule: false, container: "home", address: 0, number: 4, moduleType: 0 });
+  assert.deepEqual(asked, [["moveKeys", { 1: 4, 2: 3 }]]);
+});
+
+test("a key that moves to a module takes its address and type", () => {
+  const moved = movedTo(KEY, { onModule: true, container: "module2", address: 2, number: 8, moduleType: 1 });
+  assert.deepEqual([moved.container, moved.position, moved.type, moved.aom_type, moved.aom_addr], ["module2", 8, 1, 1, 2]);
+  const back = movedTo(moved, { onModule: false, container: "home", address: 0, number: 8, moduleType: 0 });
+  assert.deepEqual([back.container, back.type, back.aom_addr], ["home", 0, 0]);
+});
+
+test("errors of the bus and of the tool are told in words", () => {
+  assert.match(errorText({ name: "org.freedesktop.DBus.Error.AccessDenied" }), /progkeys-admin/);
+  assert.match(errorText({ problem: "access-denied" }), /progkeys-admin/);
+  assert.match(errorText({ name: "org.freedesktop.DBus.Error.ServiceUnknown" }), /not running/);
+  assert.match(errorText({ message: "odd" }), /odd/);
+});
+
+test("the answer to a press is told", () => {
+  assert.match(answerText({ exists: false, key: KEY, action: ACTION }), /Not programmed/);
+  assert.match(answerText({ exists: true, key: KEY, action: ACTION }), /Key 1: action 5 “A”, call/);
+  assert.match(answerText({ exists: true, key: KEY, action: { ...ACTION, idAction: -1 } }), /does not exist/);
+});

@@ -1,0 +1,155 @@
+"""A phone with its page, and a browser that shows it."""
+
+import os
+import subprocess
+import time
+from pathlib import Path
+from typing import Any, Callable, Mapping, Optional, TypeVar
+
+from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
+from selenium.webdriver.chrome.options import Options
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.remote.webelement import WebElement
+
+from sandbox.client import Client
+from sandbox.loop import LIMIT, GaveUp
+from sandbox.processes import clean_environment
+
+T = TypeVar("T")
+
+HOLD = "echo $PROGKEYS_SANDBOX; echo $DBUS_SYSTEM_BUS_ADDRESS; read end"
+ARGUMENTS = ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--hide-scrollbars",
+             "--window-size=1700,1250")
+
+
+class Phone:
+    """A sandbox with its page, which runs until it is closed."""
+
+    def __init__(self, bin_dir: Path, *options: str, environment: Optional[Mapping[str, str]] = None) -> None:
+        self.bin_dir = bin_dir
+        self.child = subprocess.Popen(
+            [bin_dir / "progkeysctl", "sandbox", "--page", *options, "--", "sh", "-c", HOLD],
+            env={**clean_environment(), **(environment or {})},
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.url, self.directory, self.address = (self.child.stdout.readline().strip() for _ in range(3))
+        assert self.address, f"the sandbox ended with status {self.child.wait(LIMIT)}"
+        self.client = Client(self.address)
+
+    def tool(self, *words: object, status: int = 0) -> str:
+        """Runs progkeysctl on this phone."""
+        result = subprocess.run(
+            [self.bin_dir / "progkeysctl", *map(str, words)],
+            env={**clean_environment(), "DBUS_SYSTEM_BUS_ADDRESS": self.address},
+            capture_output=True,
+            text=True,
+            timeout=LIMIT,
+            check=False,
+        )
+        assert result.returncode == status, result.stderr
+        return result.stdout
+
+    def close(self) -> None:
+        self.client.close()
+        self.child.communicate(timeout=LIMIT)
+
+
+class Browser:
+    """Headless Chromium, with the page of a phone."""
+
+    def __init__(self, url: str) -> None:
+        options = Options()
+        options.binary_location = "/usr/bin/chromium"
+        for argument in ARGUMENTS:
+            options.add_argument(argument)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        self.url = url
+
+    def open(self, view: str = "#/phone") -> None:
+        """Opens a view in a new load of the page, and waits until the phone is read."""
+        self.driver.get("about:blank")
+        self.driver.get(self.url + view)
+        self.wait(lambda: self.all(".service.running"), "the page is connected")
+
+    def go(self, view: str) -> None:
+        self.driver.execute_script("location.hash = arguments[0]", view)
+        self.wait(lambda: self.all(f'nav a[href="{view}"][aria-current]'), f"the view {view}")
+
+    def all(self, css: str) -> list[WebElement]:
+        return self.driver.find_elements("css selector", css)
+
+    def one(self, css: str) -> WebElement:
+        """The first such element, once there is one."""
+        return self.wait(lambda: next(iter(self.all(css)), None), css)
+
+    def click(self, css: str) -> None:
+        self.one(css).click()
+
+    def press_button(self, name: str, within: str = "body") -> None:
+        """Clicks the button with this text."""
+        self.wait(lambda: self._button(name, within), f"a button {name}").click()
+
+    def _button(self, name: str, within: str) -> Optional[WebElement]:
+        return next((button for button in self.all(f"{within} button:not(.place)") if button.text == name), None)
+
+    def text(self, css: str) -> str:
+        return self.one(css).text
+
+    def alert(self) -> str:
+        """The text of the refusal, once there is one."""
+        return self.wait(lambda: next((alert.text for alert in self.all('[role="alert"]')), ""), "a refusal")
+
+    def has(self, css: str) -> None:
+        """Waits until there is such an element."""
+        self.one(css)
+
+    def lacks(self, css: str) -> None:
+        """Waits until there is no such element."""
+        self.wait(lambda: not self.all(css), f"no {css}")
+
+    def fill(self, css: str, value: str) -> None:
+        field = self.one(css)
+        field.clear()
+        field.send_keys(value)
+
+    def paste(self, css: str, text: str) -> None:
+        """Enters a long text at once."""
+        script = "arguments[0].value = arguments[1]; arguments[0].dispatchEvent(new Event('input'))"
+        self.run(script, self.one(css), text)
+
+    def run(self, script: str, *arguments: Any) -> Any:
+        return self.driver.execute_script(script, *arguments)
+
+    def set_width(self, width: int) -> None:
+        metrics = {"width": width, "height": 1200, "deviceScaleFactor": 1, "mobile": False}
+        self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
+
+    def wait(self, holds: Callable[[], T], what: str, limit: float = LIMIT) -> T:
+        deadline = time.monotonic() + limit
+        while True:
+            try:
+                if result := holds():
+                    return result
+            except StaleElementReferenceException:
+                pass
+            if time.monotonic() > deadline:
+                raise GaveUp(f"not within {limit:g} s: {what}; the page shows: {self.run('return document.body.innerText')[:1500]}")
+            time.sleep(0.03)
+
+    def errors(self) -> list[str]:
+        """What the browser has complained about since the last call."""
+        return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"]
+
+    def picture(self, name: str, height: int = 1250) -> None:
+        """Makes a picture for the documentation in the directory PROGKEYS_PICTURES_DIR, if that is set."""
+        if directory := os.environ.get("PROGKEYS_PICTURES_DIR"):
+            metrics = {"width": 1640, "height": height, "deviceScaleFactor": 1, "mobile": False}
+            self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
+            self.driver.save_screenshot(str(Path(directory) / f"{name}.png"))
+
+    def close(self) -> None:
+        self.driver.quit()
