@@ -12,7 +12,7 @@ from bus_users import BusUser
 from target_root import TargetRoot
 
 CHECKOUT = Path(__file__).resolve().parents[2]
-IN_ROOT = ("zelprogrammablekeys", "progkeysctl", "zelprogrammablekeys-devtools")
+IN_ROOT = ("zelprogrammablekeys", "progkeysctl", "zelprogrammablekeys-devtools", "cockpit-progkeys")
 
 
 @pytest.fixture(scope="session")
