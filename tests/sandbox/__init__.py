@@ -1,6 +1,5 @@
-"""A private phone on a laptop: its own bus, its own data, real processes, a client that is not Qt.
+"""A private phone: its own bus, its own data, real processes, and a client without Qt.
 
-Everything runs on the caller's one thread. Whoever waits turns GLib's default main loop meanwhile,
-so that peers played in Python answer, events are recorded and replies arrive, all in the order in
-which the bus carried them.
+Everything runs on one thread. A function that waits runs GLib's default main loop, so that fake
+peers in Python answer, and events and replies arrive in the order of the bus.
 """
