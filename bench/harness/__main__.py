@@ -24,17 +24,17 @@ BUSY = 0.5
 
 EPILOG = f"""\
 measurements:
-  calls              each call against the rival, data in memory
-  disk               calls that write against the rival, data on a disk
-  provisioned-start  start with 60 and 1,000 provisioned keys, on a disk against in memory
-  growth             merge of 1,000 provisioned keys against 100
-  start              start of the process against the frame
-  memory             memory against the frame, and with 1,000 keys against one
+  calls              each call compared with the rival, data in memory
+  disk               calls that write, compared with the rival, data on a disk
+  provisioned-start  start with 60 and 1,000 provisioned keys, on a disk compared with memory
+  growth             merge of 1,000 provisioned keys compared with 100
+  start              start of the process compared with the frame
+  memory             memory compared with the frame, and with 1,000 keys compared with one
   sizes              calls with 10 to 10,000 stored keys; has no limits
 
 The rival does the same work with libsystemd and SQLite. The frame is an empty Qt program.
 The limits are in bench/harness/limits.py. A limit is compared with the median of all rounds.
-Against the base, the verdict is "more" or "less" if all {ROUNDS} rounds agree.
+Compared with the base, the verdict is "more" or "less" if all {ROUNDS} rounds agree.
 The status is 0 if all limits hold, {EXCEEDED} if one is exceeded, {MISUSE} if an argument is wrong,
 and {NOT_MEASURED} if something could not be measured or a server gave a wrong answer.
 """
@@ -54,11 +54,11 @@ def parser() -> argparse.ArgumentParser:
         action="append",
         choices=MEASUREMENTS,
         metavar="NAME",
-        help="measure only this; may be repeated",
+        help="take only this measurement; may be repeated",
     )
     add("--quick", action="store_true", help="3 rounds with fewer calls; the verdicts are rough")
     add("--base", metavar="COMMIT", help="also build this commit and compare the service with it")
-    add("--json", type=Path, metavar="FILE", help="write each figure to a file")
+    add("--json", type=Path, metavar="FILE", help="write the figures of each round to a file")
     add(
         "--update-docs",
         action="store_true",

@@ -83,7 +83,7 @@ def test_the_help_of_every_command_fits_the_terminal_and_has_the_common_options(
         (["status", "--timeout", "0"], '--timeout: "0" is not a number of seconds from 0.001 to 2000000'),
         (["status", "--timeout", "soon"], '--timeout: "soon" is not a number of seconds'),
         (["status", "--timeout", "nan"], '--timeout: "nan" is not a number of seconds'),
-        (["monitor", "--limit", "0"], '--limit: "0" is not a whole number from 1 to 1000000000'),
+        (["monitor", "--limit", "0"], '--limit: "0" is not an integer from 1 to 1000000000'),
         (["restore", "everything", "--yes"], 'default|factory: "everything" is not one of default, factory'),
     ],
     ids=lambda value: " ".join(value) or "nothing" if isinstance(value, list) else None,

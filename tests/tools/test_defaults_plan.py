@@ -46,7 +46,7 @@ dropped    key      -  kept     home, position 9: key limit reached
 changed    key      2  changed  position 1 -> 5
 changed    key      2  changed  icon "bell" -> "lamp"
 added      key      -  new      home, position 6
-added      key      -           home, position 8: no identifier: becomes a user's key, another at each start
+added      key      -           home, position 8: no identifier: becomes a user's key, and each start adds another one
 added      key      -  goes     module 2, key 3
 changed    key      4  goes     icon "bell" -> "lamp"
 removed    key      3  gone     home, position 2

@@ -280,7 +280,7 @@ KEY = {"type": 0, "position": 1, "idAction": -1}
         (document([ACTION, ACTION], []), "actions[1]: the id 1 is used twice"),
         (document([], [{"type": 0, "position": 1}]), "keys[0]: exactly one of idAction and actionDmId is required"),
         (document([], [KEY | {"actionDmId": "D1"}]), "keys[0]: exactly one of idAction and actionDmId is required"),
-        (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId must be a string"),
+        (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId must be a non-empty string"),
         (document([ACTION], [KEY, KEY | {"idAction": 99}]), "keys[1]: the file does not contain action 99"),
         (document([], [{"type": 0, "idAction": -1}]), "keys[0]: the field position is missing"),
         (document([], [KEY | {"colour": 1}]), "keys[0]: "),

@@ -50,7 +50,7 @@ def test_an_unknown_field_is_reported_before_waiting(ctl: Tool, client: Client, 
 def test_an_invalid_identifier_is_refused(ctl: Tool, client: Client, key: Key, text: str) -> None:
     result = ctl("key", "delete", text)
     assert (result.status, result.out) == (2, "")
-    assert f'"{text}" is not a whole number of 64 bits' in result.err
+    assert f'"{text}" is not a 64-bit integer' in result.err
     assert client.get_all_programmable_keys() == [key]
 
 

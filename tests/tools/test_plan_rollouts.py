@@ -27,7 +27,7 @@ EVERY_OUTCOME = {
     "no identifier: overwrites a user's action",
     "no identifier: overwrites the reserved action",
     "no identifier: becomes a user's action",
-    "no identifier: becomes a user's key, another at each start",
+    "no identifier: becomes a user's key, and each start adds another one",
 }
 
 

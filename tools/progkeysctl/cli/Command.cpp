@@ -108,7 +108,7 @@ QString id(const QByteArray &value)
 {
     bool isNumber = false;
     value.toLongLong(&isNumber);
-    return isNumber ? QString() : QStringLiteral("is not a whole number of 64 bits");
+    return isNumber ? QString() : QStringLiteral("is not a 64-bit integer");
 }
 
 QString seconds(const QByteArray &value)
@@ -133,7 +133,7 @@ Check integer(int min, int max)
         const int number = value.toInt(&isNumber);
         if (isNumber && number >= min && number <= max)
             return QString();
-        return QStringLiteral("is not a whole number from %1 to %2").arg(min).arg(max);
+        return QStringLiteral("is not an integer from %1 to %2").arg(min).arg(max);
     };
 }
 

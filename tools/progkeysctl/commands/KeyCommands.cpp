@@ -67,7 +67,7 @@ QMapIntInt positionsOf(const QStringList &moves)
         if (!hasId || !hasPosition)
             throw Failure{ExitStatus::Usage,
                           QStringLiteral("\"%1\" is not of the form KEY_ID=POSITION").arg(move),
-                          QStringLiteral("Both must be whole numbers of 32 bits.")};
+                          QStringLiteral("Both must be 32-bit integers.")};
         if (positions.contains(idKey))
             throw Failure{
                 ExitStatus::Usage, QStringLiteral("Key %1 is given more than once").arg(idKey), {}};

@@ -75,7 +75,7 @@ cli::Command sandboxCommand()
          cli::parameter("[COMMAND...]", "the command, after --; default: your shell")},
         run);
     command.notes = QStringLiteral(
-        "Without --settings there are no defaults and room for 100 keys. Data and logs are "
+        "Without --settings, there are no defaults and the key limit is 100. Data and logs are "
         "temporary unless you specify a directory for them. The exit status is that of COMMAND.");
     return command;
 }

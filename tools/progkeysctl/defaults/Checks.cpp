@@ -293,8 +293,8 @@ void checkLimit(Setting &keys, const QList<Record> &ofSet, int limit)
 {
     if (ofSet.size() > limit)
         add(keys, Severity::Error, "too-many-keys", problemOf(ofSet.at(std::max(0, limit))),
-            QStringLiteral("there are %1 of the set, and the limit is %2: the phone refuses this "
-                           "one and the following keys of the set")
+            QStringLiteral("there are %1 on the set, and the limit is %2: the phone refuses this "
+                           "one and the following keys on the set")
                 .arg(output::counted(static_cast<int>(ofSet.size()), QStringLiteral("key")),
                      QString::number(limit)));
 }
@@ -324,8 +324,8 @@ void checkLimitText(Setting &limit)
     problem.place.length = static_cast<int>(limit.text.size());
     if (!isNumber)
         add(limit, Severity::Error, "not-a-number", problem,
-            QStringLiteral("the limit %1 is not a 32-bit decimal number and becomes 0: no key of "
-                           "the set can be created")
+            QStringLiteral("the limit %1 is not a 32-bit decimal number and becomes 0: no key "
+                           "can be created on the set")
                 .arg(quoted(limit.text)));
 }
 

@@ -55,9 +55,10 @@ Row rowFromJson(const QJsonObject &object, const QStringList &required, const QS
             throwInvalid(where, QStringLiteral("the field %1 is missing").arg(field));
     }
     if (!row.dmId.isEmpty())
-        throwInvalid(where, QStringLiteral("the dmId is not empty"),
-                     QStringLiteral("Only rows that users made can be imported. Provisioned rows "
-                                    "come from device management."));
+        throwInvalid(
+            where, QStringLiteral("the dmId is not empty"),
+            QStringLiteral("Only rows that users created can be imported. Provisioned rows "
+                           "come from device management."));
     return row;
 }
 
@@ -77,7 +78,7 @@ ExportedKey keyFromJson(QJsonObject object, const QString &where)
     const bool hasDmId = object.contains(ActionDmIdMember);
     exported.actionDmId = object.take(ActionDmIdMember).toString();
     if (hasDmId && exported.actionDmId.isEmpty())
-        throwInvalid(where, QStringLiteral("actionDmId must be a string that is not empty"));
+        throwInvalid(where, QStringLiteral("actionDmId must be a non-empty string"));
     if (hasDmId == object.contains(IdActionMember))
         throwInvalid(where, QStringLiteral("exactly one of idAction and actionDmId is required"));
     exported.key =

@@ -52,7 +52,7 @@ QString rangeOf(const QString & /*of*/)
 template <typename Number>
 QString rangeOf(const Number & /*of*/)
 {
-    return QStringLiteral("a whole number of %1 bits").arg(8 * sizeof(Number));
+    return QStringLiteral("a %1-bit integer").arg(8 * sizeof(Number));
 }
 
 bool setFrom(const QString &text, QString &member)

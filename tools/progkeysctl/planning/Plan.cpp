@@ -244,8 +244,8 @@ void Planner::planCreatedKey(const CreatedKey &created)
     if (!created.predecessor) {
         row.insert(Content, contentOf(created.key, {}));
         if (dmId.isEmpty())
-            row.insert(Reason, QStringLiteral("no identifier: becomes a user's key, another at "
-                                              "each start"));
+            row.insert(Reason, QStringLiteral("no identifier: becomes a user's key, and each "
+                                              "start adds another one"));
         add(Added, OfKey, {}, dmId, row);
         return;
     }

@@ -75,7 +75,7 @@ void FieldsTest::invalidJsonIsRejected_data()
     };
     refuse("an unknown field", R"({"colour": 1})", "key 3: unknown field \"colour\"");
     refuse("a text for a number", R"({"position": "1"})",
-           "key 3: the field position is not a whole number of 32 bits");
+           "key 3: the field position is not a 32-bit integer");
     refuse("a number for a text", R"({"icon": 1})",
            "key 3: the field icon is not a text without null characters");
     refuse("a null character", R"({"icon": "a\u0000b"})",
@@ -83,16 +83,16 @@ void FieldsTest::invalidJsonIsRejected_data()
     refuse("an unpaired surrogate", R"({"icon": "\ud800"})",
            "key 3: the field icon is not a text without null characters");
     refuse("a fraction", R"({"position": 1.5})",
-           "key 3: the field position is not a whole number of 32 bits");
+           "key 3: the field position is not a 32-bit integer");
     refuse("more than 32 bits", R"({"type": 2147483648})",
-           "key 3: the field type is not a whole number of 32 bits");
+           "key 3: the field type is not a 32-bit integer");
     refuse("more than 64 bits", R"({"idKey": 1e19})",
-           "key 3: the field idKey is not a whole number of 64 bits");
+           "key 3: the field idKey is not a 64-bit integer");
     refuse("2^63", R"({"idKey": 9223372036854775808})",
-           "key 3: the field idKey is not a whole number of 64 bits");
+           "key 3: the field idKey is not a 64-bit integer");
     refuse("a text that is not a number", R"({"idKey": "seven"})",
-           "key 3: the field idKey is not a whole number of 64 bits");
-    refuse("null", R"({"idKey": null})", "key 3: the field idKey is not a whole number of 64 bits");
+           "key 3: the field idKey is not a 64-bit integer");
+    refuse("null", R"({"idKey": null})", "key 3: the field idKey is not a 64-bit integer");
 }
 
 void FieldsTest::invalidJsonIsRejected()
