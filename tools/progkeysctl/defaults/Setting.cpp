@@ -15,10 +15,15 @@ namespace {
 int invalidCharacter(const QString &text, const QByteArray &bytes)
 {
     const QChar replacement(QChar::ReplacementCharacter);
-    int at = static_cast<int>(text.indexOf(replacement));
-    while (at >= 0 && bytes.mid(text.left(at).toUtf8().size()).startsWith("\xef\xbf\xbd"))
-        at = static_cast<int>(text.indexOf(replacement, at + 1));
-    return at;
+    int before = 0;
+    qsizetype byte = 0;
+    for (auto at = text.indexOf(replacement); at >= 0; at = text.indexOf(replacement, at + 1)) {
+        byte += text.mid(before, at - before).toUtf8().size();
+        before = static_cast<int>(at);
+        if (bytes.mid(static_cast<int>(byte), 3) != "\xef\xbf\xbd")
+            return before;
+    }
+    return -1;
 }
 
 bool isCsv(const Setting &setting)
