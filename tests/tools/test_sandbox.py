@@ -238,6 +238,22 @@ def test_a_service_that_does_not_start_is_a_timeout(tool: Path, programs: Path, 
     assert not list(tmp_path.glob("progkeys-*"))
 
 
+@pytest.mark.parametrize(
+    ("script", "expected"),
+    [(ENDS_AT_ONCE, (1, "ended with status 3 before it was ready")), (NEVER_READY, (3, "was not ready within 0.001 s"))],
+    ids=["ends at once", "never ready"],
+)
+def test_a_bus_that_does_not_start_is_reported(
+    tool: Path, tmp_path: Path, script: str, expected: tuple[int, str]
+) -> None:
+    (tmp_path / "dbus-daemon").touch(0o755)
+    replace(tmp_path / "dbus-daemon", script)
+    limit = "1e-3" if script == NEVER_READY else "20"
+    result = run(tool, "--timeout", limit, "--", "echo", "ran", environment={"PATH": f"{tmp_path}:/usr/bin:/bin"})
+    assert (result.returncode, result.stdout) == (expected[0], "")
+    assert f"dbus-daemon {expected[1]}" in result.stderr
+
+
 def test_missing_directories_are_refused(tool: Path, tmp_path: Path) -> None:
     missing = str(tmp_path / "missing")
     for option in ("--settings", "--bin"):

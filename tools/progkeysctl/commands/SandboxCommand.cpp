@@ -36,9 +36,13 @@ QList<QByteArray> scriptArguments(const cli::Arguments &arguments)
     QList<QByteArray> words;
     if (arguments.has("--page"))
         words << "--page";
-    for (const char *option : {"--settings", "--data", "--logs", "--bin", "--port", "--timeout"})
+    for (const char *option : {"--settings", "--data", "--logs", "--bin", "--port"})
         if (arguments.has(option))
             words << option << arguments.value(option);
+    // Without blanks or an exponent, which bash does not read.
+    if (arguments.has("--timeout"))
+        words << "--timeout"
+              << QByteArray::number(arguments.value("--timeout").toDouble(), 'g', 10);
     return words << "--" << arguments.values("COMMAND");
 }
 
