@@ -104,6 +104,12 @@ QString notEmpty(const QByteArray &value)
     return value.isEmpty() ? QStringLiteral("is empty") : QString();
 }
 
+QString utf8(const QByteArray &value)
+{
+    const bool isUtf8 = QString::fromUtf8(value).toUtf8() == value;
+    return isUtf8 ? QString() : QStringLiteral("is not UTF-8");
+}
+
 QString id(const QByteArray &value)
 {
     bool isNumber = false;

@@ -79,6 +79,7 @@ QList<Command> membersOf(const QList<Command> &commands, const QStringList &grou
 /// Checks of values.
 namespace check {
 QString notEmpty(const QByteArray &value);
+QString utf8(const QByteArray &value);
 QString id(const QByteArray &value);
 QString seconds(const QByteArray &value);
 QString existingDirectory(const QByteArray &value);

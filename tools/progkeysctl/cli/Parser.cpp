@@ -38,6 +38,19 @@ std::string nameOf(const Parameter &parameter)
                                     : name.toStdString();
 }
 
+// The library would take a word in brackets for a list, and "--limit=" for an option without its
+// value. A null character at the end prevents both. valueOf() removes it: no word has one.
+std::string marked(const QByteArray &word)
+{
+    const bool isMarked = word.endsWith(']') || word.endsWith('=');
+    return word.toStdString() + (isMarked ? std::string(1, '\0') : std::string());
+}
+
+QByteArray valueOf(const std::string &word)
+{
+    return QByteArray(word.c_str());
+}
+
 void declare(CLI::App *app, const QList<Parameter> &parameters)
 {
     for (const Parameter &parameter : parameters) {
@@ -76,7 +89,7 @@ public:
         refuseUnknown();
         for (const Parameter &parameter : parametersOf(m_line.command))
             for (const std::string &value : optionOf(parameter)->results())
-                add(parameter, QByteArray::fromStdString(value));
+                add(parameter, valueOf(value));
         for (const QByteArray &word : mark < 0 ? QList<QByteArray>() : words.mid(mark + 1))
             addArgument(word);
         requireAtMostOne(
@@ -106,8 +119,7 @@ private:
     void split(const QList<QByteArray> &words)
     {
         std::vector<std::string> reversed; // as the library takes them
-        std::transform(words.rbegin(), words.rend(), std::back_inserter(reversed),
-                       [](const QByteArray &word) { return word.toStdString(); });
+        std::transform(words.rbegin(), words.rend(), std::back_inserter(reversed), marked);
         try {
             m_app.parse(reversed);
         } catch (const CLI::ArgumentMismatch &error) {
@@ -142,9 +154,11 @@ private:
         const std::vector<std::string> left = m_app.remaining(true);
         if (left.empty())
             return;
-        const QString word = QString::fromStdString(left.front());
+        const QString word = QString::fromUtf8(valueOf(left.front()));
         if (isOption(word)) {
             const QString name = word.section(QLatin1Char('='), 0, 0);
+            if (namesOfOptions().contains(name))
+                refuse(m_line.command, QStringLiteral("%1 must follow the command").arg(name));
             refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name,
                    namesOfOptions());
         }

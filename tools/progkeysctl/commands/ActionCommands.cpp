@@ -93,7 +93,8 @@ QList<cli::Command> actionCommands()
         cli::parameter("ACTION_ID", "identifier of the action", cli::check::id);
     const cli::Parameter actions =
         cli::parameter("ACTION_ID...", "identifiers of the actions", cli::check::id);
-    const cli::Parameter assignments = cli::parameter("FIELD=VALUE...", "a field and its value");
+    const cli::Parameter assignments =
+        cli::parameter("FIELD=VALUE...", "a field and its value", cli::check::utf8);
     const cli::Parameter dryRun =
         cli::parameter("--dry-run", "show which keys would be deleted, but delete nothing");
     return {cli::group("action", "list, add, change and delete actions"),

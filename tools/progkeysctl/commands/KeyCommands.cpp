@@ -120,7 +120,8 @@ QList<cli::Command> keyCommands()
     const cli::Parameter key = cli::parameter("KEY_ID", "identifier of the key", cli::check::id);
     const cli::Parameter keys =
         cli::parameter("KEY_ID...", "identifiers of the keys", cli::check::id);
-    const cli::Parameter assignments = cli::parameter("FIELD=VALUE...", "a field and its value");
+    const cli::Parameter assignments =
+        cli::parameter("FIELD=VALUE...", "a field and its value", cli::check::utf8);
     const cli::Parameter moves =
         cli::parameter("KEY_ID=POSITION...", "identifier of a key and its new position");
     return {cli::group("key", "list, add, change, move and delete keys"),
