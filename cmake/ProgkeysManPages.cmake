@@ -1,14 +1,8 @@
 # progkeys_man_pages(<component> <page>.<section>.scd ...): builds and installs manual pages.
 include(GNUInstallDirs)
-option(PROGKEYS_MAN "Build the manual pages" ON)
-if(PROGKEYS_MAN)
-  find_program(PROGKEYS_SCDOC scdoc REQUIRED DOC "Makes manual pages; Debian's package scdoc")
-endif()
+find_program(PROGKEYS_SCDOC scdoc REQUIRED DOC "Makes manual pages; Debian's package scdoc")
 
 function(progkeys_man_pages component)
-  if(NOT PROGKEYS_MAN)
-    return()
-  endif()
   foreach(source ${ARGN})
     get_filename_component(page ${source} NAME_WLE)
     string(REGEX REPLACE "^.*\\." "man" section ${page})
