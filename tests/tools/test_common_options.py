@@ -77,6 +77,7 @@ def test_the_help_of_every_command_fits_the_terminal_and_has_the_common_options(
         (["key", "list", "--no-legend=x"], "--no-legend takes no value"),
         (["key", "list", "--no-legend="], "--no-legend takes no value"),
         (["key", "list", "--json=", "short"], 'Unexpected argument "short"'),
+        (["sandbox", "sh", "-c", "true"], 'Unknown option -c.\nSee "progkeysctl sandbox --help"'),
         (["key", "--container", "home", "list"], "--container must follow the command"),
         (["key", "delete", "[1,2]"], 'KEY_ID: "[1,2]" is not'),
         (["key", "add", "position=1", "icon=\udcff"], "is not UTF-8"),

@@ -159,8 +159,9 @@ private:
             const QString name = word.section(QLatin1Char('='), 0, 0);
             if (namesOfOptions().contains(name))
                 refuse(m_line.command, QStringLiteral("%1 must follow the command").arg(name));
+            // Every option of one letter is similar to every other.
             refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name,
-                   namesOfOptions());
+                   name.size() > 2 ? namesOfOptions() : QStringList());
         }
         if (m_line.command && !m_line.command->isGroup())
             refuse(m_line.command, QStringLiteral("Unexpected argument \"%1\"").arg(word));
