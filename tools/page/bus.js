@@ -133,13 +133,14 @@ export class Bus {
   /** The maximum number of keys on the set; null if it is not known.
    * @returns {Promise<number|null>} */
   async limit() {
+    const settings = cockpit.dbus(SETTINGS[0], { bus: "system" });
     try {
-      const settings = cockpit.dbus(SETTINGS[0], { bus: "system" });
       const [text] = await settings.call(SETTINGS[1], INTERFACE, "getSettingValue", ["ProgKeysMax"], { type: "s" });
-      settings.close();
       return /^\s*[+-]?\d+\s*$/.test(text) ? Number(text) : null;
     } catch {
       return null;
+    } finally {
+      settings.close();
     }
   }
 
