@@ -37,6 +37,31 @@ def test_the_next_rollout_is_shown_before_and_after(browser: Browser, phone: Pho
     assert (phone.client.get_all_programmable_keys(), phone.client.get_all_actions()) == before
 
 
+def test_the_phone_is_not_shown_without_a_text(browser: Browser, phone: Phone) -> None:
+    enter(browser, text_of("DefaultActions"), "")
+    browser.wait(lambda: browser.one(".result").is_displayed(), "the result")
+    browser.paste("[name=DefaultActions]", "")
+    browser.wait(lambda: not browser.one(".result").is_displayed(), "no result")
+    browser.run("app.draw()")
+    assert not browser.one(".result").is_displayed()
+
+
+def test_the_plan_follows_the_phone(browser: Browser, phone: Phone) -> None:
+    enter(browser, text_of("DefaultActions"), text_of("DefaultKeys"))
+    browser.wait(lambda: count(browser, "action-changed") == "5 changed", "the plan")
+    phone.tool("action", "set", 1, "label=Messages")
+    browser.wait(lambda: count(browser, "action-changed") == "6 changed", "the new plan")
+    phone.tool("action", "set", 1, "label=Voice mail")
+
+
+def test_the_result_fits_a_narrow_page(browser: Browser) -> None:
+    browser.set_width(360)
+    enter(browser, text_of("DefaultActions"), text_of("DefaultKeys"))
+    browser.has(".summary .count")
+    assert browser.run("return document.documentElement.scrollWidth") <= 360
+    browser.driver.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+
+
 def test_problems_are_shown_beside_the_text(browser: Browser) -> None:
     actions = text_of("DefaultActions") + "#D4,1,call,,501,Smith, John,501"
     enter(browser, actions, text_of("DefaultKeys") + "#nobody,home,20,x,0,0,0")

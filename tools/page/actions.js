@@ -1,19 +1,24 @@
 // The view of all actions.
 
-import { button, el, foreign, whenChanged } from "./dom.js";
+import { arrange, button, el, foreign, whenChanged } from "./dom.js";
 import { RESERVED_ACTION, clip } from "./state.js";
+
+const TITLES = ["Id", "Label", "Short label", "Does", "Keys", "Origin"];
 
 export class ActionsView {
   /** @param {import("./app.js").App} app */
   constructor(app) {
     this.app = app;
-    this.rows = el("tbody");
-    const titles = ["Id", "Label", "Short label", "Does", "Keys", "Origin", ""];
+    /** @type {Map<number, {element: any, draw: (row: any) => void}>} */
+    this.rowOf = new Map();
+    this.rows = el("tbody", { role: "rowgroup" });
+    this.create = button("New action…", () => app.editAction(null), { writes: true, className: "primary" });
+    const heads = [...TITLES, "Change"].map((title) => el("th", { scope: "col", role: "columnheader" }, title));
     this.element = el("div", { className: "page" },
-      el("div", { className: "toolbar" }, el("h2", {}, "Actions"),
-        button("New action…", () => app.editAction(null), { writes: true, className: "primary" })),
-      el("div", { className: "scroll" }, el("table", {}, el("thead", {}, el("tr", {}, ...titles.map((title) => el("th", { scope: "col" }, title)))), this.rows)));
-    this.drawRows = whenChanged((rows) => this.rows.replaceChildren(...rows.map((/** @type {any} */ row) => this.#row(row))));
+      el("div", { className: "toolbar" }, el("h2", {}, "Actions"), this.create),
+      el("div", { className: "scroll" }, el("table", { role: "table" },
+        el("thead", { role: "rowgroup" }, el("tr", { role: "row" }, ...heads)), this.rows)));
+    this.drawRows = whenChanged((rows) => this.#drawRows(rows));
   }
 
   draw() {
@@ -27,23 +32,39 @@ export class ActionsView {
       does: clip([action, webAppName, values].filter(Boolean).join(" · ")) })));
   }
 
-  /** @param {any} row */
-  #row({ idAction, keys, dmId, label, shortLabel, does }) {
+  /** Draws the rows. Those that stay keep their buttons, and with them the focus.
+   * @param {any[]} rows */
+  #drawRows(rows) {
+    const focused = this.rows.contains(document.activeElement) ? document.activeElement : null;
+    const before = this.rowOf;
+    this.rowOf = new Map(rows.map((row) => [row.idAction, before.get(row.idAction) ?? this.#newRow(row.idAction)]));
+    for (const row of rows)
+      this.rowOf.get(row.idAction)?.draw(row);
+    arrange(this.rows, [...this.rowOf.values()].map(({ element }) => element));
+    if (focused && !focused.isConnected)
+      this.create.focus();
+  }
+
+  /** @param {number} idAction */
+  #newRow(idAction) {
     const act = (/** @type {(action: any) => void} */ what) => () => {
       const action = this.app.state.actions.get(idAction);
       if (action)
         what(action);
     };
-    const isReserved = idAction === RESERVED_ACTION;
-    const name = label || `action ${idAction}`;
     const edit = button("Edit", act((action) => this.app.editAction(action)), { writes: true });
     const remove = button("Delete", act((action) => this.app.deleteAction(action)), { writes: true, className: "danger" });
-    edit.setAttribute("aria-label", `Edit ${name}`);
-    remove.setAttribute("aria-label", `Delete ${name}`);
-    return el("tr", { "data-action-id": String(idAction) }, el("td", { className: "figure" }, String(idAction)),
-      el("td", {}, foreign(label || "(no label)", label ? "" : "none")), el("td", {}, foreign(shortLabel)), el("td", {}, foreign(does)),
-      el("td", { className: "figure" }, String(keys)),
-      el("td", {}, isReserved ? "reserved" : dmId ? el("span", {}, "provisioned as ", foreign(dmId)) : "made by a user"),
-      el("td", { className: "buttons" }, edit, remove));
+    const cells = TITLES.map((title) => el("td", { role: "cell", "data-title": title }));
+    const element = el("tr", { role: "row", "data-action-id": String(idAction) }, ...cells,
+      el("td", { role: "cell" }, el("div", { className: "buttons" }, edit, remove)));
+    const draw = whenChanged(({ keys, dmId, label, shortLabel, does }) => {
+      const origin = idAction === RESERVED_ACTION ? ["reserved"] : dmId ? ["provisioned as ", foreign(dmId)] : ["made by a user"];
+      const contents = [[String(idAction)], [foreign(label || "(no label)", label ? "" : "none")], [foreign(shortLabel)],
+        [foreign(does)], [String(keys)], [el("span", {}, ...origin)]];
+      contents.forEach((content, index) => cells[index].replaceChildren(...content));
+      edit.setAttribute("aria-label", `Edit ${label || `action ${idAction}`}`);
+      remove.setAttribute("aria-label", `Delete ${label || `action ${idAction}`}`);
+    });
+    return { element, draw };
   }
 }

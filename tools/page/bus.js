@@ -23,7 +23,7 @@ cat >"$directory/DefaultKeys"
 check='' plan=''
 [ ! -s "$directory/DefaultActions" ] || check="$directory/DefaultActions" plan="--actions $directory/DefaultActions"
 [ ! -s "$directory/DefaultKeys" ] || check="$check $directory/DefaultKeys" plan="$plan --keys $directory/DefaultKeys"
-progkeysctl defaults check --json=short \${2:+--limit "$2"} $check 2>/dev/null || [ $? = 4 ]
+progkeysctl defaults check --json=short \${2:+--limit "$2"} $check || [ $? = 4 ]
 progkeysctl defaults plan --json=short --all $plan
 `;
 

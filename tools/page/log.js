@@ -10,6 +10,8 @@ export class LogView {
   constructor(app) {
     this.app = app;
     this.isPaused = false;
+    /** @type {import("./state.js").LogEntry[]} the log as it was at the pause */
+    this.paused = [];
     /** @type {import("./state.js").LogEntry[]} the entries that are shown */
     this.entries = [];
     this.filter = el("input", { type: "search", placeholder: "Filter", "aria-label": "Filter events", oninput: () => this.draw(true) });
@@ -24,7 +26,7 @@ export class LogView {
   draw(always = false) {
     if (this.isPaused && !always)
       return;
-    const entries = this.isPaused ? this.entries : this.app.state.logWith(this.filter.value);
+    const entries = this.app.state.logWith(this.filter.value, this.isPaused ? this.paused : undefined);
     this.count.textContent = String(entries.length);
     const first = entries[0]?.number ?? Infinity;
     const newest = this.entries.at(-1)?.number ?? 0;
@@ -39,6 +41,7 @@ export class LogView {
 
   #toggle() {
     this.isPaused = !this.isPaused;
+    this.paused = this.isPaused ? this.app.state.log.slice() : [];
     this.pause.setAttribute("aria-pressed", String(this.isPaused));
     this.pause.textContent = this.isPaused ? "Resume" : "Pause";
     if (!this.isPaused)

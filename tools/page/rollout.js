@@ -1,7 +1,7 @@
 // The view of a rollout: the problems of its texts, and the phone before and after it. Nothing is written.
 
 import { Desk } from "./desk.js";
-import { el, foreign } from "./dom.js";
+import { el, foreign, whenChanged } from "./dom.js";
 import { clip, planOf } from "./state.js";
 
 const WAIT_MS = 400;
@@ -11,6 +11,9 @@ export class RolloutView {
   constructor(app) {
     this.app = app;
     this.run = 0;
+    /** @type {any[]|null} the plan */
+    this.rows = null;
+    this.planAgain = whenChanged(() => this.#plan());
     this.actions = this.#input("DefaultActions");
     this.keys = this.#input("DefaultKeys");
     this.problems = el("ol", { className: "problems", "aria-label": "Problems" });
@@ -29,8 +32,11 @@ export class RolloutView {
   }
 
   draw() {
-    if (this.rows)
-      this.#show();
+    if (!this.rows)
+      return;
+    const { keys, actions } = this.app.state;
+    this.planAgain([...keys.values(), ...actions.values()]);
+    this.#show();
   }
 
   /** @param {string} name */
@@ -65,6 +71,7 @@ export class RolloutView {
     const texts = [this.actions.area.value, this.keys.area.value];
     const run = ++this.run;
     if (!texts.some(Boolean)) {
+      this.rows = null;
       this.result.hidden = true;
       this.problems.replaceChildren();
       return;
@@ -77,7 +84,8 @@ export class RolloutView {
       this.#showProblems(problems);
       this.#show();
     } catch (error) {
-      this.app.refuse(error);
+      if (run === this.run)
+        this.app.refuse(error);
     }
   }
 
@@ -109,10 +117,10 @@ export class RolloutView {
     this.result.hidden = false;
     this.desk.draw(this.stage.value === "before" ? plan.before : plan.after);
     this.desk.status.textContent = this.stage.value === "before" ? "Before" : "After";
-    this.summary.replaceChildren(...["action", "key"].map((kind) => el("span", {}, el("b", {}, kind === "key" ? "Keys: " : "Actions: "),
+    this.summary.replaceChildren(...["action", "key"].map((kind) => el("div", {}, el("b", {}, kind === "key" ? "Keys: " : "Actions: "),
       ...Object.entries(plan.counts[kind]).map(([what, count]) =>
         el("span", { className: `count mark-${what}`, "data-count": `${kind}-${what}` }, `${count} ${what}`)))));
     this.dropped.replaceChildren(...plan.dropped.map((row) => el("li", { className: "error" },
-      foreign(`${row.what}: ${row.kind} ${clip(row.dmId ?? "", 60)}, record ${row.record}: ${clip(row.detail, 300)}`))));
+      foreign(`${row.what}: ${row.kind}${row.dmId ? ` ${clip(row.dmId, 60)}` : ""}, record ${row.record}: ${clip(row.detail, 300)}`))));
   }
 }

@@ -297,10 +297,11 @@ export class State {
       this.log.splice(0, this.log.length - LOG_SIZE);
   }
 
-  /** @param {string} filter @returns {LogEntry[]} */
-  logWith(filter) {
+  /** The entries of the log that contain a text.
+   * @param {string} filter @param {LogEntry[]} log @returns {LogEntry[]} */
+  logWith(filter, log = this.log) {
     const wanted = filter.trim().toLowerCase();
-    return wanted ? this.log.filter((entry) => `${entry.event} ${entry.text}`.toLowerCase().includes(wanted)) : this.log;
+    return wanted ? log.filter((entry) => `${entry.event} ${entry.text}`.toLowerCase().includes(wanted)) : log;
   }
 
   units() {
