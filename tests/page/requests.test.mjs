@@ -8,6 +8,8 @@ import { answerText, errorText } from "../../tools/page/texts.js";
 
 const KEY = { idKey: 1, dmId: "", idAction: 5, container: "home", position: 3, icon: "", type: 0, aom_type: 0, aom_addr: 0 };
 const OTHER = { ...KEY, idKey: 2, position: 4 };
+const NEW = { ...KEY, idKey: -1, position: 9 };
+const spot = (number) => ({ onModule: false, container: "home", address: 0, number, moduleType: 0 });
 const ACTION = { idAction: 5, dmId: "", type: 1, action: "call", webAppName: "", arguments: "", label: "A", shortLabel: "" };
 
 /** A service that answers as told and notes what it was asked. */
@@ -25,17 +27,17 @@ function service(answers) {
 
 test("the limit is told with what to do", async () => {
   const { requests } = service({ createKey: -1 });
-  await assert.rejects(requests.createKey(KEY, null), /limit of 24 keys.*Delete a key of the set, or raise the setting ProgKeysMax/);
+  await assert.rejects(requests.createKey(NEW, null), /limit of 24 keys.*Delete a key of the set, or raise the setting ProgKeysMax/);
 });
 
 test("a missing action is told", async () => {
   const { requests } = service({ createKey: -2 });
-  await assert.rejects(requests.createKey({ ...KEY, idAction: 9 }, null), /no action 9/);
+  await assert.rejects(requests.createKey({ ...NEW, idAction: 9 }, null), /no action 9/);
 });
 
 test("a new action is deleted again when its key is refused", async () => {
   const { requests, asked } = service({ addAction: 77, createKey: -1, deleteAction: 0 });
-  await assert.rejects(requests.createKey(KEY, ACTION));
+  await assert.rejects(requests.createKey(NEW, ACTION));
   assert.deepEqual(asked.map(([name]) => name), ["addAction", "createKey", "deleteAction"]);
   assert.equal(asked[1][1].idAction, 77);
   assert.equal(asked[2][1], 77);
@@ -51,8 +53,47 @@ test("provisioned and reserved rows are told from each other", async () => {
 
 test("a key that moves onto another is exchanged with it", async () => {
   const { requests, asked } = service({ moveKeys: true });
-  await requests.move(KEY, { onModule: false, container: "home", address: 0, number: 4, moduleType: 0 });
+  await requests.move(KEY, spot(4));
   assert.deepEqual(asked, [["moveKeys", { 1: 4, 2: 3 }]]);
+});
+
+/** Requests to a service with two keys, which others have changed since the page read them. */
+function changedMeanwhile(keys, answers = {}) {
+  const made = service(answers);
+  made.requests.refresh = async () => made.state.read(keys.map((key) => Object.values(key)), [Object.values(ACTION)]);
+  return made;
+}
+
+test("a key that is edited stays where others have moved it", async () => {
+  const { requests, asked } = changedMeanwhile([{ ...KEY, position: 8 }], { modifyKey: 0 });
+  await requests.changeKey({ ...KEY, icon: "bell" }, null);
+  assert.deepEqual(asked, [["modifyKey", { ...KEY, icon: "bell", position: 8 }]]);
+});
+
+test("a key that others have deleted is neither edited nor moved", async () => {
+  const { requests, asked } = changedMeanwhile([OTHER]);
+  await assert.rejects(requests.changeKey(KEY, ACTION), /Key 1 was not changed. It has been deleted meanwhile/);
+  await assert.rejects(requests.move(KEY, spot(7)), /Key 1 was not changed. It has been deleted meanwhile/);
+  assert.deepEqual(asked, []);
+});
+
+test("a key is not created at a place that others have taken", async () => {
+  const { requests, asked } = changedMeanwhile([{ ...OTHER, position: 9 }]);
+  await assert.rejects(requests.createKey(NEW, ACTION), /key 2 has been created at home, position 9 meanwhile/);
+  assert.deepEqual(asked, []);
+});
+
+test("a move begins when the move before it has been read", async () => {
+  const { requests, state, asked } = service({});
+  const keys = { 1: KEY, 2: OTHER };
+  requests.bus = { moveKeys: async (positions) => {
+    asked.push(positions);
+    for (const [id, position] of Object.entries(positions))
+      keys[id] = { ...keys[id], position };
+  } };
+  requests.refresh = async () => state.read(Object.values(keys).map((key) => Object.values(key)), [Object.values(ACTION)]);
+  await Promise.all([requests.move(KEY, spot(9)), requests.move(OTHER, spot(9))]);
+  assert.deepEqual(asked, [{ 1: 9 }, { 1: 4, 2: 9 }]);
 });
 
 test("a key that moves to a module takes its address and type", () => {

@@ -52,8 +52,11 @@ def test_a_restore_is_read_again(browser: Browser, phone: Phone, user_key: Calla
 
 def test_the_service_is_killed_and_started_again(browser: Browser, phone: Phone, user_key: Callable[..., int]) -> None:
     user_key("home/12")
+    browser.click('[data-place="home/13"]')
+    browser.fill(".panel [name=label]", "Half typed")
     os.kill(process_of_service(phone), signal.SIGKILL)
     browser.has(".service.gone")
+    assert not browser.one('.panel [type="submit"]').is_enabled()
     assert "not running" in browser.text(".notice")
     assert browser.one(".toolbar [data-writes]").get_attribute("disabled")
     environment = {**clean_environment(), "DBUS_SYSTEM_BUS_ADDRESS": phone.address, "PROGKEYS_SANDBOX": phone.directory,
@@ -63,6 +66,8 @@ def test_the_service_is_killed_and_started_again(browser: Browser, phone: Phone,
     )
     browser.has(".service.running")
     browser.wait(lambda: not browser.one(".notice").is_displayed(), "no notice")
+    assert browser.one(".panel [name=label]").get_attribute("value") == "Half typed"
+    assert browser.one('.panel [type="submit"]').is_enabled()
     later = user_key("home/14")
     browser.has(f'[data-place="home/14"][data-key-id="{later}"]')
     assert browser.one(".toolbar [data-writes]").is_enabled()
@@ -90,6 +95,10 @@ def test_the_log_is_filtered_paused_and_copied(browser: Browser, phone: Phone) -
     browser.press_button("Pause")
     phone.tool("press", "1/6")
     browser.has('[data-place="1/6"].lit')
+    assert len(browser.all('[data-event="AOMKEY_PRESS_NTF"]')) == 1
+    browser.fill(".log input", "icon_x")
+    browser.lacks('[data-event="AOMKEY_PRESS_NTF"]')
+    browser.run("const f = document.querySelector('.log input'); f.value = ''; f.dispatchEvent(new Event('input'))")
     assert len(browser.all('[data-event="AOMKEY_PRESS_NTF"]')) == 1
     browser.press_button("Resume")
     browser.wait(lambda: len(browser.all('[data-event="AOMKEY_PRESS_NTF"]')) == 2, "the events of the pause")

@@ -16,7 +16,7 @@ import { errorText } from "./texts.js";
 const READ_AGAIN_MS = 1500; // Moves are not announced as events, so the keys are read again and again.
 const MOST_STALE_READS = 5;
 const DRAW_AFTER_MS = 40;
-const ALERT_MS = 12000;
+const SAYING_MS = 4000;
 const SERVICE_TEXTS = { waiting: "Connecting…", running: "Connected", gone: "The service is not running",
   lost: "The connection to the bus is lost" };
 
@@ -28,10 +28,11 @@ export class App {
     this.messages = el("div", { className: "messages" });
     this.saying = el("p", { className: "saying", role: "status" });
     this.main = el("main", {});
+    this.hasOwner = false;
     this.isReading = false;
     this.isDrawPlanned = false;
     this.bus = new Bus({
-      onOwner: (isThere) => isThere ? this.#arrive() : this.#leave("gone"),
+      onOwner: (isThere) => this.#takeOwner(isThere),
       onEvent: (event) => this.#take(event),
       onForeignEvent: (event) => {
         this.state.note(event, now());
@@ -111,20 +112,25 @@ export class App {
 
   // The service
 
+  /** @param {boolean} isThere */
+  #takeOwner(isThere) {
+    this.hasOwner = isThere;
+    if (!isThere)
+      this.#leave("gone");
+    else
+      this.#arrive().catch((error) => this.hasOwner && this.refuse(error));
+  }
+
   async #arrive() {
-    try {
-      this.state.mayWrite = await this.bus.mayWrite();
-      if (this.state.mayWrite)
-        this.bus.hearPresses();
-      await this.refresh();
-    } catch (error) {
-      if (this.state.service !== "gone")
-        this.refuse(error);
-    }
+    this.state.mayWrite = await this.bus.mayWrite();
+    if (this.state.mayWrite)
+      this.bus.hearPresses();
+    await this.refresh();
   }
 
   /** @param {"gone"|"lost"} how */
   #leave(how) {
+    this.hasOwner = false;
     this.state.leave();
     this.state.service = how;
     this.draw();
@@ -163,8 +169,8 @@ export class App {
       return;
     this.isReading = true;
     const start = performance.now();
-    if (this.state.service === "running")
-      await this.#read().catch(() => {}); // If the service has gone, that is announced.
+    if (this.hasOwner) // If the service has gone, that is announced. If it did not answer, it is asked again.
+      await (this.state.service === "running" ? this.#read() : this.#arrive()).catch(() => {});
     setTimeout(() => {
       this.isReading = false;
       this.#readAgain();
@@ -176,6 +182,7 @@ export class App {
   /** Carries out a request, and tells why if it is refused.
    * @param {() => Promise<any>} request */
   async attempt(request) {
+    this.messages.replaceChildren();
     try {
       await request();
     } catch (error) {
@@ -183,17 +190,22 @@ export class App {
     }
   }
 
-  /** @param {any} error */
+  /** Tells why a request failed, above a dialog if one is open. The text stays until the next request.
+   * @param {any} error */
   refuse(error) {
-    const message = el("div", { className: "alert", role: "alert" }, foreign(errorText(error)), button("Close", () => message.remove()));
+    (document.querySelector("dialog[open]") ?? document.body).append(this.messages);
+    const focused = /** @type {HTMLElement|null} */ (document.activeElement);
+    const message = el("div", { className: "alert", role: "alert" }, foreign(errorText(error)), button("Close", () => {
+      message.remove();
+      focused?.focus();
+    }));
     this.messages.replaceChildren(message);
-    setTimeout(() => message.remove(), ALERT_MS);
   }
 
   /** @param {string} text */
   say(text) {
     this.saying.textContent = text;
-    setTimeout(() => this.saying.textContent === text && (this.saying.textContent = ""), ALERT_MS / 3);
+    setTimeout(() => this.saying.textContent === text && (this.saying.textContent = ""), SAYING_MS);
   }
 
   /** @param {Action|null} action */
@@ -201,13 +213,11 @@ export class App {
     const dialog = openDialog(action ? `Edit action ${action.idAction}` : "New action", actionForm({
       action,
       cancel: () => dialog.close(),
-      refuse: (error) => {
-        dialog.close();
-        this.refuse(error);
-      },
+      refuse: (error) => this.refuse(error),
       save: async (value) => {
         await (action ? this.requests.changeAction(value) : this.requests.addAction(value));
         await this.refresh();
+        this.messages.replaceChildren();
         dialog.close();
         this.say(action ? "The action was saved." : "The action was created.");
       },

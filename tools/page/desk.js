@@ -84,7 +84,7 @@ export class Desk {
   /** Lights the keys of a module for a moment.
    * @param {string} place */
   light(place) {
-    for (const element of this.#elementsAt(place, true)) {
+    for (const element of this.elementsAt(place, true)) {
       element.classList.add("lit");
       clearTimeout(element.darken);
       element.darken = setTimeout(() => element.classList.remove("lit"), LIT_MS);
@@ -96,7 +96,7 @@ export class Desk {
   choose(chosen) {
     for (const element of this.element.querySelectorAll(".chosen"))
       element.classList.remove("chosen");
-    for (const element of chosen ? this.#elementsAt(chosen.place, chosen.onModule) : [])
+    for (const element of chosen ? this.elementsAt(chosen.place, chosen.onModule) : [])
       element.classList.add("chosen");
   }
 
@@ -127,7 +127,7 @@ export class Desk {
   }
 
   /** @param {string} place @param {boolean} onModule @returns {any[]} */
-  #elementsAt(place, onModule) {
+  elementsAt(place, onModule) {
     return [...(onModule ? this.modules : this.screen).querySelectorAll(`[data-place="${CSS.escape(place)}"]`)];
   }
 

@@ -5,7 +5,7 @@ const THRESHOLD = 6; // pixels
 /** @param {import("./desk.js").Desk} desk @param {(place: import("./state.js").Place) => boolean} mayDrag
  * @param {(from: import("./state.js").Place, to: import("./state.js").Place) => void} drop */
 export function enableDragging(desk, mayDrag, drop) {
-  /** @type {{source: any, x: number, y: number, ghost: any}|null} */
+  /** @type {{source: any, place: import("./state.js").Place, x: number, y: number, ghost: any}|null} */
   let drag = null;
   const placeUnder = (/** @type {PointerEvent} */ event) =>
     /** @type {any} */ (document.elementFromPoint(event.clientX, event.clientY))?.closest("[data-place]");
@@ -20,7 +20,7 @@ export function enableDragging(desk, mayDrag, drop) {
     const source = /** @type {any} */ (event.target).closest("[data-place]");
     const place = source && desk.placeOf.get(source);
     if (event.button === 0 && event.pointerType !== "touch" && place?.key && mayDrag(place))
-      drag = { source, x: event.clientX, y: event.clientY, ghost: null };
+      drag = { source, place, x: event.clientX, y: event.clientY, ghost: null };
   });
   window.addEventListener("pointermove", (event) => {
     if (!drag)
@@ -39,7 +39,7 @@ export function enableDragging(desk, mayDrag, drop) {
   });
   window.addEventListener("pointerup", (event) => {
     const wasDragged = drag?.ghost;
-    const from = drag && desk.placeOf.get(drag.source);
+    const from = drag?.place; // as it was when the drag began: another key may be there now
     const to = desk.placeOf.get(placeUnder(event) ?? document.body);
     end();
     if (!wasDragged)

@@ -44,15 +44,18 @@ const actionTitle = (action) => action.idAction === RESERVED_ACTION ? "No action
 function formOf(body, submit, yes, cancel, refuse) {
   const save = el("button", { type: "submit", className: "primary", "data-writes": "" }, yes);
   const form = el("form", { className: "form" }, body, el("div", { className: "buttons" }, save, button("Cancel", cancel)));
+  let isBusy = false;
   form.addEventListener("submit", async (/** @type {SubmitEvent} */ event) => {
     event.preventDefault();
-    form.inert = true;
+    if (isBusy)
+      return;
+    isBusy = true;
     try {
       await submit();
     } catch (error) {
       refuse(/** @type {any} */ (error));
     } finally {
-      form.inert = false;
+      isBusy = false;
     }
   });
   return form;

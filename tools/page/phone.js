@@ -54,6 +54,10 @@ export class PhoneView {
   }
 
   #listen() {
+    this.panel.addEventListener("keydown", (/** @type {KeyboardEvent} */ event) => {
+      if (event.key === "Escape" && this.mode === "details")
+        this.#close();
+    });
     const { element } = this.desk;
     element.addEventListener("click", (/** @type {Event} */ event) => {
       const target = /** @type {any} */ (event.target).closest("[data-place]");
@@ -121,6 +125,19 @@ export class PhoneView {
     this.panel.querySelector("select, input")?.focus();
   }
 
+  #focusChosen() {
+    const [element] = this.chosen ? this.desk.elementsAt(this.chosen.place, this.chosen.onModule) : [];
+    if (element)
+      this.desk.focus(element);
+  }
+
+  #close() {
+    this.#focusChosen();
+    this.chosen = null;
+    this.mode = "details";
+    this.draw();
+  }
+
   #chosenKey() {
     return this.chosen ? this.app.state.keyAt(this.chosen) ?? null : null;
   }
@@ -173,7 +190,19 @@ export class PhoneView {
     }));
   }
 
+  /** Draws the panel again. The focus stays on the same button, or returns to the phone if that is gone. */
   #drawPanel() {
+    const focused = this.panel.contains(document.activeElement) ? document.activeElement : null;
+    this.#fillPanel();
+    this.app.applyRights();
+    if (!focused || focused.isConnected)
+      return;
+    const buttons = [...this.panel.querySelectorAll("button:enabled")];
+    const same = buttons.find((other) => other.textContent === focused.textContent);
+    same ? same.focus() : this.#focusChosen();
+  }
+
+  #fillPanel() {
     const { chosen, app } = this;
     this.panel.classList.toggle("chosen", Boolean(chosen));
     if (!chosen) {
@@ -188,8 +217,9 @@ export class PhoneView {
     const content = this.mode === "details" ? this.#details(key, chosen) : [this.#form(key, chosen)];
     const action = key && app.state.actions.get(key.idAction);
     const title = key ? foreign(clip(action?.label ?? "") || "(no label)") : "Empty place";
-    this.panel.replaceChildren(el("h2", {}, title), el("p", { className: "where" }, foreign(placeText(chosen))), this.status, ...content);
-    app.applyRights();
+    const close = button("×", () => this.#close(), { className: "close" });
+    close.setAttribute("aria-label", "Close");
+    this.panel.replaceChildren(close, el("h2", {}, title), el("p", { className: "where" }, foreign(placeText(chosen))), this.status, ...content);
   }
 
   /** @param {Key|null} key @param {Spot & {place: string}} chosen */
@@ -205,7 +235,10 @@ export class PhoneView {
         else
           await this.app.requests.changeKey(value, newAction);
         await this.app.refresh();
-        this.#choose({ ...chosen, key: value }, value.idKey < 0 ? "The key was created." : "The key was saved.");
+        this.app.messages.replaceChildren();
+        const saved = this.app.state.keys.get(value.idKey);
+        const spot = saved ? spotOf(saved) : chosen;
+        this.#choose({ ...spot, place: placeName(spot), key: value }, value.idKey < 0 ? "The key was created." : "The key was saved.");
       },
     });
   }

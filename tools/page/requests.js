@@ -25,11 +25,17 @@ export class Requests {
     this.state = state;
     this.bus = bus;
     this.refresh = refresh;
+    /** @type {Promise<void>} the last move */
+    this.lastMove = Promise.resolve();
   }
 
   /** Creates a key, and its action if that is new.
    * @param {Key} key @param {Action|null} newAction @returns {Promise<number>} */
   async createKey(key, newAction) {
+    await this.refresh();
+    const other = this.state.keyAt(spotOf(key));
+    if (other)
+      throw texts.placeTaken(other);
     return this.#withAction(key, newAction, async (bound) => {
       const id = await this.bus.createKey(bound);
       if (id < 0) {
@@ -40,14 +46,26 @@ export class Requests {
     });
   }
 
-  /** @param {Key} key @param {Action|null} newAction */
+  /** Changes the icon and the action of a key. It stays at its place, also if that is new since the key was read.
+   * @param {Key} key @param {Action|null} newAction */
   async changeKey(key, newAction) {
-    await this.#withAction(key, newAction, (bound) => this.#modify(bound));
+    const { icon, idAction } = key;
+    const changed = { ...await this.#stored(key), icon, idAction };
+    await this.#withAction(changed, newAction, (bound) => this.#modify(bound));
   }
 
-  /** Moves a key to a place, and the key that is there to the place of the first.
+  /** Moves a key to a place, and the key that is there to the place of the first. One move at a time,
+   * because each depends on where the keys are.
    * @param {Key} key @param {Spot} spot */
-  async move(key, spot) {
+  move(key, spot) {
+    const moved = this.lastMove.then(() => this.#move(key, spot));
+    this.lastMove = moved.catch(() => {});
+    return moved;
+  }
+
+  /** @param {Key} asked @param {Spot} spot */
+  async #move(asked, spot) {
+    const key = await this.#stored(asked);
     const other = this.state.keyAt(spot);
     const from = spotOf(key);
     if (placeName(from) === placeName(spot) && from.onModule === spot.onModule)
@@ -92,6 +110,16 @@ export class Requests {
     await this.refresh();
     if (code < 0)
       throw texts.actionNotDeleted(action, this.state.actions.has(action.idAction));
+  }
+
+  /** A key as the service has it now.
+   * @param {Key} key */
+  async #stored(key) {
+    await this.refresh();
+    const stored = this.state.keys.get(key.idKey);
+    if (!stored)
+      throw texts.keyNotChanged(key, true, false);
+    return stored;
   }
 
   /** @param {Key} key */

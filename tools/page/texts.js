@@ -2,7 +2,7 @@
 
 /** @typedef {import("./state.js").Key} Key @typedef {import("./state.js").Action} Action */
 
-import { RESERVED_ACTION, clip } from "./state.js";
+import { RESERVED_ACTION, clip, placeText, spotOf } from "./state.js";
 
 const LIMIT_REACHED = -1;
 const NOT_STORED = "The database could not be written. See the log of the service, and check the free space and the permissions of its data directory.";
@@ -21,6 +21,10 @@ export function keyNotCreated(code, key, hasAction, limit) {
       "Delete a key of the set, or raise the setting ProgKeysMax. Keys on add-on modules do not count.");
   return new Refusal(`The key was not created. ${hasAction ? NOT_STORED : noAction(key.idAction)}`);
 }
+
+/** @param {Key} other the key that is at the place */
+export const placeTaken = (other) => new Refusal(`The key was not created: key ${other.idKey} has been created at ` +
+  `${placeText(spotOf(other))} meanwhile. Choose another place.`);
 
 /** @param {Key} key @param {boolean} hasAction @param {boolean} hasKey */
 export function keyNotChanged(key, hasAction, hasKey) {
@@ -67,7 +71,7 @@ export function errorText(error) {
     return NO_ACCESS;
   if (/ServiceUnknown|NameHasNoOwner|NoReply|Disconnected|disconnected/.test(names) || error?.exit_status === 8)
     return "The service did not answer, because it is not running. Wait until it has started, then try again.";
-  if (/not-found/.test(names))
+  if (/not-found/.test(names) || error?.exit_status === 127)
     return "progkeysctl was not found. Install the package progkeysctl.";
   const said = String(error?.message || error?.problem || error).replace(/^progkeysctl: error: /, "");
   return `The request failed: ${clip(said, 400)}`;
