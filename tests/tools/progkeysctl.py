@@ -39,8 +39,6 @@ def environment(address: Optional[str], extra: Mapping[str, str]) -> dict[str, s
     own.pop("NO_COLOR", None)
     own.pop("COLUMNS", None)
     own["TERM"] = "xterm"
-    # The thread of the bus library can hold memory when the process ends.
-    own["ASAN_OPTIONS"] = "detect_leaks=0"
     if address:
         own["DBUS_SYSTEM_BUS_ADDRESS"] = address
     own.update(extra)
