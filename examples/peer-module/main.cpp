@@ -12,7 +12,7 @@ class KeyLogAdaptor : public QDBusAbstractAdaptor
 public:
     explicit KeyLogAdaptor(QObject *module) : QDBusAbstractAdaptor(module) {}
 
-public slots: // are the operations on the bus
+public slots: // the methods on the bus
     int presses() const { return m_presses; }
 
 private slots:

@@ -10,9 +10,9 @@
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char **argv)
 {
-    CLI::App commandLine("The SettingsManager of the phone, serving the settings in a directory.");
+    CLI::App commandLine("Serves the settings in a directory as the SettingsManager of the phone.");
     std::string directory;
-    commandLine.add_option("DIR", directory, "one file a setting, named as the setting")
+    commandLine.add_option("DIR", directory, "directory with one file for each setting")
         ->required()
         ->check(CLI::ExistingDirectory);
     CLI11_PARSE(commandLine, argc, argv);
