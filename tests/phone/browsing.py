@@ -2,6 +2,7 @@
 
 import os
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 from typing import Any, Callable, Mapping, Optional, TypeVar
@@ -66,7 +67,11 @@ class Browser:
         for argument in ARGUMENTS:
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        # Chromium leaves files there when it ends.
+        self._temporary = tempfile.TemporaryDirectory(prefix="browser-", ignore_cleanup_errors=True)
+        environment = {**os.environ, "TMPDIR": self._temporary.name}
+        service = Service("/usr/bin/chromedriver", env=environment)
+        self.driver = webdriver.Chrome(service=service, options=options)
         self.url = url
 
     def open(self, view: str = "#/phone") -> None:
@@ -153,3 +158,4 @@ class Browser:
 
     def close(self) -> None:
         self.driver.quit()
+        self._temporary.cleanup()
