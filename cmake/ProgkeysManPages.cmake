@@ -1,21 +1,19 @@
-# progkeys_man_pages(<component> <page>.<section>.scd ...): builds and installs manual pages.
+# Builds manual pages from pages of the documentation.
 include(GNUInstallDirs)
-find_program(PROGKEYS_SCDOC scdoc REQUIRED DOC "Makes manual pages; Debian's package scdoc")
+find_program(PROGKEYS_LOWDOWN lowdown REQUIRED DOC "Converts Markdown; Debian's package lowdown")
+set(PROGKEYS_MAN_PAGE ${CMAKE_CURRENT_LIST_DIR}/man-page)
 
-function(progkeys_man_pages component)
-  foreach(source ${ARGN})
-    get_filename_component(page ${source} NAME_WLE)
-    string(REGEX REPLACE "^.*\\." "man" section ${page})
-    set(directory ${CMAKE_BINARY_DIR}/share/man/${section})
-    file(MAKE_DIRECTORY ${directory})
-    configure_file(${source} ${page}.scd @ONLY)
-    add_custom_command(OUTPUT ${directory}/${page}
-      COMMAND sh -c "\"$0\" <\"$1\" >\"$2\"" ${PROGKEYS_SCDOC}
-              ${CMAKE_CURRENT_BINARY_DIR}/${page}.scd ${directory}/${page}
-      DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/${page}.scd VERBATIM)
-    list(APPEND pages ${directory}/${page})
-    install(FILES ${directory}/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section}
-            COMPONENT ${component})
-  endforeach()
-  add_custom_target(progkeys_man_${component} ALL DEPENDS ${pages})
+# progkeys_man_page(<component> <name> <section> <page.md> <summary>): builds and installs a
+# manual page.
+function(progkeys_man_page component name section source summary)
+  get_filename_component(source ${source} ABSOLUTE)
+  set(directory ${CMAKE_BINARY_DIR}/share/man/man${section})
+  set(page ${directory}/${name}.${section})
+  file(MAKE_DIRECTORY ${directory})
+  add_custom_command(OUTPUT ${page}
+    COMMAND ${PROGKEYS_MAN_PAGE} ${PROGKEYS_LOWDOWN} ${source} ${name} ${section} ${summary}
+            ${PROJECT_VERSION} > ${page}
+    DEPENDS ${PROGKEYS_MAN_PAGE} ${source} VERBATIM)
+  add_custom_target(progkeys_man_${name} ALL DEPENDS ${page})
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
 endfunction()

@@ -5,7 +5,7 @@ from pathlib import Path
 from typing import Iterator, NamedTuple
 
 CHECKOUT = Path(__file__).resolve().parents[2]
-PAGES = sorted([*CHECKOUT.glob("*.md"), *CHECKOUT.glob("docs/*.md"), *CHECKOUT.glob("examples/*.md")])
+PAGES = sorted(CHECKOUT / page for glob in ("*.md", "docs/*.md", "examples/*.md", "peers/*/*.md") for page in CHECKOUT.glob(glob))
 
 
 class Listing(NamedTuple):

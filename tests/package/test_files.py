@@ -36,7 +36,13 @@ def test_the_data_directory_belongs_to_the_service(root: TargetRoot) -> None:
 
 def test_the_manual_pages_are_there(root: TargetRoot) -> None:
     manual = root.path / "usr/share/man"
-    for page in ("man8/zelprogrammablekeys.8", "man1/progkeysctl.1", "man1/settingsmanager.1"):
+    for page in (
+        "man8/zelprogrammablekeys.8",
+        "man1/progkeysctl.1",
+        "man1/progkeysctl-defaults.1",
+        "man1/progkeysctl-sandbox.1",
+        "man1/settingsmanager.1",
+    ):
         assert (manual / f"{page}.gz").exists(), page
 
 
