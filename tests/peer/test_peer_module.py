@@ -97,7 +97,7 @@ def built_by_cmake(desk: Path, installed: Path) -> Path:
 @pytest.fixture(scope="module")
 def built_by_hand(desk: Path, installed: Path) -> Path:
     assert installed.is_dir()
-    follow("With pkg-config alone", desk)
+    follow("With pkg-config", desk)
     return desk / "build" / "by-hand" / "keylog"
 
 
