@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "commands/Commands.h"
 #include "outcome/ExitStatus.h"
+#include "text/Format.h"
 
 #include <QCoreApplication>
 
@@ -27,7 +28,7 @@ int main(int argc, char **argv)
 {
     occupyStandardStreams();
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("progkeysctl"));
+    QCoreApplication::setApplicationName("progkeysctl"_s);
     // The output is UTF-8 in every locale. wcwidth() depends on the locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     cli::CommandLine line(commands::all());

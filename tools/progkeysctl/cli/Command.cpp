@@ -1,5 +1,7 @@
 #include "cli/Command.h"
 
+#include "text/Format.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -14,7 +16,7 @@ Check oneOf(const QStringList &choices)
     return [choices](const QByteArray &value) {
         if (choices.contains(QString::fromUtf8(value)))
             return QString();
-        return QStringLiteral("is not one of %1").arg(choices.join(QStringLiteral(", ")));
+        return format("is not one of %1", choices.join(", "_s));
     };
 }
 
@@ -39,10 +41,9 @@ Parameter parameter(const char *term, const char *help, Check check)
     if (isOptional)
         form = form.mid(1, form.size() - 2);
     // "--fields FIELD,..." is one value.
-    result.isRepeatable =
-        !form.endsWith(QStringLiteral(",...")) && removeSuffix(form, QStringLiteral("..."));
+    result.isRepeatable = !form.endsWith(",..."_s) && removeSuffix(form, "..."_s);
     QStringList words = form.split(QLatin1Char(' '));
-    if (removeSuffix(words.first(), QStringLiteral(",")))
+    if (removeSuffix(words.first(), ","_s))
         result.shortName = words.takeFirst();
     result.name = words.first();
     result.valueName = result.isPositional() ? result.name : words.value(1);
@@ -101,20 +102,20 @@ namespace check {
 
 QString notEmpty(const QByteArray &value)
 {
-    return value.isEmpty() ? QStringLiteral("is empty") : QString();
+    return value.isEmpty() ? "is empty"_s : QString();
 }
 
 QString utf8(const QByteArray &value)
 {
     const bool isUtf8 = QString::fromUtf8(value).toUtf8() == value;
-    return isUtf8 ? QString() : QStringLiteral("is not UTF-8");
+    return isUtf8 ? QString() : "is not UTF-8"_s;
 }
 
 QString id(const QByteArray &value)
 {
     bool isNumber = false;
     value.toLongLong(&isNumber);
-    return isNumber ? QString() : QStringLiteral("is not a 64-bit integer");
+    return isNumber ? QString() : "is not a 64-bit integer"_s;
 }
 
 QString seconds(const QByteArray &value)
@@ -123,13 +124,13 @@ QString seconds(const QByteArray &value)
     const double seconds = value.toDouble(&isNumber);
     if (isNumber && seconds >= ShortestTime && seconds <= LongestTime)
         return {};
-    return QStringLiteral("is not a number of seconds from 0.001 to 2000000");
+    return "is not a number of seconds from 0.001 to 2000000"_s;
 }
 
 QString existingDirectory(const QByteArray &value)
 {
     const bool isThere = QFileInfo(QFile::decodeName(value)).isDir();
-    return isThere ? QString() : QStringLiteral("is not an existing directory");
+    return isThere ? QString() : "is not an existing directory"_s;
 }
 
 Check integer(int min, int max)
@@ -139,7 +140,7 @@ Check integer(int min, int max)
         const int number = value.toInt(&isNumber);
         if (isNumber && number >= min && number <= max)
             return QString();
-        return QStringLiteral("is not an integer from %1 to %2").arg(min).arg(max);
+        return format("is not an integer from %1 to %2", min, max);
     };
 }
 

@@ -1,5 +1,7 @@
 #include "cli/Help.h"
 
+#include "text/Format.h"
+
 #include <algorithm>
 
 namespace cli {
@@ -41,7 +43,7 @@ QString table(const QString &title, const QList<Entry> &entries, int width)
     int columns = 0;
     for (const Entry &entry : entries)
         columns = std::max(columns, static_cast<int>(entry.term.size()));
-    QString text = QStringLiteral("\n%1:\n").arg(title);
+    QString text = format("\n%1:\n", title);
     for (const Entry &entry : entries)
         text += blanks(Indent) + entry.term.leftJustified(columns + Gap) +
                 wrapped(entry.help, width, Indent + columns + Gap);
@@ -67,10 +69,10 @@ QList<Entry> entriesOf(const QList<Command> &commands)
 
 QString synopsis(const Command &command)
 {
-    QString text = QStringLiteral("progkeysctl %1 ").arg(command.name());
+    QString text = format("progkeysctl %1 ", command.name());
     if (command.isGroup())
-        return text + QStringLiteral("COMMAND [OPTION]... [ARGUMENT]...");
-    text += QStringLiteral("[OPTION]...");
+        return text + "COMMAND [OPTION]... [ARGUMENT]..."_s;
+    text += "[OPTION]..."_s;
     for (const Parameter &parameter : command.parameters)
         if (parameter.isPositional())
             text += QLatin1Char(' ') + parameter.term;
@@ -86,18 +88,17 @@ QString capitalized(QString sentence)
 
 QString helpText(const QList<Command> &commands, const Command *command, int width)
 {
-    const Command tool{{}, QStringLiteral("manage the programmable keys of the phone"), {}};
+    const Command tool{{}, "manage the programmable keys of the phone"_s, {}};
     const Command &shown = command ? *command : tool;
-    QString text = wrapped(QStringLiteral("Usage: ") + synopsis(shown).simplified(), width, Indent);
+    QString text = wrapped("Usage: "_s + synopsis(shown).simplified(), width, Indent);
     text += QLatin1Char('\n') + wrapped(capitalized(shown.summary), width, 0);
-    text += table(QStringLiteral("Commands"), entriesOf(membersOf(commands, shown.words)), width);
-    text += table(QStringLiteral("Arguments"), entriesOf(shown.parameters, true), width);
-    text += table(QStringLiteral("Fields"), shown.fields, width);
-    text += table(QStringLiteral("Options"), entriesOf(shown.parameters, false), width);
+    text += table("Commands"_s, entriesOf(membersOf(commands, shown.words)), width);
+    text += table("Arguments"_s, entriesOf(shown.parameters, true), width);
+    text += table("Fields"_s, shown.fields, width);
+    text += table("Options"_s, entriesOf(shown.parameters, false), width);
     if (!shown.notes.isEmpty())
         text += QLatin1Char('\n') + wrapped(shown.notes, width, 0);
-    text +=
-        table(QStringLiteral("Options of all commands"), entriesOf(commonOptions(), false), width);
+    text += table("Options of all commands"_s, entriesOf(commonOptions(), false), width);
     text.chop(1);
     return text;
 }

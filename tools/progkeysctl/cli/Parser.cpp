@@ -1,7 +1,8 @@
 #include "cli/Parser.h"
 
 #include "outcome/Failure.h"
-#include "outcome/Suggestion.h"
+#include "text/Format.h"
+#include "text/Suggestion.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,8 +16,8 @@ namespace {
                          const QStringList &known = {})
 {
     const QString name = command ? QLatin1Char(' ') + command->name() : QString();
-    const QString help = QStringLiteral("See \"progkeysctl%1 --help\".").arg(name);
-    throw Failure{ExitStatus::Usage, message, outcome::withSuggestion(word, known, help)};
+    const QString help = format("See \"progkeysctl%1 --help\".", name);
+    throw Failure{ExitStatus::Usage, message, text::withSuggestion(word, known, help)};
 }
 
 bool isOption(const QString &word)
@@ -92,10 +93,8 @@ public:
                 add(parameter, valueOf(value));
         for (const QByteArray &word : mark < 0 ? QList<QByteArray>() : words.mid(mark + 1))
             addArgument(word);
-        requireAtMostOne(
-            {QStringLiteral("--system"), QStringLiteral("--session"), QStringLiteral("--address")});
-        requireAtMostOne(
-            {QStringLiteral("--json"), QStringLiteral("-j"), QStringLiteral("--terse")});
+        requireAtMostOne({"--system"_s, "--session"_s, "--address"_s});
+        requireAtMostOne({"--json"_s, "-j"_s, "--terse"_s});
         return m_line;
     }
 
@@ -134,9 +133,8 @@ private:
         const QString flag = message.section(QLatin1Char(' '), 0, 0);
         for (const Parameter &parameter : parametersOf(command))
             if (parameter.isFlag() && parameter.name.mid(2) == flag)
-                refuse(command, QStringLiteral("%1 takes no value").arg(parameter.name));
-        refuse(command,
-               QStringLiteral("%1 requires a value").arg(message.section(QLatin1Char(':'), 0, 0)));
+                refuse(command, format("%1 takes no value", parameter.name));
+        refuse(command, format("%1 requires a value", message.section(QLatin1Char(':'), 0, 0)));
     }
 
     const Command *parsedCommand()
@@ -158,17 +156,16 @@ private:
         if (isOption(word)) {
             const QString name = word.section(QLatin1Char('='), 0, 0);
             if (namesOfOptions().contains(name))
-                refuse(m_line.command, QStringLiteral("%1 must follow the command").arg(name));
+                refuse(m_line.command, format("%1 must follow the command", name));
             // Every option of one letter is similar to every other.
-            refuse(m_line.command, QStringLiteral("Unknown option %1").arg(name), name,
+            refuse(m_line.command, format("Unknown option %1", name), name,
                    name.size() > 2 ? namesOfOptions() : QStringList());
         }
         if (m_line.command && !m_line.command->isGroup())
-            refuse(m_line.command, QStringLiteral("Unexpected argument \"%1\"").arg(word));
+            refuse(m_line.command, format("Unexpected argument \"%1\"", word));
         const QStringList group = m_line.command ? m_line.command->words : QStringList();
         const QString name = (group + QStringList(word)).join(QLatin1Char(' '));
-        refuse(m_line.command, QStringLiteral("Unknown command \"%1\"").arg(name), word,
-               namesOfMembers(group));
+        refuse(m_line.command, format("Unknown command \"%1\"", name), word, namesOfMembers(group));
     }
 
     QStringList namesOfOptions() const
@@ -204,19 +201,17 @@ private:
                 return;
             }
         }
-        refuse(m_line.command,
-               QStringLiteral("Unexpected argument \"%1\"").arg(QString::fromUtf8(word)));
+        refuse(m_line.command, format("Unexpected argument \"%1\"", QString::fromUtf8(word)));
     }
 
     void add(const Parameter &parameter, const QByteArray &value)
     {
         if (!parameter.isRepeatable && !parameter.isFlag() && m_line.arguments.has(parameter.name))
-            refuse(m_line.command,
-                   QStringLiteral("%1 is given more than once").arg(parameter.name));
+            refuse(m_line.command, format("%1 is given more than once", parameter.name));
         const QString fault = parameter.check ? parameter.check(value) : QString();
         if (!fault.isEmpty())
-            refuse(m_line.command, QStringLiteral("%1: \"%2\" %3")
-                                       .arg(parameter.name, QString::fromUtf8(value), fault));
+            refuse(m_line.command,
+                   format("%1: \"%2\" %3", parameter.name, QString::fromUtf8(value), fault));
         m_line.arguments.add(parameter.name, value);
     }
 
@@ -228,7 +223,7 @@ private:
                 given.append(option);
         if (given.size() > 1)
             refuse(m_line.command,
-                   QStringLiteral("%1 cannot be combined with %2").arg(given.at(1), given.at(0)));
+                   format("%1 cannot be combined with %2", given.at(1), given.at(0)));
     }
 
     const QList<Command> &m_commands;
@@ -246,10 +241,10 @@ ParsedLine parse(const QList<Command> &commands, const QList<QByteArray> &words)
 void requireComplete(const ParsedLine &line)
 {
     if (!line.command || line.command->isGroup())
-        refuse(line.command, QStringLiteral("A command is required"));
+        refuse(line.command, "A command is required"_s);
     for (const Parameter &parameter : line.command->parameters)
         if (parameter.isRequired && !line.arguments.has(parameter.name))
-            refuse(line.command, QStringLiteral("%1 is required").arg(parameter.name));
+            refuse(line.command, format("%1 is required", parameter.name));
 }
 
 } // namespace cli

@@ -1,5 +1,7 @@
 #include "cli/Session.h"
 
+#include "text/Format.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -13,10 +15,10 @@ constexpr double CallSeconds = 25;
 client::BusChoice busFrom(const Arguments &arguments)
 {
     if (arguments.has("--address"))
-        return {QStringLiteral("address"), arguments.text("--address")};
+        return {"address"_s, arguments.text("--address")};
     if (arguments.has("--session"))
-        return {QStringLiteral("session"), qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS")};
-    return {QStringLiteral("system"), qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS")};
+        return {"session"_s, qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS")};
+    return {"system"_s, qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS")};
 }
 
 output::Form formFrom(const Arguments &arguments)
@@ -25,9 +27,8 @@ output::Form formFrom(const Arguments &arguments)
         return output::Form::Terse;
     if (!arguments.has("--json") && !arguments.has("-j"))
         return output::Form::Human;
-    const bool isPretty = arguments.has("--json")
-                              ? arguments.text("--json") == QLatin1String("pretty")
-                              : isatty(STDOUT_FILENO) == 1;
+    const bool isPretty = arguments.has("--json") ? arguments.text("--json") == "pretty"_s
+                                                  : isatty(STDOUT_FILENO) == 1;
     return isPretty ? output::Form::JsonPretty : output::Form::JsonShort;
 }
 

@@ -1,6 +1,7 @@
 #include "client/Bus.h"
 
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <zelcore/ZELBusNames.h>
 
@@ -11,21 +12,21 @@ namespace client {
 namespace {
 
 // Connections of the same name would be shared.
-const QString ConnectionName = QStringLiteral("progkeysctl");
+const QString ConnectionName = "progkeysctl"_s;
 
 // The name in messages if the bus itself did not answer.
-const QString TheBus = QStringLiteral("The bus");
+const QString TheBus = "The bus"_s;
 
 bool hasNoOwner(const QDBusError &error)
 {
-    return error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+    return error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner"_s;
 }
 
 QDBusConnection connectTo(const BusChoice &choice)
 {
     if (!choice.address.isEmpty())
         return QDBusConnection::connectToBus(choice.address, ConnectionName);
-    const bool isSession = choice.kind == QLatin1String("session");
+    const bool isSession = choice.kind == "session"_s;
     return QDBusConnection::connectToBus(
         isSession ? QDBusConnection::SessionBus : QDBusConnection::SystemBus, ConnectionName);
 }
@@ -51,11 +52,10 @@ Bus::Bus(const BusChoice &choice, int timeoutMs)
         // The bus library does not give a reason for every failure.
         const QString reason = m_connection.lastError().message();
         throw Failure{ExitStatus::Failed,
-                      QStringLiteral("Cannot reach %1").arg(description()) +
-                          (reason.isEmpty() ? QString() : QStringLiteral(": ") + reason),
-                      QStringLiteral("Specify the bus of the phone with --address or "
-                                     "DBUS_SYSTEM_BUS_ADDRESS. \"progkeysctl sandbox\" starts a "
-                                     "private phone.")};
+                      format("Cannot reach %1", description()) +
+                          (reason.isEmpty() ? QString() : ": "_s + reason),
+                      "Specify the bus of the phone with --address or DBUS_SYSTEM_BUS_ADDRESS. "
+                      "\"progkeysctl sandbox\" starts a private phone."_s};
     }
     m_connection.interface()->setTimeout(timeoutMs);
 }
@@ -94,10 +94,9 @@ QString Bus::ownerOf(const QString &name) const
 
 QString Bus::description() const
 {
-    const QString bus = m_choice.kind == QLatin1String("address")
-                            ? QStringLiteral("the bus")
-                            : QStringLiteral("the %1 bus").arg(m_choice.kind);
-    return m_choice.address.isEmpty() ? bus : QStringLiteral("%1 at %2").arg(bus, m_choice.address);
+    const QString bus =
+        m_choice.kind == "address"_s ? "the bus"_s : format("the %1 bus", m_choice.kind);
+    return m_choice.address.isEmpty() ? bus : format("%1 at %2", bus, m_choice.address);
 }
 
 QDBusMessage Bus::call(const QString &module, const QString &interface, const QString &method,
@@ -112,24 +111,22 @@ QDBusMessage Bus::call(const QString &module, const QString &interface, const QS
 void throwNotRunning(const Bus &bus, const QString &module)
 {
     throw Failure{ExitStatus::NotRunning,
-                  QStringLiteral("%1 is not running on %2").arg(module, bus.description()),
-                  QStringLiteral("Start it. \"progkeysctl wait\" waits until it is running.")};
+                  format("%1 is not running on %2", module, bus.description()),
+                  "Start it. \"progkeysctl wait\" waits until it is running."_s};
 }
 
 void throwLost(const Bus &bus)
 {
-    throw Failure{ExitStatus::Failed,
-                  QStringLiteral("The connection to %1 is lost").arg(bus.description()),
-                  QStringLiteral("Try again when the bus is running: see \"progkeysctl status\".")};
+    throw Failure{ExitStatus::Failed, format("The connection to %1 is lost", bus.description()),
+                  "Try again when the bus is running: see \"progkeysctl status\"."_s};
 }
 
 void throwDenied(const Bus &bus, const QString &what)
 {
     throw Failure{
-        ExitStatus::AccessDenied, QStringLiteral("%1 on %2").arg(what, bus.description()),
-        QStringLiteral("Everyone can read keys and actions. To change them, to press keys "
-                       "and to receive events, you must be root or a member of the group "
-                       "progkeys-admin. Only root can restore.")};
+        ExitStatus::AccessDenied, format("%1 on %2", what, bus.description()),
+        "Everyone can read keys and actions. To change them, to press keys and to receive events, "
+        "you must be root or a member of the group progkeys-admin. Only root can restore."_s};
 }
 
 void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &error)
@@ -137,19 +134,18 @@ void throwCallFailure(const Bus &bus, const QString &module, const QDBusError &e
     if (error.type() == QDBusError::Disconnected || !bus.connection().isConnected())
         throwLost(bus);
     if (error.type() == QDBusError::AccessDenied)
-        throwDenied(bus, QStringLiteral("Access to %1 is denied").arg(module));
+        throwDenied(bus, format("Access to %1 is denied", module));
     if (isNotRunning(bus, module, error))
         throwNotRunning(bus, module);
     if (error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
         error.type() == QDBusError::TimedOut)
         throw Failure{ExitStatus::TimeRanOut,
-                      QStringLiteral("%1 did not answer within %2 s")
-                          .arg(module, QString::number(bus.timeoutMs() / 1000.0)),
-                      QStringLiteral("Allow more time with --timeout, or see its log.")};
-    throw Failure{ExitStatus::Failed,
-                  QStringLiteral("%1 answered with an error: %2 (%3)")
-                      .arg(module, error.message(), error.name()),
-                  QStringLiteral("See its log.")};
+                      format("%1 did not answer within %2 s", module, bus.timeoutMs() / 1000.0),
+                      "Allow more time with --timeout, or see its log."_s};
+    throw Failure{
+        ExitStatus::Failed,
+        format("%1 answered with an error: %2 (%3)", module, error.message(), error.name()),
+        "See its log."_s};
 }
 
 } // namespace client

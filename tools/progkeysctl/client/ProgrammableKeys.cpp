@@ -1,5 +1,7 @@
 #include "client/ProgrammableKeys.h"
 
+#include "text/Format.h"
+
 #include <zelcore/ZELBusNames.h>
 
 #include <QDBusReply>
@@ -24,7 +26,7 @@ ProgrammableKeys::ProgrammableKeys(const Bus &bus) : m_bus(bus)
 
 QString ProgrammableKeys::moduleName()
 {
-    return QStringLiteral("ZelProgrammableKeys");
+    return "ZelProgrammableKeys"_s;
 }
 
 template <typename Value, typename... Arguments>
@@ -118,8 +120,7 @@ void ProgrammableKeys::runHook(const QString &method)
 std::optional<QString> ProgrammableKeys::setting(const QString &name) const
 {
     const QDBusReply<QString> reply =
-        m_bus.call(QStringLiteral("SettingsManager"), zel::operationsInterface(),
-                   QStringLiteral("getSettingValue"), {name});
+        m_bus.call("SettingsManager"_s, zel::operationsInterface(), "getSettingValue"_s, {name});
     return reply.isValid() ? std::optional(reply.value()) : std::nullopt;
 }
 

@@ -2,7 +2,8 @@
 
 #include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <QJsonArray>
 
@@ -16,8 +17,7 @@ ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
     const ListAction actions = session.service().actions();
     for (const Action &action : actions)
         listing.rows.append(fields::toJson(action));
-    listing.legend =
-        output::counted(static_cast<int>(listing.rows.size()), QStringLiteral("action"));
+    listing.legend = text::counted(static_cast<int>(listing.rows.size()), "action"_s);
     session.out().list(listing);
     return ExitStatus::Done;
 }
@@ -41,21 +41,17 @@ BoundKeys boundKeys(cli::Session &session, qlonglong idAction)
 
 QString keysText(const QJsonArray &ids)
 {
-    return QStringLiteral("%1 %2").arg(
-        ids.size() == 1 ? QStringLiteral("key") : QStringLiteral("keys"), output::displayText(ids));
+    return format("%1 %2", ids.size() == 1 ? "key"_s : "keys"_s, output::displayText(ids));
 }
 
 // Printed before the deletion, so that the keys are known even if it fails.
 void announce(cli::Session &session, const Action &action, const BoundKeys &bound)
 {
-    QString text =
-        QStringLiteral("Action %1 \"%2\": deletes %3")
-            .arg(QString::number(action.idAction), action.label,
-                 bound.deleted.isEmpty() ? QStringLiteral("no keys") : keysText(bound.deleted));
+    QString text = format("Action %1 \"%2\": deletes %3", action.idAction, action.label,
+                          bound.deleted.isEmpty() ? "no keys"_s : keysText(bound.deleted));
     if (!bound.left.isEmpty())
-        text +=
-            QStringLiteral("; leaves provisioned %1 without an action").arg(keysText(bound.left));
-    session.out().say(output::printable(text + QLatin1Char('.')));
+        text += format("; leaves provisioned %1 without an action", keysText(bound.left));
+    session.out().say(text::printable(text + QLatin1Char('.')));
     session.out().flush();
 }
 
@@ -70,11 +66,11 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
         const int code = session.service().deleteAction(idAction);
         if (code != 0)
             throw deletionRefused(action, code);
-        session.out().say(QStringLiteral("Deleted action %1.").arg(idAction));
+        session.out().say(format("Deleted action %1.", idAction));
     }
     QJsonObject row = fields::toJson(action);
-    row.insert(QStringLiteral("keysDeleted"), bound.deleted);
-    row.insert(QStringLiteral("keysLeft"), bound.left);
+    row.insert("keysDeleted"_s, bound.deleted);
+    row.insert("keysLeft"_s, bound.left);
     return row;
 }
 

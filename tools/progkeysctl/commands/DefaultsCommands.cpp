@@ -7,11 +7,12 @@
 #include "defaults/Report.h"
 #include "files/Files.h"
 #include "planning/Plan.h"
+#include "text/Format.h"
 
 namespace commands {
 namespace {
 
-const QString KindAdvice = QStringLiteral("Specify --kind actions or --kind keys.");
+const QString KindAdvice = "Specify --kind actions or --kind keys."_s;
 
 std::optional<defaults::Kind> kindFrom(const cli::Arguments &arguments)
 {
@@ -41,8 +42,7 @@ ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
     defaults::check(rollout, limit);
     printProblems(session.out(), rollout);
     if (rollout.find(defaults::Kind::Keys) && !rollout.find(defaults::Kind::Actions))
-        output::warn(QStringLiteral("no actions were specified, so the keys were not compared "
-                                    "with them"));
+        output::warn("no actions were specified, so the keys were not compared with them"_s);
     const int errors = defaults::countOf(rollout, defaults::Severity::Error);
     const int warnings = defaults::countOf(rollout, defaults::Severity::Warning);
     const bool isGood = errors == 0 && (warnings == 0 || !arguments.has("--strict"));
@@ -61,21 +61,20 @@ defaults::Records read(const cli::Arguments &arguments)
     const QString form = arguments.text("--from");
     const std::optional<defaults::Kind> expected = kindFrom(arguments);
     const std::optional<defaults::Kind> kind = expected ? expected : defaults::kindOfFile(file);
-    if (form == QLatin1String("text") && (!kind || *kind == defaults::Kind::Limit))
+    if (form == "text"_s && (!kind || *kind == defaults::Kind::Limit))
         throw defaults::unknownKind(name, KindAdvice);
     const QByteArray bytes = files::readAll(file);
-    if (form == QLatin1String("text"))
+    if (form == "text"_s)
         return defaults::readText(bytes, file, *kind);
-    return form == QLatin1String("csv") ? defaults::readCsv(bytes, name, expected)
-                                        : defaults::readJson(bytes, name, expected);
+    return form == "csv"_s ? defaults::readCsv(bytes, name, expected)
+                           : defaults::readJson(bytes, name, expected);
 }
 
 QByteArray written(const defaults::Records &records, const QString &form)
 {
-    if (form == QLatin1String("text"))
+    if (form == "text"_s)
         return defaults::writeText(records);
-    return form == QLatin1String("csv") ? defaults::writeCsv(records)
-                                        : defaults::writeJson(records);
+    return form == "csv"_s ? defaults::writeCsv(records) : defaults::writeJson(records);
 }
 
 ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
@@ -94,7 +93,7 @@ defaults::Rollout readRollout(const cli::Arguments &arguments)
 {
     defaults::RolloutSources sources;
     sources.paths = arguments.paths("FILE") + arguments.paths("--settings");
-    sources.unknownKindAdvice = QStringLiteral("Specify --actions FILE or --keys FILE.");
+    sources.unknownKindAdvice = "Specify --actions FILE or --keys FILE."_s;
     if (arguments.has("--actions"))
         sources.files.emplace(defaults::Kind::Actions, arguments.path("--actions"));
     if (arguments.has("--keys"))
@@ -113,11 +112,10 @@ std::optional<QString> settingText(cli::Session &session, const defaults::Rollou
     const bool isOfPhone = rollout.directory.isEmpty();
     std::optional<QString> text = isOfPhone ? session.service().setting(name) : std::nullopt;
     if (!text)
-        output::warn(QStringLiteral("%1 has no setting %2: %3")
-                         .arg(isOfPhone ? QStringLiteral("the phone") : rollout.directory, name,
-                              kind == defaults::Kind::Limit
-                                  ? QStringLiteral("the number of keys is not limited")
-                                  : QStringLiteral("it is treated as empty")));
+        output::warn(format("%1 has no setting %2: %3",
+                            isOfPhone ? "the phone"_s : rollout.directory, name,
+                            kind == defaults::Kind::Limit ? "the number of keys is not limited"_s
+                                                          : "it is treated as empty"_s));
     return text;
 }
 
@@ -171,10 +169,10 @@ cli::Command checkCommand()
                                      "content of the files, if their names do not imply it"),
                       limitOption(), cli::parameter("--strict", "treat warnings as errors")},
                      check);
-    command.notes = QStringLiteral(
+    command.notes =
         "Each problem begins with FILE:RECORD:FIELD:COLUMN:, counted from 1, and error: or "
-        "warning:. "
-        "FIELD is 0 for a problem with the whole record. COLUMN counts characters in the record.");
+        "warning:. FIELD is 0 for a problem with the whole record. COLUMN counts characters in "
+        "the record."_s;
     return command;
 }
 
@@ -210,8 +208,8 @@ cli::Command planCommand()
                         "are changes")},
         plan);
     command.notes =
-        QStringLiteral("Settings that you specify neither as a file nor by a directory are read "
-                       "from the phone. This command changes nothing.");
+        "Settings that you specify neither as a file nor by a directory are read from the phone. "
+        "This command changes nothing."_s;
     return command;
 }
 

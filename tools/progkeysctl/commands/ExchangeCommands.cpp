@@ -6,6 +6,7 @@
 #include "exchange/Import.h"
 #include "fields/Fields.h"
 #include "files/Files.h"
+#include "text/Format.h"
 
 #include <QSet>
 
@@ -22,8 +23,8 @@ std::optional<exchange::ExportedKey> exported(const Key &key, const ListAction &
     });
     if (action != actions.end())
         return exchange::ExportedKey{key, action->dmId};
-    output::warn(QStringLiteral("key %1 was not exported: action %2 does not exist")
-                     .arg(QString::number(key.idKey), QString::number(key.idAction)));
+    output::warn(
+        format("key %1 was not exported: action %2 does not exist", key.idKey, key.idAction));
     return std::nullopt;
 }
 
@@ -73,33 +74,29 @@ void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::
                        });
     if (added == 0)
         return;
-    const std::optional<QString> limit = service.setting(QStringLiteral("ProgKeysMax"));
+    const std::optional<QString> limit = service.setting("ProgKeysMax"_s);
     if (!limit || total <= limit->toInt())
         return;
-    throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Nothing was imported: the phone would have %1 keys on the set, "
-                                 "and the limit ProgKeysMax is %2")
-                      .arg(total)
-                      .arg(limit->toInt()),
-                  QStringLiteral("Delete keys of type 0, raise the limit, or export fewer keys "
-                                 "with --container or --module.")};
+    throw Failure{
+        ExitStatus::Failed,
+        format("Nothing was imported: the phone would have %1 keys on the set, and the limit "
+               "ProgKeysMax is %2",
+               total, limit->toInt()),
+        "Delete keys of type 0, raise the limit, or export fewer keys with --container or "
+        "--module."_s};
 }
 
 QString summary(const output::Listing &steps, bool isDryRun)
 {
-    const QStringList counted{QStringLiteral("planned"), QStringLiteral("done"),
-                              QStringLiteral("skipped")};
+    const QStringList counted{"planned"_s, "done"_s, "skipped"_s};
     const auto count = [&](const char *step) {
         return std::count_if(steps.rows.begin(), steps.rows.end(), [&](const QJsonObject &row) {
-            return row.value(QStringLiteral("step")) == QLatin1String(step) &&
-                   counted.contains(row.value(QStringLiteral("outcome")).toString());
+            return row.value("step"_s) == QLatin1String(step) &&
+                   counted.contains(row.value("outcome"_s).toString());
         });
     };
-    return QStringLiteral("%1%2 added, %3 changed, %4 skipped")
-        .arg(isDryRun ? QStringLiteral("dry run: ") : QString())
-        .arg(count("add"))
-        .arg(count("change"))
-        .arg(count("skip"));
+    return format("%1%2 added, %3 changed, %4 skipped", isDryRun ? "dry run: "_s : QString(),
+                  count("add"), count("change"), count("skip"));
 }
 
 ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)

@@ -3,6 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/CommandLine.h"
 #include "cli/Session.h"
+#include "text/Format.h"
 
 #include <QJsonArray>
 
@@ -14,12 +15,11 @@ QJsonObject toJson(const cli::Parameter &parameter)
     QStringList names = {parameter.name};
     if (!parameter.shortName.isEmpty())
         names.prepend(parameter.shortName);
-    return {{QStringLiteral("names"), QJsonArray::fromStringList(names)},
-            {QStringLiteral("value"),
-             parameter.isFlag() ? QJsonValue() : QJsonValue(parameter.valueName)},
-            {QStringLiteral("required"), parameter.isRequired},
-            {QStringLiteral("repeatable"), parameter.isRepeatable},
-            {QStringLiteral("help"), parameter.help}};
+    return {{"names"_s, QJsonArray::fromStringList(names)},
+            {"value"_s, parameter.isFlag() ? QJsonValue() : QJsonValue(parameter.valueName)},
+            {"required"_s, parameter.isRequired},
+            {"repeatable"_s, parameter.isRepeatable},
+            {"help"_s, parameter.help}};
 }
 
 QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
@@ -35,15 +35,14 @@ QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
 void listCommands(cli::Session &session)
 {
     output::Listing listing;
-    listing.columns = {{QStringLiteral("command")}, {QStringLiteral("summary")}};
+    listing.columns = {{"command"_s}, {"summary"_s}};
     for (const cli::Command &command : session.line().commands())
         if (!command.isGroup())
-            listing.rows.append(
-                {{QStringLiteral("command"), command.name()},
-                 {QStringLiteral("summary"), command.summary},
-                 {QStringLiteral("arguments"), toJson(command.parameters, true)},
-                 {QStringLiteral("options"), toJson(command.parameters, false)},
-                 {QStringLiteral("commonOptions"), toJson(cli::commonOptions(), false)}});
+            listing.rows.append({{"command"_s, command.name()},
+                                 {"summary"_s, command.summary},
+                                 {"arguments"_s, toJson(command.parameters, true)},
+                                 {"options"_s, toJson(command.parameters, false)},
+                                 {"commonOptions"_s, toJson(cli::commonOptions(), false)}});
     session.out().list(listing);
 }
 

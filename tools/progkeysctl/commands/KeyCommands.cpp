@@ -3,26 +3,27 @@
 #include "commands/KeyFilter.h"
 #include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <QHash>
 
 namespace commands {
 namespace {
 
-const QString Label = QStringLiteral("label");
+const QString Label = "label"_s;
 
 // The fields of a key, and the label of its action. A table without --fields has room for the
 // essential ones only.
 QList<output::Column> listColumns()
 {
-    const QStringList details = {QStringLiteral("dmId"), QStringLiteral("aom_type")};
+    const QStringList details = {"dmId"_s, "aom_type"_s};
     QList<output::Column> columns;
     const QList<output::Column> all = fields::columns<Key>();
     for (const output::Column &column : all) {
         columns.append(column);
         columns.last().isShown = !details.contains(column.name);
-        if (column.name == QLatin1String("idAction"))
+        if (column.name == "idAction"_s)
             columns.append({Label});
     }
     return columns;
@@ -50,7 +51,7 @@ ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
         row.insert(Label, label == labels.end() ? QJsonValue() : QJsonValue(*label));
         listing.rows.append(row);
     }
-    listing.legend = output::counted(static_cast<int>(listing.rows.size()), QStringLiteral("key"));
+    listing.legend = text::counted(static_cast<int>(listing.rows.size()), "key"_s);
     session.out().list(listing);
     return ExitStatus::Done;
 }
@@ -66,11 +67,10 @@ QMapIntInt positionsOf(const QStringList &moves)
         const int position = move.section(QLatin1Char('='), 1).toInt(&hasPosition);
         if (!hasId || !hasPosition)
             throw Failure{ExitStatus::Usage,
-                          QStringLiteral("\"%1\" is not of the form KEY_ID=POSITION").arg(move),
-                          QStringLiteral("Both must be 32-bit integers.")};
+                          format("\"%1\" is not of the form KEY_ID=POSITION", move),
+                          "Both must be 32-bit integers."_s};
         if (positions.contains(idKey))
-            throw Failure{
-                ExitStatus::Usage, QStringLiteral("Key %1 is given more than once").arg(idKey), {}};
+            throw Failure{ExitStatus::Usage, format("Key %1 is given more than once", idKey), {}};
         positions.insert(idKey, position);
     }
     return positions;
@@ -84,17 +84,17 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
     for (auto move = positions.begin(); move != positions.end(); ++move)
         existing<Key>(session.service(), move.key());
     if (!session.service().moveKeys(positions))
-        throw Failure{ExitStatus::Failed, QStringLiteral("A position could not be stored"),
-                      QStringLiteral("Keys with smaller identifiers have been moved: see "
-                                     "\"progkeysctl key list\". See also the log of the service.")};
+        throw Failure{
+            ExitStatus::Failed, "A position could not be stored"_s,
+            "Keys with smaller identifiers have been moved: see \"progkeysctl key list\". See "
+            "also the log of the service."_s};
     output::Listing moved;
     moved.columns = fields::columns<Key>();
     for (auto move = positions.begin(); move != positions.end(); ++move)
         moved.rows.append(fields::toJson(existing<Key>(session.service(), move.key())));
     if (session.out().isForPeople())
         session.out().say(
-            QStringLiteral("Moved %1.")
-                .arg(output::counted(static_cast<int>(positions.size()), QStringLiteral("key"))));
+            format("Moved %1.", text::counted(static_cast<int>(positions.size()), "key"_s)));
     else
         session.out().list(moved);
     return ExitStatus::Done;
@@ -107,7 +107,7 @@ ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
         const int code = session.service().deleteKey(idKey);
         if (code != 0)
             throw deletionRefused(key, code);
-        session.out().say(QStringLiteral("Deleted key %1.").arg(idKey));
+        session.out().say(format("Deleted key %1.", idKey));
         return fields::toJson(key);
     };
     return deleteEach(session, arguments.values("KEY_ID"), fields::columns<Key>(), deleteOne);

@@ -2,6 +2,7 @@
 
 #include "commands/RecordCommands.h"
 #include "commands/Refusals.h"
+#include "text/Format.h"
 
 namespace commands {
 namespace {
@@ -10,35 +11,27 @@ constexpr int ModuleWithDisplays = 1;
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("idKey"), true},
-            {QStringLiteral("addr"), true},
-            {QStringLiteral("key_num"), true}};
+    return {{"idKey"_s, true}, {"addr"_s, true}, {"key_num"_s, true}};
 }
 
 Failure refusal(const client::ProgrammableKeys &service, const Key &key, int code)
 {
     if (key.type != KeyType::AddOnModule)
         return {ExitStatus::Failed,
-                QStringLiteral("Key %1 is not on an add-on module: its type is %2, not 1 (%3)")
-                    .arg(key.idKey)
-                    .arg(key.type)
-                    .arg(code),
-                QStringLiteral("\"progkeysctl key list --type 1\" lists the keys on add-on "
-                               "modules.")};
+                format("Key %1 is not on an add-on module: its type is %2, not 1 (%3)", key.idKey,
+                       key.type, code),
+                "\"progkeysctl key list --type 1\" lists the keys on add-on modules."_s};
     if (key.aom_type != ModuleWithDisplays)
-        return {ExitStatus::Failed,
-                QStringLiteral("Key %1 is on an add-on module without displays: its aom_type is "
-                               "%2, not 1 (%3)")
-                    .arg(key.idKey)
-                    .arg(key.aom_type)
-                    .arg(code),
-                QStringLiteral("If the module has displays, run \"progkeysctl key set %1 "
-                               "aom_type=1\".")
-                    .arg(key.idKey)};
+        return {
+            ExitStatus::Failed,
+            format("Key %1 is on an add-on module without displays: its aom_type is %2, not 1 (%3)",
+                   key.idKey, key.aom_type, code),
+            format("If the module has displays, run \"progkeysctl key set %1 aom_type=1\".",
+                   key.idKey)};
     if (!service.action(key.idAction))
-        return missingAction(QStringLiteral("Key %1 has no label").arg(key.idKey), key.idAction);
-    return {ExitStatus::Failed, QStringLiteral("The service refused the request (%1)").arg(code),
-            QStringLiteral("See the log of the service.")};
+        return missingAction(format("Key %1 has no label", key.idKey), key.idAction);
+    return {ExitStatus::Failed, format("The service refused the request (%1)", code),
+            "See the log of the service."_s};
 }
 
 // `what` was sent to the module of the key, if the result code of the service is 0.
@@ -47,11 +40,10 @@ ExitStatus finish(cli::Session &session, const Key &key, int code, const QString
 {
     if (code != 0)
         throw refusal(session.service(), key, code);
-    row.insert(QStringLiteral("idKey"), output::jsonNumber(key.idKey));
-    row.insert(QStringLiteral("addr"), key.aom_addr);
-    row.insert(QStringLiteral("key_num"), key.position);
-    session.out().done(QStringLiteral("Sent %1 for key %2 to module %3.")
-                           .arg(what, QString::number(key.position), QString::number(key.aom_addr)),
+    row.insert("idKey"_s, output::jsonNumber(key.idKey));
+    row.insert("addr"_s, key.aom_addr);
+    row.insert("key_num"_s, key.position);
+    session.out().done(format("Sent %1 for key %2 to module %3.", what, key.position, key.aom_addr),
                        columns(), row);
     return ExitStatus::Done;
 }
@@ -63,8 +55,7 @@ ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
     return finish(session, key, session.service().setIconState(key.idKey, x, y),
-                  QStringLiteral("icon %1, %2").arg(x).arg(y),
-                  {{QStringLiteral("icon_x"), x}, {QStringLiteral("icon_y"), y}});
+                  format("icon %1, %2", x, y), {{"icon_x"_s, x}, {"icon_y"_s, y}});
 }
 
 ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
@@ -73,8 +64,7 @@ ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
     const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
     return finish(session, key, session.service().setLabelState(key.idKey, state),
-                  QStringLiteral("label state %1").arg(state),
-                  {{QStringLiteral("label_state"), state}});
+                  format("label state %1", state), {{"label_state"_s, state}});
 }
 
 } // namespace

@@ -5,7 +5,8 @@
 #include "events/EventListener.h"
 #include "events/EventText.h"
 #include "outcome/Failure.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <zelcore/ZELBusNames.h>
 
@@ -22,18 +23,13 @@ QRegularExpression namesLike(const QStringList &patterns)
     if (patterns.isEmpty())
         return QRegularExpression();
     QString expression = QRegularExpression::escape(patterns.join(QLatin1Char('\n')));
-    expression.replace(QLatin1String("\\*"), QLatin1String(".*"))
-        .replace(QLatin1String("\\?"), QLatin1String("."))
-        .replace(QLatin1String("\\\n"), QLatin1String("|"));
+    expression.replace("\\*"_s, ".*"_s).replace("\\?"_s, "."_s).replace("\\\n"_s, "|"_s);
     return QRegularExpression(QRegularExpression::anchoredPattern(expression));
 }
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("time")},
-            {QStringLiteral("event")},
-            {QStringLiteral("module")},
-            {QStringLiteral("arguments")}};
+    return {{"time"_s}, {"event"_s}, {"module"_s}, {"arguments"_s}};
 }
 
 QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
@@ -46,18 +42,17 @@ QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
 QString timeText(const QJsonValue &time)
 {
     return time.isString() ? time.toString().section(QLatin1Char('T'), 1)
-                           : QStringLiteral("%1").arg(time.toDouble(), 9, 'f', 3);
+                           : "%1"_s.arg(time.toDouble(), 9, 'f', 3);
 }
 
 QString lineText(const output::Terminal &terminal, const QJsonObject &row)
 {
-    const QString event = output::printable(row.value(QStringLiteral("event")).toString());
-    QStringList parts = {terminal.dim(timeText(row.value(QStringLiteral("time")))),
-                         terminal.bold(event)};
+    const QString event = text::printable(row.value("event"_s).toString());
+    QStringList parts = {terminal.dim(timeText(row.value("time"_s))), terminal.bold(event)};
     const QString arguments = events::argumentsText(row);
     if (!arguments.isEmpty())
         parts.append(arguments);
-    return parts.join(QStringLiteral("  "));
+    return parts.join("  "_s);
 }
 
 ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
@@ -71,13 +66,13 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
     sinceStart.start();
     events::EventListener listener(bus);
     // From now on no event is missed.
-    session.note(QStringLiteral("Listening on %1.").arg(bus.description()));
+    session.note(format("Listening on %1.", bus.description()));
     int shown = 0;
     const auto take = [&](const events::ReceivedEvent &received) {
         if (!names.match(received.event.getEvtName()).hasMatch())
             return false;
         QJsonObject row = events::toJson(received);
-        row.insert(QStringLiteral("time"), timeValue(sinceStart, isSinceStart));
+        row.insert("time"_s, timeValue(sinceStart, isSinceStart));
         session.out().stream(lineText(session.out().terminal(), row), columns(), row);
         return ++shown == limit;
     };

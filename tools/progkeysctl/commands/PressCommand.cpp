@@ -6,7 +6,8 @@
 #include "events/EventText.h"
 #include "fields/Fields.h"
 #include "outcome/Failure.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELEventCodec.h>
@@ -35,20 +36,19 @@ Place placeFrom(const cli::Arguments &arguments)
                       text.section(QLatin1Char('/'), 1).toInt(&hasNumber),
                       arguments.optionalInteger("--module-type").value_or(1)};
     if (!hasAddress || !hasNumber)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("\"%1\" is not of the form ADDRESS/NUMBER").arg(text),
-                      QStringLiteral("For example, 2/5 is key 5 of the module with address 2.")};
+        throw Failure{ExitStatus::Usage, format("\"%1\" is not of the form ADDRESS/NUMBER", text),
+                      "For example, 2/5 is key 5 of the module with address 2."_s};
     return place;
 }
 
 void sendPress(const client::Bus &bus, const Place &place)
 {
     ZELEvent event;
-    event.setEvtName(QStringLiteral("AOM_KEY_PRESS_EVENT"));
-    event.addArgument(place.number, QStringLiteral("aom_key_num"), true);
-    event.addArgument(place.moduleType, QStringLiteral("aom_type"), true);
-    event.addArgument(place.addr, QStringLiteral("addr"), true);
-    const auto message = zel::encodeEvent(zel::objectPath(QStringLiteral("progkeysctl")), event);
+    event.setEvtName("AOM_KEY_PRESS_EVENT"_s);
+    event.addArgument(place.number, "aom_key_num"_s, true);
+    event.addArgument(place.moduleType, "aom_type"_s, true);
+    event.addArgument(place.addr, "addr"_s, true);
+    const auto message = zel::encodeEvent(zel::objectPath("progkeysctl"_s), event);
     if (!message || !bus.connection().send(*message))
         client::throwLost(bus);
 }
@@ -63,16 +63,15 @@ struct Answer
 
 Answer answerFrom(const ZELEvent &event)
 {
-    return {qdbus_cast<Key>(event.getArgument(QStringLiteral("key"))),
-            qdbus_cast<Action>(event.getArgument(QStringLiteral("action"))),
-            event.getArgument(QStringLiteral("exists")).toBool()};
+    return {qdbus_cast<Key>(event.getArgument("key"_s)),
+            qdbus_cast<Action>(event.getArgument("action"_s)),
+            event.getArgument("exists"_s).toBool()};
 }
 
 // Any peer can send an event of this name, so the sender must be the service.
 bool isAnswer(const events::ReceivedEvent &received, const QString &service, const Place &place)
 {
-    if (received.event.getEvtName() != QLatin1String("AOMKEY_PRESS_NTF") ||
-        received.sender != service)
+    if (received.event.getEvtName() != "AOMKEY_PRESS_NTF"_s || received.sender != service)
         return false;
     const Key key = answerFrom(received.event).key;
     return key.position == place.number && key.aom_type == place.moduleType &&
@@ -83,31 +82,28 @@ QString sentence(const Answer &answer)
 {
     const Action &action = answer.action;
     if (!answer.exists)
-        return QStringLiteral("No key is programmed there.");
-    const QString key = QStringLiteral("Key %1:").arg(answer.key.idKey);
+        return "No key is programmed there."_s;
+    const QString key = format("Key %1:", answer.key.idKey);
     if (action.idAction == Action().idAction && answer.key.idAction != action.idAction)
-        return QStringLiteral("%1 its action %2 does not exist.").arg(key).arg(answer.key.idAction);
-    const QString call = QStringLiteral("%1 %2").arg(action.action, action.arguments).trimmed();
-    return QStringLiteral("%1 action %2 \"%3\", type %4%5")
-        .arg(key, QString::number(action.idAction), action.label, QString::number(action.type),
-             call.isEmpty() ? call : QStringLiteral(", ") + call);
+        return format("%1 its action %2 does not exist.", key, answer.key.idAction);
+    const QString call = format("%1 %2", action.action, action.arguments).trimmed();
+    return format("%1 action %2 \"%3\", type %4%5", key, action.idAction, action.label, action.type,
+                  call.isEmpty() ? call : ", "_s + call);
 }
 
 QList<output::Column> answerColumns()
 {
-    return {{QStringLiteral("exists")},
-            {QStringLiteral("idKey"), true},
-            {QStringLiteral("idAction"), true}};
+    return {{"exists"_s}, {"idKey"_s, true}, {"idAction"_s, true}};
 }
 
 void print(cli::Session &session, const Answer &answer)
 {
     session.out().done(sentence(answer), answerColumns(),
-                       {{QStringLiteral("exists"), answer.exists},
-                        {QStringLiteral("idKey"), output::jsonNumber(answer.key.idKey)},
-                        {QStringLiteral("idAction"), output::jsonNumber(answer.key.idAction)},
-                        {QStringLiteral("key"), fields::toJson(answer.key)},
-                        {QStringLiteral("action"), fields::toJson(answer.action)}});
+                       {{"exists"_s, answer.exists},
+                        {"idKey"_s, output::jsonNumber(answer.key.idKey)},
+                        {"idAction"_s, output::jsonNumber(answer.key.idAction)},
+                        {"key"_s, fields::toJson(answer.key)},
+                        {"action"_s, fields::toJson(answer.action)}});
 }
 
 ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
@@ -131,10 +127,9 @@ ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
         return ExitStatus::Done;
     if (!session.service().isRunning())
         client::throwNotRunning(bus, module);
-    throw Failure{
-        ExitStatus::TimeRanOut,
-        QStringLiteral("The service did not answer the press on %1").arg(bus.description()),
-        QStringLiteral("See its log, or allow more time with --timeout.")};
+    throw Failure{ExitStatus::TimeRanOut,
+                  format("The service did not answer the press on %1", bus.description()),
+                  "See its log, or allow more time with --timeout."_s};
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "commands/Refusals.h"
+#include "text/Format.h"
 
 namespace commands {
 namespace {
@@ -56,8 +57,8 @@ void setDefaults(Action & /*action*/) {}
 void requireComplete(const Key &key)
 {
     if (key.position < 0)
-        throw Failure{ExitStatus::Usage, QStringLiteral("position is required (0 or greater)"),
-                      QStringLiteral("See \"progkeysctl key add --help\".")};
+        throw Failure{ExitStatus::Usage, "position is required (0 or greater)"_s,
+                      "See \"progkeysctl key add --help\"."_s};
 }
 
 void requireComplete(const Action & /*action*/) {}
@@ -67,23 +68,19 @@ void warnOfDmId(const Record &before, const Record &after)
 {
     const QString kind = noun<Record>();
     if (!after.dmId.isEmpty())
-        output::warn(QStringLiteral("with a dmId, the %1 is treated as provisioned: it cannot be "
-                                    "deleted, and a start of the service may overwrite or remove "
-                                    "it")
-                         .arg(kind));
+        output::warn(format("with a dmId, the %1 is treated as provisioned: it cannot be deleted, "
+                            "and a start of the service may overwrite or remove it",
+                            kind));
     else if (!before.dmId.isEmpty())
-        output::warn(QStringLiteral("without its dmId, the %1 is no longer provisioned: it can be "
-                                    "deleted, and the next start of the service may create the "
-                                    "provisioned %1 again")
-                         .arg(kind));
+        output::warn(format("without its dmId, the %1 is no longer provisioned: it can be deleted, "
+                            "and the next start of the service may create the provisioned %1 again",
+                            kind));
 }
 
 template <typename Record>
 void printDone(cli::Session &session, const char *verb, const Record &record)
 {
-    session.out().done(QStringLiteral("%1 %2 %3.")
-                           .arg(QLatin1String(verb), noun<Record>())
-                           .arg(record.*Kind<Record>::Id),
+    session.out().done(format("%1 %2 %3.", verb, noun<Record>(), record.*Kind<Record>::Id),
                        fields::columns<Record>(), fields::toJson(record));
 }
 
@@ -121,16 +118,16 @@ ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
     setDefaults(record);
     fields::assign(record, arguments.texts("FIELD=VALUE"));
     if (record.*Id != Record().*Id)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("The service assigns the %1 of a new %2")
-                          .arg(idName<Record>(), noun<Record>()),
-                      QStringLiteral("Omit %1.").arg(idName<Record>())};
+        throw Failure{
+            ExitStatus::Usage,
+            format("The service assigns the %1 of a new %2", idName<Record>(), noun<Record>()),
+            format("Omit %1.", idName<Record>())};
     requireComplete(record);
     warnOfDmId(Record(), record);
     const qlonglong result = (session.service().*Kind<Record>::Create)(record);
     if (result < 0)
         throw writeRefused(session.service(), record,
-                           QStringLiteral("The %1 was not created").arg(noun<Record>()), result);
+                           format("The %1 was not created", noun<Record>()), result);
     record.*Id = result;
     printDone(session, "Created", record);
     return ExitStatus::Done;
@@ -145,14 +142,13 @@ ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
     Record record = before;
     fields::assign(record, arguments.texts("FIELD=VALUE"));
     if (record.*Kind<Record>::Id != id)
-        throw Failure{ExitStatus::Usage,
-                      QStringLiteral("%1 cannot be changed").arg(idName<Record>()),
-                      QStringLiteral("Create another %1 and delete this one.").arg(noun<Record>())};
+        throw Failure{ExitStatus::Usage, format("%1 cannot be changed", idName<Record>()),
+                      format("Create another %1 and delete this one.", noun<Record>())};
     warnOfDmId(before, record);
     const int code = (session.service().*Kind<Record>::Modify)(record);
     if (code != 0)
         throw writeRefused(session.service(), record,
-                           QStringLiteral("The %1 was not changed").arg(noun<Record>()), code);
+                           format("The %1 was not changed", noun<Record>()), code);
     printDone(session, "Changed", record);
     return ExitStatus::Done;
 }
@@ -162,10 +158,8 @@ cli::Command withFields(cli::Command command, const char *example)
 {
     for (const fields::Field<Record> &field : fields::of<Record>().mid(1))
         command.fields.append(
-            {field.name + (field.isText() ? QStringLiteral("=TEXT") : QStringLiteral("=NUMBER")),
-             field.help});
-    command.notes =
-        QStringLiteral("Example: progkeysctl %1 %2").arg(command.name(), QLatin1String(example));
+            {field.name + (field.isText() ? "=TEXT"_s : "=NUMBER"_s), field.help});
+    command.notes = format("Example: progkeysctl %1 %2", command.name(), example);
     return command;
 }
 

@@ -3,16 +3,15 @@
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "outcome/Failure.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 namespace commands {
 namespace {
 
 QList<output::Column> columns()
 {
-    return {{QStringLiteral("restored")},
-            {QStringLiteral("keys"), true},
-            {QStringLiteral("actions"), true}};
+    return {{"restored"_s}, {"keys"_s, true}, {"actions"_s, true}};
 }
 
 // The reserved action is not counted.
@@ -20,11 +19,9 @@ QString contentOf(const client::ProgrammableKeys &service, QJsonObject &row)
 {
     const int keys = static_cast<int>(service.keys().size());
     const int actions = static_cast<int>(service.actions().size()) - 1;
-    row.insert(QStringLiteral("keys"), keys);
-    row.insert(QStringLiteral("actions"), actions);
-    return QStringLiteral("%1 and %2")
-        .arg(output::counted(keys, QStringLiteral("key")),
-             output::counted(actions, QStringLiteral("action")));
+    row.insert("keys"_s, keys);
+    row.insert("actions"_s, actions);
+    return format("%1 and %2", text::counted(keys, "key"_s), text::counted(actions, "action"_s));
 }
 
 void runRestore(client::ProgrammableKeys &service, const QString &method)
@@ -33,8 +30,9 @@ void runRestore(client::ProgrammableKeys &service, const QString &method)
         service.runHook(method);
     } catch (Failure &failure) {
         if (failure.status == ExitStatus::TimeRanOut)
-            failure.advice = QStringLiteral("The restore may still be running: see \"progkeysctl "
-                                            "status\". Allow more time with --timeout.");
+            failure.advice =
+                "The restore may still be running: see \"progkeysctl status\". Allow more time "
+                "with --timeout."_s;
         throw;
     }
 }
@@ -42,21 +40,16 @@ void runRestore(client::ProgrammableKeys &service, const QString &method)
 ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString what = arguments.text("default|factory");
-    QJsonObject row = {{QStringLiteral("restored"), what}};
+    QJsonObject row = {{"restored"_s, what}};
     session.out().requireFields(columns());
     if (!arguments.has("--yes"))
         throw Failure{
             ExitStatus::Usage,
-            QStringLiteral("This deletes %1, including those of users")
-                .arg(contentOf(session.service(), row)),
-            QStringLiteral("Confirm with --yes. \"progkeysctl export\" saves the keys and "
-                           "actions of users.")};
-    runRestore(session.service(), what == QLatin1String("factory")
-                                      ? QStringLiteral("restoreFactory")
-                                      : QStringLiteral("restoreDefault"));
+            format("This deletes %1, including those of users", contentOf(session.service(), row)),
+            "Confirm with --yes. \"progkeysctl export\" saves the keys and actions of users."_s};
+    runRestore(session.service(), what == "factory"_s ? "restoreFactory"_s : "restoreDefault"_s);
     const QString content = contentOf(session.service(), row);
-    session.out().done(QStringLiteral("Restored the provisioned defaults: %1.").arg(content),
-                       columns(), row);
+    session.out().done(format("Restored the provisioned defaults: %1.", content), columns(), row);
     return ExitStatus::Done;
 }
 

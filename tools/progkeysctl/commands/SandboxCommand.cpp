@@ -3,6 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,7 +17,7 @@
 namespace commands {
 namespace {
 
-const QString Script = QStringLiteral("progkeysctl-sandbox");
+const QString Script = "progkeysctl-sandbox"_s;
 
 QString findScript()
 {
@@ -24,10 +25,9 @@ QString findScript()
         QStandardPaths::findExecutable(Script, {QCoreApplication::applicationDirPath()});
     QString found = beside.isEmpty() ? QStandardPaths::findExecutable(Script) : beside;
     if (found.isEmpty())
-        throw Failure{
-            ExitStatus::Failed,
-            QStringLiteral("%1 is neither beside this program nor on the PATH").arg(Script),
-            QStringLiteral("Install the package zelprogrammablekeys-devtools.")};
+        throw Failure{ExitStatus::Failed,
+                      format("%1 is neither beside this program nor on the PATH", Script),
+                      "Install the package zelprogrammablekeys-devtools."_s};
     return found;
 }
 
@@ -56,8 +56,8 @@ ExitStatus run(cli::Session & /*session*/, const cli::Arguments &arguments)
     vector.push_back(nullptr);
     execv(script.constData(), vector.data());
     throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Cannot run %1: %2")
-                      .arg(QFile::decodeName(script), QString::fromLocal8Bit(std::strerror(errno))),
+                  format("Cannot run %1: %2", QFile::decodeName(script),
+                         QString::fromLocal8Bit(std::strerror(errno))),
                   {}};
 }
 
@@ -78,9 +78,9 @@ cli::Command sandboxCommand()
                         cli::check::integer(1, 65535)),
          cli::parameter("[COMMAND...]", "the command, after --; default: your shell")},
         run);
-    command.notes = QStringLiteral(
+    command.notes =
         "Without --settings, there are no defaults and the key limit is 100. Data and logs are "
-        "temporary unless you specify a directory for them. The exit status is that of COMMAND.");
+        "temporary unless you specify a directory for them. The exit status is that of COMMAND."_s;
     return command;
 }
 

@@ -2,6 +2,7 @@
 
 #include "cli/Session.h"
 #include "fields/Fields.h"
+#include "text/Format.h"
 
 #include <zelcore/ZELBusNames.h>
 
@@ -50,22 +51,22 @@ void countKeys(QJsonObject &row, const ListKey &keys)
     const int setKeys = countIf(keys, [](const Key &key) { return key.type == KeyType::Set; });
     const int moduleKeys =
         countIf(keys, [](const Key &key) { return key.type == KeyType::AddOnModule; });
-    row.insert(QStringLiteral("setKeys"), setKeys);
-    row.insert(QStringLiteral("moduleKeys"), moduleKeys);
-    row.insert(QStringLiteral("otherKeys"), static_cast<int>(keys.size()) - setKeys - moduleKeys);
-    row.insert(QStringLiteral("provisionedKeys"), countIf(keys, isProvisioned<Key>));
+    row.insert("setKeys"_s, setKeys);
+    row.insert("moduleKeys"_s, moduleKeys);
+    row.insert("otherKeys"_s, static_cast<int>(keys.size()) - setKeys - moduleKeys);
+    row.insert("provisionedKeys"_s, countIf(keys, isProvisioned<Key>));
 }
 
 void countActions(QJsonObject &row, const ListAction &actions)
 {
-    row.insert(QStringLiteral("userActions"), countIf(actions, fields::isUsers));
-    row.insert(QStringLiteral("provisionedActions"), countIf(actions, isProvisioned<Action>));
+    row.insert("userActions"_s, countIf(actions, fields::isUsers));
+    row.insert("provisionedActions"_s, countIf(actions, isProvisioned<Action>));
 }
 
 // As the service reads it: without the setting there is no limit, and an invalid number is 0.
 QJsonValue keyLimit(const client::ProgrammableKeys &service)
 {
-    const std::optional<QString> setting = service.setting(QStringLiteral("ProgKeysMax"));
+    const std::optional<QString> setting = service.setting("ProgKeysMax"_s);
     return setting ? QJsonValue(setting->toInt()) : QJsonValue();
 }
 
@@ -78,15 +79,15 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
     QJsonObject row;
     for (const output::Column &column : all)
         row.insert(column.name, QJsonValue());
-    row.insert(QStringLiteral("running"), isRunning);
-    row.insert(QStringLiteral("bus"), bus.choice().kind);
+    row.insert("running"_s, isRunning);
+    row.insert("bus"_s, bus.choice().kind);
     if (!bus.choice().address.isEmpty())
-        row.insert(QStringLiteral("busAddress"), bus.choice().address);
-    row.insert(QStringLiteral("peers"), modulesOn(bus));
+        row.insert("busAddress"_s, bus.choice().address);
+    row.insert("peers"_s, modulesOn(bus));
     if (isRunning) {
         countKeys(row, service.keys());
         countActions(row, service.actions());
-        row.insert(QStringLiteral("limit"), keyLimit(service));
+        row.insert("limit"_s, keyLimit(service));
     }
     session.out().record(all, row);
     return isRunning ? ExitStatus::Done : ExitStatus::NotRunning;

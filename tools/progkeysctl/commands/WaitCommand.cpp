@@ -3,6 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/Session.h"
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <zelcore/ZELBusNames.h>
 
@@ -31,15 +32,14 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
     const QString module =
         arguments.has("MODULE") ? arguments.text("MODULE") : client::ProgrammableKeys::moduleName();
     if (!comesUp(session, zel::serviceName(module)))
-        throw Failure{
-            ExitStatus::TimeRanOut,
-            QStringLiteral("%1 is not running on %2").arg(module, session.bus().description()),
-            QStringLiteral("See its log, or allow more time with --timeout.")};
+        throw Failure{ExitStatus::TimeRanOut,
+                      format("%1 is not running on %2", module, session.bus().description()),
+                      "See its log, or allow more time with --timeout."_s};
     // In scripts, another command often prints its results next.
     if (session.out().isForPeople())
-        session.note(QStringLiteral("%1 is running.").arg(module));
+        session.note(format("%1 is running.", module));
     else
-        session.out().record({{QStringLiteral("running")}}, {{QStringLiteral("running"), true}});
+        session.out().record({{"running"_s}}, {{"running"_s, true}});
     return ExitStatus::Done;
 }
 

@@ -1,7 +1,8 @@
 #include "converting/Formats.h"
 #include "files/Files.h"
 #include "output/Output.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <QRegularExpression>
 
@@ -14,9 +15,7 @@ namespace {
 [[noreturn]] void throwInvalidLine(const QString &file, int line, const QString &message,
                                    const QString &advice)
 {
-    throw Failure{ExitStatus::InvalidText,
-                  QStringLiteral("%1, line %2: %3").arg(file, QString::number(line), message),
-                  advice};
+    throw Failure{ExitStatus::InvalidText, format("%1, line %2: %3", file, line, message), advice};
 }
 
 // All rows of a spreadsheet, so that the place of a row is its line. Blanks are kept.
@@ -34,14 +33,11 @@ QList<QStringList> rowsOf(const QString &text, QChar delimiter, const QString &f
             pattern.match(text, at, QRegularExpression::NormalMatch,
                           QRegularExpression::DontCheckSubjectStringMatchOption);
         if (!field.hasMatch())
-            throwInvalidLine(
-                file, static_cast<int>(rows.size()) + 1,
-                QStringLiteral("a quote is misplaced or missing"),
-                QStringLiteral("Quote the whole field, and write each quote in it twice."));
+            throwInvalidLine(file, static_cast<int>(rows.size()) + 1,
+                             "a quote is misplaced or missing"_s,
+                             "Quote the whole field, and write each quote in it twice."_s);
         QString quotedText = field.captured(1);
-        row.append(quotedText.isNull()
-                       ? field.captured(2)
-                       : quotedText.replace(QLatin1String("\"\""), QLatin1String("\"")));
+        row.append(quotedText.isNull() ? field.captured(2) : quotedText.replace("\"\""_s, "\""_s));
         at = static_cast<int>(field.capturedEnd());
         if (field.captured(3) == delimiter)
             continue;
@@ -79,7 +75,7 @@ Kind kindOf(const QStringList &header)
 // The most frequent delimiter of the header: the names of fields contain none.
 QChar delimiterOf(const QString &text)
 {
-    const QString header = text.section(QRegularExpression(QStringLiteral("[\r\n]")), 0, 0);
+    const QString header = text.section(QRegularExpression("[\r\n]"_s), 0, 0);
     const std::array<char, 3> delimiters{',', ';', '\t'};
     return QLatin1Char(
         *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
@@ -91,8 +87,8 @@ QString listOf(const char *title, const QStringList &columns)
 {
     QStringList names;
     for (const QString &column : columns)
-        names.append(output::quoted(column));
-    return QString::fromLatin1(title) + names.join(QStringLiteral(", "));
+        names.append(text::quoted(column));
+    return QString::fromLatin1(title) + names.join(", "_s);
 }
 
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
@@ -104,24 +100,22 @@ void requireHeader(const QStringList &header, Kind kind, const QString &file)
     if (!faults.surplus.isEmpty())
         parts.append(listOf("unknown or repeated: ", faults.surplus));
     if (!parts.isEmpty())
-        throwInvalidLine(
-            file, 1, QStringLiteral("invalid header: %1").arg(parts.join(QStringLiteral("; "))),
-            QStringLiteral("The columns are %1 for actions and %2 for keys, separated by commas, "
-                           "semicolons or tabs.")
-                .arg(fieldNames(Kind::Actions).join(QLatin1Char(',')),
-                     fieldNames(Kind::Keys).join(QLatin1Char(','))));
+        throwInvalidLine(file, 1, format("invalid header: %1", parts.join("; "_s)),
+                         format("The columns are %1 for actions and %2 for keys, separated by "
+                                "commas, semicolons or tabs.",
+                                fieldNames(Kind::Actions).join(QLatin1Char(',')),
+                                fieldNames(Kind::Keys).join(QLatin1Char(','))));
 }
 
 QStringList recordOf(const QStringList &row, const QStringList &header, Kind kind, int line,
                      const QString &file)
 {
     if (row.size() != header.size())
-        throwInvalidLine(
-            file, line,
-            QStringLiteral("%1 instead of %2")
-                .arg(output::counted(static_cast<int>(row.size()), QStringLiteral("field")),
-                     QString::number(header.size())),
-            QStringLiteral("Quote a field that contains the delimiter."));
+        throwInvalidLine(file, line,
+                         format("%1 instead of %2",
+                                text::counted(static_cast<int>(row.size()), "field"_s),
+                                header.size()),
+                         "Quote a field that contains the delimiter."_s);
     QStringList record;
     for (const QString &name : fieldNames(kind))
         record.append(row.at(header.indexOf(name)));
@@ -136,13 +130,13 @@ bool isEmpty(const QStringList &row)
 
 QByteArray csvLine(const QStringList &fields)
 {
-    static const QRegularExpression special(QStringLiteral("[,\"\r\n]"));
+    static const QRegularExpression special("[,\"\r\n]"_s);
     QStringList written;
     for (QString field : fields) {
         // Some programs drop blanks at the ends of fields that are not quoted.
         const bool isQuoted = field.contains(special) || field != field.trimmed();
-        field.replace(QLatin1Char('"'), QLatin1String("\"\""));
-        written.append(isQuoted ? QStringLiteral("\"%1\"").arg(field) : field);
+        field.replace(QLatin1Char('"'), "\"\""_s);
+        written.append(isQuoted ? format("\"%1\"", field) : field);
     }
     return written.join(QLatin1Char(',')).toUtf8() + "\r\n";
 }
@@ -157,8 +151,7 @@ Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind
     Records records{kindOf(header), {}};
     requireHeader(header, records.kind, file);
     if (kind && *kind != records.kind)
-        throwInvalidLine(
-            file, 1, QStringLiteral("the columns are those of %1").arg(nameOf(records.kind)), {});
+        throwInvalidLine(file, 1, format("the columns are those of %1", nameOf(records.kind)), {});
     QStringList skipped;
     for (int line = 2; line <= rows.size(); ++line) {
         const QStringList &row = rows.at(line - 1);
@@ -170,8 +163,7 @@ Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind
         records.lines.append(line);
     }
     if (!skipped.isEmpty())
-        output::warn(QStringLiteral("%1: skipped empty lines: %2")
-                         .arg(file, skipped.join(QStringLiteral(", "))));
+        output::warn(format("%1: skipped empty lines: %2", file, skipped.join(", "_s)));
     return records;
 }
 

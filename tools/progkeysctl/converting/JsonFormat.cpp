@@ -1,5 +1,6 @@
 #include "converting/Formats.h"
 #include "files/Json.h"
+#include "text/Format.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -7,9 +8,8 @@
 namespace defaults {
 namespace {
 
-const files::Schema Schema{QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.Defaults"),
-                           1,
-                           {QStringLiteral("kind"), QStringLiteral("records")}};
+const files::Schema Schema{
+    "com.velmora.Tessaro.ProgrammableKeys.Defaults"_s, 1, {"kind"_s, "records"_s}};
 
 [[noreturn]] void throwInvalid(const QString &message)
 {
@@ -18,11 +18,11 @@ const files::Schema Schema{QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.
 
 Kind readKind(const QJsonObject &object, const QString &file, std::optional<Kind> expected)
 {
-    const std::optional<Kind> kind = kindNamed(object.value(QLatin1String("kind")).toString());
+    const std::optional<Kind> kind = kindNamed(object.value("kind"_s).toString());
     if (!kind)
-        throwInvalid(QStringLiteral("%1: \"kind\" must be \"actions\" or \"keys\"").arg(file));
+        throwInvalid(format("%1: \"kind\" must be \"actions\" or \"keys\"", file));
     if (expected && *expected != *kind)
-        throwInvalid(QStringLiteral("%1 contains %2").arg(file, nameOf(*kind)));
+        throwInvalid(format("%1 contains %2", file, nameOf(*kind)));
     return *kind;
 }
 
@@ -33,16 +33,15 @@ QString readField(const QJsonValue &value, const output::Column &field, const QS
     const bool isInteger = value.toInt(0) == value.toInt(1); // otherwise these are defaults
     if (field.isNumber && isInteger)
         return QString::number(value.toInt());
-    throwInvalid(QStringLiteral("%1: the member \"%2\" must be %3")
-                     .arg(where, field.name,
-                          field.isNumber ? QStringLiteral("a 32-bit integer or a string")
-                                         : QStringLiteral("a string of Unicode characters")));
+    throwInvalid(format("%1: the member \"%2\" must be %3", where, field.name,
+                        field.isNumber ? "a 32-bit integer or a string"_s
+                                       : "a string of Unicode characters"_s));
 }
 
 QStringList readRecord(const QJsonValue &value, Kind kind, const QString &where)
 {
     if (!value.isObject())
-        throwInvalid(QStringLiteral("%1 is not an object").arg(where));
+        throwInvalid(format("%1 is not an object", where));
     const QJsonObject object = value.toObject();
     files::requireMembers(object, fieldNames(kind), where);
     QStringList record;
@@ -65,14 +64,13 @@ Records readJson(const QByteArray &bytes, const QString &file, std::optional<Kin
 {
     const QJsonObject object = files::readJson(bytes, file, Schema);
     Records records{readKind(object, file, kind), {}};
-    const QJsonValue list = object.value(QLatin1String("records"));
+    const QJsonValue list = object.value("records"_s);
     if (!list.isArray())
-        throwInvalid(QStringLiteral("%1: \"records\" is not an array").arg(file));
+        throwInvalid(format("%1: \"records\" is not an array", file));
     const QJsonArray array = list.toArray();
     for (int index = 0; index < array.size(); ++index)
         records.records.append(
-            readRecord(array.at(index), records.kind,
-                       QStringLiteral("%1: record %2").arg(file, QString::number(index + 1))));
+            readRecord(array.at(index), records.kind, format("%1: record %2", file, index + 1)));
     return records;
 }
 
@@ -86,10 +84,10 @@ QByteArray writeJson(const Records &records)
             object.insert(fields.at(field).name, toJson(fields.at(field), record.at(field)));
         list.append(object);
     }
-    return QJsonDocument(QJsonObject{{QStringLiteral("schema"), Schema.name},
-                                     {QStringLiteral("version"), Schema.version},
-                                     {QStringLiteral("kind"), nameOf(records.kind)},
-                                     {QStringLiteral("records"), list}})
+    return QJsonDocument(QJsonObject{{"schema"_s, Schema.name},
+                                     {"version"_s, Schema.version},
+                                     {"kind"_s, nameOf(records.kind)},
+                                     {"records"_s, list}})
         .toJson();
 }
 

@@ -1,13 +1,13 @@
 #include "converting/Formats.h"
 #include "defaults/Setting.h"
+#include "text/Format.h"
 
 namespace defaults {
 namespace {
 
 QString escaped(QString field)
 {
-    return field.replace(QLatin1Char(','), QLatin1String("\\,"))
-        .replace(QLatin1Char('#'), QLatin1String("\\#"));
+    return field.replace(QLatin1Char(','), "\\,"_s).replace(QLatin1Char('#'), "\\#"_s);
 }
 
 // Why the phone would not read this text as it is; empty if it would.
@@ -15,14 +15,14 @@ QString faultOf(const QString &field, bool isFirst, bool isLast)
 {
     for (const char *word : {"escComa", "escSharp"}) {
         if (field.contains(QLatin1String(word)))
-            return QStringLiteral("contains the reserved word `%1`").arg(QLatin1String(word));
+            return format("contains the reserved word `%1`", word);
     }
     if (field.contains(QChar(0)))
-        return QStringLiteral("contains U+0000, which the bus cannot carry");
+        return "contains U+0000, which the bus cannot carry"_s;
     if (field.endsWith(QLatin1Char('\\')) && !isLast)
-        return QStringLiteral("ends in a backslash, which escapes the separator after it");
+        return "ends in a backslash, which escapes the separator after it"_s;
     if (field.startsWith(QChar(QChar::ByteOrderMark)) && isFirst)
-        return QStringLiteral("begins with U+FEFF, which is lost");
+        return "begins with U+FEFF, which is lost"_s;
     return {};
 }
 
@@ -34,12 +34,11 @@ void requireWritable(const Records &records, int record, int field)
     const QString fault = faultOf(fields.at(field), isFirst, isLast);
     if (fault.isEmpty())
         return;
-    const QString where = records.lines.isEmpty()
-                              ? QStringLiteral("Record %1").arg(record + 1)
-                              : QStringLiteral("Line %1").arg(records.lines.at(record));
+    const QString where = records.lines.isEmpty() ? format("Record %1", record + 1)
+                                                  : format("Line %1", records.lines.at(record));
     throw Failure{ExitStatus::InvalidText,
-                  QStringLiteral("%1 cannot be written as text: the field %2 %3")
-                      .arg(where, fieldNames(records.kind).at(field), fault)};
+                  format("%1 cannot be written as text: the field %2 %3", where,
+                         fieldNames(records.kind).at(field), fault)};
 }
 
 } // namespace
@@ -51,11 +50,10 @@ Records readText(const QByteArray &bytes, const QString &file, Kind kind)
     Records records{kind, {}};
     for (const provisioning::Record &record : setting.records) {
         if (!record.isAccepted())
-            throw Failure{
-                ExitStatus::InvalidText,
-                QStringLiteral("%1: the phone does not accept record %2: %3")
-                    .arg(file, QString::number(record.number), record.fault),
-                QStringLiteral("\"progkeysctl defaults check %1\" shows all problems.").arg(file)};
+            throw Failure{ExitStatus::InvalidText,
+                          format("%1: the phone does not accept record %2: %3", file, record.number,
+                                 record.fault),
+                          format("\"progkeysctl defaults check %1\" shows all problems.", file)};
         records.records.append(textsOf(record));
     }
     return records;

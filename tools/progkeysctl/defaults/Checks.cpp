@@ -1,8 +1,9 @@
 #include "defaults/Checks.h"
 
 #include "fields/Places.h"
-#include "output/Text.h"
 #include "provisioning/ProvisionedRecords.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <QHash>
 #include <QMap>
@@ -13,16 +14,16 @@
 namespace defaults {
 namespace {
 
-using output::quoted;
 using provisioning::FieldCount;
 using provisioning::Record;
+using text::quoted;
 
 constexpr int IdentifierField = 1;
 constexpr int ContainerField = 2;
 constexpr int PositionField = 3;
 constexpr int KeyTypeField = 5;
 
-const QRegularExpression LineBreak(QStringLiteral("[\r\n]"));
+const QRegularExpression LineBreak("[\r\n]"_s);
 
 // A problem with a field of a record, or with the whole record.
 Problem problemOf(const Record &record, int field = 0)
@@ -104,32 +105,28 @@ void checkFieldCount(Setting &setting, const Record &record)
     const int size = static_cast<int>(record.fields.size());
     const int field = fieldWithComma(setting.kind, record);
     Problem problem = problemOf(record, field);
-    QString hint = QStringLiteral("each empty field needs a comma, and a field cannot end in `\\`");
+    QString hint = "each empty field needs a comma, and a field cannot end in `\\`"_s;
     if (field > 0) {
         problem.place = {problem.place.end(), 1};
-        hint = QStringLiteral("if the comma is part of %1, write it as `\\,`")
-                   .arg(nameOfField(setting, field));
+        hint = format("if the comma is part of %1, write it as `\\,`", nameOfField(setting, field));
     } else if (textOf(setting, record).contains(QLatin1Char('\n'))) {
-        hint = QStringLiteral("a line break does not separate records; write `#`");
+        hint = "a line break does not separate records; write `#`"_s;
     } else if (size > FieldCount) {
-        hint = QStringLiteral("write a comma that is part of a field as `\\,`");
+        hint = "write a comma that is part of a field as `\\,`"_s;
     }
     add(setting, Severity::Error, "field-count", problem,
-        QStringLiteral("%1 instead of %2: %3")
-            .arg(output::counted(size, QStringLiteral("field")), QString::number(FieldCount),
-                 hint));
+        format("%1 instead of %2: %3", text::counted(size, "field"_s), FieldCount, hint));
 }
 
 void checkKeyNumber(Setting &setting, const Record &record, int field, int number)
 {
     if (field == PositionField && number < 0)
         add(setting, Severity::Warning, "negative-position", problemOf(record, field),
-            QStringLiteral("the position %1 is negative").arg(number));
+            format("the position %1 is negative", number));
     if (field == KeyTypeField && number != KeyType::Set && number != KeyType::AddOnModule)
         add(setting, Severity::Warning, "unknown-key-type", problemOf(record, field),
-            QStringLiteral("the type %1 is neither 0 (key on the set) nor 1 (key on an add-on "
-                           "module)")
-                .arg(number));
+            format("the type %1 is neither 0 (key on the set) nor 1 (key on an add-on module)",
+                   number));
 }
 
 void checkNumber(Setting &setting, const Record &record, int field)
@@ -142,11 +139,10 @@ void checkNumber(Setting &setting, const Record &record, int field)
         checkKeyNumber(setting, record, field, number);
     else if (!isNumber && text.trimmed().isEmpty())
         add(setting, Severity::Warning, "empty-number", problemOf(record, field),
-            QStringLiteral("the %1 is empty and becomes 0").arg(name));
+            format("the %1 is empty and becomes 0", name));
     else if (!isNumber)
         add(setting, Severity::Error, "not-a-number", problemOf(record, field),
-            QStringLiteral("the %1 %2 is not a 32-bit decimal number and becomes 0")
-                .arg(name, quoted(text)));
+            format("the %1 %2 is not a 32-bit decimal number and becomes 0", name, quoted(text)));
 }
 
 void checkFields(Setting &setting, const Record &record)
@@ -154,10 +150,9 @@ void checkFields(Setting &setting, const Record &record)
     if (identifierOf(record).isEmpty())
         add(setting, Severity::Error, "empty-identifier", problemOf(record, IdentifierField),
             setting.kind == Kind::Actions
-                ? QStringLiteral("the identifier is empty: the action overwrites every action that "
-                                 "users made")
-                : QStringLiteral("the identifier is empty: the key becomes a user's key, and each "
-                                 "start adds another one"));
+                ? "the identifier is empty: the action overwrites every action that users made"_s
+                : "the identifier is empty: the key becomes a user's key, and each start adds "
+                  "another one"_s);
     for (int field = 1; field <= FieldCount; ++field) {
         if (fieldsOf(setting.kind).at(field - 1).isNumber)
             checkNumber(setting, record, field);
@@ -166,7 +161,7 @@ void checkFields(Setting &setting, const Record &record)
 
 void checkReservedWords(Setting &setting, const Record &record)
 {
-    static const QRegularExpression words(QStringLiteral("escComa|escSharp"));
+    static const QRegularExpression words("escComa|escSharp"_s);
     for (int field = 1; field <= record.fields.size(); ++field) {
         Problem problem = problemOf(record, field);
         const QRegularExpressionMatch match =
@@ -176,9 +171,8 @@ void checkReservedWords(Setting &setting, const Record &record)
         problem.place = {problem.place.start + static_cast<int>(match.capturedStart()),
                          static_cast<int>(match.capturedLength())};
         add(setting, Severity::Error, "placeholder-word", problem,
-            QStringLiteral("`%1` is a reserved word, which the phone replaces: use another "
-                           "spelling")
-                .arg(match.captured()));
+            format("`%1` is a reserved word, which the phone replaces: use another spelling",
+                   match.captured()));
     }
 }
 
@@ -188,7 +182,7 @@ void checkRecord(Setting &setting, const Record &record)
         Problem empty = problemOf(record);
         empty.place = {std::max(0, record.start - 1), 1};
         add(setting, Severity::Warning, "empty-record", empty,
-            QStringLiteral("record %1 is empty: remove a `#`").arg(record.number));
+            format("record %1 is empty: remove a `#`", record.number));
     } else if (record.isAccepted()) {
         checkFields(setting, record);
     } else {
@@ -207,8 +201,7 @@ bool checkLineBreaks(Setting &setting)
         const Span place{record.start + at, 1};
         if (at == 0) {
             add(setting, Severity::Error, "line-break", problemAt(setting, place),
-                QStringLiteral("the line break becomes part of the identifier: only a `#` "
-                               "separates records"));
+                "the line break becomes part of the identifier: only a `#` separates records"_s);
             return true;
         }
         if (at > 0 && record.isAccepted() && !inField)
@@ -217,8 +210,7 @@ bool checkLineBreaks(Setting &setting)
     if (inField) {
         const Problem problem = problemAt(setting, *inField);
         add(setting, Severity::Warning, "line-break", problem,
-            QStringLiteral("the line break becomes part of the %1")
-                .arg(nameOfField(setting, problem.field)));
+            format("the line break becomes part of the %1", nameOfField(setting, problem.field)));
     }
     return false;
 }
@@ -233,14 +225,12 @@ Identifiers checkIdentifiers(Setting &actions)
             const Problem problem = problemOf(record, IdentifierField);
             if (similar.contains(dmId))
                 add(actions, Severity::Error, "repeated-identifier", problem,
-                    QStringLiteral("record %1 already has the identifier %2")
-                        .arg(QString::number(similar.value(dmId)), quoted(dmId)));
+                    format("record %1 already has the identifier %2", similar.value(dmId),
+                           quoted(dmId)));
             else
                 add(actions, Severity::Warning, "similar-identifier", problem,
-                    QStringLiteral("the identifier %1 differs from %2 of record %3 only in case "
-                                   "or blanks")
-                        .arg(quoted(dmId), quoted(similar.firstKey()),
-                             QString::number(similar.first())));
+                    format("the identifier %1 differs from %2 of record %3 only in case or blanks",
+                           quoted(dmId), quoted(similar.firstKey()), similar.first()));
         }
         if (!similar.contains(dmId))
             similar.insert(dmId, record.number);
@@ -261,11 +251,10 @@ bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actio
     const QMap<QString, int> similar = actions.value(simplified(dmId));
     if (dmId.isEmpty() || similar.contains(dmId))
         return true;
-    QString message = QStringLiteral("no action has the identifier %1, and the phone drops the key")
-                          .arg(quoted(dmId));
+    QString message =
+        format("no action has the identifier %1, and the phone drops the key", quoted(dmId));
     if (!similar.isEmpty())
-        message +=
-            QStringLiteral("; %1 differs only in case or blanks").arg(quoted(similar.firstKey()));
+        message += format("; %1 differs only in case or blanks", quoted(similar.firstKey()));
     add(keys, Severity::Error, "key-without-action", problemOf(record, IdentifierField), message);
     return false;
 }
@@ -284,8 +273,8 @@ void checkPlace(Setting &keys, const Record &record, QList<PlacedKey> &placed)
         problemOf(record, key.type == KeyType::AddOnModule ? PositionField : ContainerField);
     problem.place.length = spanOf(record.fields.at(PositionField - 1)).end() - problem.place.start;
     add(keys, Severity::Error, "same-place", problem,
-        QStringLiteral("record %1 is already at this place: %2")
-            .arg(QString::number(other->record), output::printable(fields::described(key))));
+        format("record %1 is already at this place: %2", other->record,
+               text::printable(fields::described(key))));
 }
 
 // Keys that the phone drops do not count.
@@ -293,10 +282,9 @@ void checkLimit(Setting &keys, const QList<Record> &ofSet, int limit)
 {
     if (ofSet.size() > limit)
         add(keys, Severity::Error, "too-many-keys", problemOf(ofSet.at(std::max(0, limit))),
-            QStringLiteral("there are %1 on the set, and the limit is %2: the phone refuses this "
-                           "one and the following keys on the set")
-                .arg(output::counted(static_cast<int>(ofSet.size()), QStringLiteral("key")),
-                     QString::number(limit)));
+            format("there are %1 on the set, and the limit is %2: the phone refuses this one and "
+                   "the following keys on the set",
+                   text::counted(static_cast<int>(ofSet.size()), "key"_s), limit));
 }
 
 void checkKeys(Setting &keys, const std::optional<Identifiers> &actions, std::optional<int> limit)
@@ -324,9 +312,9 @@ void checkLimitText(Setting &limit)
     problem.place.length = static_cast<int>(limit.text.size());
     if (!isNumber)
         add(limit, Severity::Error, "not-a-number", problem,
-            QStringLiteral("the limit %1 is not a 32-bit decimal number and becomes 0: no key "
-                           "can be created on the set")
-                .arg(quoted(limit.text)));
+            format("the limit %1 is not a 32-bit decimal number and becomes 0: no key can be "
+                   "created on the set",
+                   quoted(limit.text)));
 }
 
 } // namespace

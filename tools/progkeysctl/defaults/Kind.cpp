@@ -1,6 +1,7 @@
 #include "defaults/Kind.h"
 
 #include "fields/Fields.h"
+#include "text/Format.h"
 
 #include <QFileInfo>
 
@@ -13,7 +14,7 @@ QList<output::Column> fieldsWithoutIds()
 {
     QList<output::Column> fields;
     for (const output::Column &column : fields::columns<Record>()) {
-        if (column.name != QLatin1String("idKey") && column.name != QLatin1String("idAction"))
+        if (column.name != "idKey"_s && column.name != "idAction"_s)
             fields.append(column);
     }
     return fields;
@@ -39,7 +40,7 @@ QStringList fieldNames(Kind kind)
 
 QString nameOf(Kind kind)
 {
-    return kind == Kind::Actions ? QStringLiteral("actions") : QStringLiteral("keys");
+    return kind == Kind::Actions ? "actions"_s : "keys"_s;
 }
 
 std::optional<Kind> kindNamed(const QString &name)
@@ -51,9 +52,9 @@ std::optional<Kind> kindNamed(const QString &name)
 
 QString settingName(Kind kind)
 {
-    return kind == Kind::Actions ? QStringLiteral("DefaultActions")
-           : kind == Kind::Keys  ? QStringLiteral("DefaultKeys")
-                                 : QStringLiteral("ProgKeysMax");
+    return kind == Kind::Actions ? "DefaultActions"_s
+           : kind == Kind::Keys  ? "DefaultKeys"_s
+                                 : "ProgKeysMax"_s;
 }
 
 std::optional<Kind> kindOfFile(const QString &path)
@@ -61,8 +62,8 @@ std::optional<Kind> kindOfFile(const QString &path)
     const QString name = QFileInfo(path).fileName();
     if (name == settingName(Kind::Limit))
         return Kind::Limit;
-    const bool isActions = name.contains(QLatin1String("actions"), Qt::CaseInsensitive);
-    const bool isKeys = name.contains(QLatin1String("keys"), Qt::CaseInsensitive);
+    const bool isActions = name.contains("actions"_s, Qt::CaseInsensitive);
+    const bool isKeys = name.contains("keys"_s, Qt::CaseInsensitive);
     if (isActions == isKeys)
         return std::nullopt;
     return isActions ? Kind::Actions : Kind::Keys;
@@ -71,8 +72,7 @@ std::optional<Kind> kindOfFile(const QString &path)
 Failure unknownKind(const QString &file, const QString &advice)
 {
     return {ExitStatus::Usage,
-            QStringLiteral("Cannot tell from the name of %1 whether it contains actions or keys")
-                .arg(file),
+            format("Cannot tell from the name of %1 whether it contains actions or keys", file),
             advice};
 }
 

@@ -1,24 +1,25 @@
 #include "defaults/Report.h"
 
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <algorithm>
 
 namespace defaults {
 namespace {
 
-using output::counted;
-using output::printable;
-using output::textWidth;
 using provisioning::FieldCount;
 using provisioning::Record;
+using text::counted;
+using text::printable;
+using text::textWidth;
 
 constexpr int ShownProblems = 50;
-const QString Indentation = QStringLiteral("    ");
+const QString Indentation = "    "_s;
 
 QString nameOf(Severity severity)
 {
-    return severity == Severity::Error ? QStringLiteral("error") : QStringLiteral("warning");
+    return severity == Severity::Error ? "error"_s : "warning"_s;
 }
 
 int characters(const QString &text, int start, int end)
@@ -39,15 +40,13 @@ int columnOf(const Setting &setting, const Problem &problem)
 
 QString headOf(const Setting &setting, const Problem &problem, const output::Terminal &terminal)
 {
-    const QString place =
-        QStringLiteral("%1:%2:%3:%4:")
-            .arg(printable(setting.file), QString::number(problem.record),
-                 QString::number(problem.field), QString::number(columnOf(setting, problem)));
+    const QString place = format("%1:%2:%3:%4:", printable(setting.file), problem.record,
+                                 problem.field, columnOf(setting, problem));
     const QString label = nameOf(problem.severity) + QLatin1Char(':');
-    return QStringLiteral("%1 %2 %3")
-        .arg(terminal.bold(place),
-             problem.severity == Severity::Error ? terminal.red(label) : terminal.yellow(label),
-             problem.message);
+    return format("%1 %2 %3", terminal.bold(place),
+                  problem.severity == Severity::Error ? terminal.red(label)
+                                                      : terminal.yellow(label),
+                  problem.message);
 }
 
 // The end of a text, in so many columns at most.
@@ -73,11 +72,11 @@ QStringList excerptOf(const Setting &setting, const Problem &problem, int width,
         endOf(setting.text.mid(shown.start, place.start - shown.start), width / 2);
     const QString marked = printable(setting.text.mid(place.start, place.length));
     const QString after = printable(setting.text.mid(place.end(), shown.end() - place.end()));
-    const QString line = output::elided(before + marked + after, width);
+    const QString line = text::elided(before + marked + after, width);
     const int start = textWidth(before);
     const int length = std::max(1, std::min(textWidth(marked), textWidth(line) - start));
     return {line, QString(start, QLatin1Char(' ')) +
-                      terminal.green(QStringLiteral("^").leftJustified(length, QLatin1Char('~')))};
+                      terminal.green("^"_s.leftJustified(length, QLatin1Char('~')))};
 }
 
 QStringList fieldByField(const Setting &setting, const Record &record, int width)
@@ -89,14 +88,13 @@ QStringList fieldByField(const Setting &setting, const Record &record, int width
     QStringList lines;
     for (int field = 0; field < std::max(FieldCount, std::min(size, FieldCount + Surplus));
          ++field) {
-        const QString name = names.value(field, QStringLiteral("-"));
-        const QString text =
-            field < size ? printable(record.fields.at(field).text) : QStringLiteral("(missing)");
+        const QString name = names.value(field, "-"_s);
+        const QString text = field < size ? printable(record.fields.at(field).text) : "(missing)"_s;
         lines.append(text.isEmpty() ? name
-                                    : output::elided(name.leftJustified(NameWidth) + text, width));
+                                    : text::elided(name.leftJustified(NameWidth) + text, width));
     }
     if (size > FieldCount + Surplus)
-        lines.append(QStringLiteral("..."));
+        lines.append("..."_s);
     return lines;
 }
 
@@ -110,16 +108,16 @@ QStringList detailsOf(const Setting &setting, const Problem &problem,
     const bool isOfWholeFile = problem.place.length == 0 && problem.field == 0;
     if (isOfWholeFile)
         return {};
-    return problem.code == QLatin1String("field-count") && problem.field == 0
+    return problem.code == "field-count"_s && problem.field == 0
                ? fieldByField(setting, recordOf(setting, problem), width)
                : excerptOf(setting, problem, width, terminal);
 }
 
 QString contentOf(const Setting &setting)
 {
-    const QString noun = setting.kind == Kind::Actions ? QStringLiteral("action")
-                         : setting.kind == Kind::Keys  ? QStringLiteral("key")
-                                                       : QStringLiteral("limit");
+    const QString noun = setting.kind == Kind::Actions ? "action"_s
+                         : setting.kind == Kind::Keys  ? "key"_s
+                                                       : "limit"_s;
     const auto count = setting.kind == Kind::Limit ? 1 : setting.records.size();
     return counted(static_cast<int>(count), noun);
 }
@@ -136,16 +134,15 @@ output::Listing listingOf(const Rollout &rollout)
         for (const Problem &problem : setting.problems) {
             const QString field = fieldNames(setting.kind).value(problem.field - 1);
             listing.rows.append(
-                {{QStringLiteral("file"), setting.file},
-                 {QStringLiteral("record"), problem.record},
-                 {QStringLiteral("field"), problem.field > 0 ? problem.field : QJsonValue()},
-                 {QStringLiteral("fieldName"), field.isEmpty() ? QJsonValue() : field},
-                 {QStringLiteral("column"), columnOf(setting, problem)},
-                 {QStringLiteral("severity"), nameOf(problem.severity)},
-                 {QStringLiteral("code"), problem.code},
-                 {QStringLiteral("message"), problem.message},
-                 {QStringLiteral("character"),
-                  characters(setting.text, 0, problem.place.start) + 1}});
+                {{"file"_s, setting.file},
+                 {"record"_s, problem.record},
+                 {"field"_s, problem.field > 0 ? problem.field : QJsonValue()},
+                 {"fieldName"_s, field.isEmpty() ? QJsonValue() : field},
+                 {"column"_s, columnOf(setting, problem)},
+                 {"severity"_s, nameOf(problem.severity)},
+                 {"code"_s, problem.code},
+                 {"message"_s, problem.message},
+                 {"character"_s, characters(setting.text, 0, problem.place.start) + 1}});
         }
     }
     return listing;
@@ -166,17 +163,15 @@ QStringList linesOf(const Rollout &rollout, const output::Terminal &terminal)
         }
     }
     if (count > ShownProblems)
-        lines.append(QStringLiteral("%1 are not shown")
-                         .arg(counted(count - ShownProblems, QStringLiteral("more problem"))));
+        lines.append(format("%1 are not shown", counted(count - ShownProblems, "more problem"_s)));
     return lines;
 }
 
 QString summaryOf(const Rollout &rollout)
 {
-    const QString subject =
-        rollout.settings.size() == 1
-            ? printable(rollout.settings.begin()->second.file)
-            : counted(static_cast<int>(rollout.settings.size()), QStringLiteral("file"));
+    const QString subject = rollout.settings.size() == 1
+                                ? printable(rollout.settings.begin()->second.file)
+                                : counted(static_cast<int>(rollout.settings.size()), "file"_s);
     QStringList parts;
     for (const Severity severity : {Severity::Error, Severity::Warning}) {
         const int count = countOf(rollout, severity);
@@ -184,10 +179,10 @@ QString summaryOf(const Rollout &rollout)
             parts.append(counted(count, nameOf(severity)));
     }
     if (!parts.isEmpty())
-        return QStringLiteral("%1 in %2").arg(parts.join(QStringLiteral(", ")), subject);
+        return format("%1 in %2", parts.join(", "_s), subject);
     for (const auto &[kind, setting] : rollout.settings)
         parts.append(contentOf(setting));
-    return QStringLiteral("%1: %2, no problems").arg(subject, parts.join(QStringLiteral(", ")));
+    return format("%1: %2, no problems", subject, parts.join(", "_s));
 }
 
 int countOf(const Rollout &rollout, Severity severity)

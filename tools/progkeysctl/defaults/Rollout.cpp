@@ -1,6 +1,7 @@
 #include "defaults/Rollout.h"
 
 #include "files/Files.h"
+#include "text/Format.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -17,11 +18,10 @@ void add(Rollout &rollout, Kind kind, const QString &file)
 {
     for (const auto &[otherKind, other] : rollout.settings) {
         if (file == files::StandardStream && other.file == files::StandardStream)
-            throwUsage(QStringLiteral("Standard input can be read only once"));
+            throwUsage("Standard input can be read only once"_s);
         if (otherKind == kind)
-            throwUsage(
-                QStringLiteral("%1 and %2 are both %3").arg(other.file, file, settingName(kind)),
-                QStringLiteral("Specify one of them."));
+            throwUsage(format("%1 and %2 are both %3", other.file, file, settingName(kind)),
+                       "Specify one of them."_s);
     }
     rollout.settings.emplace(kind, readSetting(file, kind, files::readAll(file)));
 }
@@ -30,9 +30,8 @@ void addPath(Rollout &rollout, const QString &path, const RolloutSources &source
 {
     if (QFileInfo(path).isDir()) {
         if (!rollout.directory.isEmpty())
-            throwUsage(
-                QStringLiteral("%1 and %2 are both directories").arg(rollout.directory, path),
-                QStringLiteral("Specify one rollout at a time."));
+            throwUsage(format("%1 and %2 are both directories", rollout.directory, path),
+                       "Specify one rollout at a time."_s);
         rollout.directory = path;
         return;
     }
@@ -63,9 +62,8 @@ void addDirectory(Rollout &rollout)
     if (found == 0)
         throw Failure{
             ExitStatus::Failed,
-            QStringLiteral("%1 contains none of the files DefaultActions, DefaultKeys and "
-                           "ProgKeysMax")
-                .arg(rollout.directory)};
+            format("%1 contains none of the files DefaultActions, DefaultKeys and ProgKeysMax",
+                   rollout.directory)};
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "files/Files.h"
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <QJsonDocument>
 
@@ -31,7 +32,7 @@ bool isCsv(const Setting &setting)
     constexpr int NamesOfHeader = 3;
     const QString header = setting.text.section(QLatin1Char('\n'), 0, 0);
     const QStringList names = fieldNames(setting.kind);
-    return header.contains(QLatin1String("dmId")) &&
+    return header.contains("dmId"_s) &&
            std::count_if(names.cbegin(), names.cend(), [&](const QString &name) {
                return header.contains(name);
            }) >= NamesOfHeader;
@@ -45,12 +46,12 @@ void refuse(Setting &setting, Problem problem, const char *code, const QString &
     setting.isReadable = false;
 }
 
-void refuseFormat(Setting &setting, const QString &format)
+void refuseFormat(Setting &setting, const QString &name)
 {
     refuse(setting, {}, "wrong-format",
-           QStringLiteral("the file is %1, not the text of a setting: convert it with `progkeysctl "
-                          "defaults convert --from %2 --to text`")
-               .arg(format.toUpper(), format));
+           format("the file is %1, not the text of a setting: convert it with `progkeysctl "
+                  "defaults convert --from %2 --to text`",
+                  name.toUpper(), name));
 }
 
 // Other problems may follow from the first one, so only that one is reported.
@@ -60,23 +61,20 @@ void requireText(Setting &setting, const QByteArray &bytes)
     const auto null = static_cast<int>(setting.text.indexOf(QChar(0)));
     if (invalid >= 0) {
         const int byte = static_cast<int>(setting.text.left(invalid).toUtf8().size());
-        refuse(
-            setting, problemAt(setting, {invalid, 1}), "not-utf8",
-            QStringLiteral("byte %1, 0x%2, is not UTF-8: save the file as UTF-8")
-                .arg(QString::number(byte + 1), QString::fromLatin1(bytes.mid(byte, 1).toHex())));
+        refuse(setting, problemAt(setting, {invalid, 1}), "not-utf8",
+               format("byte %1, 0x%2, is not UTF-8: save the file as UTF-8", byte + 1,
+                      QString::fromLatin1(bytes.mid(byte, 1).toHex())));
     } else if (null >= 0) {
         refuse(setting, problemAt(setting, {null, 1}), "null-character",
-               QStringLiteral("the bus cannot carry U+0000; if the file is UTF-16, save it as "
-                              "UTF-8"));
+               "the bus cannot carry U+0000; if the file is UTF-16, save it as UTF-8"_s);
     } else if (setting.text.startsWith(QChar(QChar::ByteOrderMark))) {
-        refuse(
-            setting, {}, "byte-order-mark",
-            QStringLiteral("the file begins with a byte order mark, U+FEFF, which the phone does "
-                           "not receive: save it without one"));
+        refuse(setting, {}, "byte-order-mark",
+               "the file begins with a byte order mark, U+FEFF, which the phone does not receive: "
+               "save it without one"_s);
     } else if (!QJsonDocument::fromJson(bytes).isNull()) {
-        refuseFormat(setting, QStringLiteral("json"));
+        refuseFormat(setting, "json"_s);
     } else if (isCsv(setting)) {
-        refuseFormat(setting, QStringLiteral("csv"));
+        refuseFormat(setting, "csv"_s);
     }
 }
 
@@ -99,11 +97,10 @@ Setting readSetting(const QString &file, Kind kind, QByteArray bytes)
 void requireReadable(const Setting &setting)
 {
     if (!setting.isReadable)
-        throw Failure{
-            ExitStatus::InvalidText,
-            QStringLiteral("%1 cannot be delivered to a phone: %2")
-                .arg(setting.file, setting.problems.first().message),
-            QStringLiteral("\"progkeysctl defaults check %1\" shows where.").arg(setting.file)};
+        throw Failure{ExitStatus::InvalidText,
+                      format("%1 cannot be delivered to a phone: %2", setting.file,
+                             setting.problems.first().message),
+                      format("\"progkeysctl defaults check %1\" shows where.", setting.file)};
 }
 
 QStringList textsOf(const provisioning::Record &record)

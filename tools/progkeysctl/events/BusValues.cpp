@@ -2,6 +2,7 @@
 
 #include "fields/Fields.h"
 #include "output/Listing.h"
+#include "text/Format.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -56,9 +57,9 @@ QJsonObject mapToJson(const QDBusArgument &argument)
 QJsonValue argumentToJson(const QDBusArgument &argument)
 {
     const QString signature = argument.currentSignature();
-    if (signature == QLatin1String("(xsxsisiii)"))
+    if (signature == "(xsxsisiii)"_s)
         return fields::toJson(qdbus_cast<Key>(argument));
-    if (signature == QLatin1String("(xsisssss)"))
+    if (signature == "(xsisssss)"_s)
         return fields::toJson(qdbus_cast<Action>(argument));
     switch (argument.currentType()) {
     case QDBusArgument::ArrayType:
@@ -96,7 +97,7 @@ QJsonValue toJson(const QVariant &value)
     if (type == qMetaTypeId<QDBusSignature>())
         return value.value<QDBusSignature>().signature();
     if (type == qMetaTypeId<QDBusUnixFileDescriptor>())
-        return QStringLiteral("file descriptor");
+        return "file descriptor"_s;
     if (type == QMetaType::UChar || type == QMetaType::Short || type == QMetaType::UShort)
         return value.toInt();
     if (type == QMetaType::LongLong)

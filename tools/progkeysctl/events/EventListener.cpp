@@ -3,6 +3,7 @@
 #include "client/ProgrammableKeys.h"
 #include "outcome/Failure.h"
 #include "output/Output.h"
+#include "text/Format.h"
 
 #include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELEventCodec.h>
@@ -14,22 +15,21 @@
 namespace events {
 namespace {
 
-const QString ProbeName = QStringLiteral("PROGKEYSCTL_PROBE");
+const QString ProbeName = "PROGKEYSCTL_PROBE"_s;
 
 } // namespace
 
 EventListener::EventListener(const client::Bus &bus) : m_bus(bus)
 {
     QDBusConnection connection = bus.connection();
-    const bool hears = connection.connect(QString(), QString(), zel::eventsInterface(),
-                                          zel::eventSignal(), this, SLOT(receive(QDBusMessage))) &&
-                       connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                                          QStringLiteral("org.freedesktop.DBus.Local"),
-                                          QStringLiteral("Disconnected"), this, SLOT(lose()));
+    const bool hears =
+        connection.connect(QString(), QString(), zel::eventsInterface(), zel::eventSignal(), this,
+                           SLOT(receive(QDBusMessage))) &&
+        connection.connect(QString(), "/org/freedesktop/DBus/Local"_s,
+                           "org.freedesktop.DBus.Local"_s, "Disconnected"_s, this, SLOT(lose()));
     if (!hears)
-        throw Failure{ExitStatus::Failed,
-                      QStringLiteral("Cannot receive events on %1").arg(bus.description()),
-                      {}};
+        throw Failure{
+            ExitStatus::Failed, format("Cannot receive events on %1", bus.description()), {}};
     requireAccess();
 }
 
@@ -49,7 +49,7 @@ void EventListener::requireAccess()
     m_bus.hasOwner(zel::serviceName(client::ProgrammableKeys::moduleName()));
     QCoreApplication::sendPostedEvents(this);
     if (!m_hasAccess)
-        client::throwDenied(m_bus, QStringLiteral("Receiving events is denied"));
+        client::throwDenied(m_bus, "Receiving events is denied"_s);
 }
 
 bool EventListener::listen(int timeoutMs, const std::function<bool(const ReceivedEvent &)> &take)
@@ -85,8 +85,8 @@ void EventListener::receive(const QDBusMessage &message)
     if (event)
         m_waiting.append({*event, message.service(), module});
     else
-        output::warn(QStringLiteral("%1 (%2) sent an event with the invalid signature \"%3\"")
-                         .arg(module, message.service(), message.signature()));
+        output::warn(format("%1 (%2) sent an event with the invalid signature \"%3\"", module,
+                            message.service(), message.signature()));
 }
 
 void EventListener::lose()

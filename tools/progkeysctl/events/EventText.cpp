@@ -3,16 +3,17 @@
 #include "events/BusValues.h"
 #include "fields/Fields.h"
 #include "output/Listing.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <QJsonArray>
 
 namespace events {
 namespace {
 
-const QString Name = QStringLiteral("name");
-const QString Value = QStringLiteral("value");
-const QString Arguments = QStringLiteral("arguments");
+const QString Name = "name"_s;
+const QString Value = "value"_s;
+const QString Arguments = "arguments"_s;
 
 QString valueText(const QJsonValue &value);
 
@@ -31,13 +32,13 @@ QString recordText(const QJsonObject &object)
 QString valueText(const QJsonValue &value)
 {
     if (value.isString())
-        return QLatin1Char('"') + output::printable(value.toString()) + QLatin1Char('"');
+        return QLatin1Char('"') + text::printable(value.toString()) + QLatin1Char('"');
     const QJsonObject object = value.toObject();
-    if (object.contains(QStringLiteral("idKey")))
+    if (object.contains("idKey"_s))
         return recordText<Key>(object);
-    if (object.contains(QStringLiteral("idAction")))
+    if (object.contains("idAction"_s))
         return recordText<Action>(object);
-    return output::printable(output::displayText(value));
+    return text::printable(output::displayText(value));
 }
 
 } // namespace
@@ -48,9 +49,9 @@ QJsonObject toJson(const ReceivedEvent &received)
     QJsonArray arguments;
     for (const ZELEvent::Argument &argument : received.event.getArguments())
         arguments.append(QJsonObject{{Name, argument.name}, {Value, toJson(argument.value)}});
-    return {{QStringLiteral("event"), received.event.getEvtName()},
-            {QStringLiteral("module"), received.module},
-            {QStringLiteral("sender"), received.sender},
+    return {{"event"_s, received.event.getEvtName()},
+            {"module"_s, received.module},
+            {"sender"_s, received.sender},
             {Arguments, arguments}};
 }
 
@@ -59,7 +60,7 @@ QString argumentsText(const QJsonObject &object)
     QStringList parts;
     const QJsonArray arguments = object.value(Arguments).toArray();
     for (const QJsonValue &argument : arguments)
-        parts.append(output::printable(argument[Name].toString()) + QLatin1Char('=') +
+        parts.append(text::printable(argument[Name].toString()) + QLatin1Char('=') +
                      valueText(argument[Value]));
     return parts.join(QLatin1Char(' '));
 }

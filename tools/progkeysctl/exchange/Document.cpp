@@ -3,6 +3,7 @@
 #include "fields/Fields.h"
 #include "files/Json.h"
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -11,19 +12,19 @@
 namespace exchange {
 namespace {
 
-const QString ActionsMember = QStringLiteral("actions");
-const QString KeysMember = QStringLiteral("keys");
-const QString ActionDmIdMember = QStringLiteral("actionDmId");
-const QString IdActionMember = QStringLiteral("idAction");
-const QString DmIdMember = QStringLiteral("dmId");
+const QString ActionsMember = "actions"_s;
+const QString KeysMember = "keys"_s;
+const QString ActionDmIdMember = "actionDmId"_s;
+const QString IdActionMember = "idAction"_s;
+const QString DmIdMember = "dmId"_s;
 
 const files::Schema Schema{
-    QStringLiteral("com.velmora.Tessaro.ProgrammableKeys.Export"), 1, {ActionsMember, KeysMember}};
+    "com.velmora.Tessaro.ProgrammableKeys.Export"_s, 1, {ActionsMember, KeysMember}};
 
 [[noreturn]] void throwInvalid(const QString &where, const QString &message,
                                const QString &advice = {})
 {
-    throw Failure{ExitStatus::InvalidText, QStringLiteral("%1: %2").arg(where, message), advice};
+    throw Failure{ExitStatus::InvalidText, format("%1: %2", where, message), advice};
 }
 
 template <typename Row>
@@ -52,23 +53,22 @@ Row rowFromJson(const QJsonObject &object, const QStringList &required, const QS
     fields::setFromJson(row, object, where);
     for (const QString &field : required) {
         if (!object.contains(field))
-            throwInvalid(where, QStringLiteral("the field %1 is missing").arg(field));
+            throwInvalid(where, format("the field %1 is missing", field));
     }
     if (!row.dmId.isEmpty())
         throwInvalid(
-            where, QStringLiteral("the dmId is not empty"),
-            QStringLiteral("Only rows that users created can be imported. Provisioned rows "
-                           "come from device management."));
+            where, "the dmId is not empty"_s,
+            "Only rows that users created can be imported. Provisioned rows come from device "
+            "management."_s);
     return row;
 }
 
 Action actionFromJson(const QJsonObject &object, const QString &where)
 {
-    Action action = rowFromJson<Action>(
-        object, {IdActionMember, QStringLiteral("type"), QStringLiteral("action")}, where);
+    Action action = rowFromJson<Action>(object, {IdActionMember, "type"_s, "action"_s}, where);
     if (action.idAction == ReservedActionId)
-        throwInvalid(where, QStringLiteral("the idAction -1 is reserved"),
-                     QStringLiteral("Remove this action. Keys can still refer to it."));
+        throwInvalid(where, "the idAction -1 is reserved"_s,
+                     "Remove this action. Keys can still refer to it."_s);
     return action;
 }
 
@@ -78,11 +78,10 @@ ExportedKey keyFromJson(QJsonObject object, const QString &where)
     const bool hasDmId = object.contains(ActionDmIdMember);
     exported.actionDmId = object.take(ActionDmIdMember).toString();
     if (hasDmId && exported.actionDmId.isEmpty())
-        throwInvalid(where, QStringLiteral("actionDmId must be a non-empty string"));
+        throwInvalid(where, "actionDmId must be a non-empty string"_s);
     if (hasDmId == object.contains(IdActionMember))
-        throwInvalid(where, QStringLiteral("exactly one of idAction and actionDmId is required"));
-    exported.key =
-        rowFromJson<Key>(object, {QStringLiteral("type"), QStringLiteral("position")}, where);
+        throwInvalid(where, "exactly one of idAction and actionDmId is required"_s);
+    exported.key = rowFromJson<Key>(object, {"type"_s, "position"_s}, where);
     return exported;
 }
 
@@ -92,13 +91,12 @@ void forEachObject(const QJsonObject &document, const QString &member, const QSt
 {
     const QJsonValue list = document.value(member);
     if (!list.isArray())
-        throwInvalid(file, QStringLiteral("\"%1\" is not an array").arg(member));
+        throwInvalid(file, format("\"%1\" is not an array", member));
     const QJsonArray array = list.toArray();
     for (int index = 0; index < array.size(); ++index) {
-        const QString where =
-            QStringLiteral("%1: %2[%3]").arg(file, member, QString::number(index));
+        const QString where = format("%1: %2[%3]", file, member, index);
         if (!array.at(index).isObject())
-            throwInvalid(where, QStringLiteral("not an object"));
+            throwInvalid(where, "not an object"_s);
         add(array.at(index).toObject(), where);
     }
 }
@@ -113,8 +111,8 @@ QByteArray toJson(const Document &document, bool isPretty)
     QJsonArray keys;
     for (const ExportedKey &key : document.keys)
         keys.append(keyToJson(key));
-    const QJsonObject object{{QStringLiteral("schema"), Schema.name},
-                             {QStringLiteral("version"), Schema.version},
+    const QJsonObject object{{"schema"_s, Schema.name},
+                             {"version"_s, Schema.version},
                              {ActionsMember, actions},
                              {KeysMember, keys}};
     const QByteArray text =
@@ -130,16 +128,15 @@ Document fromJson(const QByteArray &text, const QString &file)
     forEachObject(object, ActionsMember, file, [&](const QJsonObject &each, const QString &where) {
         const Action action = actionFromJson(each, where);
         if (ids.contains(action.idAction))
-            throwInvalid(where, QStringLiteral("the id %1 is used twice").arg(action.idAction));
+            throwInvalid(where, format("the id %1 is used twice", action.idAction));
         ids.insert(action.idAction);
         document.actions.append(action);
     });
     forEachObject(object, KeysMember, file, [&](const QJsonObject &each, const QString &where) {
         const ExportedKey exported = keyFromJson(each, where);
         if (!ids.contains(exported.key.idAction))
-            throwInvalid(
-                where,
-                QStringLiteral("the file does not contain action %1").arg(exported.key.idAction));
+            throwInvalid(where,
+                         format("the file does not contain action %1", exported.key.idAction));
         document.keys.append(exported);
     });
     return document;

@@ -2,6 +2,7 @@
 
 #include "fields/Places.h"
 #include "records/ResultCode.h"
+#include "text/Format.h"
 
 #include <QHash>
 
@@ -10,10 +11,10 @@
 namespace exchange {
 namespace {
 
-const QString StepMember = QStringLiteral("step");
-const QString FileIdMember = QStringLiteral("fileId");
-const QString IdMember = QStringLiteral("id");
-const QString OutcomeMember = QStringLiteral("outcome");
+const QString StepMember = "step"_s;
+const QString FileIdMember = "fileId"_s;
+const QString IdMember = "id"_s;
+const QString OutcomeMember = "outcome"_s;
 
 volatile std::sig_atomic_t isInterrupted = 0;
 
@@ -35,16 +36,15 @@ QJsonObject rowOf(const Step &step)
     const bool isSkipped = step.kind == StepKind::Skip;
     const qlonglong fileId = step.action ? step.action->idAction : step.key.idKey;
     return {
-        {StepMember, isSkipped                       ? QStringLiteral("skip")
-                     : step.kind == StepKind::Change ? QStringLiteral("change")
-                                                     : QStringLiteral("add")},
-        {QStringLiteral("what"), step.action ? QStringLiteral("action") : QStringLiteral("key")},
+        {StepMember, isSkipped                       ? "skip"_s
+                     : step.kind == StepKind::Change ? "change"_s
+                                                     : "add"_s},
+        {"what"_s, step.action ? "action"_s : "key"_s},
         {FileIdMember, output::jsonNumber(fileId)},
         {IdMember, step.here > 0 ? output::jsonNumber(step.here) : QJsonValue()},
-        {QStringLiteral("content"),
-         step.action ? fields::described(*step.action) : fields::described(step.key)},
-        {OutcomeMember, isSkipped ? QStringLiteral("skipped") : QStringLiteral("planned")},
-        {QStringLiteral("reason"), step.reason}};
+        {"content"_s, step.action ? fields::described(*step.action) : fields::described(step.key)},
+        {OutcomeMember, isSkipped ? "skipped"_s : "planned"_s},
+        {"reason"_s, step.reason}};
 }
 
 // The plan made sure of room, action and key, so another client was faster, or a write failed.
@@ -52,16 +52,15 @@ Failure refusalOf(const Step &step, qlonglong code)
 {
     const QString cause =
         !step.action && code == ResultCode::KeysFull
-            ? QStringLiteral("the key limit ProgKeysMax is reached")
-            : QStringLiteral("the row or its action no longer exists, or the database could not be "
-                             "written; see the service's log");
-    const QString what = step.action ? QStringLiteral("action %1").arg(step.action->idAction)
-                                     : QStringLiteral("key %1").arg(step.key.idKey);
+            ? "the key limit ProgKeysMax is reached"_s
+            : "the row or its action no longer exists, or the database could not be written; see "
+              "the service's log"_s;
+    const QString what =
+        step.action ? format("action %1", step.action->idAction) : format("key %1", step.key.idKey);
     return {ExitStatus::Failed,
-            QStringLiteral("The service refused %1 of the file (%2): %3")
-                .arg(what, QString::number(code), cause),
-            QStringLiteral("Earlier steps remain in effect. Remove the cause and import the file "
-                           "again to continue.")};
+            format("The service refused %1 of the file (%2): %3", what, code, cause),
+            "Earlier steps remain in effect. Remove the cause and import the file again to "
+            "continue."_s};
 }
 
 class Importer
@@ -84,7 +83,7 @@ std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
     try {
         const qlonglong code = call(step);
         const bool isRefused = step.kind == StepKind::Change ? code != 0 : code < 0;
-        row.insert(OutcomeMember, isRefused ? QStringLiteral("failed") : QStringLiteral("done"));
+        row.insert(OutcomeMember, isRefused ? "failed"_s : "done"_s);
         if (isRefused)
             return refusalOf(step, code);
         if (step.kind == StepKind::Add)
@@ -93,7 +92,7 @@ std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
     } catch (const Failure &failure) {
         // The service may have carried out a call without an answer, unless the bus denied it.
         const bool isDenied = failure.status == ExitStatus::AccessDenied;
-        row.insert(OutcomeMember, isDenied ? QStringLiteral("failed") : QStringLiteral("unknown"));
+        row.insert(OutcomeMember, isDenied ? "failed"_s : "unknown"_s);
         return failure;
     }
 }
@@ -139,11 +138,10 @@ ImportResult carryOut(const QList<Step> &steps, client::ProgrammableKeys &servic
         if (step.kind == StepKind::Skip)
             continue;
         if (isInterrupted && !result.failure)
-            result.failure =
-                Failure{ExitStatus::Failed, QStringLiteral("The import was interrupted"),
-                        QStringLiteral("Import the same file again to continue.")};
+            result.failure = Failure{ExitStatus::Failed, "The import was interrupted"_s,
+                                     "Import the same file again to continue."_s};
         if (result.failure)
-            row.insert(OutcomeMember, QStringLiteral("not done"));
+            row.insert(OutcomeMember, "not done"_s);
         else
             result.failure = importer.attempt(step, row);
     }

@@ -2,6 +2,7 @@
 
 #include "fields/Fields.h"
 #include "fields/Places.h"
+#include "text/Format.h"
 
 #include <QHash>
 
@@ -53,7 +54,7 @@ Step planAction(const Action &action, ListAction &userActions, ActionIds &ids)
     if (equal) {
         step.here = equal->idAction;
         ids.insert(action.idAction, equal->idAction);
-        skip(step, QStringLiteral("already exists as action %1").arg(equal->idAction));
+        skip(step, format("already exists as action %1", equal->idAction));
     }
     return step;
 }
@@ -63,7 +64,7 @@ void findProvisionedAction(Step &step, const QString &dmId, const ListAction &ac
     const auto here = std::find_if(actions.begin(), actions.end(),
                                    [&](const Action &each) { return each.dmId == dmId; });
     if (here == actions.end())
-        skip(step, QStringLiteral("there is no provisioned action \"%1\"").arg(dmId));
+        skip(step, format("there is no provisioned action \"%1\"", dmId));
     else
         step.target = here->idAction;
 }
@@ -79,7 +80,7 @@ void findEqualKey(Step &step, ListKey &userKeys)
     if (!equal)
         return;
     step.here = equal->idKey;
-    skip(step, QStringLiteral("already exists as key %1").arg(equal->idKey));
+    skip(step, format("already exists as key %1", equal->idKey));
 }
 
 void findPlace(Step &step, ListKey &userKeys, const ListKey &provisionedKeys)
@@ -94,7 +95,7 @@ void findPlace(Step &step, ListKey &userKeys, const ListKey &provisionedKeys)
     }
     const auto provisioned = std::find_if(provisionedKeys.begin(), provisionedKeys.end(), isThere);
     if (provisioned != provisionedKeys.end())
-        skip(step, QStringLiteral("provisioned key %1 occupies the place").arg(provisioned->idKey));
+        skip(step, format("provisioned key %1 occupies the place", provisioned->idKey));
 }
 
 } // namespace

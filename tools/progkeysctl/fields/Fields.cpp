@@ -1,7 +1,8 @@
 #include "fields/Fields.h"
 
 #include "outcome/Failure.h"
-#include "outcome/Suggestion.h"
+#include "text/Format.h"
+#include "text/Suggestion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,8 +28,7 @@ QString adviceOn(const QString &name)
     QStringList names;
     for (const Field<Record> &field : of<Record>())
         names.append(field.name);
-    return outcome::withSuggestion(
-        name, names, QStringLiteral("The fields are %1.").arg(names.join(QStringLiteral(", "))));
+    return text::withSuggestion(name, names, format("The fields are %1.", names.join(", "_s)));
 }
 
 // The fields that the record declares, with a help text for each.
@@ -46,13 +46,13 @@ QList<Field<Record>> withHelp(const QStringList &helps)
 // What a member can hold, for messages.
 QString rangeOf(const QString & /*of*/)
 {
-    return QStringLiteral("a text without null characters");
+    return "a text without null characters"_s;
 }
 
 template <typename Number>
 QString rangeOf(const Number & /*of*/)
 {
-    return QStringLiteral("a %1-bit integer").arg(8 * sizeof(Number));
+    return format("a %1-bit integer", 8 * sizeof(Number));
 }
 
 bool setFrom(const QString &text, QString &member)
@@ -118,14 +118,14 @@ void setField(Record &record, const QString &name, const Value &value, ExitStatu
 {
     const Field<Record> *field = find<Record>(name);
     if (!field)
-        throw Failure{status, QStringLiteral("%1: unknown field \"%2\"").arg(where, name),
+        throw Failure{status, format("%1: unknown field \"%2\"", where, name),
                       adviceOn<Record>(name)};
     const auto set = [&](auto member) {
         if (!setFrom(value, record.*member))
-            throw Failure{status,
-                          QStringLiteral("%1: the field %2 is not %3")
-                              .arg(where, name, rangeOf(record.*member)),
-                          {}};
+            throw Failure{
+                status,
+                format("%1: the field %2 is not %3", where, name, rangeOf(record.*member)),
+                {}};
     };
     std::visit(set, field->member);
 }
@@ -141,16 +141,15 @@ template <>
 const QList<Field<Key>> &of<Key>()
 {
     static const auto all = withHelp<Key>({
-        QStringLiteral("identifier, assigned by the service"),
-        QStringLiteral("identifier of a provisioned key; leave it empty"),
-        QStringLiteral("identifier of the action that the key triggers, such as 7"),
-        QStringLiteral("container that shows the key, such as home or module3"),
-        QStringLiteral("position in the container, from 0; on an add-on module, the number of the "
-                       "key"),
-        QStringLiteral("name of the icon, such as phone"),
-        QStringLiteral("0: key on the set (default), 1: key on an add-on module"),
-        QStringLiteral("kind of add-on module, such as 1"),
-        QStringLiteral("address of the add-on module, such as 3"),
+        "identifier, assigned by the service"_s,
+        "identifier of a provisioned key; leave it empty"_s,
+        "identifier of the action that the key triggers, such as 7"_s,
+        "container that shows the key, such as home or module3"_s,
+        "position in the container, from 0; on an add-on module, the number of the key"_s,
+        "name of the icon, such as phone"_s,
+        "0: key on the set (default), 1: key on an add-on module"_s,
+        "kind of add-on module, such as 1"_s,
+        "address of the add-on module, such as 3"_s,
     });
     return all;
 }
@@ -159,14 +158,14 @@ template <>
 const QList<Field<Action>> &of<Action>()
 {
     static const auto all = withHelp<Action>({
-        QStringLiteral("identifier, assigned by the service"),
-        QStringLiteral("identifier of a provisioned action; leave it empty"),
-        QStringLiteral("kind of action, as the applications of the phone define it, such as 1"),
-        QStringLiteral("what the action does, such as call"),
-        QStringLiteral("web application that runs the action, such as directory"),
-        QStringLiteral("arguments of the action, such as the number to call"),
-        QStringLiteral("label for users, such as Reception"),
-        QStringLiteral("label on an add-on module, such as Rec"),
+        "identifier, assigned by the service"_s,
+        "identifier of a provisioned action; leave it empty"_s,
+        "kind of action, as the applications of the phone define it, such as 1"_s,
+        "what the action does, such as call"_s,
+        "web application that runs the action, such as directory"_s,
+        "arguments of the action, such as the number to call"_s,
+        "label for users, such as Reception"_s,
+        "label on an add-on module, such as Rec"_s,
     });
     return all;
 }
@@ -204,7 +203,7 @@ void assign(Record &record, const QStringList &assignments)
         const auto equals = assignment.indexOf(QLatin1Char('='));
         if (equals < 1)
             throw Failure{ExitStatus::Usage,
-                          QStringLiteral("\"%1\" is not of the form FIELD=VALUE").arg(assignment),
+                          format("\"%1\" is not of the form FIELD=VALUE", assignment),
                           adviceOn<Record>({})};
         setField(record, assignment.left(equals), assignment.mid(equals + 1), ExitStatus::Usage,
                  assignment);

@@ -1,5 +1,7 @@
 #include "fields/Places.h"
 
+#include "text/Format.h"
+
 namespace fields {
 
 bool isSamePlace(const Key &left, const Key &right)
@@ -14,9 +16,8 @@ bool isSamePlace(const Key &left, const Key &right)
 QString described(const Key &key)
 {
     return key.type == KeyType::AddOnModule
-               ? QStringLiteral("module %1, key %2").arg(key.aom_addr).arg(key.position)
-               : QStringLiteral("%1, position %2")
-                     .arg(key.container, QString::number(key.position));
+               ? format("module %1, key %2", key.aom_addr, key.position)
+               : format("%1, position %2", key.container, key.position);
 }
 
 QString described(const Action &action)

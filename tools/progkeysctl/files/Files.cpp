@@ -1,6 +1,7 @@
 #include "files/Files.h"
 
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,8 +15,7 @@ namespace {
 
 [[noreturn]] void throwReadFailure(const QString &file, const QString &reason)
 {
-    throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Cannot read %1: %2").arg(displayName(file), reason)};
+    throw Failure{ExitStatus::Failed, format("Cannot read %1: %2", displayName(file), reason)};
 }
 
 // A pipe, a device, or another name of an open file: a new file must not take its place.
@@ -23,29 +23,28 @@ bool isStream(const QString &file)
 {
     const QFileInfo info(file);
     const QString path = QDir::cleanPath(info.absoluteFilePath());
-    return path.startsWith(QLatin1String("/dev/")) || path.startsWith(QLatin1String("/proc/")) ||
+    return path.startsWith("/dev/"_s) || path.startsWith("/proc/"_s) ||
            (info.exists() && !info.isFile() && !info.isDir());
 }
 
 void throwUnless(bool isWritten, const QFileDevice &target)
 {
     if (!isWritten)
-        throw Failure{
-            ExitStatus::Failed,
-            QStringLiteral("Cannot write %1: %2").arg(target.fileName(), target.errorString())};
+        throw Failure{ExitStatus::Failed,
+                      format("Cannot write %1: %2", target.fileName(), target.errorString())};
 }
 
 } // namespace
 
 QString displayName(const QString &file)
 {
-    return file == StandardStream ? QStringLiteral("standard input") : file;
+    return file == StandardStream ? "standard input"_s : file;
 }
 
 QByteArray readAll(const QString &file)
 {
     if (QFileInfo(file).isDir())
-        throwReadFailure(file, QStringLiteral("it is a directory"));
+        throwReadFailure(file, "it is a directory"_s);
     QFile source(file);
     const bool isOpen = file == StandardStream ? source.open(stdin, QIODevice::ReadOnly)
                                                : source.open(QIODevice::ReadOnly);
@@ -85,8 +84,8 @@ QByteArray requireUtf8(QByteArray bytes, const QString &file)
     if (bytes.startsWith("\xef\xbb\xbf"))
         bytes.remove(0, 3);
     if (decodeUtf8(bytes).toUtf8() != bytes)
-        throw Failure{ExitStatus::InvalidText, QStringLiteral("%1 is not UTF-8").arg(file),
-                      QStringLiteral("Save it as UTF-8.")};
+        throw Failure{ExitStatus::InvalidText, format("%1 is not UTF-8", file),
+                      "Save it as UTF-8."_s};
     return bytes;
 }
 

@@ -2,6 +2,7 @@
 
 #include "files/Files.h"
 #include "outcome/Failure.h"
+#include "text/Format.h"
 
 #include <QJsonDocument>
 
@@ -10,8 +11,8 @@
 namespace files {
 namespace {
 
-const QString SchemaMember = QStringLiteral("schema");
-const QString VersionMember = QStringLiteral("version");
+const QString SchemaMember = "schema"_s;
+const QString VersionMember = "version"_s;
 
 [[noreturn]] void throwInvalid(const QString &message, const QString &advice = {})
 {
@@ -22,9 +23,8 @@ QString placeOf(const QByteArray &text, int offset)
 {
     const QByteArray before = text.left(offset);
     const auto lineStart = before.lastIndexOf('\n') + 1;
-    return QStringLiteral("line %1, column %2")
-        .arg(before.count('\n') + 1)
-        .arg(decodeUtf8(before.mid(lineStart)).toUcs4().size() + 1);
+    return format("line %1, column %2", before.count('\n') + 1,
+                  decodeUtf8(before.mid(lineStart)).toUcs4().size() + 1);
 }
 
 } // namespace
@@ -38,14 +38,14 @@ QJsonObject readJson(const QByteArray &bytes, const QString &file, const Schema 
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(marked, &error);
     if (error.error != QJsonParseError::NoError)
-        throwInvalid(QStringLiteral("%1 is not valid JSON: %2: %3")
-                         .arg(file, placeOf(text, error.offset), error.errorString()));
+        throwInvalid(format("%1 is not valid JSON: %2: %3", file, placeOf(text, error.offset),
+                            error.errorString()));
     QJsonObject object = document.object();
     if (object.value(SchemaMember) != schema.name)
-        throwInvalid(QStringLiteral("%1 does not have the schema %2").arg(file, schema.name));
+        throwInvalid(format("%1 does not have the schema %2", file, schema.name));
     if (object.value(VersionMember) != schema.version)
-        throwInvalid(QStringLiteral("%1 does not have version %2, which is the only supported one")
-                         .arg(file, QString::number(schema.version)));
+        throwInvalid(format("%1 does not have version %2, which is the only supported one", file,
+                            schema.version));
     requireMembers(object, QStringList{SchemaMember, VersionMember} + schema.members, file);
     return object;
 }
@@ -55,13 +55,12 @@ void requireMembers(const QJsonObject &object, const QStringList &names, const Q
     const QStringList members = object.keys();
     for (const QString &member : members) {
         if (!names.contains(member))
-            throwInvalid(
-                QStringLiteral("%1: unknown member \"%2\"").arg(where, member),
-                QStringLiteral("The members are %1.").arg(names.join(QStringLiteral(", "))));
+            throwInvalid(format("%1: unknown member \"%2\"", where, member),
+                         format("The members are %1.", names.join(", "_s)));
     }
     for (const QString &name : names) {
         if (!members.contains(name))
-            throwInvalid(QStringLiteral("%1: the member \"%2\" is missing").arg(where, name));
+            throwInvalid(format("%1: the member \"%2\" is missing", where, name));
     }
 }
 

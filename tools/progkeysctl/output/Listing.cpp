@@ -1,5 +1,7 @@
 #include "output/Listing.h"
 
+#include "text/Format.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -17,7 +19,7 @@ QString displayText(const QJsonValue &value)
 {
     switch (value.type()) {
     case QJsonValue::Bool:
-        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+        return value.toBool() ? "yes"_s : "no"_s;
     case QJsonValue::Double:
         return value.toVariant().toString();
     case QJsonValue::Array: {
@@ -25,12 +27,12 @@ QString displayText(const QJsonValue &value)
         const QJsonArray array = value.toArray();
         for (const QJsonValue &part : array)
             parts.append(displayText(part));
-        return parts.join(QStringLiteral(", "));
+        return parts.join(", "_s);
     }
     case QJsonValue::Object:
         return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
     case QJsonValue::Null:
-        return QStringLiteral("-");
+        return "-"_s;
     default:
         return value.toString();
     }

@@ -1,8 +1,9 @@
 #include "output/Output.h"
 
-#include "outcome/Suggestion.h"
 #include "output/Table.h"
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Suggestion.h"
+#include "text/Text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -21,9 +22,9 @@ namespace {
 QString terseText(const QJsonValue &value)
 {
     QString text = displayText(value);
-    return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
-        .replace(QLatin1Char(':'), QLatin1String("\\:"))
-        .replace(QLatin1Char('\n'), QLatin1String("\\n"));
+    return text.replace(QLatin1Char('\\'), "\\\\"_s)
+        .replace(QLatin1Char(':'), "\\:"_s)
+        .replace(QLatin1Char('\n'), "\\n"_s);
 }
 
 QByteArray terseLine(const QList<Column> &columns, const QJsonObject &row)
@@ -39,8 +40,7 @@ QString adviceOn(const QString &name, const QList<Column> &columns)
     QStringList names;
     for (const Column &column : columns)
         names.append(column.name);
-    return outcome::withSuggestion(
-        name, names, QStringLiteral("The fields are %1.").arg(names.join(QStringLiteral(", "))));
+    return text::withSuggestion(name, names, format("The fields are %1.", names.join(", "_s)));
 }
 
 template <typename Document>
@@ -59,10 +59,10 @@ void sayOnStderr(const QString &text)
 
 [[noreturn]] void throwWriteFailure()
 {
-    throw Failure{ExitStatus::Failed,
-                  QStringLiteral("Cannot write the output: %1")
-                      .arg(QString::fromLocal8Bit(std::strerror(errno))),
-                  {}};
+    throw Failure{
+        ExitStatus::Failed,
+        format("Cannot write the output: %1", QString::fromLocal8Bit(std::strerror(errno))),
+        {}};
 }
 
 } // namespace
@@ -80,8 +80,7 @@ void Output::requireDocumentForm() const
 {
     if (m_manner.form == Form::Terse || !m_manner.fields.isEmpty())
         throw Failure{ExitStatus::Usage,
-                      QStringLiteral("This command prints a document: --terse and --fields do not "
-                                     "apply"),
+                      "This command prints a document: --terse and --fields do not apply"_s,
                       {}};
 }
 
@@ -123,7 +122,7 @@ void Output::record(const QList<Column> &columns, const QJsonObject &row)
 void Output::done(const QString &sentence, const QList<Column> &columns, const QJsonObject &row)
 {
     if (isForPeople())
-        say(printable(sentence));
+        say(text::printable(sentence));
     else
         record(columns, row);
 }
@@ -161,7 +160,7 @@ QList<Column> Output::chosen(const QList<Column> &columns) const
         const auto column = std::find_if(columns.begin(), columns.end(),
                                          [&](const Column &each) { return each.name == name; });
         if (column == columns.end())
-            throw Failure{ExitStatus::Usage, QStringLiteral("--fields: unknown field %1").arg(name),
+            throw Failure{ExitStatus::Usage, format("--fields: unknown field %1", name),
                           adviceOn(name, columns)};
         result.append(*column);
     }
@@ -187,16 +186,16 @@ void Output::write(const QByteArray &bytes)
 
 void warn(const QString &text)
 {
-    const QString label = Terminal::of(STDERR_FILENO).yellow(QStringLiteral("warning:"));
-    sayOnStderr(QStringLiteral("progkeysctl: %1 %2").arg(label, printable(text)));
+    const QString label = Terminal::of(STDERR_FILENO).yellow("warning:"_s);
+    sayOnStderr(format("progkeysctl: %1 %2", label, text::printable(text)));
 }
 
 void sayFailure(const Failure &failure)
 {
-    const QString label = Terminal::of(STDERR_FILENO).red(QStringLiteral("error:"));
-    sayOnStderr(QStringLiteral("progkeysctl: %1 %2.").arg(label, printable(failure.message)));
+    const QString label = Terminal::of(STDERR_FILENO).red("error:"_s);
+    sayOnStderr(format("progkeysctl: %1 %2.", label, text::printable(failure.message)));
     if (!failure.advice.isEmpty())
-        sayOnStderr(printable(failure.advice));
+        sayOnStderr(text::printable(failure.advice));
 }
 
 } // namespace output

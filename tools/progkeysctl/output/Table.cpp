@@ -1,6 +1,7 @@
 #include "output/Table.h"
 
-#include "output/Text.h"
+#include "text/Format.h"
+#include "text/Text.h"
 
 #include <libsmartcols.h>
 
@@ -71,9 +72,9 @@ public:
         char *text = nullptr;
         require(scols_print_table_to_string(m_table.get(), &text) == 0);
         const std::unique_ptr<char, Freer> owner(text);
-        static const QRegularExpression trailingBlanks(QStringLiteral(" +\n"));
+        static const QRegularExpression trailingBlanks(" +\n"_s);
         QString result = QString::fromUtf8(text) + QLatin1Char('\n');
-        return result.replace(trailingBlanks, QStringLiteral("\n"));
+        return result.replace(trailingBlanks, "\n"_s);
     }
 
 private:
@@ -82,7 +83,7 @@ private:
 
 QString cellText(const QJsonObject &row, const Column &column)
 {
-    return printable(displayText(row.value(column.name)));
+    return text::printable(displayText(row.value(column.name)));
 }
 
 // Only long texts are wrapped: a wrapped short text is hard to read and saves little.
@@ -93,7 +94,7 @@ int flagsOf(const Listing &listing, const Column &column)
         return SCOLS_FL_RIGHT;
     const bool isLong =
         std::any_of(listing.rows.cbegin(), listing.rows.cend(), [&](const QJsonObject &row) {
-            return textWidth(cellText(row, column)) > LongestWhole;
+            return text::textWidth(cellText(row, column)) > LongestWhole;
         });
     return isLong ? SCOLS_FL_WRAP : 0;
 }

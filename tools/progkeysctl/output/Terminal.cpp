@@ -1,5 +1,7 @@
 #include "output/Terminal.h"
 
+#include "text/Format.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -37,8 +39,7 @@ Terminal Terminal::of(int descriptor)
     Terminal terminal;
     terminal.m_width = isTerminal ? widthOf(descriptor) : 0;
     terminal.m_hasColour =
-        colourChoice == QLatin1String("always") ||
-        (colourChoice != QLatin1String("never") && isTerminal && supportsColour());
+        colourChoice == "always"_s || (colourChoice != "never"_s && isTerminal && supportsColour());
     return terminal;
 }
 
@@ -46,7 +47,7 @@ QString Terminal::styled(const QString &text, const char *code) const
 {
     if (!m_hasColour || text.isEmpty())
         return text;
-    return QStringLiteral("\x1b[%1m%2\x1b[0m").arg(QLatin1String(code), text);
+    return format("\x1b[%1m%2\x1b[0m", code, text);
 }
 
 } // namespace output

@@ -4,6 +4,7 @@
 #include "fields/Places.h"
 #include "planning/PlanTarget.h"
 #include "provisioning/ProvisionedRecords.h"
+#include "text/Format.h"
 
 #include <algorithm>
 
@@ -13,31 +14,31 @@ namespace {
 using fields::described;
 using provisioning::Record;
 
-const QString OfAction = QStringLiteral("action");
-const QString OfKey = QStringLiteral("key");
+const QString OfAction = "action"_s;
+const QString OfKey = "key"_s;
 
-const QString Added = QStringLiteral("added");
-const QString Changed = QStringLiteral("changed");
-const QString Kept = QStringLiteral("kept");
-const QString Removed = QStringLiteral("removed");
-const QString Withdrawn = QStringLiteral("withdrawn");
-const QString Dropped = QStringLiteral("dropped");
-const QString Refused = QStringLiteral("refused");
+const QString Added = "added"_s;
+const QString Changed = "changed"_s;
+const QString Kept = "kept"_s;
+const QString Removed = "removed"_s;
+const QString Withdrawn = "withdrawn"_s;
+const QString Dropped = "dropped"_s;
+const QString Refused = "refused"_s;
 
-const QString What = QStringLiteral("what");
-const QString RowKind = QStringLiteral("kind");
-const QString Id = QStringLiteral("id");
-const QString DmId = QStringLiteral("dmId");
-const QString FieldName = QStringLiteral("field");
-const QString Old = QStringLiteral("old");
-const QString New = QStringLiteral("new");
-const QString RecordNumber = QStringLiteral("record");
-const QString Reason = QStringLiteral("reason");
-const QString Detail = QStringLiteral("detail");
-const QString Content = QStringLiteral("content");
+const QString What = "what"_s;
+const QString RowKind = "kind"_s;
+const QString Id = "id"_s;
+const QString DmId = "dmId"_s;
+const QString FieldName = "field"_s;
+const QString Old = "old"_s;
+const QString New = "new"_s;
+const QString RecordNumber = "record"_s;
+const QString Reason = "reason"_s;
+const QString Detail = "detail"_s;
+const QString Content = "content"_s;
 
-const QString IdKey = QStringLiteral("idKey");
-const QString IdAction = QStringLiteral("idAction");
+const QString IdKey = "idKey"_s;
+const QString IdAction = "idAction"_s;
 
 // A key that is created, and the provisioned key that it replaces: the merge deletes all of them.
 struct CreatedKey
@@ -143,9 +144,8 @@ QList<QJsonObject> Planner::plan()
         add(Added, OfAction, {}, action.dmId,
             {{New, described(action)},
              {Content, content},
-             {Reason, action.dmId.isEmpty()
-                          ? QStringLiteral("no identifier: becomes a user's action")
-                          : QJsonValue()}});
+             {Reason,
+              action.dmId.isEmpty() ? "no identifier: becomes a user's action"_s : QJsonValue()}});
     }
     planKeys();
     planRefusedRecords(OfAction, m_settings.actions);
@@ -167,12 +167,11 @@ void Planner::planAction(const Action &before, const Action &after)
     const QJsonValue id = output::jsonNumber(before.idAction);
     const QList<QJsonObject> changes =
         changesBetween<Action>(fields::toJson(before), fields::toJson(after));
-    const QString overwritten = before.idAction == ReservedActionId
-                                    ? QStringLiteral("the reserved action")
-                                    : QStringLiteral("a user's action");
+    const QString overwritten =
+        before.idAction == ReservedActionId ? "the reserved action"_s : "a user's action"_s;
     for (QJsonObject change : changes) {
         if (before.dmId.isEmpty())
-            change.insert(Reason, QStringLiteral("no identifier: overwrites %1").arg(overwritten));
+            change.insert(Reason, format("no identifier: overwrites %1", overwritten));
         add(Changed, OfAction, id, before.dmId, change);
     }
     if (m_target.withdrawn.contains(before.idAction))
@@ -187,10 +186,8 @@ QString Planner::withdrawal(const Action &action) const
     const auto count = std::count_if(m_keys.cbegin(), m_keys.cend(), [&](const Key &key) {
         return key.dmId.isEmpty() && key.idAction == action.idAction;
     });
-    const QString reason = QStringLiteral("stays in the database");
-    return count == 0 ? reason
-                      : QStringLiteral("%1, user keys that trigger it: %2")
-                            .arg(reason, QString::number(count));
+    const QString reason = "stays in the database"_s;
+    return count == 0 ? reason : format("%1, user keys that trigger it: %2", reason, count);
 }
 
 QList<CreatedKey> Planner::createdKeys()
@@ -207,8 +204,7 @@ QList<CreatedKey> Planner::createdKeys()
             add(Dropped, OfKey, {}, key.dmId,
                 {{New, described(key)},
                  {RecordNumber, record.number},
-                 {Reason, outcome->key ? QStringLiteral("key limit reached")
-                                       : QStringLiteral("no such action")}});
+                 {Reason, outcome->key ? "key limit reached"_s : "no such action"_s}});
         ++outcome;
     }
     return created;
@@ -244,8 +240,8 @@ void Planner::planCreatedKey(const CreatedKey &created)
     if (!created.predecessor) {
         row.insert(Content, contentOf(created.key, {}));
         if (dmId.isEmpty())
-            row.insert(Reason, QStringLiteral("no identifier: becomes a user's key, and each "
-                                              "start adds another one"));
+            row.insert(Reason,
+                       "no identifier: becomes a user's key, and each start adds another one"_s);
         add(Added, OfKey, {}, dmId, row);
         return;
     }
@@ -281,12 +277,11 @@ QString detailOf(const QJsonObject &row)
 {
     QString detail = row.value(Old).toString() + row.value(New).toString();
     if (row.value(FieldName).isString())
-        detail = QStringLiteral("%1 %2 -> %3")
-                     .arg(row.value(FieldName).toString(), quotedValue(row.value(Old)),
-                          quotedValue(row.value(New)));
+        detail = format("%1 %2 -> %3", row.value(FieldName).toString(), quotedValue(row.value(Old)),
+                        quotedValue(row.value(New)));
     QStringList parts{detail, row.value(Reason).toString()};
     parts.removeAll(QString());
-    return parts.join(QStringLiteral(": "));
+    return parts.join(": "_s);
 }
 
 // "Actions: 1 added, 2 kept". A changed action or key has a row for each field.
@@ -303,9 +298,9 @@ QString summaryOf(const QList<QJsonObject> &rows, const QString &kind, const QSt
             last = row.value(Id);
         }
         if (count > 0)
-            parts.append(QStringLiteral("%1 %2").arg(QString::number(count), what));
+            parts.append(format("%1 %2", count, what));
     }
-    return title + (parts.isEmpty() ? QStringLiteral("none") : parts.join(QStringLiteral(", ")));
+    return title + (parts.isEmpty() ? "none"_s : parts.join(", "_s));
 }
 
 bool hasAny(const QList<QJsonObject> &rows, const QStringList &whats)
@@ -339,10 +334,10 @@ output::Listing Plan::listing(bool hasAll) const
         if (hasAll || row.value(What) != Kept)
             listing.rows.append(row);
     }
-    listing.legend = summaryOf(rows, OfAction, QStringLiteral("Actions: ")) + QLatin1Char('\n') +
-                     summaryOf(rows, OfKey, QStringLiteral("Keys: "));
+    listing.legend = summaryOf(rows, OfAction, "Actions: "_s) + QLatin1Char('\n') +
+                     summaryOf(rows, OfKey, "Keys: "_s);
     if (!hasChanges())
-        listing.legend += QStringLiteral("\nNo changes.");
+        listing.legend += "\nNo changes."_s;
     listing.colours = {{Added, "green"}, {Changed, "brown"}, {Withdrawn, "brown"},
                        {Removed, "red"}, {Dropped, "red"},   {Refused, "red"}};
     return listing;

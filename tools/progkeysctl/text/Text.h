@@ -3,7 +3,7 @@
 #include <QString>
 
 /// Text for a terminal.
-namespace output {
+namespace text {
 
 /// The text on one line, with control characters and characters that change the writing direction
 /// as escapes: `\n`, `\x1b`, `\u202e`. A backslash stays as it is.
@@ -21,4 +21,4 @@ QString quoted(const QString &value);
 /// "1 error", "2 errors".
 QString counted(int count, const QString &noun);
 
-} // namespace output
+} // namespace text

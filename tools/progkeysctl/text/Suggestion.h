@@ -3,10 +3,10 @@
 #include <QString>
 #include <QStringList>
 
-namespace outcome {
+namespace text {
 
 /// The advice, preceded by `Did you mean "key"?` if the word looks like a misspelling of one of the
 /// known words.
 QString withSuggestion(const QString &word, const QStringList &known, const QString &advice);
 
-} // namespace outcome
+} // namespace text

@@ -1,9 +1,11 @@
-#include "outcome/Suggestion.h"
+#include "text/Suggestion.h"
+
+#include "text/Format.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace outcome {
+namespace text {
 namespace {
 
 // The number of characters to insert, remove or replace to make one word of the other.
@@ -44,8 +46,7 @@ QString mostSimilar(const QString &word, const QStringList &known)
 QString withSuggestion(const QString &word, const QStringList &known, const QString &advice)
 {
     const QString similar = mostSimilar(word, known);
-    return similar.isEmpty() ? advice
-                             : QStringLiteral("Did you mean \"%1\"? %2").arg(similar, advice);
+    return similar.isEmpty() ? advice : format("Did you mean \"%1\"? %2", similar, advice);
 }
 
-} // namespace outcome
+} // namespace text

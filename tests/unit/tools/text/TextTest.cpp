@@ -1,4 +1,4 @@
-#include "output/Text.h"
+#include "text/Text.h"
 
 #include "support/TestProgram.h"
 
@@ -51,7 +51,7 @@ void TextTest::textIsCutAtItsWidth()
 {
     QFETCH(QString, text);
     QFETCH(int, width);
-    QTEST(output::elided(text, width), "shown");
+    QTEST(text::elided(text, width), "shown");
 }
 
 void TextTest::printedTextIsHarmless_data()
@@ -74,7 +74,7 @@ void TextTest::printedTextIsHarmless_data()
 void TextTest::printedTextIsHarmless()
 {
     QFETCH(QString, text);
-    QTEST(output::printable(text), "printed");
+    QTEST(text::printable(text), "printed");
 }
 
 PROGKEYS_TEST(TextTest)

@@ -1,11 +1,13 @@
-#include "output/Text.h"
+#include "text/Text.h"
+
+#include "text/Format.h"
 
 #include <QVector>
 
 #include <algorithm>
 #include <cwchar>
 
-namespace output {
+namespace text {
 namespace {
 
 const QChar Ellipsis(0x2026);
@@ -28,18 +30,18 @@ QString escape(uint codePoint)
 {
     switch (codePoint) {
     case '\n':
-        return QStringLiteral("\\n");
+        return "\\n"_s;
     case '\r':
-        return QStringLiteral("\\r");
+        return "\\r"_s;
     case '\t':
-        return QStringLiteral("\\t");
+        return "\\t"_s;
     default:
-        return codePoint < 0x100 ? QStringLiteral("\\x%1").arg(codePoint, 2, 16, QLatin1Char('0'))
-                                 : QStringLiteral("\\u%1").arg(codePoint, 4, 16, QLatin1Char('0'));
+        return codePoint < 0x100 ? "\\x%1"_s.arg(codePoint, 2, 16, QLatin1Char('0'))
+                                 : "\\u%1"_s.arg(codePoint, 4, 16, QLatin1Char('0'));
     }
 }
 
-QString toText(char32_t codePoint)
+QString fromCodePoint(char32_t codePoint)
 {
     return QString::fromUcs4(&codePoint, 1);
 }
@@ -56,7 +58,7 @@ QString printable(const QString &text)
     QString result;
     const QVector<uint> codePoints = text.toUcs4();
     for (const uint codePoint : codePoints)
-        result += isHarmless(codePoint) ? toText(codePoint) : escape(codePoint);
+        result += isHarmless(codePoint) ? fromCodePoint(codePoint) : escape(codePoint);
     return result;
 }
 
@@ -80,7 +82,7 @@ QString elided(const QString &text, int width)
         used += widthOf(codePoint);
         if (used > width)
             break;
-        result += toText(codePoint);
+        result += fromCodePoint(codePoint);
     }
     return width > 0 ? result + Ellipsis : QString();
 }
@@ -88,13 +90,12 @@ QString elided(const QString &text, int width)
 QString quoted(const QString &value)
 {
     constexpr int Longest = 40;
-    return QStringLiteral("`%1`").arg(elided(printable(value), Longest));
+    return format("`%1`", elided(printable(value), Longest));
 }
 
 QString counted(int count, const QString &noun)
 {
-    return QStringLiteral("%1 %2%3").arg(QString::number(count), noun,
-                                         count == 1 ? QString() : QStringLiteral("s"));
+    return format("%1 %2%3", count, noun, count == 1 ? QString() : "s"_s);
 }
 
-} // namespace output
+} // namespace text
