@@ -9,16 +9,13 @@ import golden
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database, refusing
 from samples import (
     CALL,
-    DATABASE_FULL,
     DATABASE_RESET,
-    MODULE_KEY,
     SET_KEY,
     action_created,
     action_modified,
     failed_statement,
     icon_set,
     key_created,
-    label_set,
     sent,
 )
 from sandbox.client import BusError
@@ -200,37 +197,6 @@ def test_provisioned_keys_are_deleted_by_a_start_without_settings_and_created_by
     start().stop()
     assert database.actions() == actions
     assert [key.dmId for key in database.keys()] == ["D1", "D2"]
-
-
-# The rules for any client
-
-
-def test_a_provisioned_key_of_the_set_is_not_created_at_the_limit(
-    provisioned, start, client, events, database
-):
-    first = start()
-    user_key = SET_KEY._replace(idAction=1)
-    user_key = user_key._replace(idKey=client.create_programmable_key(user_key))
-    first.stop()
-    events.take_received()
-    provisioned.values["ProgKeysMax"] = "1"
-    start()
-    module_key = D2_KEY._replace(idKey=4, idAction=2)
-    assert database.keys() == [user_key, module_key]
-    assert events.take()[-3:] == [DATABASE_FULL, key_created(module_key), icon_set(module_key)]
-
-
-def test_a_new_short_label_is_sent_to_the_module_keys_of_users(provisioned, start, client, events):
-    first = start()
-    user_key = MODULE_KEY._replace(idAction=1)
-    client.create_programmable_key(user_key)
-    first.stop()
-    events.take_received()
-    provisioned.values["DefaultActions"] = D1_TEXT.replace("Rec", "Front") + f"#{D2_TEXT}"
-    start()
-    assert [event for event in events.take() if event.name.startswith("AOM_SET_LABEL")] == [
-        label_set(user_key, "Front")
-    ]
 
 
 # Statements that fail

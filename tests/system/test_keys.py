@@ -84,13 +84,6 @@ def test_only_the_type_makes_a_new_key_a_module_key(client, events, action):
     assert events.take() == [*map(key_created, keys), icon_set(keys[-1])]
 
 
-def test_a_key_with_a_dm_id_is_created_like_any_other(client, events, database, action):
-    key = SET_KEY._replace(idAction=action.idAction, idKey=1, dmId="dm-1")
-    assert client.create_programmable_key(key) == 1
-    assert database.keys() == [key]
-    assert events.take() == [key_created(key)]
-
-
 # The limit
 
 

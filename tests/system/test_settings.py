@@ -4,7 +4,7 @@ import time
 
 import pytest
 
-from samples import CALL, DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
+from samples import DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
 from sandbox.loop import PATIENCE, wait_until
 from sandbox.names import INTERFACE, SETTINGS_MANAGER, UNKNOWN_SETTING, object_path
 from sandbox.records import KEY
@@ -29,14 +29,6 @@ def test_a_setting_is_read_with_its_name_as_the_only_argument(client, settings, 
     assert settings.calls == [
         SettingCall(path, INTERFACE, "getSettingValue", "s", ("ProgKeysMax",))
     ]
-
-
-def test_the_limit_is_read_for_each_key(client, events, settings, new_key):
-    answers = []
-    for limit in ("1", "2", "1", "7"):
-        settings.values["ProgKeysMax"] = limit
-        answers.append(client.create_programmable_key(new_key))
-    assert answers == [1, 2, -1, 3]
 
 
 @pytest.mark.parametrize(
