@@ -4,12 +4,12 @@ endif()
 
 # How much slower than usual the processes may be: a factor for the limits in the tests, and one for
 # those of whole tests.
-set(PROGKEYS_PATIENCE 1)
+set(PROGKEYS_WAIT_FACTOR 1)
 set(PROGKEYS_TIMEOUT_FACTOR 1)
 if(PROGKEYS_SANITIZERS)
-  set(PROGKEYS_PATIENCE 4)
+  set(PROGKEYS_WAIT_FACTOR 4)
 elseif(CMAKE_CROSSCOMPILING)
-  set(PROGKEYS_PATIENCE 4)
+  set(PROGKEYS_WAIT_FACTOR 4)
   set(PROGKEYS_TIMEOUT_FACTOR 8)
 endif()
 
@@ -31,7 +31,7 @@ function(progkeys_python_tests label seconds)
     PROGKEYS_BUILD_DIR=${CMAKE_BINARY_DIR}
     PROGKEYS_BIN_DIR=${bin_dir}
     PROGKEYS_QDBUSXML2CPP=$<TARGET_FILE:Qt${QT_VERSION_MAJOR}::qdbusxml2cpp>
-    PROGKEYS_TEST_PATIENCE=${PROGKEYS_PATIENCE}
+    PROGKEYS_TEST_WAIT_FACTOR=${PROGKEYS_WAIT_FACTOR}
     PYTHONDONTWRITEBYTECODE=1)
   if(CMAKE_CROSSCOMPILING)
     list(APPEND environment PROGKEYS_EMULATED=1)

@@ -1,4 +1,4 @@
-"""A private phone for each test: bus, data, settings, service, client."""
+"""Fixtures: a private bus, data directory, settings, service and client for each test."""
 
 import os
 from pathlib import Path
@@ -18,12 +18,12 @@ from sandbox.records import Action
 from sandbox.settings import NO_DEFAULTS, FakeSettingsManager, write_settings
 
 CHECKOUT = Path(__file__).resolve().parents[1]
-ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
+TEST_SETTINGS = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
 
 
 @pytest.hookimpl(tryfirst=True)
 def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item]) -> None:
-    """Under an emulator, leaves out the tests that cannot pass there."""
+    """Under an emulator, deselects the tests in tests/emulator/exceptions.txt."""
     if "PROGKEYS_EMULATED" not in os.environ:
         return
     names = {item: name_in_exceptions(item) for item in items}
@@ -33,20 +33,20 @@ def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item
         program, _, function = name.partition("::")
         if function and program in programs:
             raise pytest.UsageError(f"tests/emulator/exceptions.txt: there is no test {name}")
-    left_out = [item for item in items if names[item] in exceptions]
+    deselected = [item for item in items if names[item] in exceptions]
     items[:] = [item for item in items if names[item] not in exceptions]
-    config.hook.pytest_deselected(items=left_out)
+    config.hook.pytest_deselected(items=deselected)
 
 
 def name_in_exceptions(item: pytest.Item) -> str:
-    """The name of a test function, with the name of the CTest test that runs it."""
+    """The names of the CTest test and of the test function, for instance `system.log::test_x`."""
     program = f"{item.path.parent.name}.{item.path.stem.removeprefix('test_')}"
     return f"{program}::{item.name.partition('[')[0]}"
 
 
 @pytest.fixture(scope="session")
 def bin_dir() -> Path:
-    """Where the executables are."""
+    """The directory of the executables."""
     return Path(os.environ.get("PROGKEYS_BIN_DIR", CHECKOUT / "build/qt5/bin")).resolve()
 
 
@@ -65,26 +65,26 @@ def client(bus: PrivateBus) -> Iterator[Client]:
 
 @pytest.fixture
 def data_root(tmp_path: Path) -> Path:
-    """The directory below which modules keep their data; not there yet."""
+    """The directory of the data of all modules. It does not exist yet."""
     return tmp_path / "data" / "ZELApplication"
 
 
 @pytest.fixture
 def database(data_root: Path) -> Database:
-    """The service's database file, seen by another process."""
+    """The service's database file, opened by another process than the service."""
     return Database(data_root / SERVICE / "zelprogrammablekeys.data")
 
 
 @pytest.fixture
 def settings_dir(tmp_path: Path) -> Path:
-    """A directory of settings: nothing provisioned, and room for many keys."""
-    return write_settings(tmp_path / "settings", ROOMY)
+    """A directory of settings: no provisioned defaults, and a limit of 1000 keys."""
+    return write_settings(tmp_path / "settings", TEST_SETTINGS)
 
 
 @pytest.fixture
 def settings(bus: PrivateBus) -> Iterator[FakeSettingsManager]:
-    """A SettingsManager that answers: nothing is provisioned, and there is room for many keys."""
-    fake = FakeSettingsManager(bus.address, ROOMY)
+    """A fake SettingsManager: no provisioned defaults, and a limit of 1000 keys."""
+    fake = FakeSettingsManager(bus.address, TEST_SETTINGS)
     yield fake
     fake.close()
 
@@ -93,7 +93,7 @@ def settings(bus: PrivateBus) -> Iterator[FakeSettingsManager]:
 def settings_manager(
     bin_dir: Path, bus: PrivateBus, client: Client, settings_dir: Path, tmp_path: Path
 ) -> Iterator[Module]:
-    """The real SettingsManager peer on `settings_dir`."""
+    """The real SettingsManager peer, which serves `settings_dir`."""
     with start_settings_manager(
         bin_dir, bus.address, settings_dir, tmp_path / "settingsmanager.log"
     ) as module:
@@ -106,7 +106,7 @@ def settings_manager(
 def launch(
     bin_dir: Path, bus: PrivateBus, data_root: Path, tmp_path: Path
 ) -> Iterator[Callable[..., Module]]:
-    """Starts service processes, each with a log of its own, and leaves none behind."""
+    """Starts service processes, each with its own log, and kills them after the test."""
     launched: list[Module] = []
 
     def launch_service(**options: object) -> Module:
@@ -130,7 +130,7 @@ def launch(
 def start(
     launch: Callable[..., Module], client: Client, settings: FakeSettingsManager
 ) -> Iterator[Callable[..., Module]]:
-    """Starts the service and waits until it is ready; after the test it must end cleanly."""
+    """Starts the service and waits until it is ready. After the test it must end with status 0."""
     started: list[Module] = []
 
     def start_and_wait(**options: object) -> Module:
@@ -147,7 +147,7 @@ def start(
 
 @pytest.fixture
 def service(start: Callable[..., Module]) -> Module:
-    """The service, ready on an empty database, logging everything; its start-up log is taken."""
+    """The running service with an empty database and log level 7. Its start-up log is taken."""
     module = start()
     module.log.take()
     return module
@@ -161,7 +161,7 @@ def events(client: Client) -> EventRecorder:
 
 @pytest.fixture
 def action(service: Module, client: Client, events: EventRecorder) -> Action:
-    """A stored user action; what its making sent and logged has been taken."""
+    """A stored user action. Its events and log lines are taken."""
     stored = CALL._replace(idAction=client.add_action(CALL))
     events.take()
     service.log.take()

@@ -77,7 +77,7 @@ def serves_on(phone: Phone, damaged: bytes, what: str) -> bool:
     phone.database.path.parent.mkdir(parents=True)
     phone.database.path.write_bytes(damaged)
     service = phone.launch()
-    if not service.comes_up(phone.client):
+    if not service.starts(phone.client):
         assert service.status == 1, f"{what}: {service.log.raw()}"
         assert "set aside to" in service.log.texts("error")[-1], what
         assert is_kept(phone.database.path, damaged), what

@@ -9,7 +9,7 @@ from typing import Callable, Iterator
 
 import pytest
 
-from mounts import skipped_where_nothing_can_be_mounted
+from mounts import skip_if_mounting_fails
 from phones import NOTHING_STORED, Phone, pause
 from rollout import random_rollout
 from sandbox.names import LIFECYCLE
@@ -25,7 +25,7 @@ CUT_DURING_A_START = 0.25
 
 @pytest.fixture
 def disk(tmp_path) -> Iterator[Disk]:
-    with skipped_where_nothing_can_be_mounted():
+    with skip_if_mounting_fails():
         the_disk = Disk(tmp_path)
     try:
         yield the_disk

@@ -14,7 +14,7 @@ from samples import CALL, SET_KEY
 from sandbox.bus import CONFIGURATION
 from sandbox.client import Client, PendingReply
 from sandbox.events import Event, decode
-from sandbox.loop import PATIENCE, GaveUp, wait_until
+from sandbox.loop import WAIT_FACTOR, WaitTimeout, wait_until
 from sandbox.names import EVENTS, INTERFACE, SERVICE, bus_name, object_path
 from sandbox.processes import Process, clean_environment
 from sandbox.records import ACTION, KEY, Action
@@ -25,11 +25,11 @@ MOST_CALLS = 128
 """The bus lets so many calls of one client wait for their answers, and refuses more."""
 CALLS_OF_A_CLIENT = 80
 
-AT_ONCE = 1.0 * PATIENCE
+AT_ONCE = 1.0 * WAIT_FACTOR
 """Seconds until the service goes on."""
-PROMPT = 5.0 * PATIENCE
+PROMPT = 5.0 * WAIT_FACTOR
 """Seconds until it has also done what others asked for before."""
-MEMORY_LIMIT = 250 * PATIENCE
+MEMORY_LIMIT = 250 * WAIT_FACTOR
 """MiB that the service may occupy; more in a build with sanitizers."""
 
 NO_NUMBER = -1
@@ -271,6 +271,6 @@ def test_a_subscriber_that_never_reads_delays_others_at_most_until_it_leaves(
 def answers(replies: list[PendingReply]) -> bool:
     """Whether the last reply comes soon."""
     try:
-        return not replies or bool(replies[-1].wait(limit=1 * PATIENCE))
-    except GaveUp:
+        return not replies or bool(replies[-1].wait(limit=1 * WAIT_FACTOR))
+    except WaitTimeout:
         return False

@@ -44,7 +44,7 @@ def answers_with(signature: str, body: Any) -> Callable[[FakeSettingsManager], N
 
 ILL_MANNERS: dict[str, Callable[[FakeSettingsManager], None]] = {
     "absent": FakeSettingsManager.close,
-    "dying during the call": FakeSettingsManager.die_on_call,
+    "dying during the call": FakeSettingsManager.disconnect_on_call,
     "answering with an error": lambda peer: peer.fail("org.freedesktop.DBus.Error.Failed"),
     "answering with an error without a text": lambda peer: peer.fail("a.b", ""),
     "answering with an error of a mebibyte": lambda peer: peer.fail("a.b", "x" * MEBIBYTE),

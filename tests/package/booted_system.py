@@ -4,7 +4,7 @@ import subprocess
 from pathlib import Path
 from typing import Optional
 
-from sandbox.loop import GaveUp, wait_until
+from sandbox.loop import WaitTimeout, wait_until
 from target_root import ENVIRONMENT, TargetRoot
 
 HERE = Path(__file__).resolve().parent
@@ -28,7 +28,7 @@ class BootedSystem:
     def wait_until_up(self) -> None:
         try:
             wait_until(self._is_up, "systemd is up", BOOT_LIMIT)
-        except GaveUp as error:
+        except WaitTimeout as error:
             log = self._log.read_text(encoding="utf-8", errors="replace")
             raise AssertionError(f"systemd does not come up: {log[-400:]}") from error
 

@@ -10,14 +10,14 @@ import pytest
 
 from samples import MODULE_KEY
 from sandbox.client import Client
-from sandbox.loop import LIMIT, PATIENCE
+from sandbox.loop import LIMIT, WAIT_FACTOR
 from sandbox.names import SERVICE
 from sandbox.processes import Module, clean_environment
 
 CHECKOUT = Path(__file__).resolve().parents[2]
 EXAMPLE = CHECKOUT / "examples" / "peer-module"
 GUIDE = CHECKOUT / "docs" / "peer-module.md"
-BUILDING = 240 * PATIENCE
+BUILDING = 240 * WAIT_FACTOR
 """Seconds for what compiles."""
 
 

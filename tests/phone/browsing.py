@@ -1,4 +1,4 @@
-"""A phone with its page, and a browser that shows it."""
+"""A sandbox with its page, and a browser that shows the page."""
 
 import os
 import subprocess
@@ -14,7 +14,7 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.remote.webelement import WebElement
 
 from sandbox.client import Client
-from sandbox.loop import LIMIT, GaveUp
+from sandbox.loop import LIMIT, WaitTimeout
 from sandbox.processes import clean_environment
 
 T = TypeVar("T")
@@ -25,7 +25,7 @@ ARGUMENTS = ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-s
 
 
 class Phone:
-    """A sandbox with its page, which runs until it is closed."""
+    """A sandbox with its page."""
 
     def __init__(self, bin_dir: Path, *options: str, environment: Optional[Mapping[str, str]] = None) -> None:
         self.bin_dir = bin_dir
@@ -41,7 +41,7 @@ class Phone:
         self.client = Client(self.address)
 
     def tool(self, *words: object, status: int = 0) -> str:
-        """Runs progkeysctl on this phone."""
+        """Runs progkeysctl in the sandbox."""
         result = subprocess.run(
             [self.bin_dir / "progkeysctl", *map(str, words)],
             env={**clean_environment(), "DBUS_SYSTEM_BUS_ADDRESS": self.address},
@@ -59,7 +59,7 @@ class Phone:
 
 
 class Browser:
-    """Headless Chromium, with the page of a phone."""
+    """Headless Chromium that shows the page."""
 
     def __init__(self, url: str) -> None:
         options = Options()
@@ -67,7 +67,7 @@ class Browser:
         for argument in ARGUMENTS:
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        # Chromium leaves files there when it ends.
+        # Chromium leaves temporary files when it ends.
         self._temporary = tempfile.TemporaryDirectory(prefix="browser-", ignore_cleanup_errors=True)
         environment = {**os.environ, "TMPDIR": self._temporary.name}
         service = Service("/usr/bin/chromedriver", env=environment)
@@ -75,7 +75,7 @@ class Browser:
         self.url = url
 
     def open(self, view: str = "#/phone") -> None:
-        """Opens a view in a new load of the page, and waits until the phone is read."""
+        """Loads the page, opens a view and waits until the page is connected to the phone."""
         self.driver.get("about:blank")
         self.driver.get(self.url + view)
         self.wait(lambda: self.all(".service.running"), "the page is connected")
@@ -88,7 +88,7 @@ class Browser:
         return self.driver.find_elements("css selector", css)
 
     def one(self, css: str) -> WebElement:
-        """The first such element, once there is one."""
+        """Waits for an element and returns the first one."""
         return self.wait(lambda: next(iter(self.all(css)), None), css)
 
     def click(self, css: str) -> None:
@@ -105,8 +105,8 @@ class Browser:
         return self.one(css).text
 
     def alert(self) -> str:
-        """The text of the refusal, once there is one."""
-        return self.wait(lambda: next((alert.text for alert in self.all('[role="alert"]')), ""), "a refusal")
+        """Waits for an error message and returns its text."""
+        return self.wait(lambda: next((alert.text for alert in self.all('[role="alert"]')), ""), "an error message")
 
     def has(self, css: str) -> None:
         """Waits until there is such an element."""
@@ -133,24 +133,24 @@ class Browser:
         metrics = {"width": width, "height": 1200, "deviceScaleFactor": 1, "mobile": False}
         self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
 
-    def wait(self, holds: Callable[[], T], what: str, limit: float = LIMIT) -> T:
+    def wait(self, condition: Callable[[], T], what: str, limit: float = LIMIT) -> T:
         deadline = time.monotonic() + limit
         while True:
             try:
-                if result := holds():
+                if result := condition():
                     return result
             except StaleElementReferenceException:
                 pass
             if time.monotonic() > deadline:
-                raise GaveUp(f"not within {limit:g} s: {what}; the page shows: {self.run('return document.body.innerText')[:1500]}")
+                raise WaitTimeout(f"not within {limit:g} s: {what}; the page shows: {self.run('return document.body.innerText')[:1500]}")
             time.sleep(0.03)
 
     def errors(self) -> list[str]:
-        """What the browser has complained about since the last call."""
+        """The errors that the browser has logged since the last call."""
         return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"]
 
     def picture(self, name: str, height: int = 1250) -> None:
-        """Makes a picture for the documentation in the directory PROGKEYS_PICTURES_DIR, if that is set."""
+        """Saves a screenshot for the documentation in PROGKEYS_PICTURES_DIR, if that is set."""
         if directory := os.environ.get("PROGKEYS_PICTURES_DIR"):
             metrics = {"width": 1640, "height": height, "deviceScaleFactor": 1, "mobile": False}
             self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)

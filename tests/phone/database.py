@@ -1,4 +1,4 @@
-"""The service's database file, read and changed by another process than the service."""
+"""Access to the service's database file from the test process."""
 
 import sqlite3
 from contextlib import closing, contextmanager
@@ -22,22 +22,20 @@ RESERVED_ACTION = Action(idAction=-1, type=-1)
 
 
 class Fault(NamedTuple):
-    """A way to make a statement fail, or change nothing, from outside the service."""
+    """A trigger that makes statements of the service fail or change nothing."""
 
     trigger: str
     message: str = ""
 
 
-def refusing(operation: str, table: str, condition: str = "1") -> Fault:
-    """Every such operation on the table fails, for rows that meet the condition."""
-    return Fault(
-        _trigger(operation, table, condition, "RAISE(FAIL, 'the disk said no')"),
-        "the disk said no",
-    )
+def failing(operation: str, table: str, condition: str = "1") -> Fault:
+    """The operation on the table fails for rows that meet the condition."""
+    message = "injected fault"
+    return Fault(_trigger(operation, table, condition, f"RAISE(FAIL, '{message}')"), message)
 
 
 def ignoring(operation: str, table: str, condition: str = "1") -> Fault:
-    """Every such operation on the table succeeds and changes no row."""
+    """The operation on the table succeeds but changes no row that meets the condition."""
     return Fault(_trigger(operation, table, condition, "RAISE(IGNORE)"))
 
 
@@ -47,7 +45,7 @@ def _trigger(operation: str, table: str, condition: str, what: str) -> str:
 
 
 class Database:
-    """One SQLite file; each operation opens and closes it."""
+    """A SQLite file. Each operation opens and closes it."""
 
     def __init__(self, path: Path) -> None:
         self.path = path
@@ -65,13 +63,13 @@ class Database:
         return self.rows(query, *values)[0][0]
 
     def execute(self, *statements: str) -> None:
-        """Runs statements that give no rows; waits a while for locks that others hold."""
+        """Runs statements that return no rows. Waits for locks of other processes."""
         with closing(self._open()) as connection:
             for statement in statements:
                 connection.execute(statement)
 
     def create(self, *statements: str) -> None:
-        """Makes the file and its directory, for a service that finds them."""
+        """Creates the file and its directory before the service starts."""
         self.path.parent.mkdir(parents=True, exist_ok=True)
         self.path.touch()
         self.execute(*statements)
@@ -93,7 +91,7 @@ class Database:
         ]
 
     def insert(self, *records: Union[Key, Action]) -> None:
-        """Stores records as they are, ids included."""
+        """Stores records with their ids."""
         with closing(self._open()) as connection:
             connection.execute("BEGIN")
             for record in records:
@@ -103,7 +101,7 @@ class Database:
             connection.execute("COMMIT")
 
     def schema(self) -> dict[str, str]:
-        """The texts of the tables, by name, as SQLite keeps them."""
+        """The CREATE statements of the tables, by name."""
         return dict(
             self.rows(
                 "SELECT name, sql FROM sqlite_master"
@@ -113,13 +111,13 @@ class Database:
 
     @contextmanager
     def kept_open(self) -> Iterator[sqlite3.Connection]:
-        """A connection that stays open meanwhile."""
+        """A connection that stays open until the context ends."""
         with closing(self._open()) as connection:
             yield connection
 
     @contextmanager
     def locked(self) -> Iterator[sqlite3.Connection]:
-        """Holds the write lock meanwhile; nothing is changed at the end."""
+        """A connection that holds the write lock until the context ends, and then rolls back."""
         with self.kept_open() as connection:
             connection.execute("BEGIN IMMEDIATE")
             try:

@@ -1,4 +1,4 @@
-"""File systems of a test's own, which the rest of the machine does not see."""
+"""File systems for a test, which other processes do not see."""
 
 import ctypes
 import os
@@ -12,11 +12,11 @@ import pytest
 
 CLONE_NEWNS = 0x00020000
 ADMINISTRATION = ("/usr/sbin", "/sbin")
-"""Where programs may be that are not on everybody's path."""
+"""Directories of programs that may be missing in PATH."""
 
 
 def run(*command: str) -> None:
-    """Runs a program that has to succeed."""
+    """Runs a program. Raises OSError if it fails."""
     path = os.pathsep.join([os.environ.get("PATH", os.defpath), *ADMINISTRATION])
     environment = {**os.environ, "PATH": path}
     ended = subprocess.run(command, env=environment, capture_output=True, text=True, check=False)
@@ -25,10 +25,11 @@ def run(*command: str) -> None:
 
 
 @cache
-def keep_mounts_to_this_process() -> None:
-    """From now on what this process mounts is seen by its children alone, and goes with it however it ends.
+def unshare_mounts() -> None:
+    """Gives this process its own mount namespace.
 
-    But not in a changed root that is no mount: there the machine sees the mounts, too, while they last.
+    Only this process and its children see its later mounts, which disappear when they end. In a
+    chroot that is not a mount point, other processes see them too.
     """
     libc = ctypes.CDLL(None, use_errno=True)
     if libc.unshare(CLONE_NEWNS) != 0:
@@ -38,22 +39,22 @@ def keep_mounts_to_this_process() -> None:
 
 
 @contextmanager
-def skipped_where_nothing_can_be_mounted() -> Iterator[None]:
-    """Skips the test if what is made meanwhile cannot be made here; in CI that is a failure."""
+def skip_if_mounting_fails() -> Iterator[None]:
+    """Skips the test if the context raises OSError. In CI, the test fails instead."""
     try:
-        keep_mounts_to_this_process()
+        unshare_mounts()
         yield
     except OSError as reason:
         if os.environ.get("CI"):
             raise
-        pytest.skip(f"nothing can be mounted: {reason}")
+        pytest.skip(f"mounting failed: {reason}")
 
 
 @contextmanager
 def memory_file_system(place: Path, size: int) -> Iterator[None]:
-    """Mounts a file system of that many bytes on the place, which it makes."""
+    """Creates the directory and mounts a tmpfs of that many bytes on it."""
     place.mkdir(parents=True, exist_ok=True)
-    with skipped_where_nothing_can_be_mounted():
+    with skip_if_mounting_fails():
         run("mount", "-t", "tmpfs", "-o", f"size={size}", "tmpfs", str(place))
     try:
         yield
@@ -63,7 +64,7 @@ def memory_file_system(place: Path, size: int) -> Iterator[None]:
 
 @contextmanager
 def read_only(place: Path) -> Iterator[None]:
-    """Nothing can be written to the file system mounted there meanwhile."""
+    """Remounts the file system read-only until the context ends."""
     _remount(place, "ro")
     try:
         yield

@@ -1,4 +1,4 @@
-"""Rollouts made at random, written as device management writes them."""
+"""Random rollouts, in the format of device management."""
 
 import random
 from typing import Any, NamedTuple, Sequence
@@ -11,16 +11,16 @@ ESCAPES = str.maketrans({",": "\\,", "#": "\\#"})
 
 
 class Rollout(NamedTuple):
-    """What is provisioned: rows without ids of their own."""
+    """The provisioned actions and keys, without ids."""
 
     actions: list[Action]
     keys: list[Key]
     broken: int = 0
-    """How many broken records stand among those of each kind."""
+    """The number of invalid records in each setting."""
 
     @property
     def settings(self) -> dict[str, str]:
-        """The settings that bring it about."""
+        """The settings with these records."""
         return {
             "DefaultActions": _setting([_fields(action) for action in self.actions], self.broken),
             "DefaultKeys": _setting([_key_fields(key) for key in self.keys], self.broken),
@@ -62,7 +62,7 @@ def _key(source: random.Random, dm_id: str) -> Key:
 
 
 def random_rollout(source: random.Random) -> Rollout:
-    """Some of the identifiers, in any order, with keys for these and for others."""
+    """Actions for some identifiers in random order, and keys for these and other identifiers."""
     dm_ids = source.sample(DM_IDS, source.randrange(len(DM_IDS) + 1))
     key_ids = source.choices(DM_IDS, k=source.randrange(12))
     return Rollout(
@@ -72,8 +72,11 @@ def random_rollout(source: random.Random) -> Rollout:
     )
 
 
-def untidy_rollout(source: random.Random, previous: Rollout) -> Rollout:
-    """What may come after another rollout: much of it as it was, and some records that repeat an identifier or have none."""
+def next_rollout(source: random.Random, previous: Rollout) -> Rollout:
+    """A rollout after another one.
+
+    Most records are the same. Some repeat an identifier, and some have none.
+    """
     new = random_rollout(source)
     actions = [*_kept(source, previous.actions, _action), *new.actions[: source.randrange(4)]]
     keys = [*_kept(source, previous.keys, _key), *new.keys[: source.randrange(4)]]
@@ -88,7 +91,7 @@ def untidy_rollout(source: random.Random, previous: Rollout) -> Rollout:
 
 
 def _kept(source: random.Random, records: Sequence[Any], make: Any) -> list[Any]:
-    """Most of the records, some of them changed; few of those without an identifier."""
+    """Most of the records, some of them changed, and few of those without an identifier."""
     return [
         _or_changed(source, record, make)
         for record in records
@@ -97,7 +100,7 @@ def _kept(source: random.Random, records: Sequence[Any], make: Any) -> list[Any]
 
 
 def _or_changed(source: random.Random, record: Any, make: Any) -> Any:
-    """The record, or one that is another in a single field."""
+    """The record, or a copy with one changed field."""
     if source.random() < 0.7:
         return record
     other = make(source, record.dmId)

@@ -82,7 +82,7 @@ def _place(key: Key) -> tuple[Argument, ...]:
 def failed_statement(line: str, statement: str, reason: str) -> bool:
     """Whether a log line reports the failure of this statement.
 
-    The database driver may have written its own placeholders for the question marks.
+    The database driver may replace the question marks with its own placeholders.
     """
     pattern = re.escape(statement).replace(re.escape("?"), r"(\?|:\w+)")
     return re.fullmatch(rf"Error: {pattern} .*{re.escape(reason)}.*", line) is not None

@@ -1,15 +1,15 @@
-"""The service under another program."""
+"""Running the service under another program, such as strace."""
 
 from pathlib import Path
 
 
 def wrapped(directory: Path, bin_dir: Path, *command: str) -> Path:
-    """A directory of executables whose service is run by this command."""
+    """A directory of executables whose service runs under this command."""
     directory.mkdir()
     script = directory / "zelprogrammablekeys"
     script.write_text(
         "#!/bin/sh\n"
-        # A build that looks for leaks cannot do so under strace.
+        # LeakSanitizer does not work under strace.
         "export ASAN_OPTIONS=detect_leaks=0\n"
         f"exec {' '.join(command)} {bin_dir}/zelprogrammablekeys\n"
     )
@@ -17,8 +17,8 @@ def wrapped(directory: Path, bin_dir: Path, *command: str) -> Path:
     return directory
 
 
-def impatient(directory: Path, bin_dir: Path) -> Path:
-    """Executables whose service does not sleep while it waits for a lock: its limit passes at once."""
+def without_lock_wait(directory: Path, bin_dir: Path) -> Path:
+    """Executables whose service does not sleep while it waits for a lock, so it gives up at once."""
     sleeps = "clock_nanosleep,nanosleep"
     options = f"-e trace={sleeps} -e inject={sleeps}:retval=0"
     return wrapped(directory, bin_dir, "strace", "-D", "-f", "-o", "/dev/null", options)

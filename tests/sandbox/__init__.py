@@ -1,5 +1,5 @@
-"""A private phone: its own bus, its own data, real processes, and a client without Qt.
+"""A private phone: its own bus and data, real processes, and a client without Qt.
 
-Everything runs on one thread. A function that waits runs GLib's default main loop, so that fake
-peers in Python answer, and events and replies arrive in the order of the bus.
+Everything runs on one thread. A function that waits runs GLib's default main loop. Meanwhile fake
+peers in Python reply, and events and replies arrive in the order in which the bus delivers them.
 """

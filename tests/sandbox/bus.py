@@ -1,4 +1,4 @@
-"""A dbus-daemon of one's own."""
+"""A private dbus-daemon."""
 
 import shutil
 import subprocess
@@ -9,7 +9,7 @@ from typing import Optional
 from .loop import LIMIT, wait_until
 from .orphans import die_with_parent
 
-# No limits are named, so the daemon keeps its own defaults, which are those of a system bus.
+# The configuration sets no limits. The daemon's default limits are those of a system bus.
 CONFIGURATION = """\
 <!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -28,7 +28,7 @@ CONFIGURATION = """\
 
 
 class PrivateBus:
-    """A message bus in a directory of its own, at the same address each time it is started."""
+    """A message bus with its own directory. It has the same address after a restart."""
 
     def __init__(self) -> None:
         self.directory = Path(tempfile.mkdtemp(prefix="phone-bus-"))
@@ -55,7 +55,7 @@ class PrivateBus:
 
     def start(self) -> None:
         """Starts the daemon and returns once it accepts connections."""
-        assert not self.running, "the bus runs already"
+        assert not self.running, "the bus is already running"
         ready = self.directory / "ready"
         log = self.directory / "log"
         with open(ready, "wb") as address_file, open(log, "wb") as log_file:
@@ -76,7 +76,7 @@ class PrivateBus:
         assert self.running, f"the bus did not start:\n{log.read_text(errors='replace')}"
 
     def stop(self) -> None:
-        """Ends the daemon. Its clients lose the bus."""
+        """Kills the daemon. Its clients lose the connection."""
         if self._daemon is not None:
             self._daemon.kill()
             self._daemon.wait()

@@ -1,4 +1,4 @@
-"""An ordinary D-Bus client of the service, built on dbus-python alone."""
+"""A D-Bus client of the service, built only on dbus-python."""
 
 from typing import Any, Callable, Mapping, NamedTuple, Optional
 
@@ -16,14 +16,14 @@ REPLY_TIMEOUT = 3 * LIMIT
 
 
 def connect(address: str) -> dbus.bus.BusConnection:
-    """A connection of one's own to the bus, served by the default main loop."""
+    """A new connection to the bus, served by the default main loop."""
     connection = dbus.bus.BusConnection(address, mainloop=DBusGMainLoop())
     connection.set_exit_on_disconnect(False)
     return connection
 
 
 class BusError(Exception):
-    """A call was answered with an error."""
+    """An error reply."""
 
     def __init__(self, name: str, message: str) -> None:
         super().__init__(f"{name}: {message}")
@@ -32,14 +32,14 @@ class BusError(Exception):
 
 
 class Reply(NamedTuple):
-    """What a method call was answered with: plain values beside their signature."""
+    """The values of a reply, as plain Python values, and their signature."""
 
     signature: str
     values: tuple[Any, ...]
 
 
 class PendingReply:
-    """A call on its way."""
+    """The reply to a call that may not have arrived yet."""
 
     def __init__(self, what: str, on_reply: Optional[Callable[[], None]] = None) -> None:
         self._what = what
@@ -56,7 +56,7 @@ class PendingReply:
         return self._message is not None
 
     def wait(self, limit: float = LIMIT) -> Reply:
-        """The reply, once it is there; an error reply is raised."""
+        """Waits for the reply and returns it. Raises BusError for an error reply."""
         wait_until(lambda: self.arrived, f"a reply to {self._what}", limit)
         arguments = self._message.get_args_list()
         if isinstance(self._message, ErrorMessage):
@@ -69,7 +69,7 @@ class PendingReply:
 
 
 class NameOwner:
-    """Follows who owns a name on the bus."""
+    """Tracks the owner of a name on the bus."""
 
     def __init__(self, connection: dbus.bus.BusConnection, name: str) -> None:
         self.name = name
@@ -81,7 +81,7 @@ class NameOwner:
 
 
 class Client:
-    """A peer on the bus that calls the service, and sends events of its own."""
+    """A peer on the bus that calls the service and sends events."""
 
     def __init__(self, address: str, name: str = "Client") -> None:
         self.path = object_path(name)
@@ -90,7 +90,7 @@ class Client:
     def close(self) -> None:
         self.connection.close()
 
-    # Any call
+    # Calls in general
 
     @staticmethod
     def message(
@@ -101,7 +101,7 @@ class Client:
         module: str = SERVICE,
         path: Optional[str] = None,
     ) -> Any:
-        """The message that calls a method of a module with arguments of the given signature."""
+        """The message of a method call to a module."""
         message = MethodCallMessage(
             bus_name(module), path or object_path(module), interface, method
         )
@@ -116,7 +116,7 @@ class Client:
         on_reply: Optional[Callable[[], None]] = None,
         **where: Any,
     ) -> PendingReply:
-        """Calls a method and does not wait for the reply."""
+        """Calls a method without waiting for the reply."""
         message = self.message(method, signature, *arguments, **where)
         reply = PendingReply(f"{method}({signature})", on_reply)
         self.connection.send_message_with_reply(
@@ -127,7 +127,7 @@ class Client:
     def call(
         self, method: str, signature: str = "", *arguments: Any, limit: float = LIMIT, **where: Any
     ) -> Reply:
-        """As `send`, and waits for the reply."""
+        """Calls a method and waits for the reply."""
         return self.send(method, signature, *arguments, **where).wait(limit)
 
     def _value(
@@ -140,11 +140,11 @@ class Client:
         return reply.values[0] if reply.values else None
 
     def round_trip(self) -> None:
-        """Returns once the service has dealt with everything sent to it before."""
+        """Returns when the service has handled all messages sent to it before."""
         self.get_capabilities()
 
     def bus_round_trip(self) -> None:
-        """Returns once the bus has passed on everything sent before, dealt with or not."""
+        """Returns when the bus has forwarded all messages sent before, handled or not."""
         self.connection.get_name_owner("org.freedesktop.DBus")
 
     def introspect(self, module: str = SERVICE) -> str:
@@ -198,7 +198,7 @@ class Client:
     def set_label_state_for_key(self, id_key: int, state: int) -> int:
         return self._value("i", "setLabelStateForKey", "xi", id_key, state)
 
-    # Capabilities: each method has a second form that takes the id of a list first
+    # Capabilities. Each method has an overload whose first argument is the id of a list.
 
     def get_capabilities(self, list_id: Optional[int] = None) -> dict[str, tuple[str, int]]:
         arguments = ("",) if list_id is None else ("i", list_id)
@@ -208,10 +208,10 @@ class Client:
         arguments = ("s", name) if list_id is None else ("is", list_id, name)
         return self._value(CAPABILITY, "getCapability", *arguments)
 
-    # Lifecycle, on request
+    # Lifecycle
 
     def lifecycle(self, hook: str, module: str = SERVICE) -> Reply:
-        """Asks a module to run one of its lifecycle hooks."""
+        """Calls a lifecycle method of a module."""
         return self.call(hook, interface=LIFECYCLE, module=module)
 
     def restore_default(self) -> bool:
@@ -223,13 +223,13 @@ class Client:
     # Events and names
 
     def send_event(self, name: str, **arguments: Any) -> None:
-        """Sends a platform event with the given arguments, each flagged true."""
+        """Sends a platform event with the given arguments. All their flags are true."""
         self.send_raw_event(
             "sa(svb)", name, [(label, value, True) for label, value in arguments.items()]
         )
 
     def send_raw_event(self, signature: str, *body: Any) -> None:
-        """Sends the signal of a platform event with any body."""
+        """Sends the signal of a platform event with an arbitrary body."""
         message = SignalMessage(self.path, EVENTS, "event")
         message.append(*body, signature=signature)
         self.connection.send_message(message)
@@ -238,7 +238,7 @@ class Client:
         return NameOwner(self.connection, name)
 
     def process_of(self, name: str) -> int:
-        """The id of the process that owns a name."""
+        """The id of the process that owns the name."""
         bus = "org.freedesktop.DBus"
         return int(
             self.connection.call_blocking(

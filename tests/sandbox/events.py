@@ -1,4 +1,4 @@
-"""Platform events as they come over the bus, in order."""
+"""Platform events received from the bus."""
 
 from typing import Any, Callable, NamedTuple, Optional
 
@@ -14,7 +14,7 @@ EVENT_SIGNATURE = "sa(svb)"
 
 
 class Argument(NamedTuple):
-    """One argument of an event: the value plain, beside the signature that it had on the wire."""
+    """An argument of an event: its plain value, and the signature that it had on the wire."""
 
     name: str
     signature: str
@@ -39,9 +39,9 @@ class Event(NamedTuple):
 
 
 def decode(message: Any) -> Event:
-    """The event that a signal carries; fails on a signal of any other signature."""
+    """The event in a signal. Fails if the signal has another signature."""
     signature = str(message.get_signature())
-    assert signature == EVENT_SIGNATURE, f"an event with the signature {signature}"
+    assert signature == EVENT_SIGNATURE, f"an event has the signature {signature}"
     name, arguments = message.get_args_list()
     return Event(
         str(name),
@@ -53,7 +53,7 @@ def decode(message: Any) -> Event:
 
 
 class EventRecorder:
-    """Keeps every event sent on the bus, or every one from the object at `path`."""
+    """Records all events on the bus, or only those of the object at `path`."""
 
     def __init__(
         self,
@@ -82,11 +82,11 @@ class EventRecorder:
         return HANDLER_RESULT_NOT_YET_HANDLED
 
     def seen(self) -> list[Event]:
-        """The events received so far and not taken."""
+        """The events received so far that `take` has not returned."""
         return [decode(message) for message in self._signals]
 
     def wait_for(self, name: str, limit: float = LIMIT) -> Event:
-        """The first event of that name that was not taken, once it is there; it stays untaken."""
+        """Waits for an event of that name and returns the first one. Does not take it."""
 
         def found() -> Optional[Event]:
             return next((event for event in self.seen() if event.name == name), None)
@@ -94,16 +94,16 @@ class EventRecorder:
         return wait_until(found, f"event {name}", limit)
 
     def take(self) -> list[Event]:
-        """Every event that the service has sent since the last call, in order, and no other.
+        """Returns all events that the service has sent since the last call, in order.
 
-        The service's events and replies come on one connection, in order: once the reply to a call
-        made now is here, so is every event that was sent before it.
+        Makes a call first: the service's events and replies arrive in order on one connection, so
+        when the reply is here, so is every event that was sent before it.
         """
         self._client.round_trip()
         return self.take_received()
 
     def take_received(self) -> list[Event]:
-        """As `take`, but only what is already here: for a service that has ended."""
+        """Returns the events received since the last call. Use it when the service has ended."""
         events = self.seen()
         self._signals.clear()
         return events

@@ -1,4 +1,4 @@
-"""Log lines as the platform writes them: `time name[pid] level: text`."""
+"""Log lines of the platform: `time name[pid] level: text`."""
 
 import re
 from pathlib import Path
@@ -11,7 +11,7 @@ LINE = re.compile(
 
 
 class LogLine(NamedTuple):
-    """One line of the log; its text goes on over following lines that are no log lines."""
+    """A line of the log. A text with line breaks includes the lines that follow."""
 
     time: str
     name: str
@@ -21,7 +21,7 @@ class LogLine(NamedTuple):
 
 
 def parse_log(written: str) -> list[LogLine]:
-    """The log lines of an error output; a line that is none continues the one before it."""
+    """The log lines of an error output. A line in another format continues the previous one."""
     lines: list[LogLine] = []
     for piece in written.split("\n")[:-1]:
         if match := LINE.fullmatch(piece):
@@ -45,24 +45,24 @@ class LogReader:
         self._taken = 0
 
     def raw(self) -> str:
-        """Everything written so far, as it stands."""
+        """The unparsed log so far."""
         return self.path.read_bytes().decode("utf-8", errors="surrogateescape")
 
     def lines(self) -> list[LogLine]:
-        """Every complete line written so far."""
+        """All complete lines so far."""
         return parse_log(self.raw())
 
     def texts(self, *levels: str) -> list[str]:
-        """The texts of every line so far, or of those at the given levels."""
+        """The texts of all lines so far, or of those at the given levels."""
         return texts_of(self.lines(), *levels)
 
     def take(self, *levels: str) -> list[str]:
         """The texts of the lines written since the last call, or of those at the given levels."""
         lines = self.lines()
-        fresh, self._taken = lines[self._taken :], len(lines)
-        return texts_of(fresh, *levels)
+        new, self._taken = lines[self._taken :], len(lines)
+        return texts_of(new, *levels)
 
 
 def texts_of(lines: Iterable[LogLine], *levels: str) -> list[str]:
-    """The texts alone, of the given levels or of all."""
+    """The texts of the lines at the given levels, or of all lines."""
     return [line.text for line in lines if not levels or line.level in levels]

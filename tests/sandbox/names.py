@@ -13,10 +13,10 @@ UNKNOWN_SETTING = f"{PLATFORM}.Error.UnknownSetting"
 
 
 def bus_name(module: str) -> str:
-    """The service name that a module claims."""
+    """The service name of a module."""
     return f"{PLATFORM}.{module}"
 
 
 def object_path(module: str) -> str:
-    """The path of a module's object."""
+    """The object path of a module."""
     return f"/{PLATFORM.replace('.', '/')}/{module}"

@@ -1,4 +1,4 @@
-"""The service manager that started a process, as far as the process can tell."""
+"""A fake service manager that receives the notifications of a process."""
 
 import socket
 import time
@@ -16,7 +16,7 @@ LONGEST_MESSAGE = 4096
 
 
 class Notification(NamedTuple):
-    """A message, and when it came, in seconds of the monotonic clock."""
+    """A message, and its time of arrival in seconds of the monotonic clock."""
 
     what: str
     when: float
@@ -24,12 +24,12 @@ class Notification(NamedTuple):
 
 
 class ServiceManager:
-    """Keeps what is sent to a socket by the protocol of sd_notify; runs on the main loop."""
+    """Receives messages of sd_notify on the main loop."""
 
     def __init__(self, address: str) -> None:
-        """Listens at a path, or at `@` and a name in the abstract name space."""
+        """Listens at a path, or at a name in the abstract namespace that starts with `@`."""
         self.address = address
-        self._came: list[Notification] = []
+        self._received: list[Notification] = []
         self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
         self._socket.bind("\0" + address[1:] if address.startswith("@") else address)
         self._watch = GLib.io_add_watch(
@@ -37,13 +37,13 @@ class ServiceManager:
         )
 
     def close(self) -> None:
-        """Stops listening. A process that sends something gets an error."""
+        """Stops listening. A process that then sends a message gets an error."""
         if self._socket.fileno() >= 0:
             GLib.source_remove(self._watch)
             self._socket.close()
 
     def environment(self, watchdog_us: Optional[int] = None) -> dict[str, str]:
-        """What a process is started with, with a watchdog of that many microseconds or none."""
+        """The environment of a process, with a watchdog of that interval in microseconds or none."""
         watchdog = {} if watchdog_us is None else {"WATCHDOG_USEC": str(watchdog_us)}
         return {"NOTIFY_SOCKET": self.address, **watchdog}
 
@@ -54,18 +54,18 @@ class ServiceManager:
             except BlockingIOError:
                 return GLib.SOURCE_CONTINUE
             what, _, status = message.partition("\nSTATUS=")
-            self._came.append(Notification(what, time.monotonic(), status))
+            self._received.append(Notification(what, time.monotonic(), status))
 
     def take(self) -> list[Notification]:
-        """What has come since the last call."""
+        """The messages received since the last call."""
         self._receive()
-        taken, self._came = self._came, []
+        taken, self._received = self._received, []
         return taken
 
     def words(self) -> list[str]:
-        """What has come since the last call, without times and texts."""
+        """The messages received since the last call, without times and status texts."""
         return [notification.what for notification in self.take()]
 
     def wait_for(self, count: int, limit: float = LIMIT) -> None:
-        """Returns once that much has come since the last call of `take`."""
-        wait_until(lambda: len(self._came) >= count, f"{count} messages", limit)
+        """Waits until that many messages have arrived since the last call of `take`."""
+        wait_until(lambda: len(self._received) >= count, f"{count} messages", limit)

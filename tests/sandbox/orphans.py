@@ -1,4 +1,4 @@
-"""No process is left behind."""
+"""Child processes that end with their parent."""
 
 import ctypes
 import os
@@ -9,9 +9,10 @@ _libc = ctypes.CDLL(None, use_errno=True)
 
 
 def die_with_parent() -> None:
-    """Between fork and exec: has the kernel kill this process when its parent ends in any way.
+    """A `preexec_fn`: the kernel kills the process when its parent ends for any reason.
 
-    In a session of its own, so that a terminal's Ctrl-C reaches the parent alone, which ends its children in order.
+    The process gets its own session. Ctrl-C in a terminal then reaches only the parent, which ends
+    its children in order.
     """
     os.setsid()
     _libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL, 0, 0, 0)

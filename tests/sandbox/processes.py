@@ -1,4 +1,4 @@
-"""Child processes that end with their parent, whose log can be read while they run."""
+"""Child processes that end with their parent and write their error output to a log file."""
 
 import os
 import signal
@@ -14,7 +14,7 @@ from .orphans import die_with_parent
 
 
 def clean_environment() -> dict[str, str]:
-    """This process's environment without what would steer its children unasked."""
+    """The environment without the variables that change the behavior of the platform."""
     return {
         name: value
         for name, value in os.environ.items()
@@ -23,7 +23,7 @@ def clean_environment() -> dict[str, str]:
 
 
 class Process:
-    """One running program, its error output kept in a file."""
+    """A program that writes its output to a log file."""
 
     def __init__(
         self, command: Sequence[str], environment: Mapping[str, str], log_path: Path
@@ -59,19 +59,19 @@ class Process:
 
     @property
     def status(self) -> Optional[int]:
-        """The exit status, or minus the signal that killed the process; None while it runs."""
+        """The exit status, or the negative number of the signal that killed it. None while it runs."""
         return self._child.poll()
 
     def send_signal(self, number: int) -> None:
         self._child.send_signal(number)
 
     def wait_for_exit(self, limit: float = LIMIT) -> int:
-        """The exit status, once there is one."""
+        """Waits until the process ends and returns its exit status."""
         wait_until(lambda: not self.running, f"{self} ends", limit)
         return self._child.returncode
 
     def stop(self, number: int = signal.SIGTERM, status: int = 0, limit: float = LIMIT) -> None:
-        """Asks the process to end and holds it to its exit status."""
+        """Sends the process a signal, waits until it ends and checks its exit status."""
         if self.running:
             self.send_signal(number)
         found = self.wait_for_exit(limit)
@@ -80,14 +80,14 @@ class Process:
         ), f"{self} ended with status {found}, not {status}; its log:\n{self.log.raw()}"
 
     def kill(self) -> None:
-        """Ends the process without asking; does nothing when it has ended."""
+        """Kills the process if it still runs."""
         if self.running:
             self._child.kill()
         self._child.wait()
 
 
 class Module(Process):
-    """A module of the platform: a process that claims a name on the bus when it is ready."""
+    """A module of the platform. It claims its name on the bus when it is ready."""
 
     def __init__(
         self, name: str, command: Sequence[str], environment: Mapping[str, str], log_path: Path
@@ -96,17 +96,17 @@ class Module(Process):
         super().__init__(command, environment, log_path)
 
     def wait_until_ready(self, client: Client, limit: float = LIMIT) -> None:
-        """Returns once this very process owns its name; fails as soon as it has ended instead."""
-        is_up = self.comes_up(client, limit)
+        """Waits until this process owns its name. Fails if the process ends before."""
+        is_up = self.starts(client, limit)
         assert is_up, f"{self} ended with status {self.status}; its log:\n{self.log.raw()}"
         name = bus_name(self.name)
         owned_by = client.process_of(name)
         assert owned_by == self.pid, f"{name} belongs to process {owned_by}, not to {self}"
 
-    def comes_up(self, client: Client, limit: float = LIMIT) -> bool:
-        """Waits until its name is owned or it has ended; whether it goes on."""
+    def starts(self, client: Client, limit: float = LIMIT) -> bool:
+        """Waits until the name has an owner or the process ends. Returns whether it still runs."""
         name = bus_name(self.name)
-        # Asked, not watched: the bus allows a connection only some hundreds of matches.
+        # Polls, because the bus allows a connection only a few hundred matches.
         wait_until(
             lambda: client.connection.name_has_owner(name) or not self.running,
             f"{self} claims {name}",
@@ -123,7 +123,7 @@ def start_service(
     log_level: Optional[int] = None,
     extra: Optional[Mapping[str, str]] = None,
 ) -> Module:
-    """Starts the programmable keys service on a bus, with its data below `data_root`."""
+    """Starts the service with its data below `data_root`."""
     environment = clean_environment()
     environment.update(DBUS_SYSTEM_BUS_ADDRESS=address, ZEL_DATA_ROOT=f"{data_root}{os.sep}")
     if log_level is not None:
@@ -140,7 +140,7 @@ def start_settings_manager(
     data_root: Optional[Path] = None,
     extra: Optional[Mapping[str, str]] = None,
 ) -> Module:
-    """Starts the SettingsManager peer on a bus, serving the files of `settings_dir`."""
+    """Starts the SettingsManager peer, which serves the files in `settings_dir`."""
     environment = clean_environment()
     environment.update(DBUS_SYSTEM_BUS_ADDRESS=address)
     environment.update(ZEL_DATA_ROOT=f"{data_root or log_path.parent}{os.sep}")

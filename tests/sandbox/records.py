@@ -1,4 +1,4 @@
-"""The records on the wire, and D-Bus values as plain ones together with their signatures."""
+"""The records on the bus, and the conversion of D-Bus values to plain Python values."""
 
 from typing import Any, NamedTuple
 
@@ -6,7 +6,7 @@ import dbus
 
 
 class Key(NamedTuple):
-    """A programmable key, its fields in wire order; the defaults are those of no stored key."""
+    """A programmable key. The fields are in wire order; the defaults are those of an empty key."""
 
     idKey: int = -1
     dmId: str = ""
@@ -20,7 +20,7 @@ class Key(NamedTuple):
 
 
 class Action(NamedTuple):
-    """What a key does, its fields in wire order; the defaults are those of no stored action."""
+    """An action. The fields are in wire order; the defaults are those of an empty action."""
 
     idAction: int = -1
     dmId: str = ""
@@ -65,7 +65,7 @@ def signature_of(value: Any) -> str:
 
 
 def plain(value: Any) -> Any:
-    """A received value without its D-Bus type; what has a record's signature becomes a record."""
+    """A received value as a plain Python value. A structure of a record becomes that record."""
     if isinstance(value, dbus.Struct):
         fields = (plain(field) for field in value)
         record = RECORDS.get(signature_of(value))

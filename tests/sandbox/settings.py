@@ -1,4 +1,4 @@
-"""Settings: a directory for the real SettingsManager, and a peer of that name with any manners."""
+"""Settings: a directory for the real SettingsManager, and a fake SettingsManager."""
 
 from pathlib import Path
 from typing import Any, Callable, Mapping, NamedTuple, Optional
@@ -18,11 +18,11 @@ from .names import SETTINGS_MANAGER, UNKNOWN_SETTING, bus_name, object_path
 from .records import plain
 
 NO_DEFAULTS = {"DefaultActions": "", "DefaultKeys": ""}
-"""The settings of a phone for which nothing is provisioned."""
+"""The settings of a phone without provisioned defaults."""
 
 
 def write_settings(directory: Path, settings: Mapping[str, str]) -> Path:
-    """Writes one file per setting, as the SettingsManager peer reads them."""
+    """Writes one file for each setting, for the SettingsManager peer."""
     directory.mkdir(parents=True, exist_ok=True)
     for name, value in settings.items():
         (directory / name).write_text(f"{value}\n", encoding="utf-8")
@@ -40,11 +40,11 @@ class SettingCall(NamedTuple):
 
 
 Answer = Callable[[Any], Optional[Any]]
-"""Makes the reply to a call's message, or None for a call that is not answered."""
+"""Returns the reply to a message, or None to send no reply."""
 
 
 class FakeSettingsManager:
-    """Answers from `values` until it is told to behave otherwise; runs on the main loop."""
+    """A SettingsManager on the main loop. It replies from `values` until a test changes that."""
 
     def __init__(self, address: str, values: Optional[Mapping[str, str]] = None) -> None:
         self.values = dict(NO_DEFAULTS if values is None else values)
@@ -56,7 +56,7 @@ class FakeSettingsManager:
         self._connection.request_name(bus_name(SETTINGS_MANAGER))
 
     def close(self) -> None:
-        """Leaves the bus. The bus answers calls that still wait with an error."""
+        """Disconnects from the bus. The bus then replies to waiting calls with an error."""
         self._connection.close()
 
     def _receive(self, _connection: object, message: Any) -> int:
@@ -94,14 +94,14 @@ class FakeSettingsManager:
         reply.append(self.values[name], signature="s")
         return reply
 
-    # Manners
+    # Behavior
 
-    def answer_properly(self) -> None:
-        """From now on answers from `values` again."""
+    def answer_from_values(self) -> None:
+        """From now on replies from `values`."""
         self._answer = self._from_values
 
     def answer_with(self, signature: str, *body: Any) -> None:
-        """From now on answers every call with this body, which may be empty."""
+        """From now on replies to every call with this body, which may be empty."""
 
         def answer(message: Any) -> Any:
             reply = MethodReturnMessage(message)
@@ -112,23 +112,23 @@ class FakeSettingsManager:
         self._answer = answer
 
     def fail(self, error_name: str, text: str = "refused") -> None:
-        """From now on answers every call with an error."""
+        """From now on replies to every call with an error."""
         self._answer = lambda message: ErrorMessage(message, error_name, text)
 
     def hang(self) -> None:
-        """From now on holds every call back."""
+        """From now on replies to no call."""
         self._answer = self._held.append
 
     def release(self) -> None:
-        """Answers the calls held back, in order, and all later ones, from `values`."""
-        self.answer_properly()
+        """Replies to the calls that wait, in order, and to later calls, from `values`."""
+        self.answer_from_values()
         held, self._held = self._held, []
         for message in held:
             self._reply(message)
         self._connection.flush()
 
-    def die_on_call(self) -> None:
-        """Leaves the bus as soon as the next call has come, without an answer."""
+    def disconnect_on_call(self) -> None:
+        """Disconnects from the bus at the next call, without a reply."""
 
         def leave() -> bool:
             self.close()
@@ -136,12 +136,12 @@ class FakeSettingsManager:
 
         self._answer = lambda _message: GLib.idle_add(leave) and None
 
-    # What came
+    # Received calls
 
     def names_read(self) -> list[str]:
-        """The names of the settings asked for, in order."""
+        """The names of the requested settings, in order."""
         return [call.arguments[0] for call in self.calls]
 
     def wait_for_calls(self, count: int, limit: float = LIMIT) -> None:
-        """Returns once that many calls have come in all."""
+        """Waits until that many calls have arrived in total."""
         wait_until(lambda: len(self.calls) >= count, f"{count} calls of {SETTINGS_MANAGER}", limit)

@@ -1,4 +1,4 @@
-"""Cases as text files; golden/README.md describes them."""
+"""Test cases in text files. golden/README.md describes the format."""
 
 import json
 import os
@@ -21,7 +21,7 @@ class Contents(NamedTuple):
 
 
 class Case:
-    """One file. Its blocks are separated by empty lines, and each begins with its title."""
+    """A file of blocks separated by empty lines. The first line of a block is its title."""
 
     def __init__(self, path: Path) -> None:
         self._path = path
@@ -45,7 +45,7 @@ class Case:
         )
 
     def check(self, log: Iterable[LogLine], events: Iterable[Event], after: Contents) -> None:
-        """Compares these results with the file, or writes them to it if REWRITE is set."""
+        """Compares the results with the file. If REWRITE is set, writes them to the file first."""
         event_rows = ((event.name, _arguments(event)) for event in events)
         blocks = {
             "SETTINGS": self._blocks["SETTINGS"],
@@ -72,7 +72,7 @@ def _contents(when: str, contents: Contents) -> dict[str, list[str]]:
 
 
 def _write_cell(value: Any) -> str:
-    """A value as it is, or as a JSON string where a reader could not see its ends."""
+    """The value, or a JSON string if the value has invisible characters or outer spaces."""
     text = str(value)
     is_plain = text == text.strip() and text.isprintable() and "|" not in text and text[:1] != '"'
     return text if is_plain else json.dumps(text, ensure_ascii=False)
@@ -95,7 +95,7 @@ def _read_table(lines: Sequence[str]) -> list[dict[str, str]]:
 
 
 def _record(default: Any, row: dict[str, str]) -> Any:
-    """A record whose fields have the types of the default record."""
+    """A record with the field types of `default`."""
     return type(default)(*(type(value)(row[name]) for name, value in default._asdict().items()))
 
 
@@ -104,6 +104,6 @@ def _arguments(event: Event) -> str:
 
 
 def _value(value: Any) -> str:
-    """A record is written without the names of its fields, in their order."""
+    """The text of a value. Records are written without field names."""
     name = type(value).__name__ if isinstance(value, (Action, Key)) else ""
     return f"{name}{tuple(value)!r}" if name else repr(value)

@@ -1,4 +1,4 @@
-"""The interface files of the checkout, and interfaces in the terms in which they are compared."""
+"""Parsing and comparing introspection texts and the published interface files."""
 
 import os
 import re
@@ -21,7 +21,7 @@ QT_TYPE = re.compile(r"(?:com\.trolltech|org\.qtproject)\.QtDBus\.QtTypeName\.(\
 
 
 class Method(NamedTuple):
-    """A method as its callers see it. Callers do not see the names of out arguments."""
+    """A method without the names of its out arguments, which callers do not see."""
 
     name: str
     inputs: tuple[tuple[str, str], ...]
@@ -30,7 +30,7 @@ class Method(NamedTuple):
 
 
 class Comment(NamedTuple):
-    """The documentation before an element: of what, its parameters by name, and the text."""
+    """The comment before an element: the symbol, the parameters by name, and the text."""
 
     symbol: str
     parameters: dict[str, str]
@@ -38,7 +38,7 @@ class Comment(NamedTuple):
 
 
 def interface_in(text: str, name: str) -> ElementTree.Element:
-    """The element of that interface, its comments kept."""
+    """The element of that interface, including its comments."""
     parser = ElementTree.XMLParser(target=ElementTree.TreeBuilder(insert_comments=True))
     root = ElementTree.fromstring(text, parser=parser)
     (element,) = [each for each in root.findall("interface") if each.get("name") == name]
@@ -56,7 +56,6 @@ def types_of(member: ElementTree.Element, direction: str) -> tuple[str, ...]:
 
 
 def methods_of(interface: ElementTree.Element) -> list[Method]:
-    """Every method, in order."""
     return [
         Method(
             method.get("name", ""),

@@ -1,8 +1,8 @@
-"""Adding, reading, modifying and deleting actions, and what that does to their keys."""
+"""Adding, reading, modifying and deleting actions, and the effects on their keys."""
 
 import pytest
 
-from database import RESERVED_ACTION, refusing
+from database import RESERVED_ACTION, failing
 from samples import (
     CALL,
     MODULE_KEY,
@@ -16,7 +16,7 @@ from samples import (
 )
 from sandbox.records import Action
 
-RESERVED_IS_KEPT = "Action of id -1 is read only and reserved. Deletion is forbidden."
+RESERVED_ACTION_REFUSAL = "Action of id -1 is read only and reserved. Deletion is forbidden."
 
 
 @pytest.fixture
@@ -34,7 +34,7 @@ def store_keys(service, client, events):
 
 @pytest.fixture
 def provisioned(service, client, events, action) -> Action:
-    """A stored action of device management."""
+    """A stored action with a device management id."""
     stored = action._replace(dmId="dm-1")
     assert client.modify_action(stored) == 0
     events.take()
@@ -49,7 +49,7 @@ def bound(sample, action, **fields):
 # Adding
 
 
-def test_an_added_action_gets_the_next_id_and_is_announced_with_it(
+def test_an_added_action_gets_the_next_id_and_an_event_announces_it(
     service, client, events, database
 ):
     events.take()
@@ -61,7 +61,7 @@ def test_an_added_action_gets_the_next_id_and_is_announced_with_it(
     assert service.log.take() == sent("ACTION_CREATE_NTF")
 
 
-def test_any_action_is_added(client, database, action):
+def test_actions_are_added_whatever_their_content(client, database, action):
     samples = [
         Action(),
         CALL,
@@ -77,7 +77,7 @@ def test_any_action_is_added(client, database, action):
 # Modifying
 
 
-def test_a_modified_action_is_stored_and_announced_whole(
+def test_a_modified_action_is_stored_and_an_event_has_all_its_fields(
     service, client, events, database, action
 ):
     changed = Action(
@@ -102,7 +102,7 @@ def test_modifying_an_unknown_action_returns_minus_2_and_logs_one_error(
     assert database.actions() == [RESERVED_ACTION, action]
 
 
-def test_another_short_label_is_sent_to_each_module_key_of_the_action_and_no_other_key(
+def test_a_changed_short_label_is_sent_to_the_module_keys_of_the_action_only(
     client, events, action, store_keys
 ):
     keys = store_keys(
@@ -122,7 +122,7 @@ def test_another_short_label_is_sent_to_each_module_key_of_the_action_and_no_oth
     ]
 
 
-def test_a_change_without_another_short_label_is_only_announced(client, events, action, store_keys):
+def test_a_change_of_other_fields_sends_no_label(client, events, action, store_keys):
     store_keys(bound(MODULE_KEY, action))
     changed = action._replace(
         label="New", arguments="502", action="dial", webAppName="x", type=8, dmId="dm"
@@ -131,7 +131,7 @@ def test_a_change_without_another_short_label_is_only_announced(client, events, 
     assert events.take() == [action_modified(changed)]
 
 
-def test_a_short_label_in_another_case_and_an_empty_one_are_other_short_labels(
+def test_a_short_label_in_upper_case_and_an_empty_one_count_as_changed(
     client, events, action, store_keys
 ):
     (key,) = store_keys(bound(MODULE_KEY, action))
@@ -141,7 +141,7 @@ def test_a_short_label_in_another_case_and_an_empty_one_are_other_short_labels(
         assert events.take() == [action_modified(changed), label_set(key, text)]
 
 
-def test_the_reserved_action_is_modified_like_any_other(
+def test_the_reserved_action_can_be_modified(
     client, events, database, action, store_keys
 ):
     (key,) = store_keys(bound(MODULE_KEY, RESERVED_ACTION))
@@ -154,7 +154,7 @@ def test_the_reserved_action_is_modified_like_any_other(
 # Deleting
 
 
-def test_an_action_is_deleted_and_announced_by_its_id(
+def test_an_action_is_deleted_and_an_event_has_its_id(
     service, client, events, database, action
 ):
     assert client.delete_action(action.idAction) == 0
@@ -168,14 +168,14 @@ def test_the_reserved_action_cannot_be_deleted(
 ):
     keys = store_keys(bound(SET_KEY, RESERVED_ACTION))
     assert client.delete_action(-1) == -2
-    assert service.log.take() == [RESERVED_IS_KEPT]
+    assert service.log.take() == [RESERVED_ACTION_REFUSAL]
     assert service.log.lines()[-1].level == "error"
     assert database.actions() == [RESERVED_ACTION, action]
     assert database.keys() == keys
     assert events.take() == []
     database.execute("DELETE FROM ACTION")
     assert client.delete_action(-1) == -2
-    assert service.log.take() == [RESERVED_IS_KEPT]
+    assert service.log.take() == [RESERVED_ACTION_REFUSAL]
 
 
 def test_deleting_an_unknown_action_returns_minus_2_and_logs_nothing(
@@ -198,7 +198,7 @@ def test_a_provisioned_action_cannot_be_deleted_and_its_keys_stay(
     assert database.keys() == keys
 
 
-def test_the_user_keys_of_a_deleted_action_are_deleted_first_in_the_order_of_their_ids(
+def test_deleting_an_action_deletes_its_user_keys_in_the_order_of_their_ids(
     client, events, database, action, store_keys
 ):
     first, other, second, provisioned, third = store_keys(
@@ -216,11 +216,11 @@ def test_the_user_keys_of_a_deleted_action_are_deleted_first_in_the_order_of_the
     assert database.keys() == [other, provisioned]
 
 
-def test_an_action_is_deleted_although_one_of_its_keys_cannot_be_deleted(
+def test_an_action_is_deleted_even_if_one_of_its_keys_cannot_be_deleted(
     service, client, events, database, action, store_keys
 ):
     first, stuck, last = store_keys(*[bound(SET_KEY, action)] * 3)
-    database.execute(refusing("DELETE", "KEY", f"OLD.idKey = {stuck.idKey}").trigger)
+    database.execute(failing("DELETE", "KEY", f"OLD.idKey = {stuck.idKey}").trigger)
     assert client.delete_action(action.idAction) == 0
     assert events.take() == [
         key_deleted(first.idKey),

@@ -1,4 +1,4 @@
-"""The provisioned defaults, merged at start and at restore."""
+"""The merge of the provisioned defaults at each start and restore."""
 
 import signal
 from typing import Union
@@ -6,7 +6,7 @@ from typing import Union
 import pytest
 
 import golden
-from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database, refusing
+from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION, Database, failing
 from samples import (
     CALL,
     DATABASE_RESET,
@@ -46,19 +46,19 @@ def after(lines: list[LogLine], text: str) -> list[LogLine]:
 
 
 def store(database: Database, *records: Union[Key, Action]) -> None:
-    """Makes a database with these records, as an earlier run of the service leaves it."""
+    """Creates a database with these records, as an earlier run of the service leaves it."""
     database.create(KEY_SCHEMA, ACTION_SCHEMA)
     database.insert(*records)
 
 
 @pytest.fixture
 def provisioned(settings):
-    """Both actions, each with a key, are provisioned."""
+    """The settings provision two actions, each with a key."""
     settings.values.update(BOTH)
     return settings
 
 
-# Cases in files
+# Test cases in files
 
 
 @pytest.mark.parametrize("case", golden.cases(), ids=str)
@@ -70,15 +70,15 @@ def test_a_start_merges_the_settings_into_the_tables(case, settings, start, even
     case.check(lines, events.take(), golden.Contents(database.actions(), database.keys()))
 
 
-# When and how often
+# Time and order of the merge
 
 
-def test_a_start_reads_the_actions_then_the_keys_and_the_limit_for_each_key(provisioned, start):
+def test_a_start_reads_the_actions_the_keys_and_then_the_limit_for_each_key(provisioned, start):
     start()
     assert provisioned.names_read() == ["DefaultActions", "DefaultKeys", *["ProgKeysMax"] * 2]
 
 
-def test_the_service_appears_on_the_bus_after_the_merge(provisioned, launch, client):
+def test_the_service_claims_its_name_after_the_merge(provisioned, launch, client):
     provisioned.hang()
     service = launch()
     provisioned.wait_for_calls(1)
@@ -91,7 +91,7 @@ def test_the_service_appears_on_the_bus_after_the_merge(provisioned, launch, cli
     service.stop()
 
 
-def test_a_second_start_keeps_the_ids_of_actions_and_creates_the_keys_again(
+def test_a_second_start_keeps_the_action_ids_and_creates_the_keys_again(
     provisioned, start, database
 ):
     start().stop()
@@ -102,7 +102,7 @@ def test_a_second_start_keeps_the_ids_of_actions_and_creates_the_keys_again(
 
 
 @pytest.mark.parametrize("hook", ["restore_default", "restore_factory"])
-def test_a_restore_is_announced_and_merges_into_empty_tables(
+def test_a_restore_sends_its_event_and_merges_into_empty_tables(
     provisioned, start, client, events, database, hook
 ):
     service = start()
@@ -125,9 +125,9 @@ def test_a_restore_is_announced_and_merges_into_empty_tables(
     ]
     assert provisioned.names_read()[:2] == ["DefaultActions", "DefaultKeys"]
     lines = service.log.take()
-    own_line = [RESTORING_FACTORY] if hook == "restore_factory" else []
+    factory_line = [RESTORING_FACTORY] if hook == "restore_factory" else []
     assert lines == [
-        *own_line,
+        *factory_line,
         RESTORING_DEFAULT,
         *sent("DB_RESET_NTF"),
         "Processing 2 dm actions and 2 dm keys",
@@ -155,7 +155,7 @@ def test_a_restore_reads_the_settings_again(provisioned, start, client, database
     [(3, []), (4, ["Skipping invalid dm action: too,few", "Skipping invalid dm key: "])],
     ids=["nothing at level 3", "the skipped records at level 4"],
 )
-def test_a_merge_logs_its_warnings_from_level_4(settings, start, level, lines):
+def test_a_merge_logs_its_warnings_at_level_4(settings, start, level, lines):
     settings.values["DefaultActions"] = f"{D1_TEXT}#too,few"
     assert start(log_level=level).log.texts() == lines
 
@@ -193,7 +193,7 @@ def test_provisioned_keys_are_deleted_by_a_start_without_settings_and_created_by
     provisioned.fail("com.velmora.Tessaro.Error.Busy")
     start().stop()
     assert (database.actions(), database.keys()) == (actions, [])
-    provisioned.answer_properly()
+    provisioned.answer_from_values()
     start().stop()
     assert database.actions() == actions
     assert [key.dmId for key in database.keys()] == ["D1", "D2"]
@@ -202,11 +202,11 @@ def test_provisioned_keys_are_deleted_by_a_start_without_settings_and_created_by
 # Statements that fail
 
 
-def test_the_merge_goes_on_after_an_action_that_cannot_be_added(
+def test_the_merge_continues_after_an_action_that_cannot_be_added(
     provisioned, start, events, database
 ):
     store(database, RESERVED_ACTION)
-    fault = refusing("INSERT", "ACTION", "NEW.dmId = 'D1'")
+    fault = failing("INSERT", "ACTION", "NEW.dmId = 'D1'")
     database.execute(fault.trigger)
     service = start()
     d2 = D2._replace(idAction=1)
@@ -220,12 +220,12 @@ def test_the_merge_goes_on_after_an_action_that_cannot_be_added(
     assert added == ["action of id D1 added", "action of id D2 added"]
 
 
-def test_the_merge_goes_on_after_an_action_that_cannot_be_modified(
+def test_the_merge_continues_after_an_action_that_cannot_be_modified(
     provisioned, start, events, database
 ):
     d1, d2 = D1._replace(idAction=1, label="old"), D2._replace(idAction=2)
     store(database, RESERVED_ACTION, d1, d2._replace(label="old"))
-    database.execute(refusing("UPDATE", "ACTION", "NEW.dmId = 'D1'").trigger)
+    database.execute(failing("UPDATE", "ACTION", "NEW.dmId = 'D1'").trigger)
     service = start()
     assert database.actions() == [RESERVED_ACTION, d1, d2]
     assert [key.idAction for key in database.keys()] == [1, 2]
@@ -233,12 +233,12 @@ def test_the_merge_goes_on_after_an_action_that_cannot_be_modified(
     assert service.log.texts("error")[-1] == "ZelProgrammableKeys::modifyAction(1) : fail !"
 
 
-def test_provisioned_keys_that_cannot_be_deleted_stay_beside_the_new_ones(
+def test_provisioned_keys_that_cannot_be_deleted_stay_and_new_ones_are_added(
     provisioned, start, database
 ):
     d1, old_key = D1._replace(idAction=1), D1_KEY._replace(idKey=5, idAction=1)
     store(database, RESERVED_ACTION, d1, old_key)
-    fault = refusing("DELETE", "KEY")
+    fault = failing("DELETE", "KEY")
     database.execute(fault.trigger)
     service = start()
     assert [key.dmId for key in database.keys()] == ["D1", "D1", "D2"]
@@ -247,10 +247,10 @@ def test_provisioned_keys_that_cannot_be_deleted_stay_beside_the_new_ones(
     assert failed_statement(line, "DELETE FROM KEY WHERE DMID<>''", fault.message)
 
 
-def test_the_merge_goes_on_after_a_key_that_cannot_be_created(
+def test_the_merge_continues_after_a_key_that_cannot_be_created(
     provisioned, start, database
 ):
     store(database, RESERVED_ACTION)
-    database.execute(refusing("INSERT", "KEY", "NEW.dmId = 'D1'").trigger)
+    database.execute(failing("INSERT", "KEY", "NEW.dmId = 'D1'").trigger)
     start()
     assert [key.dmId for key in database.keys()] == ["D2"]

@@ -1,4 +1,4 @@
-"""The end of the process while calls wait and peers do not answer."""
+"""The end of the process while calls wait or peers do not reply."""
 
 import os
 import signal
@@ -20,7 +20,7 @@ HOME_KEY = SET_KEY._replace(idAction=RESERVED_ACTION.idAction)
 
 @pytest.fixture
 def busy(service, client, settings):
-    """A creation that hangs in its read of the limit; `release` of the settings lets it go on."""
+    """The creation of a key, blocked while it reads the limit until `settings.release()`."""
     calls = len(settings.calls)
     settings.hang()
     creation = client.send("createProgrammableKey", KEY, HOME_KEY)
@@ -35,7 +35,7 @@ def assert_refused(reply):
     assert refusal.value.message == "The module is ending"
 
 
-def test_a_termination_lets_the_current_call_finish_and_refuses_those_that_wait(
+def test_sigterm_lets_the_current_call_finish_and_refuses_waiting_calls(
     service, client, settings, busy, database
 ):
     waiting = [client.send("createProgrammableKey", KEY, HOME_KEY) for _ in range(3)]
@@ -49,26 +49,26 @@ def test_a_termination_lets_the_current_call_finish_and_refuses_those_that_wait(
     assert len(database.keys()) == 1
 
 
-def test_stop_is_answered_and_calls_behind_it_are_refused(service, client, settings, busy, database):
+def test_stop_returns_and_later_calls_are_refused(service, client, settings, busy, database):
     stop = client.send("stop", interface=LIFECYCLE)
-    behind = client.send("createProgrammableKey", KEY, HOME_KEY)
+    later = client.send("createProgrammableKey", KEY, HOME_KEY)
     client.bus_round_trip()
     settings.release()
     assert busy.wait().values == (1,)
     assert stop.wait().values == (True,)
-    assert_refused(behind)
+    assert_refused(later)
     assert service.wait_for_exit() == 0
     assert len(database.keys()) == 1
 
 
-def test_a_termination_during_the_start_ends_it_before_the_service_appears(launch, client, settings):
+def test_sigterm_during_the_start_ends_it_before_the_name_is_claimed(launch, client, settings):
     settings.hang()
     process = launch()
     settings.wait_for_calls(1)
     owner = client.watch_owner(bus_name(SERVICE))
     process.send_signal(signal.SIGTERM)
     settings.release()
-    settings.answer_properly()
+    settings.answer_from_values()
     assert process.wait_for_exit() == 0
     assert owner.current == ""
 
@@ -81,7 +81,9 @@ def test_repeated_signals_end_the_service_cleanly(service, client, action, data_
     assert [path.name for path in (data_root / SERVICE).iterdir()] == ["zelprogrammablekeys.data"]
 
 
-def test_a_bus_that_is_lost_while_the_start_waits_for_a_peer_ends_it_with_1(launch, bus, settings):
+def test_a_start_that_waits_for_a_peer_ends_with_status_1_if_the_bus_is_lost(
+    launch, bus, settings
+):
     settings.hang()
     process = launch()
     settings.wait_for_calls(1)

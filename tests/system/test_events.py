@@ -1,4 +1,4 @@
-"""Events on the bus: names, arguments, types and order, and the log lines about them."""
+"""Events on the bus: names, arguments, types, order, and log lines."""
 
 import pytest
 
@@ -10,7 +10,7 @@ PLACE = [("addr", "i"), ("aom_type", "i"), ("key_num", "i")]
 
 
 class Scene:
-    """One stored module key with its action, and an ordinary call that causes each event."""
+    """A stored module key with its action, and a method that causes each event."""
 
     def __init__(self, client, settings):
         self.client = client
@@ -81,7 +81,7 @@ def scene(service, client, settings, events):
 
 
 @pytest.mark.parametrize("name", EVENTS_SENT)
-def test_an_event_has_its_arguments_in_order_all_flagged_true_and_one_debug_line(
+def test_an_event_has_ordered_arguments_with_true_flags_and_one_debug_line(
     service, scene, events, name
 ):
     cause, arguments = EVENTS_SENT[name]
@@ -109,7 +109,7 @@ def test_a_sent_event_is_not_logged_at_level_6(start, client, events, settings):
     assert service.log.take() == []
 
 
-def test_an_event_is_a_signal_of_the_events_interface_from_the_object_of_the_module(scene, client):
+def test_an_event_is_a_signal_of_the_events_interface_from_the_module_object(scene, client):
     signals = []
 
     def receive(name, _arguments, **where):
@@ -134,5 +134,5 @@ def test_an_event_is_sent_after_the_write_and_before_the_reply(scene, client, ev
         (event.name, len(database.keys()), len(database.actions()))
     )
     client.send("deleteAction", "x", scene.id_action).wait()
-    # At the first event both rows are gone, because the action is deleted before its keys.
+    # At the first event, the action's row is already deleted.
     assert rows == [("KEY_DELETE_NTF", 0, 1), ("ACTION_DELETE_NTF", 0, 1)]

@@ -1,4 +1,4 @@
-"""What the framework does with a module whose hooks fail, throw or end the process."""
+"""The framework and a module whose hooks fail, throw or end the process."""
 
 import fcntl
 import os
@@ -18,17 +18,17 @@ INVOCATION_FAILED = "com.velmora.Tessaro.Error.InvocationFailed"
 
 @pytest.fixture
 def launch_subject(bin_dir, bus, data_root, tmp_path):
-    """Starts a module that does what its words say; see tests/system/subject."""
+    """Starts the test module with arguments; see tests/system/subject."""
     launched = []
 
-    def launch(*words):
+    def launch(*arguments):
         environment = {
             **clean_environment(),
             "DBUS_SYSTEM_BUS_ADDRESS": bus.address,
             "ZEL_DATA_ROOT": f"{data_root}/",
             "ZEL_LOG_LEVEL": "7",
         }
-        command = [str(bin_dir.parent / "tests" / "subject"), *words]
+        command = [str(bin_dir.parent / "tests" / "subject"), *arguments]
         log = tmp_path / f"subject-{len(launched)}.log"
         launched.append(Module(SUBJECT, command, environment, log))
         return launched[-1]
@@ -45,8 +45,8 @@ def launch_subject(bin_dir, bus, data_root, tmp_path):
 
 @pytest.fixture
 def start_subject(launch_subject, client):
-    def start(*words):
-        process = launch_subject(*words)
+    def start(*arguments):
+        process = launch_subject(*arguments)
         process.wait_until_ready(client)
         return process
 
@@ -75,22 +75,22 @@ def echo(client, text="are you there?"):
 
 
 def answers(client, method, *arguments, interface=INTERFACE, wants_reply=True):
-    """All messages that answer a call. A library that waits for the reply would drop a second one."""
+    """All replies to a call. A library that waits for the reply would drop a second one."""
     signature = "s" * len(arguments)
     message = client.message(method, signature, *arguments, module=SUBJECT, interface=interface)
     message.set_no_reply(not wants_reply)
-    came = []
+    received = []
 
     def keep(_connection, answer):
-        came.append(answer)
+        received.append(answer)
         return HANDLER_RESULT_NOT_YET_HANDLED
 
     client.connection.add_message_filter(keep)
     serial = client.connection.send_message(message)
-    echo(client)  # the bus keeps the order of the answers
+    echo(client)  # the bus keeps the order of the replies
     return [
         (answer.get_error_name(), "".join(map(str, answer.get_args_list())))
-        for answer in came
+        for answer in received
         if answer.get_reply_serial() == serial
     ]
 
@@ -99,7 +99,7 @@ def answers(client, method, *arguments, interface=INTERFACE, wants_reply=True):
 
 
 @pytest.mark.parametrize(
-    "words, ran",
+    "arguments, ran",
     [
         pytest.param("check=no deploy=no", "check deploy", id="deploy fails"),
         pytest.param("init=no", "check init", id="init fails"),
@@ -107,15 +107,17 @@ def answers(client, method, *arguments, interface=INTERFACE, wants_reply=True):
         pytest.param("start=no", "check init start", id="start fails"),
     ],
 )
-def test_a_hook_that_fails_is_named_and_ends_the_process_with_status_1(launch_subject, words, ran):
-    process = launch_subject(*words.split())
+def test_a_hook_that_fails_is_logged_and_ends_the_process_with_status_1(
+    launch_subject, arguments, ran
+):
+    process = launch_subject(*arguments.split())
     assert process.wait_for_exit() == 1
     assert hooks(process) == ran.split()
     assert process.log.texts("error") == [f"The module's hook {ran.split()[-1]} failed"]
 
 
 @pytest.mark.parametrize(
-    "words, ran",
+    "arguments, ran",
     [
         pytest.param("check=throw", "check", id="check throws"),
         pytest.param("check=no deploy=throw", "check deploy", id="deploy throws"),
@@ -123,8 +125,8 @@ def test_a_hook_that_fails_is_named_and_ends_the_process_with_status_1(launch_su
         pytest.param("start=throw", "check init start", id="start throws"),
     ],
 )
-def test_a_hook_that_throws_ends_the_process_with_status_1(launch_subject, words, ran):
-    process = launch_subject(*words.split())
+def test_a_hook_that_throws_ends_the_process_with_status_1(launch_subject, arguments, ran):
+    process = launch_subject(*arguments.split())
     assert process.wait_for_exit() == 1
     assert hooks(process) == ran.split()
     message = f"Exception of type 4 left module Subject: {ran.split()[-1]} threw"
@@ -132,52 +134,57 @@ def test_a_hook_that_throws_ends_the_process_with_status_1(launch_subject, words
 
 
 @pytest.mark.parametrize(
-    "words, ran",
+    "arguments, ran",
     [
         pytest.param("check=term", "check", id="during check"),
         pytest.param("init=term", "check init", id="during init"),
         pytest.param("start=term", "check init start", id="during start"),
     ],
 )
-def test_a_signal_during_a_hook_ends_the_start_with_status_0(launch_subject, words, ran):
-    process = launch_subject(*words.split())
+def test_a_signal_during_a_hook_ends_the_start_with_status_0(launch_subject, arguments, ran):
+    process = launch_subject(*arguments.split())
     assert process.wait_for_exit() == 0
     assert hooks(process) == ran.split()
     assert process.log.texts("error", "warning", "info") == []
 
 
-def test_a_module_without_an_adaptor_appears_with_its_lifecycle(start_subject, client):
-    start_subject("mute")
+def test_a_module_without_an_adaptor_has_the_lifecycle_interface(start_subject, client):
+    start_subject("no-adaptor")
     with pytest.raises(BusError):
         echo(client)
     assert client.lifecycle("restoreDefault", SUBJECT).values == (True,)
 
 
-# Hooks on request
+# Lifecycle calls
 
-ANSWERING = ["restoreDefault", "restoreFactory", "preSaveForSaveRestore", "postRestoreForSaveRestore"]
-SILENT = {"presentationLoaded": "presentation_loaded", "presentationStop": "presentation_stop"}
+BOOL_METHODS = [
+    "restoreDefault",
+    "restoreFactory",
+    "preSaveForSaveRestore",
+    "postRestoreForSaveRestore",
+]
+VOID_METHODS = {"presentationLoaded": "presentation_loaded", "presentationStop": "presentation_stop"}
 
 
-@pytest.mark.parametrize("words, answer", [([], True), (["=no"], False)], ids=["true", "false"])
-def test_a_lifecycle_method_runs_its_hook_once_and_returns_its_answer(
-    start_subject, client, words, answer
+@pytest.mark.parametrize("values, result", [([], True), (["=no"], False)], ids=["true", "false"])
+def test_a_lifecycle_method_runs_its_hook_once_and_returns_its_result(
+    start_subject, client, values, result
 ):
-    process = start_subject(*(method + word for method in ANSWERING for word in words))
-    for method in ANSWERING:
+    process = start_subject(*(method + value for method in BOOL_METHODS for value in values))
+    for method in BOOL_METHODS:
         reply = client.lifecycle(method, SUBJECT)
-        assert (reply.signature, reply.values) == ("b", (answer,))
-    assert hooks(process) == ["check", "init", "start", *ANSWERING]
+        assert (reply.signature, reply.values) == ("b", (result,))
+    assert hooks(process) == ["check", "init", "start", *BOOL_METHODS]
 
 
 def test_a_presentation_method_runs_its_hook_and_returns_nothing(start_subject, client):
     process = start_subject()
-    for method in SILENT:
+    for method in VOID_METHODS:
         assert client.lifecycle(method, SUBJECT).signature == ""
-    assert hooks(process)[3:] == list(SILENT.values())
+    assert hooks(process)[3:] == list(VOID_METHODS.values())
 
 
-def test_a_stop_hook_that_fails_is_answered_and_the_process_ends_with_status_0(
+def test_stop_returns_the_result_of_a_failed_hook_and_the_process_ends_with_status_0(
     start_subject, client
 ):
     process = start_subject("stop=no")
@@ -186,7 +193,7 @@ def test_a_stop_hook_that_fails_is_answered_and_the_process_ends_with_status_0(
 
 
 @pytest.mark.parametrize("interface", [LIFECYCLE, INTERFACE], ids=["lifecycle", "operations"])
-def test_the_hooks_of_the_start_cannot_be_called(start_subject, client, interface):
+def test_the_start_hooks_cannot_be_called_over_the_bus(start_subject, client, interface):
     process = start_subject()
     for hook in ("check", "deploy", "init", "start"):
         with pytest.raises(BusError):
@@ -200,9 +207,9 @@ def test_the_hooks_of_the_start_cannot_be_called(start_subject, client, interfac
 @pytest.mark.parametrize(
     "message",
     ["why", "", "%1 %2 %s", "Grüße 電話"],
-    ids=["a message", "no message", "placeholders", "a message beyond ASCII"],
+    ids=["a message", "no message", "placeholders", "a message with non-ASCII characters"],
 )
-def test_an_exception_that_leaves_a_call_is_one_error_reply_and_one_line(
+def test_an_exception_in_a_call_sends_one_error_reply_and_logs_one_line(
     start_subject, client, message
 ):
     process = start_subject()
@@ -214,23 +221,23 @@ def test_an_exception_that_leaves_a_call_is_one_error_reply_and_one_line(
     ]
 
 
-def test_a_failed_call_that_expects_no_reply_gets_none(start_subject, client):
+def test_a_failed_call_that_expects_no_reply_gets_no_reply(start_subject, client):
     process = start_subject()
-    assert answers(client, "fail", "unheard", wants_reply=False) == []
+    assert answers(client, "fail", "why", wants_reply=False) == []
     assert len(process.log.texts("error")) == 1
 
 
-@pytest.mark.parametrize("method", [*ANSWERING, "stop", *SILENT])
-def test_an_exception_that_leaves_a_lifecycle_hook_is_one_error_reply(
+@pytest.mark.parametrize("method", [*BOOL_METHODS, "stop", *VOID_METHODS])
+def test_an_exception_in_a_lifecycle_hook_sends_one_error_reply(
     start_subject, client, method
 ):
-    hook = SILENT.get(method, method)
+    hook = VOID_METHODS.get(method, method)
     start_subject(f"{hook}=throw")
     expected = [(INVOCATION_FAILED, f"{hook} threw")]
     assert answers(client, method, interface=LIFECYCLE) == expected
 
 
-def test_an_exception_that_leaves_the_slot_of_an_event_is_logged_and_the_next_event_handled(
+def test_an_exception_in_an_event_slot_is_logged_and_the_next_event_is_handled(
     start_subject, client
 ):
     process = start_subject()
@@ -241,7 +248,7 @@ def test_an_exception_that_leaves_the_slot_of_an_event_is_logged_and_the_next_ev
     assert process.log.texts("error") == ["Exception of type 7 left module Subject: why"]
 
 
-def test_an_exception_that_leaves_the_event_loop_is_logged_and_the_loop_goes_on(
+def test_an_exception_outside_of_a_call_is_logged_and_the_event_loop_continues(
     start_subject, client
 ):
     process = start_subject()
@@ -254,44 +261,44 @@ def test_an_exception_that_leaves_the_event_loop_is_logged_and_the_loop_goes_on(
 # The log
 
 
-def test_reports_of_the_libraries_are_lines_of_the_log(start_subject, client):
+def test_messages_of_qt_are_log_lines(start_subject, client):
     process = start_subject()
-    client.call("report", "s", "100 %1", module=SUBJECT)
-    reports = [(line.level, line.text) for line in process.log.lines() if "%1" in line.text]
-    assert reports == [(level, "100 %1") for level in ("debug", "info", "warning", "error")]
+    client.call("logThroughQt", "s", "100 %1", module=SUBJECT)
+    lines = [(line.level, line.text) for line in process.log.lines() if "%1" in line.text]
+    assert lines == [(level, "100 %1") for level in ("debug", "info", "warning", "error")]
 
 
 # Data that fails its check
 
 
 @pytest.mark.parametrize("link", [SUBJECT, f"{SUBJECT}/data"], ids=["directory", "file"])
-def test_linked_data_is_copied_aside(start_subject, data, data_root, link):
-    far = data_root.parent / "far"
-    (data_root / link).rename(far)
-    (data_root / link).symlink_to(far)
+def test_the_backup_contains_the_targets_of_symbolic_links(start_subject, data, data_root, link):
+    target = data_root.parent / "target"
+    (data_root / link).rename(target)
+    (data_root / link).symlink_to(target)
     start_subject("check=no")
     data.write_text("overwritten")
     assert (data_root / f"{SUBJECT}.before-deploy" / "data").read_text() == "the keys"
 
 
 @pytest.mark.parametrize(
-    "word, status",
+    "argument, status",
     [
         pytest.param("deploy=no", 1, id="deploy fails"),
         pytest.param("deploy=term", 0, id="a signal comes during deploy"),
     ],
 )
-def test_data_is_copied_aside_but_stays_if_the_start_ends_in_deploy(
-    launch_subject, data, data_root, word, status
+def test_data_is_backed_up_and_kept_if_the_start_ends_in_deploy(
+    launch_subject, data, data_root, argument, status
 ):
-    process = launch_subject("check=no", word)
+    process = launch_subject("check=no", argument)
     assert process.wait_for_exit() == status
     assert hooks(process) == ["check", "deploy"]
     assert names_in(data_root) == [SUBJECT, f"{SUBJECT}.before-deploy"]
     assert data.read_text() == "the keys"
 
 
-def test_data_that_cannot_be_copied_aside_is_left_as_it_is(launch_subject, data, data_root):
+def test_data_that_cannot_be_backed_up_is_not_changed(launch_subject, data, data_root):
     (data.parent / "link").symlink_to(data_root / "nowhere")
     process = launch_subject("check=no", "deploy=wipe")
     assert process.wait_for_exit() == 1
@@ -304,12 +311,12 @@ def test_data_that_cannot_be_copied_aside_is_left_as_it_is(launch_subject, data,
     "name, place",
     [
         pytest.param("data", (), id="the whole file"),
-        pytest.param("data", (1, 3 << 30), id="a byte beyond 2 GiB"),
+        pytest.param("data", (1, 3 << 30), id="one byte at an offset of more than 2 GiB"),
         pytest.param(".hidden", (), id="a hidden file"),
         pytest.param("sub/file", (), id="a file in a subdirectory"),
     ],
 )
-def test_data_that_another_process_has_locked_is_left_as_it_is(
+def test_data_that_another_process_has_locked_is_not_changed(
     launch_subject, data, data_root, name, place
 ):
     path = data.parent / name
@@ -324,14 +331,14 @@ def test_data_that_another_process_has_locked_is_left_as_it_is(
     assert (names_in(data_root), data.read_text()) == ([SUBJECT], "the keys")
 
 
-def test_a_lock_that_lets_others_read_does_not_keep_data_from_deploy(start_subject, data):
+def test_deploy_runs_despite_a_shared_lock(start_subject, data):
     with open(data, encoding="utf-8") as file:
         fcntl.lockf(file, fcntl.LOCK_SH)
         process = start_subject("check=no")
     assert hooks(process) == ["check", "deploy", "check", "init", "start"]
 
 
-def test_a_directory_without_data_is_neither_checked_again_nor_set_aside(
+def test_a_directory_without_data_is_not_checked_after_deploy_and_not_set_aside(
     start_subject, data, data_root
 ):
     data.write_text("")
@@ -340,7 +347,7 @@ def test_a_directory_without_data_is_neither_checked_again_nor_set_aside(
     assert names_in(data_root) == [SUBJECT]
 
 
-def test_a_directory_that_is_gone_after_deploy_is_not_set_aside(launch_subject, data, data_root):
+def test_a_directory_that_deploy_removed_is_not_set_aside(launch_subject, data, data_root):
     process = launch_subject("check=never", "deploy=wipe")
     assert process.wait_for_exit() == 1
     assert names_in(data_root) == [f"{SUBJECT}.before-deploy"]

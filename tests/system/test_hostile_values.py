@@ -1,4 +1,4 @@
-"""Extreme numbers and unusual texts: they are stored, sent and returned unchanged."""
+"""Extreme numbers and unusual texts in records."""
 
 import pytest
 
@@ -28,20 +28,20 @@ TEXTS = {
     "a mebibyte of Unicode": "電話🙂é" * (MEBIBYTE // 12),
     "quotes": "it's ''quoted'' and \"quoted\"",
     "SQL": "x'); DROP TABLE KEY; --",
-    "SQL that opens a comment": "/* '",
-    "placeholders of SQL": "? ?1 :a :name @b $c",
-    "placeholders of texts": "%1 %2 %L1 %% %s %n",
+    "an SQL comment": "/* '",
+    "SQL placeholders": "? ?1 :a :name @b $c",
+    "format placeholders": "%1 %2 %L1 %% %s %n",
     "wildcards": "%_*[a-z]?",
     "backslashes": "\\ \\n \\0 \\' \\\\",
     "control characters": "".join(map(chr, range(1, 32))) + "\x7f\x80\x9f",
-    "blanks and line ends around": "  \t\r\n around \u00a0\u3000 \n",
+    "outer spaces and line breaks": "  \t\r\n around \u00a0\u3000 \n",
     "a number": "007",
     "a large number": "1e999",
     "the word null": "NULL",
     "right to left": "שלום \u202eהפוך\u202c",
     "combined accents": "e\u0301 is not é",
     "characters outside the basic plane": "🙂👩‍👩‍👧𝔘\U0010fffd",
-    "a byte order mark within": "a\ufeffb\ufeff",
+    "a byte order mark that is not at the start": "a\ufeffb\ufeff",
     "unassigned characters": "\ufdd0\ue000\u0378\U000e0001",
     "separators of settings": "a,b#c\\,d\\#e escComa escSharp",
     "markup": '<arg type="x"/>&amp;]]>',
@@ -49,7 +49,7 @@ TEXTS = {
 
 
 @pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
-def test_a_text_is_stored_sent_found_and_returned_unchanged(
+def test_a_text_is_stored_sent_and_returned_unchanged_and_can_be_searched(
     service, client, events, database, text
 ):
     action = Action(1, f"D{text}", 1, text, text, text, text, "other")
@@ -91,7 +91,7 @@ def test_a_text_is_stored_sent_found_and_returned_unchanged(
     ],
     ids=ascii,
 )
-def test_a_byte_order_mark_or_noncharacter_at_the_beginning_does_not_change_the_rest_of_a_text(
+def test_a_leading_byte_order_mark_or_noncharacter_does_not_change_the_rest_of_a_text(
     service, client, database, text, stored, returned
 ):
     # The bus library removes the first mark. SQLite replaces a noncharacter.
@@ -101,7 +101,7 @@ def test_a_byte_order_mark_or_noncharacter_at_the_beginning_does_not_change_the_
 
 
 @pytest.mark.parametrize("number", [INT_MIN, -1, 0, INT_MAX])
-def test_a_number_of_32_bits_is_stored_sent_and_returned_unchanged(
+def test_a_32_bit_number_is_stored_sent_and_returned_unchanged(
     service, client, events, database, number
 ):
     action = CALL._replace(idAction=1, type=number)
@@ -129,7 +129,7 @@ def test_a_number_of_32_bits_is_stored_sent_and_returned_unchanged(
     assert client.get_action(1) == [action]
 
 
-def test_ids_beyond_32_bits_are_assigned_sent_and_found(client, events, database, action):
+def test_ids_of_more_than_32_bits_are_assigned_sent_and_found(client, events, database, action):
     beyond = 2**40
     database.execute(
         f"INSERT INTO sqlite_sequence (name, seq) VALUES ('KEY', {beyond})",
@@ -145,7 +145,7 @@ def test_ids_beyond_32_bits_are_assigned_sent_and_found(client, events, database
 
 
 @pytest.mark.parametrize("number", [LONG_MIN, LONG_MAX, 2**32])
-def test_records_with_extreme_ids_are_handled_like_others(
+def test_records_can_have_extreme_ids(
     client, events, database, action, number
 ):
     database.insert(
@@ -167,7 +167,7 @@ def test_records_with_extreme_ids_are_handled_like_others(
 
 
 @pytest.mark.parametrize("number", [LONG_MIN, -(2**32), 2**32 + 1, LONG_MAX])
-def test_an_extreme_id_without_a_record_is_refused_by_every_operation(
+def test_every_operation_refuses_an_extreme_id_without_a_record(
     service, client, events, database, action, number
 ):
     before = database.actions()
@@ -190,7 +190,7 @@ def test_an_extreme_id_without_a_record_is_refused_by_every_operation(
     assert (database.actions(), database.keys()) == (before, [])
 
 
-def test_a_thousand_keys_and_many_mebibytes_are_each_returned_in_one_reply(
+def test_a_thousand_keys_or_many_mebibytes_fit_into_one_reply(
     client, action, database
 ):
     keys = [SET_KEY._replace(idKey=1 + number, position=number) for number in range(1000)]

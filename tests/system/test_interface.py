@@ -1,4 +1,4 @@
-"""The interface on the bus: methods, types, introspection, and calls that are refused."""
+"""The interface on the bus: methods, types, introspection, and invalid calls."""
 
 import os
 import subprocess
@@ -25,7 +25,7 @@ def key(client, action):
 # Methods
 
 
-def test_each_method_returns_its_type_and_its_value(client, action, key):
+def test_each_method_returns_a_value_of_its_type(client, action, key):
     id_key, id_action = key.idKey, action.idAction
     calls = [
         ("getAllProgrammableKeys", "", [], f"a{KEY}", [key]),
@@ -52,7 +52,7 @@ def test_each_method_returns_its_type_and_its_value(client, action, key):
         assert (reply.signature, reply.values) == (returns, (value,)), method
 
 
-def test_a_call_without_a_reply_is_carried_out(service, client, events, database):
+def test_a_call_that_expects_no_reply_is_executed(service, client, events, database):
     message = client.message("addAction", ACTION, CALL)
     message.set_no_reply(True)
     client.connection.send_message(message)
@@ -129,7 +129,7 @@ METHODS = [
 ]
 
 
-def test_the_introspection_text_is_exactly_that_of_the_interface(service, client):
+def test_the_introspection_text_has_exactly_the_methods_of_the_interface(service, client):
     expected = [f'  <interface name="{INTERFACE}" >']
     for name, *arguments in METHODS:
         elements = "\n".join(arguments).splitlines()
@@ -141,7 +141,7 @@ def test_the_introspection_text_is_exactly_that_of_the_interface(service, client
     assert lines[begin:end] == expected
 
 
-def test_gdbus_reads_the_introspection_of_the_object(service, bus):
+def test_gdbus_reads_the_introspection_text(service, bus):
     command = ["gdbus", "introspect", "--xml", "--system"]
     printed = subprocess.run(
         [*command, "-d", bus_name(SERVICE), "-o", object_path(SERVICE)],
@@ -167,10 +167,10 @@ def test_gdbus_reads_the_introspection_of_the_object(service, bus):
     ]
 
 
-# Calls that are refused
+# Invalid calls
 
 
-def test_a_call_with_another_signature_is_an_error_and_changes_nothing(
+def test_a_call_with_a_wrong_signature_returns_an_error_and_changes_nothing(
     service, client, events, database, action, key
 ):
     calls = [
@@ -212,7 +212,7 @@ def test_a_call_with_another_signature_is_an_error_and_changes_nothing(
     assert (database.actions(), database.keys()) == before
 
 
-def test_each_of_a_thousand_wrong_calls_at_once_is_answered_by_an_error(service, client):
+def test_each_of_a_thousand_concurrent_invalid_calls_gets_an_error(service, client):
     pending = [client.send("getAction", "s", str(number)) for number in range(1000)]
     for reply in pending:
         with pytest.raises(BusError):

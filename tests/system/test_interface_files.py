@@ -1,4 +1,4 @@
-"""The published interface files: they agree with the service, and standard tools read them."""
+"""The published interface files match the service, and standard tools can read them."""
 
 import re
 import subprocess
@@ -29,7 +29,7 @@ every_file = pytest.mark.parametrize(
 
 
 def run(*command: object, cwd: Path) -> None:
-    """Runs a tool that must succeed and write nothing to its error output."""
+    """Runs a tool. It must succeed and print no errors."""
     result = subprocess.run(
         [str(word) for word in command],
         cwd=cwd,
@@ -41,7 +41,7 @@ def run(*command: object, cwd: Path) -> None:
     assert (result.returncode, result.stderr) == (0, "")
 
 
-# Agreement with the service
+# Comparison with the service
 
 
 @pytest.mark.parametrize(
@@ -53,7 +53,7 @@ def test_a_file_has_the_methods_that_the_service_publishes(service, client, name
     assert methods_of(interface_of_file(name)) == methods
 
 
-def test_an_event_is_the_signal_of_its_file_and_the_match_in_the_file_selects_one_event(
+def test_an_event_is_the_signal_in_the_file_and_the_match_rule_in_the_file_selects_it(
     service, client
 ):
     signals: list[Any] = []
@@ -82,7 +82,7 @@ def test_an_event_is_the_signal_of_its_file_and_the_match_in_the_file_selects_on
     )
 
 
-def test_the_file_has_the_bus_name_and_the_object_path():
+def test_the_file_names_the_service_and_the_object_path():
     text = FILES[INTERFACE].read_text(encoding="utf-8")
     assert f"Service name: {bus_name(SERVICE)}\n" in text
     assert f"Object path:  {object_path(SERVICE)}\n" in text
@@ -92,7 +92,7 @@ def test_the_file_has_the_bus_name_and_the_object_path():
 
 
 @every_file
-def test_a_file_is_valid_by_the_dtd(name, tmp_path):
+def test_a_file_is_valid_according_to_the_dtd(name, tmp_path):
     dtd = dtd_of_introspection()
     run("xmllint", "--noout", "--nonet", "--dtdvalid", dtd, FILES[name], cwd=tmp_path)
 
@@ -102,7 +102,7 @@ def paragraphs(element: ElementTree.Element) -> list[str]:
 
 
 @every_file
-def test_gdbus_codegen_makes_a_complete_manual(name, tmp_path):
+def test_gdbus_codegen_generates_a_complete_manual(name, tmp_path):
     run("gdbus-codegen", "--generate-docbook", "manual", FILES[name], cwd=tmp_path)
     manual = ElementTree.parse(tmp_path / f"manual-{name}.xml").getroot()
     assert manual.findtext("refnamediv/refpurpose")
@@ -118,7 +118,7 @@ def test_gdbus_codegen_makes_a_complete_manual(name, tmp_path):
 
 
 @every_file
-def test_qdbusxml2cpp_makes_a_proxy_without_a_warning(name, tmp_path):
+def test_qdbusxml2cpp_generates_a_proxy_without_a_warning(name, tmp_path):
     run(qdbusxml2cpp(), "-p", "proxy.h:", FILES[name], cwd=tmp_path)
     proxy = (tmp_path / "proxy.h").read_text(encoding="utf-8")
     element = interface_of_file(name)
@@ -144,7 +144,7 @@ def test_the_interface_and_each_method_signal_and_argument_are_documented(name):
         assert list(comment.parameters) == [arg.get("name") for arg in element.findall("arg")]
 
 
-def test_result_arguments_of_one_type_have_one_name():
+def test_all_result_arguments_of_a_type_have_the_same_name():
     names: dict[str, set[str]] = {}
     for arg in interface_of_file(INTERFACE).iter("arg"):
         if arg.get("direction") == "out":

@@ -2,7 +2,7 @@
 
 import pytest
 
-from database import refusing
+from database import failing
 from samples import (
     DATABASE_FULL,
     MODULE_KEY,
@@ -19,13 +19,13 @@ from sandbox.records import Key
 
 @pytest.fixture
 def set_key(service, client, events, action) -> Key:
-    """A stored key of the set; its events and log lines are taken."""
+    """A stored key on the set. Its events and log lines are taken."""
     return stored(service, client, events, SET_KEY._replace(idAction=action.idAction))
 
 
 @pytest.fixture
 def module_key(service, client, events, action) -> Key:
-    """A stored key of an add-on module; its events and log lines are taken."""
+    """A stored key on an add-on module. Its events and log lines are taken."""
     return stored(service, client, events, MODULE_KEY._replace(idAction=action.idAction))
 
 
@@ -39,7 +39,7 @@ def stored(service, client, events, key):
 # Creating
 
 
-def test_a_created_key_gets_the_next_id_whatever_its_own_and_is_announced_whole(
+def test_a_created_key_gets_the_next_id_and_an_event_has_all_its_fields(
     service, client, events, database, action
 ):
     first, second = (SET_KEY._replace(idAction=action.idAction, idKey=id_key) for id_key in (1, 2))
@@ -63,17 +63,17 @@ def test_a_key_with_an_unknown_action_is_rejected_before_the_limit_is_read(
     assert settings.calls == []
 
 
-def test_a_key_may_trigger_the_reserved_action(service, client):
+def test_a_key_can_have_the_reserved_action(service, client):
     assert client.create_programmable_key(SET_KEY._replace(idAction=-1)) == 1
 
 
-def test_a_module_key_is_announced_and_then_its_icon_is_set_to_0_0(client, events, action):
+def test_the_icon_of_a_new_module_key_is_set_to_0_0_after_its_event(client, events, action):
     key = MODULE_KEY._replace(idAction=action.idAction, idKey=1)
     assert client.create_programmable_key(key) == 1
     assert events.take() == [key_created(key), icon_set(key, 0, 0)]
 
 
-def test_only_the_type_makes_a_new_key_a_module_key(client, events, action):
+def test_a_new_key_is_a_module_key_if_its_type_is_1(client, events, action):
     key = MODULE_KEY._replace(idAction=action.idAction)
     keys = [
         key._replace(idKey=1 + number, type=type_of_key, aom_type=aom_type)
@@ -87,7 +87,7 @@ def test_only_the_type_makes_a_new_key_a_module_key(client, events, action):
 # The limit
 
 
-def test_at_a_limit_of_3_a_fourth_key_of_the_set_is_rejected_and_a_module_key_is_created(
+def test_at_a_limit_of_3_a_fourth_key_on_the_set_is_rejected_and_a_module_key_is_created(
     service, client, events, database, settings, action
 ):
     settings.values["ProgKeysMax"] = "3"
@@ -111,14 +111,14 @@ def test_only_keys_of_type_0_count_against_the_limit(client, settings, action):
     assert client.create_programmable_key(SET_KEY._replace(idAction=action.idAction)) == -1
 
 
-def test_a_deleted_key_makes_room_for_another(client, settings, set_key):
+def test_deleting_a_key_makes_room_for_another_key(client, settings, set_key):
     settings.values["ProgKeysMax"] = "1"
     assert client.create_programmable_key(set_key) == -1
     assert client.delete_programmable_key(set_key.idKey) == 0
     assert client.create_programmable_key(set_key) == set_key.idKey + 1
 
 
-def test_the_limit_is_read_once_for_each_new_key_of_any_type(client, settings, action):
+def test_the_limit_is_read_once_for_each_new_key_whatever_its_type(client, settings, action):
     settings.calls.clear()
     for number, type_of_key in enumerate((0, 1, 2, -1, 0), 1):
         key = MODULE_KEY._replace(idAction=action.idAction, type=type_of_key)
@@ -129,7 +129,9 @@ def test_the_limit_is_read_once_for_each_new_key_of_any_type(client, settings, a
 # Modifying
 
 
-def test_a_modified_key_is_stored_and_announced_whole(service, client, events, database, set_key):
+def test_a_modified_key_is_stored_and_an_event_has_all_its_fields(
+    service, client, events, database, set_key
+):
     changed = set_key._replace(container="other", position=9, icon="star", dmId="dm", aom_addr=4)
     assert client.modify_programmable_key(changed) == 0
     assert database.keys() == [changed]
@@ -154,7 +156,7 @@ def test_modifying_an_unknown_key_returns_minus_2(service, client, events, datab
     assert events.take() == []
 
 
-def test_only_another_icon_of_a_module_key_is_set_on_the_module(client, events, module_key):
+def test_modifying_a_module_key_sends_its_icon_only_if_it_changed(client, events, module_key):
     moved = module_key._replace(container="other", position=8, aom_type=3, aom_addr=4, dmId="dm")
     other_case = moved._replace(icon=moved.icon.upper())
     no_icon = other_case._replace(icon="", position=9)
@@ -167,14 +169,14 @@ def test_only_another_icon_of_a_module_key_is_set_on_the_module(client, events, 
     ]
 
 
-def test_the_new_type_of_a_key_decides_whether_another_icon_is_set(client, events, set_key):
-    still_of_the_set = set_key._replace(icon="sun")
+def test_a_changed_icon_is_sent_if_the_new_type_of_the_key_is_1(client, events, set_key):
+    still_on_set = set_key._replace(icon="sun")
     on_module = set_key._replace(type=1, icon="star")
     off_module = on_module._replace(type=0, icon="moon")
-    for key in (still_of_the_set, on_module, off_module):
+    for key in (still_on_set, on_module, off_module):
         assert client.modify_programmable_key(key) == 0
     assert events.take() == [
-        key_modified(still_of_the_set),
+        key_modified(still_on_set),
         *(key_modified(on_module), icon_set(on_module)),
         key_modified(off_module),
     ]
@@ -190,7 +192,7 @@ def test_modifying_a_key_does_not_read_the_limit(client, settings, set_key, modu
 # Deleting
 
 
-def test_a_key_is_deleted_and_announced_by_its_id(service, client, events, database, set_key):
+def test_a_key_is_deleted_and_an_event_has_its_id(service, client, events, database, set_key):
     assert client.delete_programmable_key(set_key.idKey) == 0
     assert database.keys() == []
     assert events.take() == [key_deleted(set_key.idKey)]
@@ -239,7 +241,7 @@ def test_deleting_an_unknown_key_returns_minus_2(service, client, events, databa
 # Moving and reading
 
 
-def test_keys_are_moved_without_an_event_or_a_log_line_and_unknown_ids_are_skipped(
+def test_moving_keys_skips_unknown_ids_and_sends_and_logs_nothing(
     service, client, events, database, set_key, module_key
 ):
     moves = {set_key.idKey: 12, module_key.idKey: -3, 99: 1, -5: 3}
@@ -258,7 +260,7 @@ def test_moving_no_key_returns_true_and_does_not_use_the_database(
 
 
 class RepeatedId(int):
-    """A key of a dictionary that does not replace an equal one."""
+    """A dictionary key that does not replace an equal key."""
 
     __hash__ = object.__hash__
 
@@ -266,7 +268,7 @@ class RepeatedId(int):
         return self is other
 
 
-def test_keys_are_moved_in_the_order_of_their_ids_each_once_to_its_last_position(
+def test_keys_are_moved_once_to_their_last_position_in_the_order_of_their_ids(
     client, database, action
 ):
     key = SET_KEY._replace(idAction=action.idAction)
@@ -283,14 +285,14 @@ def test_keys_are_moved_in_the_order_of_their_ids_each_once_to_its_last_position
     assert database.rows("SELECT idKey, position FROM moves ORDER BY rowid") == expected
 
 
-def test_moving_stops_at_the_first_failure_and_keeps_what_was_done(
+def test_moving_stops_at_the_first_failure_and_keeps_the_keys_moved_before(
     service, client, events, database, action
 ):
     key = SET_KEY._replace(idAction=action.idAction)
     ids = [client.create_programmable_key(key) for _ in range(4)]
     events.take()
     service.log.take()
-    fault = refusing("UPDATE", "KEY", "NEW.idKey IN (2, 3)")
+    fault = failing("UPDATE", "KEY", "NEW.idKey IN (2, 3)")
     database.execute(fault.trigger)
     assert client.change_programmable_keys_position({id_key: 50 for id_key in ids}) is False
     assert [key.position for key in database.keys()] == [50, 4, 4, 4]
@@ -299,7 +301,7 @@ def test_moving_stops_at_the_first_failure_and_keeps_what_was_done(
     assert events.take() == []
 
 
-def test_keys_of_a_container_are_found_by_its_exact_name(client, set_key):
+def test_keys_are_found_by_the_exact_name_of_their_container(client, set_key):
     for name in ("Main", "main ", "mai_", "%", "", "mаin"):
         assert client.get_programmable_keys_by_container(name) == [], ascii(name)
     assert client.get_programmable_keys_by_container("main") == [set_key]

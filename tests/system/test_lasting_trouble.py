@@ -1,4 +1,4 @@
-"""Repeated starts while the data can be neither used nor set aside."""
+"""Repeated starts while the data can neither be used nor be set aside."""
 
 import os
 from pathlib import Path
@@ -14,8 +14,8 @@ from wrapping import wrapped
 STARTS = 4
 
 
-def without_roots_privilege(directory: Path, bin_dir: Path) -> Path:
-    """A directory of executables whose service cannot write where its user has no permission."""
+def without_root_privileges(directory: Path, bin_dir: Path) -> Path:
+    """A directory of executables whose service obeys file permissions even if it runs as root."""
     if os.geteuid() != 0:
         return bin_dir
     privileges = "-dac_override,-dac_read_search"
@@ -25,7 +25,7 @@ def without_roots_privilege(directory: Path, bin_dir: Path) -> Path:
 
 @pytest.fixture
 def refused(launch):
-    """Starts the service repeatedly; each start must be refused for the same reason."""
+    """Starts the service repeatedly. Each start must fail for the same reason."""
 
     def start_repeatedly(reason: str, **options: object) -> None:
         for _ in range(STARTS):
@@ -40,7 +40,7 @@ def names_in(directory: Path) -> list[str]:
     return sorted(path.name for path in directory.iterdir())
 
 
-def test_damaged_data_that_cannot_be_set_aside_is_copied_once(
+def test_damaged_data_that_cannot_be_set_aside_is_backed_up_once(
     refused, settings, data_root, database
 ):
     with memory_file_system(database.path.parent, 1 << 20):
@@ -49,14 +49,14 @@ def test_damaged_data_that_cannot_be_set_aside_is_copied_once(
         assert names_in(data_root) == [SERVICE, f"{SERVICE}.before-deploy"]
 
 
-def test_sound_data_in_a_directory_that_cannot_be_written_is_left_alone(
+def test_intact_data_in_a_read_only_directory_is_not_changed(
     refused, start, client, bin_dir, data_root, database, tmp_path
 ):
     first = start()
     stored = CALL._replace(idAction=client.add_action(CALL))
     first.stop()
     database.path.parent.chmod(0o555)
-    refused("cannot be written", bin_dir=without_roots_privilege(tmp_path / "bin", bin_dir))
+    refused("cannot be written", bin_dir=without_root_privileges(tmp_path / "bin", bin_dir))
     assert names_in(data_root) == [SERVICE]
     database.path.parent.chmod(0o755)
     start()

@@ -1,11 +1,11 @@
-"""The start, resets, hooks on request and the end."""
+"""The start, resets, lifecycle calls and the end."""
 
 import signal
 
 import pytest
 
-from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
-from samples import CALL, DATABASE_RESET, SET_KEY, key_created, sent
+from database import RESERVED_ACTION
+from samples import CALL, DATABASE_RESET, SET_KEY, sent
 from sandbox.loop import wait_until
 from sandbox.names import LIFECYCLE, PLATFORM, SERVICE, bus_name
 
@@ -13,11 +13,11 @@ PEER = "org.freedesktop.DBus.Peer"
 
 CHECKING = "ZelProgrammableKeys checking..."
 DEPLOYING = "ZelProgrammableKeys deploying..."
-INITIALISING = "ZelProgrammableKeys initialization..."
+INITIALIZING = "ZelProgrammableKeys initialization..."
 STARTING = "ZelProgrammableKeys starting..."
 RESTORING_DEFAULT = "ZelProgrammableKeys restoring data to default ..."
 RESTORING_FACTORY = "ZelProgrammableKeys restoring data to factory ..."
-HOOKS = [CHECKING, DEPLOYING, INITIALISING, STARTING, RESTORING_DEFAULT, RESTORING_FACTORY]
+HOOKS = [CHECKING, DEPLOYING, INITIALIZING, STARTING, RESTORING_DEFAULT, RESTORING_FACTORY]
 
 
 def hooks_in(texts):
@@ -28,7 +28,7 @@ def contents(database):
     return database.actions(), database.keys()
 
 
-def test_the_process_is_one_module_named_zelprogrammablekeys(service, client, data_root):
+def test_the_module_is_named_zelprogrammablekeys(service, client, data_root):
     names = [str(name) for name in client.connection.list_names() if name.startswith(PLATFORM)]
     assert [name for name in names if client.process_of(name) == service.pid] == [
         bus_name(SERVICE)
@@ -39,14 +39,14 @@ def test_the_process_is_one_module_named_zelprogrammablekeys(service, client, da
     }
 
 
-def test_a_first_start_checks_deploys_initialises_and_starts_in_this_order(start, database):
+def test_the_first_start_checks_deploys_initializes_and_starts_in_this_order(start, database):
     log = start().log
     expected = [
         CHECKING,
         f"Connecting to database at {database.path}...",
         "Table Key is not correct. Check fails",
         DEPLOYING,
-        INITIALISING,
+        INITIALIZING,
         STARTING,
     ]
     assert [text for text in log.texts() if text in expected] == expected
@@ -59,13 +59,13 @@ def test_a_later_start_does_not_deploy_and_keeps_the_data(start, client, databas
     before = contents(database)
     first.stop()
     again = start()
-    assert hooks_in(again.log.texts()) == [CHECKING, INITIALISING, STARTING]
+    assert hooks_in(again.log.texts()) == [CHECKING, INITIALIZING, STARTING]
     assert contents(database) == before
     assert client.get_all_programmable_keys() == before[1]
     assert [path.name for path in data_root.iterdir()] == [SERVICE]
 
 
-def test_a_caller_that_sees_the_name_is_answered(launch, client, settings):
+def test_calls_succeed_as_soon_as_the_name_has_an_owner(launch, client, settings):
     calls = []
 
     def call(*_change):
@@ -83,10 +83,12 @@ def test_a_caller_that_sees_the_name_is_answered(launch, client, settings):
     assert [call.wait().values for call in calls] == [([RESERVED_ACTION],), ()]
 
 
-# Resets on request
+# Resets
 
 
-def test_restore_default_announces_resets_and_answers_false(service, client, events, database):
+def test_restore_default_sends_its_event_resets_the_tables_and_returns_false(
+    service, client, events, database
+):
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
     events.take()
     service.log.take()
@@ -101,7 +103,7 @@ def test_restore_default_announces_resets_and_answers_false(service, client, eve
     assert client.add_action(CALL) == 1
 
 
-def test_restore_factory_writes_its_own_line_and_is_a_restore_default(
+def test_restore_factory_logs_a_line_and_then_does_the_same_as_restore_default(
     service, client, events, database
 ):
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
@@ -113,12 +115,14 @@ def test_restore_factory_writes_its_own_line_and_is_a_restore_default(
     events.take()
     service.log.take()
     assert client.restore_factory() is False
-    own_line, *lines = service.log.take()
-    assert own_line == RESTORING_FACTORY
+    first_line, *lines = service.log.take()
+    assert first_line == RESTORING_FACTORY
     assert (lines, events.take(), contents(database)) == as_default
 
 
-def test_the_reset_is_announced_before_the_tables_are_wiped(service, client, events, database):
+def test_the_event_of_a_reset_is_sent_before_the_tables_are_emptied(
+    service, client, events, database
+):
     id_action = client.add_action(CALL)
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
     events.take()
@@ -144,7 +148,9 @@ def test_the_reset_is_announced_before_the_tables_are_wiped(service, client, eve
         ("stop", (True,)),
     ],
 )
-def test_a_hook_is_answered_and_changes_nothing(service, client, events, database, hook, answer):
+def test_a_lifecycle_call_returns_and_changes_nothing(
+    service, client, events, database, hook, answer
+):
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
     before = contents(database)
     events.take()
@@ -155,11 +161,11 @@ def test_a_hook_is_answered_and_changes_nothing(service, client, events, databas
     assert contents(database) == before
 
 
-# Ends
+# The end
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=lambda number: number.name)
-def test_a_signal_ends_the_process_with_status_0_and_a_single_database_file(
+def test_a_signal_ends_the_process_with_status_0_and_leaves_one_database_file(
     service, client, database, number
 ):
     client.add_action(CALL)

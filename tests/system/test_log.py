@@ -1,4 +1,4 @@
-"""The levels and the form of log lines."""
+"""The levels and the format of log lines."""
 
 import os
 import re
@@ -20,7 +20,7 @@ WRITTEN_AT = {
 
 
 def provoke_every_level(client):
-    """An error and a warning. A first start has logged the other levels."""
+    """Causes an error and a warning. The first start logs at the other levels."""
     client.delete_action(-1)
     client.send_raw_event("sas", "AOM_KEY_PRESS_EVENT", ["no", "arguments"])
     client.round_trip()
@@ -29,9 +29,7 @@ def provoke_every_level(client):
 @pytest.mark.parametrize(
     "level, written", WRITTEN_AT.items(), ids=[f"level {level}" for level in WRITTEN_AT]
 )
-def test_a_line_is_written_from_its_level_upward(
-    start, client, level, written
-):
+def test_a_line_is_written_if_its_level_is_not_above_the_log_level(start, client, level, written):
     service = start(log_level=level)
     provoke_every_level(client)
     assert {line.level for line in service.log.lines()} == written
@@ -40,22 +38,22 @@ def test_a_line_is_written_from_its_level_upward(
 @pytest.mark.parametrize(
     "text",
     [None, "", "debug", "8", "-1", "3x"],
-    ids=["unset", "empty", "a word", "too great", "negative", "a number and more"],
+    ids=["unset", "empty", "a word", "too large", "negative", "a number and a letter"],
 )
-def test_the_level_is_6_if_the_environment_sets_no_valid_one(start, client, text):
+def test_the_level_is_6_if_the_environment_has_no_valid_level(start, client, text):
     service = start(log_level=None, extra={} if text is None else {"ZEL_LOG_LEVEL": text})
     provoke_every_level(client)
     assert {line.level for line in service.log.lines()} == {"error", "warning", "info"}
 
 
-def test_a_line_is_time_name_pid_level_and_text(service, client):
+def test_a_line_consists_of_time_name_pid_level_and_text(service, client):
     client.delete_action(-1)
     line = service.log.raw().splitlines()[-1]
     text = "Action of id -1 is read only and reserved. Deletion is forbidden."
     assert re.fullmatch(rf"\S+ ZelProgrammableKeys\[{service.pid}\] error: {text}", line)
 
 
-def test_lines_for_the_journal_begin_with_their_level(start, client, tmp_path):
+def test_lines_in_the_journal_begin_with_their_level(start, client, tmp_path):
     log = tmp_path / "journal"
     log.touch()
     stream = f"{os.stat(log).st_dev}:{os.stat(log).st_ino}"
@@ -68,7 +66,7 @@ def test_lines_for_the_journal_begin_with_their_level(start, client, tmp_path):
     assert {line[:3] for line in written} == {"<3>", "<4>", "<6>", "<7>"}
 
 
-def test_a_journal_that_is_not_the_error_output_gets_no_prefixes(start, client):
+def test_lines_have_no_prefix_if_stderr_is_not_the_journal(start, client):
     service = start(extra={"JOURNAL_STREAM": "1:1"})
     assert "ZelProgrammableKeys checking..." in [
         line.text for line in service.log.lines() if line.level == "debug"
@@ -78,10 +76,10 @@ def test_a_journal_that_is_not_the_error_output_gets_no_prefixes(start, client):
 @pytest.mark.parametrize(
     "text",
     ["100 %1 of %2 %s%n", "  spaced  out  ", "Zürich ☎ 電話 🙂", "a\tb", 'it\'s "quoted" \\ slashed'],
-    ids=["placeholders", "blanks", "Unicode", "tab", "quotes and backslash"],
+    ids=["placeholders", "spaces", "Unicode", "tab", "quotes and backslash"],
 )
 @pytest.mark.parametrize("locale", ["C", "C.UTF-8"])
-def test_a_text_stands_last_on_its_line_unaltered(start, client, text, locale):
+def test_a_text_is_logged_unchanged_at_the_end_of_its_line(start, client, text, locale):
     service = start(extra={"LC_ALL": locale, "LANG": locale})
     id_action = client.add_action(CALL)
     id_key = client.create_programmable_key(MODULE_KEY._replace(dmId=text, idAction=id_action))

@@ -1,4 +1,4 @@
-"""The log level of a running process, read and set over the bus."""
+"""Reading and setting the log level of a running process over the bus."""
 
 import os
 import xml.etree.ElementTree as ElementTree
@@ -20,7 +20,7 @@ LEVELS = ["emerg", "alert", "crit", "err", "warning", "notice", "info", "debug"]
 
 
 def proxy(client, module=SERVICE):
-    """The properties as dbus-python offers them, which introspects the object first."""
+    """A proxy of dbus-python, which introspects the object first."""
     return dbus.Interface(client.connection.get_object(bus_name(module), PATH), PROPERTIES)
 
 
@@ -50,13 +50,13 @@ def test_the_level_is_the_one_the_process_was_started_with(start, client, level)
     assert proxy(client).Get(LOG_CONTROL, "LogLevel") == LEVELS[level]
 
 
-def test_the_target_is_the_journal_where_the_error_output_is(start, client, tmp_path):
+def test_the_target_is_the_journal_if_stderr_is_the_journal(start, client, tmp_path):
     log = tmp_path / "journal"
     log.touch()
     stream = f"{os.stat(log).st_dev}:{os.stat(log).st_ino}"
     start(log_path=log, extra={"JOURNAL_STREAM": stream})
     assert proxy(client).Get(LOG_CONTROL, "LogTarget") == "journal"
-    proxy(client).Set(LOG_CONTROL, "LogTarget", "journal")  # the same again
+    proxy(client).Set(LOG_CONTROL, "LogTarget", "journal")  # no change
     with pytest.raises(BusError, match="NotSupported"):
         call(client, "Set", "ssv", LOG_CONTROL, "LogTarget", "console")
 
@@ -71,7 +71,7 @@ def test_the_settings_manager_has_the_properties_too(settings_manager, client):
 # Setting
 
 
-def test_debug_lines_come_and_go_with_the_level(start, client):
+def test_debug_lines_are_written_while_the_level_is_debug(start, client):
     service = start(log_level=6)
     client.add_action(CALL)
     service.log.take()
@@ -87,7 +87,7 @@ def test_debug_lines_come_and_go_with_the_level(start, client):
 
 
 @pytest.mark.parametrize("level", LEVELS)
-def test_a_level_that_is_set_is_the_level(service, client, level):
+def test_a_level_can_be_set_and_the_change_is_logged(service, client, level):
     properties = proxy(client)
     properties.Set(LOG_CONTROL, "LogLevel", level)
     assert properties.Get(LOG_CONTROL, "LogLevel") == level
@@ -95,7 +95,7 @@ def test_a_level_that_is_set_is_the_level(service, client, level):
     assert service.log.take("info") == expected
 
 
-def test_a_level_below_err_silences_errors(service, client):
+def test_errors_are_not_logged_below_level_err(service, client):
     set_level(client, "crit")
     service.log.take()
     client.delete_action(-1)
@@ -105,7 +105,7 @@ def test_a_level_below_err_silences_errors(service, client):
     assert len(service.log.take("error")) == 1
 
 
-def test_a_change_between_levels_that_write_no_such_line_is_not_logged(start, client):
+def test_a_change_between_levels_below_info_is_not_logged(start, client):
     service = start(log_level=3)
     set_level(client, "warning")
     assert service.log.take() == []
@@ -129,7 +129,7 @@ REFUSALS = {
     "a level in capitals": (PROPERTIES, "Set", (*LEVEL, "DEBUG"), "InvalidArgs"),
     "a number": (PROPERTIES, "Set", (*LEVEL, dbus.Int32(7)), "InvalidArgs"),
     "a structure": (PROPERTIES, "Set", (*LEVEL, dbus.Struct(("info",))), "InvalidArgs"),
-    "a bare text": (PROPERTIES, "Set", ("sss", *LEVEL[1:], "info"), "UnknownMethod"),
+    "a string that is no variant": (PROPERTIES, "Set", ("sss", *LEVEL[1:], "info"), "UnknownMethod"),
     "another target": (PROPERTIES, "Set", (*TARGET, "journal"), "NotSupported"),
     "the identifier": (
         PROPERTIES,
@@ -167,13 +167,13 @@ REFUSALS = {
         ("s", "a.b"),
         "UnknownInterface",
     ),
-    "reading without a name": (PROPERTIES, "Get", ("",), "UnknownMethod"),
+    "reading without arguments": (PROPERTIES, "Get", ("",), "UnknownMethod"),
     "an unknown method": (PROPERTIES, "Put", ("",), "UnknownMethod"),
     "an unknown method of the interface": (LOG_CONTROL, "LogLevel", ("",), "UnknownInterface"),
     "a method of an unknown interface": ("a.b", "Get", ("",), "UnknownInterface"),
 }
 
-QT_REPORTS = ("QDBusConnection: couldn't handle call to ", "Could not find slot ")
+QT_MESSAGES = ("QDBusConnection: couldn't handle call to ", "Could not find slot ")
 """What Qt 6.8 logs for a call that matches no method."""
 
 
@@ -186,10 +186,10 @@ def test_an_invalid_call_is_refused_with_an_error(
     assert error.value.name == f"{ERROR}.{refusal}"
     assert error.value.message
     assert proxy(client).Get(LOG_CONTROL, "LogLevel") == "debug"
-    assert [line for line in service.log.take() if not line.startswith(QT_REPORTS)] == []
+    assert [line for line in service.log.take() if not line.startswith(QT_MESSAGES)] == []
 
 
-def test_the_refusal_of_a_level_names_the_levels(service, client):
+def test_the_error_for_an_unknown_level_lists_the_levels(service, client):
     with pytest.raises(BusError) as error:
         call(client, "Set", *LEVEL, "verbose")
     assert error.value.message == f"The log level must be one of {', '.join(LEVELS)}"
@@ -205,7 +205,7 @@ def test_the_refusal_of_a_level_names_the_levels(service, client):
     ],
     ids=["a property", "an interface", "a level", "a target"],
 )
-def test_a_refusal_shortens_a_long_name(service, client, arguments):
+def test_an_error_message_does_not_repeat_a_long_name(service, client, arguments):
     with pytest.raises(BusError) as refusal:
         call(client, *arguments)
     assert len(str(refusal.value)) < 400
@@ -227,19 +227,19 @@ def test_the_introspection_describes_the_properties(service, client):
         for node in interfaces[LOG_CONTROL]
         if node.tag == "property"
     }
-    guarded = {"org.freedesktop.systemd1.Privileged": "true"}
+    privileged = {"org.freedesktop.systemd1.Privileged": "true"}
     assert found == {
-        "LogLevel": ("s", "readwrite", guarded),
-        "LogTarget": ("s", "readwrite", guarded),
+        "LogLevel": ("s", "readwrite", privileged),
+        "LogTarget": ("s", "readwrite", privileged),
         "SyslogIdentifier": ("s", "read", {}),
     }
-    silent = {
+    annotations = {
         note.get("name"): note.get("value") for note in interfaces[LOG_CONTROL].findall("annotation")
     }
-    assert silent == {"org.freedesktop.DBus.Property.EmitsChangedSignal": "false"}
+    assert annotations == {"org.freedesktop.DBus.Property.EmitsChangedSignal": "false"}
 
 
-def test_the_object_is_found_from_the_root(service, client):
+def test_introspecting_the_parent_path_lists_the_object(service, client):
     reply = client.call("Introspect", interface=INTROSPECTABLE, path="/org/freedesktop")
     nodes = [node.get("name") for node in ElementTree.fromstring(reply.values[0]).iter("node")]
     assert "LogControl1" in nodes

@@ -1,4 +1,4 @@
-"""Keys of add-on modules: presses, icons and labels."""
+"""Keys on add-on modules: presses, icons and labels."""
 
 import math
 
@@ -12,12 +12,12 @@ PRESS = "AOM_KEY_PRESS_EVENT"
 PLACE = {"aom_key_num": 5, "aom_type": 1, "addr": 2}
 
 NAMES = {"aom_key_num": "aom_key_num", "aom_type": "aom_type", "addr": "aom_addr"}
-"""The arguments of a press, and how their error lines name them."""
+"""The arguments of a press, and their names in error lines."""
 
 INT_MIN, INT_MAX = -(2**31), 2**31 - 1
 
 
-def bad_argument(name):
+def invalid_argument(name):
     return f"Argument {NAMES[name]} passed to event {PRESS} has got an invalid value."
 
 
@@ -26,7 +26,7 @@ def not_a_module_key(method, id_key):
 
 
 def unprogrammed(aom_key_num, aom_type, addr):
-    """The event for a press at a place without a key."""
+    """The event for a press at a position without a stored key."""
     key = Key(type=1, position=aom_key_num, aom_type=aom_type, aom_addr=addr)
     return module_key_pressed(key, Action(), exists=False)
 
@@ -46,7 +46,7 @@ def store_key(service, client, events):
 
 @pytest.fixture
 def key(action, store_key) -> Key:
-    """A stored module key at the place `PLACE`."""
+    """A stored module key at `PLACE`."""
     return store_key(MODULE_KEY._replace(idAction=action.idAction))
 
 
@@ -63,7 +63,7 @@ def test_a_press_of_a_stored_key_is_reported_with_the_key_and_its_action(
     assert (database.actions(), database.keys()) == before
 
 
-def test_a_press_at_another_place_is_reported_with_the_place_alone(
+def test_a_press_at_a_position_without_a_key_is_reported_with_the_position_only(
     service, client, events, action, key
 ):
     places = [{**PLACE, "aom_key_num": 6}, {**PLACE, "aom_type": 2}, {**PLACE, "addr": 3}]
@@ -81,7 +81,9 @@ def test_a_key_of_another_type_is_not_found_by_a_press(
     assert events.take() == [unprogrammed(**PLACE)]
 
 
-def test_the_first_of_several_keys_at_a_place_is_reported(client, events, action, key, store_key):
+def test_a_press_at_a_position_with_several_keys_is_reported_with_the_first_key(
+    client, events, action, key, store_key
+):
     store_key(key._replace(icon="later"))
     client.send_event(PRESS, **PLACE)
     assert events.take() == [module_key_pressed(key, action, exists=True)]
@@ -96,7 +98,7 @@ def test_a_press_of_a_key_without_its_action_is_logged_and_reported_with_a_defau
     assert service.log.take("error") == [f"No action found for key of id {action.idAction}"]
 
 
-def test_the_arguments_of_a_press_are_found_by_their_first_name_in_any_order(
+def test_the_arguments_of_a_press_can_have_any_order_and_the_first_of_a_name_counts(
     client, events, action, key
 ):
     client.send_event(PRESS, first="something", addr=2, aom_type=1, between=True, aom_key_num=5)
@@ -105,14 +107,14 @@ def test_the_arguments_of_a_press_are_found_by_their_first_name_in_any_order(
     assert events.take() == [module_key_pressed(key, action, exists=True)] * 2
 
 
-def test_presses_of_any_peer_and_object_are_reported_in_their_order(client, events, key):
+def test_presses_from_any_object_are_reported_in_order(client, events, key):
     for number in range(50):
         client.path = "/" if number % 2 else "/com/velmora/Tessaro/Another"
         client.send_event(PRESS, **{**PLACE, "aom_key_num": number})
     assert [event.values["key"].position for event in events.take()] == list(range(50))
 
 
-def test_each_value_that_is_a_32_bit_number_is_taken(client, events, service):
+def test_an_argument_of_any_type_with_a_32_bit_value_is_accepted(client, events, service):
     events.take()
     numbers = [
         (dbus.Int32(INT_MIN), INT_MIN),
@@ -139,7 +141,7 @@ def test_each_value_that_is_a_32_bit_number_is_taken(client, events, service):
 
 
 @pytest.mark.parametrize("argument", PLACE)
-def test_a_press_with_an_argument_that_is_no_32_bit_number_is_logged_and_dropped(
+def test_a_press_with_an_argument_that_is_not_a_32_bit_number_is_logged_and_dropped(
     service, client, events, key, argument
 ):
     values = [
@@ -153,7 +155,7 @@ def test_a_press_with_an_argument_that_is_no_32_bit_number_is_logged_and_dropped
     for value in values:
         client.send_event(PRESS, **{**PLACE, argument: value})
         assert events.take() == [], repr(value)
-        assert service.log.take() == [bad_argument(argument)], repr(value)
+        assert service.log.take() == [invalid_argument(argument)], repr(value)
     assert service.log.lines()[-1].level == "error"
 
 
@@ -162,17 +164,17 @@ def test_a_press_without_an_argument_is_logged_and_dropped(service, client, even
         client.send_event(PRESS, **{name: PLACE[name] for name in PLACE if name != argument})
     client.send_event(PRESS, aom_key_num=5, aom_type=1, aom_addr=2)
     assert events.take() == []
-    assert service.log.take() == [*map(bad_argument, PLACE), bad_argument("addr")]
+    assert service.log.take() == [*map(invalid_argument, PLACE), invalid_argument("addr")]
 
 
-def test_only_the_first_bad_argument_of_a_press_is_logged(service, client, events, key):
+def test_only_the_first_invalid_argument_of_a_press_is_logged(service, client, events, key):
     client.send_event(PRESS, addr="x", aom_type="y", aom_key_num=5)
     client.send_event(PRESS, addr="x", aom_type="y", aom_key_num="z")
     assert events.take() == []
-    assert service.log.take() == [bad_argument("aom_type"), bad_argument("aom_key_num")]
+    assert service.log.take() == [invalid_argument("aom_type"), invalid_argument("aom_key_num")]
 
 
-def test_an_event_of_another_shape_is_logged_as_a_warning_and_dropped(
+def test_an_event_with_a_wrong_signature_is_logged_as_a_warning_and_dropped(
     service, client, events, action, key
 ):
     for signature, *body in [
@@ -190,7 +192,7 @@ def test_an_event_of_another_shape_is_logged_as_a_warning_and_dropped(
     assert events.take() == [module_key_pressed(key, action, exists=True)]
 
 
-def test_events_of_other_names_are_ignored(service, client, events, key):
+def test_events_with_other_names_are_ignored(service, client, events, key):
     client.send_event("AOM_KEY_RELEASE_EVENT", **PLACE)
     client.send_event("aom_key_press_event", **PLACE)
     client.send_event("", **PLACE)
@@ -208,7 +210,7 @@ def test_an_icon_state_is_sent_unchanged_and_not_stored(service, client, events,
     assert service.log.take() == sent("AOM_SET_ICON_PROPERTY_REC")
 
 
-def test_an_icon_is_set_without_its_key_having_an_action(client, events, database, key):
+def test_an_icon_is_set_even_if_the_key_has_no_action(client, events, database, key):
     database.execute("DELETE FROM ACTION")
     assert client.set_icon_state_for_key(key.idKey, 1, 2) == 0
     assert events.take() == [icon_set(key, 1, 2)]
@@ -226,7 +228,7 @@ def test_a_label_state_is_sent_with_the_short_label_of_the_action(
     assert service.log.take() == sent("AOM_SET_LABEL_PROPERTY_REC")
 
 
-def test_the_label_of_a_key_without_its_action_is_rejected(
+def test_setting_the_label_of_a_key_without_its_action_is_rejected(
     service, client, events, database, action, key
 ):
     database.execute(f"DELETE FROM ACTION WHERE idAction = {action.idAction}")
@@ -240,7 +242,7 @@ def test_the_label_of_a_key_without_its_action_is_rejected(
 
 
 @pytest.mark.parametrize("aom_type", [0, 2, -1], ids=lambda number: f"module type {number}")
-def test_the_icon_and_the_label_of_another_module_type_are_rejected(
+def test_setting_the_icon_or_label_of_a_key_with_another_module_type_is_rejected(
     service, client, events, action, store_key, aom_type
 ):
     key = store_key(MODULE_KEY._replace(idAction=action.idAction, type=1, aom_type=aom_type))
@@ -254,7 +256,7 @@ def test_the_icon_and_the_label_of_another_module_type_are_rejected(
     assert service.log.take() == service.log.texts("error")[-2:] == lines
 
 
-def test_the_icon_and_the_label_of_a_key_of_the_set_with_module_type_1_are_set(
+def test_the_icon_and_the_label_of_a_key_on_the_set_with_module_type_1_are_set(
     client, events, action, store_key
 ):
     key = store_key(SET_KEY._replace(idAction=action.idAction, type=0, aom_type=1, aom_addr=3))
@@ -263,7 +265,7 @@ def test_the_icon_and_the_label_of_a_key_of_the_set_with_module_type_1_are_set(
     assert events.take() == [icon_set(key, 1, 1), label_set(key, CALL.shortLabel, -1)]
 
 
-def test_the_icon_and_the_label_of_an_unknown_key_are_rejected(service, client, events, key):
+def test_setting_the_icon_or_label_of_an_unknown_key_is_rejected(service, client, events, key):
     assert client.set_icon_state_for_key(99, 1, 1) == -2
     assert client.set_label_state_for_key(99, 1) == -2
     assert events.take() == []

@@ -1,10 +1,10 @@
-"""Keys and actions on the bus, in events and in the tables."""
+"""The fields of keys and actions in replies, events and tables."""
 
 from database import RESERVED_ACTION
 from samples import action_created, action_modified, icon_set, key_created, key_modified
 from sandbox.records import ACTION, KEY, Action, Key
 
-# Each field has a different value, so that a swap of two fields shows.
+# Each field has a different value, so that the tests detect swapped fields.
 DISTINCT_KEY = Key(-1, "dm-11", -1, "container-13", 15, "icon-16", 1, 18, 19)
 DISTINCT_ACTION = Action(
     -1, "dm-22", 23, "action-24", "web-25", "arguments-26", "label-27", "short-28"
@@ -22,7 +22,7 @@ def test_a_key_has_the_same_nine_fields_in_replies_events_and_columns(
     changed = Key(1, "dm-a", id_actions[1], "container-c", 35, "icon-d", 36, 37, 38)
 
     def check(stored):
-        # The rows are read by column name, the replies by place.
+        # The rows are read by column name, and the replies by field order.
         assert database.keys() == [stored]
         assert client.get_programmable_key(1) == [stored]
         assert client.get_programmable_keys_by_container(stored.container) == [stored]
@@ -52,7 +52,7 @@ def test_an_action_has_the_same_eight_fields_in_replies_events_and_columns(
     assert events.take() == [action_created(action), action_modified(changed)]
 
 
-def test_a_key_is_sent_as_id_dm_id_action_container_position_icon_type_and_module(service, client):
+def test_the_fields_of_a_key_have_their_documented_order(service, client):
     id_action = client.add_action(DISTINCT_ACTION)
     id_key = client.create_programmable_key(DISTINCT_KEY._replace(idAction=id_action))
     reply = client.call("getProgrammableKey", "x", id_key)
@@ -64,9 +64,7 @@ def test_a_key_is_sent_as_id_dm_id_action_container_position_icon_type_and_modul
     )
 
 
-def test_an_action_is_sent_as_id_dm_id_type_action_web_application_arguments_and_labels(
-    service, client
-):
+def test_the_fields_of_an_action_have_their_documented_order(service, client):
     id_action = client.add_action(DISTINCT_ACTION)
     reply = client.call("getAction", "x", id_action)
     assert reply.signature == "a(xsisssss)"
@@ -75,7 +73,7 @@ def test_an_action_is_sent_as_id_dm_id_type_action_web_application_arguments_and
     assert tuple(wire) == (id_action, "dm-22", 23, *texts)
 
 
-def test_an_empty_list_is_an_empty_array_of_records(service, client):
+def test_an_empty_result_is_an_empty_array_of_records(service, client):
     for signature, reply in (
         (KEY, client.call("getAllProgrammableKeys")),
         (KEY, client.call("getProgrammableKeysByContainer", "s", "nowhere")),

@@ -1,4 +1,4 @@
-"""Many restarts, each with other provisioned defaults."""
+"""Many restarts with changing provisioned defaults."""
 
 import os
 import random
@@ -19,7 +19,7 @@ RANDOM_SEED = int(os.environ.get(SEED_VARIABLE) or random.SystemRandom().randran
 
 
 class Phone:
-    """What must hold after any sequence of rollouts."""
+    """Tracks the expected records and checks them after each rollout."""
 
     def __init__(self, client: Client, database: Database, events: EventRecorder) -> None:
         self.client = client
@@ -48,7 +48,7 @@ class Phone:
         assert {dm_id: action.idAction for dm_id, action in provisioned.items()} == self.numbers
 
     def _check_keys(self, expected: list[Key]) -> None:
-        """The provisioned keys that have an action, in their order, and the keys of users."""
+        """The provisioned keys that have an action are stored in order, and user keys are kept."""
         stored = self.database.keys()
         assert [key for key in stored if not key.dmId] == self.user_keys
         found = [key._replace(idKey=-1) for key in stored if key.dmId]
@@ -79,7 +79,7 @@ class Phone:
 
 
 @pytest.mark.parametrize("seed", [FIXED_SEED, RANDOM_SEED], ids=lambda seed: f"seed {seed}")
-def test_user_rows_and_action_ids_survive_twenty_restarts_with_changing_defaults(
+def test_user_records_and_action_ids_are_kept_over_twenty_restarts_with_changing_defaults(
     start, client, settings, database, events, seed
 ):
     print(f"To repeat this run: {SEED_VARIABLE}={seed}")
@@ -99,7 +99,7 @@ def test_user_rows_and_action_ids_survive_twenty_restarts_with_changing_defaults
     assert phone.numbers and phone.user_keys
 
 
-def test_a_start_completes_a_merge_that_was_killed(
+def test_a_start_completes_a_merge_that_was_interrupted_by_a_kill(
     start, launch, client, settings, database, events
 ):
     source = random.Random(FIXED_SEED)

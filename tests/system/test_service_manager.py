@@ -1,4 +1,4 @@
-"""Notifications of the service manager."""
+"""Notifications to the service manager."""
 
 import os
 import signal
@@ -14,7 +14,7 @@ from sandbox.processes import start_settings_manager
 ALWAYS_DUE_US = 1
 HOUR_US = 3_600_000_000
 READS_OF_DEFAULTS = 2
-"""Settings that a start and a reset read."""
+"""The number of settings that a start or a reset reads."""
 
 
 @pytest.fixture
@@ -36,9 +36,7 @@ def service(start, manager):
 # The start
 
 
-def test_the_process_is_ready_once_its_name_is_on_the_bus(
-    launch, client, manager, settings
-):
+def test_the_process_is_ready_when_it_owns_its_name(launch, client, manager, settings):
     settings.hang()
     process = launch(extra=manager.environment())
     settings.wait_for_calls(1)
@@ -57,15 +55,15 @@ def test_a_process_whose_name_is_taken_during_its_start_is_never_ready(
     settings.hang()
     process = launch(extra=manager.environment())
     settings.wait_for_calls(1)
-    squatter = Client(bus.address, "Squatter")
-    squatter.connection.request_name(bus_name(SERVICE))
+    other_peer = Client(bus.address, "Other")
+    other_peer.connection.request_name(bus_name(SERVICE))
     settings.release()
     assert process.wait_for_exit() == 1
     assert manager.words() == [STOPPING]
-    squatter.close()
+    other_peer.close()
 
 
-def test_a_termination_during_the_start_leaves_the_process_never_ready(launch, manager, settings):
+def test_a_process_that_gets_sigterm_during_its_start_is_never_ready(launch, manager, settings):
     settings.hang()
     process = launch(extra=manager.environment())
     settings.wait_for_calls(1)
@@ -75,7 +73,7 @@ def test_a_termination_during_the_start_leaves_the_process_never_ready(launch, m
     assert manager.words() == [STOPPING]
 
 
-def test_a_socket_in_the_abstract_name_space_is_notified(start):
+def test_a_socket_in_the_abstract_namespace_is_notified(start):
     manager = ServiceManager(f"@phone-{os.getpid()}")
     start(extra=manager.environment()).stop()
     assert manager.words() == [READY, STOPPING]
@@ -91,7 +89,7 @@ def test_without_a_socket_nothing_is_notified_or_logged(start, client, manager):
     assert service.log.take() == []
 
 
-def test_a_notification_that_cannot_be_sent_is_a_warning(start, manager):
+def test_a_notification_that_cannot_be_sent_is_logged_as_a_warning(start, manager):
     service = start(extra=manager.environment())
     manager.close()
     service.log.take()
@@ -100,7 +98,9 @@ def test_a_notification_that_cannot_be_sent_is_a_warning(start, manager):
     assert service.log.lines()[-1].level == "warning"
 
 
-def test_the_settings_manager_notifies_too(bin_dir, bus, client, settings_dir, tmp_path, manager):
+def test_the_settings_manager_sends_notifications(
+    bin_dir, bus, client, settings_dir, tmp_path, manager
+):
     with start_settings_manager(
         bin_dir,
         bus.address,
@@ -118,13 +118,13 @@ def test_the_settings_manager_notifies_too(bin_dir, bus, client, settings_dir, t
 # The end
 
 
-def test_a_stop_is_notified(service, client, manager):
+def test_stop_sends_a_notification(service, client, manager):
     assert client.lifecycle("stop").values == (True,)
     assert service.wait_for_exit() == 0
     assert manager.words() == [STOPPING]
 
 
-def test_a_lost_bus_ends_the_process_with_status_1_and_is_notified(service, bus, manager):
+def test_a_lost_bus_ends_the_process_with_status_1_and_a_notification(service, bus, manager):
     bus.stop()
     assert service.wait_for_exit() == 1
     assert service.log.texts("error") == ["The connection to the system bus is lost; ending"]
@@ -132,13 +132,13 @@ def test_a_lost_bus_ends_the_process_with_status_1_and_is_notified(service, bus,
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=lambda number: number.name)
-def test_a_termination_is_notified(service, manager, number):
+def test_a_termination_signal_sends_a_notification(service, manager, number):
     service.stop(number)
     (notification,) = manager.take()
     assert (notification.what, notification.status) == (STOPPING, "Ending")
 
 
-def test_a_termination_during_a_call_is_notified_once_and_before_the_reply(
+def test_sigterm_during_a_call_sends_one_notification_before_the_reply(
     service, client, manager, settings
 ):
     settings.hang()
@@ -159,7 +159,7 @@ def test_a_termination_during_a_call_is_notified_once_and_before_the_reply(
 # The watchdog
 
 
-def test_the_watchdog_of_another_process_is_not_fed(start, client, manager):
+def test_a_process_does_not_feed_the_watchdog_of_another_process(start, client, manager):
     service = start(extra={**manager.environment(1000), "WATCHDOG_PID": "1"})
     for _ in range(20):
         client.add_action(CALL)

@@ -1,11 +1,11 @@
-"""The key limit as it is read from SettingsManager, and the faults of that peer."""
+"""Reading the key limit from SettingsManager, and faults of that peer."""
 
 import time
 
 import pytest
 
 from samples import DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
-from sandbox.loop import PATIENCE, wait_until
+from sandbox.loop import WAIT_FACTOR, wait_until
 from sandbox.names import INTERFACE, SETTINGS_MANAGER, UNKNOWN_SETTING, object_path
 from sandbox.records import KEY
 from sandbox.settings import SettingCall, write_settings
@@ -15,7 +15,7 @@ READ_LIMIT = 5.0
 
 @pytest.fixture
 def new_key(action):
-    """A key of the set, not stored yet."""
+    """A key on the set that is not stored yet."""
     return SET_KEY._replace(idAction=action.idAction)
 
 
@@ -34,7 +34,7 @@ def test_a_setting_is_read_with_its_name_as_the_only_argument(client, settings, 
 @pytest.mark.parametrize(
     "text", ["", "abc", "3 keys", "0x10", "0", "-1"], ids=lambda text: text or "empty"
 )
-def test_a_limit_that_is_no_number_or_not_positive_refuses_every_key_of_the_set(
+def test_no_key_on_the_set_is_created_if_the_limit_is_not_a_positive_number(
     service, client, events, settings, new_key, text
 ):
     settings.values["ProgKeysMax"] = text
@@ -44,7 +44,7 @@ def test_a_limit_that_is_no_number_or_not_positive_refuses_every_key_of_the_set(
 
 
 def check_that_there_is_no_limit(service, client, events, new_key):
-    """Three keys of the set are stored, each with one error line and its one event."""
+    """Creates three keys on the set. Each causes one error line and one event."""
     for _ in range(3):
         key = new_key._replace(idKey=client.create_programmable_key(new_key))
         assert key.idKey > 0
@@ -87,14 +87,14 @@ def test_an_error_reply_means_no_limit_and_one_error_line(
     ],
     ids=lambda value: value or "nothing" if isinstance(value, str) else "",
 )
-def test_a_reply_that_is_no_text_means_no_limit_and_one_error_line(
+def test_a_reply_that_is_not_a_string_means_no_limit_and_one_error_line(
     service, client, events, settings, new_key, signature, body
 ):
     settings.answer_with(signature, *body)
     check_that_there_is_no_limit(service, client, events, new_key)
 
 
-def test_a_reply_that_begins_with_a_text_is_read_as_that_text(service, client, settings, new_key):
+def test_only_the_first_argument_of_a_reply_is_read(service, client, settings, new_key):
     settings.answer_with("sis", "1", 5, "0")
     assert client.create_programmable_key(new_key) == 1
     assert client.create_programmable_key(new_key) == -1
@@ -108,16 +108,14 @@ def test_a_missing_peer_means_no_limit_and_one_error_line(
     check_that_there_is_no_limit(service, client, events, new_key)
 
 
-def test_a_peer_that_dies_during_the_call_means_no_limit_and_one_error_line(
+def test_a_peer_that_disconnects_during_the_call_means_no_limit_and_one_error_line(
     service, client, events, settings, new_key
 ):
-    settings.die_on_call()
+    settings.disconnect_on_call()
     check_that_there_is_no_limit(service, client, events, new_key)
 
 
-def test_a_failed_read_for_a_key_without_a_limit_is_logged_too(
-    service, client, settings, action
-):
+def test_a_failed_read_for_a_module_key_is_also_logged(service, client, settings, action):
     settings.fail(UNKNOWN_SETTING)
     assert client.create_programmable_key(MODULE_KEY._replace(idAction=action.idAction)) == 1
     assert service.log.take("error") == [SETTING_NOT_READ]
@@ -126,14 +124,14 @@ def test_a_failed_read_for_a_key_without_a_limit_is_logged_too(
 # Waiting
 
 
-def test_a_read_gives_up_after_5_seconds_and_ignores_the_late_reply(
+def test_a_read_times_out_after_5_seconds_and_a_late_reply_is_ignored(
     service, client, events, settings, new_key
 ):
     settings.hang()
     begun = time.monotonic()
     assert client.create_programmable_key(new_key) == 1
     waited = time.monotonic() - begun
-    assert READ_LIMIT - 0.5 <= waited <= READ_LIMIT + 2 * PATIENCE
+    assert READ_LIMIT - 0.5 <= waited <= READ_LIMIT + 2 * WAIT_FACTOR
     assert events.take() == [key_created(new_key._replace(idKey=1))]
     assert service.log.take("error") == [SETTING_NOT_READ]
     settings.values["ProgKeysMax"] = "1"
@@ -142,9 +140,7 @@ def test_a_read_gives_up_after_5_seconds_and_ignores_the_late_reply(
     assert service.log.take("error") == []
 
 
-def test_a_call_during_a_read_is_answered_after_the_one_that_reads(
-    client, settings, new_key
-):
+def test_a_call_during_a_read_is_handled_after_the_call_that_reads(client, settings, new_key):
     answered = []
     settings.hang()
     settings.calls.clear()
@@ -160,7 +156,7 @@ def test_a_call_during_a_read_is_answered_after_the_one_that_reads(
     assert answered == ["create", "read"]
 
 
-def test_a_press_during_a_read_is_announced_after_it(client, events, settings, new_key):
+def test_a_press_during_a_read_is_reported_after_it(client, events, settings, new_key):
     settings.hang()
     settings.calls.clear()
     waiting = client.send("createProgrammableKey", KEY, new_key)
@@ -172,9 +168,7 @@ def test_a_press_during_a_read_is_announced_after_it(client, events, settings, n
     assert [event.name for event in events.take()] == ["KEY_CREATE_NTF", "AOMKEY_PRESS_NTF"]
 
 
-def test_a_hundred_large_calls_during_a_read_are_all_answered(
-    service, client, settings, new_key
-):
+def test_a_hundred_large_calls_during_a_read_get_their_replies(service, client, settings, new_key):
     large = "x" * 2**20
     settings.hang()
     settings.calls.clear()
@@ -185,7 +179,7 @@ def test_a_hundred_large_calls_during_a_read_are_all_answered(
     client.bus_round_trip()
     settings.release()
     assert waiting.wait().values == (1,)
-    wait_until(lambda: all(call.arrived for call in calls), "every call is answered")
+    wait_until(lambda: all(call.arrived for call in calls), "every call has a reply")
     assert {str(call.wait()) for call in calls} == {
         str(client.call("getProgrammableKeysByContainer", "s", "nowhere"))
     }
@@ -195,9 +189,7 @@ def test_a_hundred_large_calls_during_a_read_are_all_answered(
 # With the real peer
 
 
-def test_the_limit_of_the_real_peer_holds(
-    settings_manager, launch, client, events, settings_dir
-):
+def test_the_limit_of_the_real_peer_applies(settings_manager, launch, client, events, settings_dir):
     service = launch()
     service.wait_until_ready(client)
     write_settings(settings_dir, {"ProgKeysMax": "2"})

@@ -12,7 +12,7 @@ TEXTS = {
     "several lines": "one\ntwo\n\nfour",
     "Unicode": "Zürich ☎ 電話 🙂",
     "separators": "D1,3,call,,501,a\\,b,c\\#d#D2",
-    "blanks": "  around  ",
+    "outer spaces": "  around  ",
     "a quote": "'; DROP TABLE KEY; --",
     "a megabyte": "x" * 2**20,
 }
@@ -49,13 +49,13 @@ def test_the_value_of_a_setting_is_the_text_of_its_file(get, settings_dir, text)
     ids=[
         "one newline",
         "two newlines",
-        "a newline alone",
-        "newline in front",
+        "only a newline",
+        "leading newline",
         "no newline",
         "carriage return",
     ],
 )
-def test_one_final_newline_is_dropped(get, settings_dir, written, value):
+def test_one_final_newline_is_removed(get, settings_dir, written, value):
     (settings_dir / "Name").write_bytes(written.encode())
     assert get("Name") == value
 
@@ -67,13 +67,13 @@ def test_a_file_is_read_at_each_call(get, settings_dir):
 
 
 @pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
-def test_a_setting_that_was_set_is_read_back(get, put, settings_dir, text):
+def test_a_setting_can_be_set_and_read_back(get, put, settings_dir, text):
     put("Name", text)
     assert get("Name") == text
     assert (settings_dir / "Name").is_file()
 
 
-def test_a_new_value_replaces_the_former_one_and_leaves_no_other_file(get, put, settings_dir):
+def test_a_new_value_replaces_the_old_one_and_leaves_no_other_file(get, put, settings_dir):
     put("Name", "a long value")
     before = sorted(settings_dir.iterdir())
     put("Name", "short")
@@ -81,7 +81,7 @@ def test_a_new_value_replaces_the_former_one_and_leaves_no_other_file(get, put, 
     assert sorted(settings_dir.iterdir()) == before
 
 
-def test_a_value_that_cannot_be_written_is_an_error(put, settings_dir):
+def test_setting_a_value_that_cannot_be_written_returns_an_error(put, settings_dir):
     settings_dir.rename(settings_dir.with_name("moved"))
     with pytest.raises(BusError):
         put("Name", "value")
@@ -93,7 +93,9 @@ FORBIDDEN = ["../secret", "sub/secret", "/etc/hostname", ".hidden", "..", ".", "
 @pytest.mark.parametrize(
     "name", ["Missing", "", "sub", "progkeysmax", *FORBIDDEN], ids=lambda name: name or "empty"
 )
-def test_a_name_that_is_unknown_or_forbidden_is_an_unknown_setting(get, settings_dir, name):
+def test_reading_an_unknown_or_forbidden_name_returns_the_error_unknown_setting(
+    get, settings_dir, name
+):
     (settings_dir / "sub").mkdir()
     for forbidden in (
         settings_dir / ".hidden",
@@ -108,7 +110,7 @@ def test_a_name_that_is_unknown_or_forbidden_is_an_unknown_setting(get, settings
 
 
 @pytest.mark.parametrize("name", ["", *FORBIDDEN], ids=lambda name: name or "empty")
-def test_a_forbidden_name_cannot_be_set_either(put, settings_dir, name):
+def test_a_forbidden_name_cannot_be_set(put, settings_dir, name):
     (settings_dir / "sub").mkdir()
     before = sorted(settings_dir.parent.rglob("*"))
     with pytest.raises(BusError) as raised:
@@ -128,7 +130,7 @@ def test_a_forbidden_name_cannot_be_set_either(put, settings_dir, name):
         ("deleteSettingValue", "s", ["ProgKeysMax"]),
     ],
 )
-def test_a_call_of_another_signature_is_an_error_and_changes_nothing(
+def test_a_call_with_a_wrong_signature_returns_an_error_and_changes_nothing(
     get, client, method, signature, arguments
 ):
     with pytest.raises(BusError):
@@ -136,7 +138,7 @@ def test_a_call_of_another_signature_is_an_error_and_changes_nothing(
     assert get("ProgKeysMax") == "1000"
 
 
-def test_a_second_peer_names_the_taken_name_and_ends_with_1(
+def test_a_second_peer_logs_that_the_name_is_taken_and_ends_with_status_1(
     settings_manager, bin_dir, bus, settings_dir, tmp_path
 ):
     with start_settings_manager(
@@ -148,6 +150,6 @@ def test_a_second_peer_names_the_taken_name_and_ends_with_1(
     assert settings_manager.running
 
 
-def test_the_peer_stops_on_request_with_status_0(settings_manager, client):
+def test_stop_ends_the_peer_with_status_0(settings_manager, client):
     assert client.lifecycle("stop", module=SETTINGS_MANAGER).values == (True,)
     assert settings_manager.wait_for_exit() == 0

@@ -1,4 +1,4 @@
-"""Starts that fail, and the data that survives a failed check."""
+"""Starts that fail, and the data after a failed check."""
 
 import shutil
 
@@ -10,15 +10,15 @@ from sandbox.bus import PrivateBus
 from sandbox.client import Client
 from sandbox.loop import wait_until
 from sandbox.names import SERVICE, bus_name
-from wrapping import impatient
+from wrapping import without_lock_wait
 
 DAMAGED_KEY_SCHEMA = KEY_SCHEMA.replace("icon      VARCHAR,", "")
 
 
 @pytest.fixture
-def squatter(bus):
-    """Another peer of the bus, which may claim the service's name."""
-    client = Client(bus.address, "Squatter")
+def other_peer(bus):
+    """Another peer on the bus that can claim the service's name."""
+    client = Client(bus.address, "Other")
     yield client
     client.close()
 
@@ -26,7 +26,7 @@ def squatter(bus):
 # The name and the data
 
 
-def test_a_second_process_names_the_taken_name_ends_with_1_and_touches_no_data(
+def test_a_second_process_logs_that_the_name_is_taken_ends_with_status_1_and_uses_no_data(
     service, launch, client, tmp_path
 ):
     untouched = tmp_path / "untouched"
@@ -39,33 +39,33 @@ def test_a_second_process_names_the_taken_name_ends_with_1_and_touches_no_data(
     assert client.add_action(CALL) == 1
 
 
-def test_a_name_taken_while_the_service_starts_ends_the_start_with_1(
-    launch, settings, squatter
+def test_a_start_ends_with_status_1_if_another_peer_claims_the_name_meanwhile(
+    launch, settings, other_peer
 ):
     settings.hang()
     process = launch()
     settings.wait_for_calls(1)
-    squatter.connection.request_name(bus_name(SERVICE))
+    other_peer.connection.request_name(bus_name(SERVICE))
     settings.release()
     assert process.wait_for_exit() == 1
     assert bus_name(SERVICE) in process.log.texts("error")[-1]
 
 
-def test_a_second_process_ends_with_1_while_the_first_one_still_starts(
+def test_a_second_process_ends_with_status_1_while_the_first_one_starts(
     launch, client, settings, data_root
 ):
     settings.hang()
     first = launch()
     settings.wait_for_calls(1)
     second = launch()
-    assert_refused_for_the_data(second, data_root)
+    assert_refused_because_data_is_in_use(second, data_root)
     settings.release()
-    settings.answer_properly()
+    settings.answer_from_values()
     first.wait_until_ready(client)
     first.stop()
 
 
-def assert_refused_for_the_data(process, data_root):
+def assert_refused_because_data_is_in_use(process, data_root):
     assert process.wait_for_exit() == 1
     (line,) = process.log.texts("error")
     assert f"Another process uses the data in {data_root / SERVICE}" in line
@@ -74,10 +74,10 @@ def assert_refused_for_the_data(process, data_root):
 
 def test_a_second_process_on_another_bus_does_not_use_the_same_data(service, launch, data_root):
     with PrivateBus() as other:
-        assert_refused_for_the_data(launch(address=other.address), data_root)
+        assert_refused_because_data_is_in_use(launch(address=other.address), data_root)
 
 
-def test_of_processes_that_start_at_the_same_moment_one_succeeds_and_its_data_is_sound(
+def test_one_of_several_simultaneous_starts_succeeds_with_intact_data(
     launch, client, settings, database
 ):
     database.path.parent.mkdir(parents=True)
@@ -86,16 +86,16 @@ def test_of_processes_that_start_at_the_same_moment_one_succeeds_and_its_data_is
     wait_until(lambda: sum(process.running for process in processes) == 1, "three give up")
     (first,) = [process for process in processes if process.running]
     settings.release()
-    settings.answer_properly()
+    settings.answer_from_values()
     first.wait_until_ready(client)
     for process in processes:
         if process is not first:
-            assert_refused_for_the_data(process, database.path.parent.parent)
+            assert_refused_because_data_is_in_use(process, database.path.parent.parent)
     assert database.actions() == client.get_all_actions() == [RESERVED_ACTION]
     first.stop()
 
 
-def test_a_process_that_is_killed_leaves_no_lock(service, start, client):
+def test_a_killed_process_leaves_no_lock(service, start, client):
     client.add_action(CALL)
     service.kill()
     start()
@@ -105,7 +105,7 @@ def test_a_process_that_is_killed_leaves_no_lock(service, start, client):
 # The bus
 
 
-def test_a_bus_that_is_not_there_is_named_and_ends_the_start_with_1_and_touches_no_data(
+def test_a_start_without_a_bus_logs_an_error_ends_with_status_1_and_uses_no_data(
     launch, tmp_path, data_root
 ):
     process = launch(address=f"unix:path={tmp_path}/nobody")
@@ -115,28 +115,28 @@ def test_a_bus_that_is_not_there_is_named_and_ends_the_start_with_1_and_touches_
     assert not data_root.exists()
 
 
-# Data set aside before a deployment
+# Backups before a deployment
 
 
-def test_data_that_fails_the_check_is_set_aside_before_it_is_deployed_over(
+def test_data_that_fails_the_check_is_backed_up_before_deploy(
     start, database, data_root
 ):
     database.create(
         DAMAGED_KEY_SCHEMA, ACTION_SCHEMA, "INSERT INTO KEY (container, dmId) VALUES ('old', '')"
     )
     service = start()
-    aside = data_root / f"{SERVICE}.before-deploy"
-    assert sorted(path.name for path in data_root.iterdir()) == [SERVICE, aside.name]
-    assert Database(aside / database.path.name).rows("SELECT idKey, container FROM KEY") == [
+    backup = data_root / f"{SERVICE}.before-deploy"
+    assert sorted(path.name for path in data_root.iterdir()) == [SERVICE, backup.name]
+    assert Database(backup / database.path.name).rows("SELECT idKey, container FROM KEY") == [
         (1, "old")
     ]
-    assert any(str(aside) in text for text in service.log.texts())
+    assert any(str(backup) in text for text in service.log.texts())
     assert database.keys() == []
 
 
-def test_each_failed_check_sets_the_data_aside_under_a_name_of_its_own(start, database, data_root):
-    asides = [data_root / f"{SERVICE}.before-deploy{suffix}" for suffix in ("", ".1", ".2")]
-    for number in range(len(asides)):
+def test_each_failed_check_makes_a_backup_with_a_new_name(start, database, data_root):
+    backups = [data_root / f"{SERVICE}.before-deploy{suffix}" for suffix in ("", ".1", ".2")]
+    for number in range(len(backups)):
         if number == 0:
             database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA)
         else:
@@ -145,16 +145,17 @@ def test_each_failed_check_sets_the_data_aside_under_a_name_of_its_own(start, da
         service = start()
         service.stop()
     found = [
-        Database(aside / database.path.name).rows("SELECT container FROM KEY") for aside in asides
+        Database(backup / database.path.name).rows("SELECT container FROM KEY")
+        for backup in backups
     ]
     assert found == [[("round 0",)], [("round 1",)], [("round 2",)]]
     assert sorted(path.name for path in data_root.iterdir()) == [
         SERVICE,
-        *(aside.name for aside in asides),
+        *(backup.name for backup in backups),
     ]
 
 
-def test_a_file_that_is_no_database_is_set_aside_and_the_next_start_creates_a_new_one(
+def test_a_file_that_is_not_a_database_is_set_aside_and_the_next_start_creates_a_new_one(
     launch, start, client, database, data_root
 ):
     garbage = b"not a database at all " * 500
@@ -171,7 +172,7 @@ def test_a_file_that_is_no_database_is_set_aside_and_the_next_start_creates_a_ne
     assert client.get_all_actions() == [RESERVED_ACTION]
 
 
-def test_data_that_another_program_keeps_locked_is_left_as_it_is(
+def test_a_database_that_another_program_keeps_locked_is_not_changed(
     launch, start, client, database, data_root, bin_dir, tmp_path
 ):
     first = start()
@@ -180,7 +181,7 @@ def test_data_that_another_program_keeps_locked_is_left_as_it_is(
     with database.kept_open() as other:
         other.execute("PRAGMA locking_mode=EXCLUSIVE")
         other.execute("BEGIN EXCLUSIVE")
-        refused = launch(bin_dir=impatient(tmp_path / "bin", bin_dir))
+        refused = launch(bin_dir=without_lock_wait(tmp_path / "bin", bin_dir))
         assert refused.wait_for_exit() == 1
         other.execute("ROLLBACK")
     assert "had it locked" in refused.log.texts("error")[-1]
@@ -190,7 +191,7 @@ def test_data_that_another_program_keeps_locked_is_left_as_it_is(
     assert client.get_all_actions() == [RESERVED_ACTION, stored]
 
 
-def test_rows_that_only_the_write_ahead_log_holds_are_set_aside_with_the_rest(
+def test_a_backup_contains_rows_that_are_only_in_the_write_ahead_log(
     start, client, database, tmp_path
 ):
     first = start()
@@ -202,11 +203,11 @@ def test_rows_that_only_the_write_ahead_log_holds_are_set_aside_with_the_rest(
         shutil.copytree(database.path.parent, moved / SERVICE)
     assert (moved / SERVICE / f"{database.path.name}-wal").stat().st_size > 0
     start(data_root=moved)
-    aside = Database(moved / f"{SERVICE}.before-deploy" / database.path.name)
-    assert aside.actions() == [RESERVED_ACTION, CALL._replace(idAction=id_action)]
+    backup = Database(moved / f"{SERVICE}.before-deploy" / database.path.name)
+    assert backup.actions() == [RESERVED_ACTION, CALL._replace(idAction=id_action)]
 
 
-def test_what_is_written_after_a_copy_aside_survives_a_look_from_outside_and_a_kill(
+def test_writes_after_a_backup_survive_a_kill_even_if_another_program_opened_the_file(
     start, client, database
 ):
     database.create(DAMAGED_KEY_SCHEMA, ACTION_SCHEMA, "INSERT INTO KEY (container) VALUES ('old')")

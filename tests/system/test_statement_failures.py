@@ -1,10 +1,10 @@
-"""Statements that fail or match no row: result codes, log lines and events, and recovery."""
+"""Statements that fail or match no row: result codes, log lines, events and recovery."""
 
 from typing import Any, Callable, NamedTuple
 
 import pytest
 
-from database import RESERVED_ACTION, Database, ignoring, refusing
+from database import RESERVED_ACTION, Database, ignoring, failing
 from samples import (
     CALL,
     MODULE_KEY,
@@ -62,7 +62,7 @@ STORED_KEY = MODULE_KEY._replace(idKey=1, idAction=1)
 
 
 class Store(NamedTuple):
-    """A database with one action and one module key, which the service has not used yet."""
+    """A database with one action and one module key."""
 
     client: Any
     database: Database
@@ -126,7 +126,7 @@ def store(service, client, database, events) -> Store:
 
 
 def operations(*rows):
-    """Rows of a test, each named by its last value."""
+    """Rows of a parametrized test. The last value of a row is its id."""
     return [pytest.param(*values, id=name) for *values, name in rows]
 
 
@@ -145,7 +145,7 @@ def operations(*rows):
         (Store.delete_action, "DELETE", "ACTION", -3, ACTION_DELETE, [], "deleting an action"),
     ),
 )
-def test_a_write_that_fails_returns_its_code_logs_its_statement_and_sends_no_event(
+def test_a_failed_write_returns_its_code_logs_its_statement_and_sends_no_event(
     service,
     store,
     events,
@@ -158,7 +158,7 @@ def test_a_write_that_fails_returns_its_code_logs_its_statement_and_sends_no_eve
     more_lines,
 ):
     before = database.actions(), database.keys()
-    fault = refusing(what, table)
+    fault = failing(what, table)
     database.execute(fault.trigger)
     assert operation(store) == answer
     line, *others = service.log.take("error")
@@ -194,12 +194,12 @@ def test_a_write_that_changes_no_row_returns_minus_2_and_sends_no_event(
         ("KEY", Store.all_keys, [], [KEY_SELECT], "reading all keys"),
         ("KEY", Store.one_key, [], [BY_KEY_ID], "reading one key"),
         ("KEY", Store.container, [], [BY_CONTAINER], "reading the keys of a container"),
-        ("KEY", Store.create_set_key, -2, [KEY_COUNT, KEY_INSERT], "creating a key of the set"),
+        ("KEY", Store.create_set_key, -2, [KEY_COUNT, KEY_INSERT], "creating a key on the set"),
         ("KEY", Store.create_module_key, -2, [KEY_COUNT, KEY_INSERT], "creating a module key"),
         ("KEY", Store.modify_key, -3, [BY_KEY_ID, KEY_UPDATE], "modifying a key"),
         ("KEY", Store.move_key, False, [KEY_MOVE], "moving a key"),
         ("KEY", Store.delete_key, -2, [BY_KEY_ID], "deleting a key"),
-        ("KEY", Store.modify_action, 0, [BY_TYPE_AND_ACTION], "labelling the keys of an action"),
+        ("KEY", Store.modify_action, 0, [BY_TYPE_AND_ACTION], "labeling the keys of an action"),
         ("KEY", Store.delete_action, 0, [KEY_IDS], "deleting the keys of an action"),
         ("KEY", Store.press, None, [BY_PLACE], "pressing a key"),
         ("ACTION", Store.all_actions, [], [ACTION_SELECT], "reading all actions"),
@@ -208,7 +208,7 @@ def test_a_write_that_changes_no_row_returns_minus_2_and_sends_no_event(
         ("ACTION", Store.delete_action, -2, [BY_ACTION_ID], "deleting an action"),
     ),
 )
-def test_without_its_table_a_statement_fails_with_one_line_and_works_again_with_it(
+def test_a_statement_fails_with_one_line_without_its_table_and_works_when_the_table_is_back(
     service, store, database, table, operation: Operation, answer, statements
 ):
     for when in ("at its first use", "at a later use"):
@@ -227,7 +227,7 @@ def test_without_its_table_a_statement_fails_with_one_line_and_works_again_with_
         assert service.log.take("error") == [], when
 
 
-def test_the_keys_of_the_set_are_counted_before_the_limit_is_read(
+def test_the_keys_on_the_set_are_counted_before_the_limit_is_read(
     service, store, database, settings
 ):
     settings.fail(UNKNOWN_SETTING)
@@ -239,7 +239,7 @@ def test_the_keys_of_the_set_are_counted_before_the_limit_is_read(
         assert read == SETTING_NOT_READ
 
 
-def test_operations_on_actions_and_presses_go_on_without_the_keys(store, events, database):
+def test_actions_and_presses_work_without_the_key_table(store, events, database):
     database.execute("ALTER TABLE KEY RENAME TO LOST")
     store.press()
     assert store.modify_action() == 0
@@ -257,7 +257,7 @@ def test_operations_on_actions_and_presses_go_on_without_the_keys(store, events,
         ("KEY", Store.create_module_key, -2, "keys"), ("ACTION", Store.add_action, -3, "actions")
     ),
 )
-def test_a_table_that_has_assigned_its_last_id_refuses_another_record(
+def test_no_record_is_added_after_the_largest_id_has_been_assigned(
     store, events, database, table, operation: Operation, answer
 ):
     database.execute(f"UPDATE sqlite_sequence SET seq = {2**63 - 1} WHERE name = '{table}'")
@@ -267,12 +267,12 @@ def test_a_table_that_has_assigned_its_last_id_refuses_another_record(
 
 def test_a_failed_statement_is_not_logged_at_level_2(start, client, database):
     service = start(log_level=2)
-    database.execute(refusing("INSERT", "ACTION").trigger)
+    database.execute(failing("INSERT", "ACTION").trigger)
     assert client.add_action(CALL) == -3
     assert service.log.lines() == []
 
 
-def test_a_column_and_an_index_of_another_process_change_nothing(store, database):
+def test_a_column_or_an_index_added_by_another_process_has_no_effect(store, database):
     assert store.all_keys() == store.one_key() == store.container() == [STORED_KEY]
     database.execute("ALTER TABLE KEY ADD COLUMN more", "CREATE INDEX quick ON KEY (container)")
     assert store.all_keys() == store.one_key() == store.container() == [STORED_KEY]

@@ -1,4 +1,4 @@
-"""The database file: its place, schema, check, ids, durability and locks."""
+"""The database file: path, schema, check, ids, durability and locks."""
 
 from pathlib import Path
 
@@ -7,7 +7,7 @@ import pytest
 from database import ACTION_SCHEMA, KEY_SCHEMA, RESERVED_ACTION
 from samples import CALL, SET_KEY
 from sandbox.names import SERVICE
-from wrapping import impatient, wrapped
+from wrapping import without_lock_wait, wrapped
 
 KEY_COLUMNS = "idKey container idAction position icon type aom_type aom_addr dmId".split()
 ACTION_COLUMNS = "idAction type action webAppName arguments label shortLabel dmId".split()
@@ -28,15 +28,15 @@ def check_failures(service):
 
 
 def traced(directory: Path, bin_dir: Path, options: str) -> Path:
-    """Executables whose service runs under strace, which writes to the file `trace` beside them."""
+    """Executables whose service runs under strace, which writes the file `trace` next to them."""
     strace = f"strace -D -f -o {directory}/trace"
     return wrapped(directory, bin_dir, strace, options)
 
 
-# Place and schema
+# Path and schema
 
 
-def test_the_first_start_makes_the_directory_and_the_tables(start, data_root, database):
+def test_the_first_start_creates_the_directory_and_the_tables(start, data_root, database):
     assert not data_root.parent.exists()
     service = start()
     assert database.path == data_root / "ZelProgrammableKeys" / "zelprogrammablekeys.data"
@@ -44,7 +44,7 @@ def test_the_first_start_makes_the_directory_and_the_tables(start, data_root, da
     assert database.schema() == SCHEMA
 
 
-def test_a_reset_leaves_the_reserved_action_no_key_and_the_same_schema(service, client, database):
+def test_a_reset_leaves_only_the_reserved_action_and_the_same_schema(service, client, database):
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
     client.restore_default()
     assert (database.actions(), database.keys()) == ([RESERVED_ACTION], [])
@@ -52,7 +52,7 @@ def test_a_reset_leaves_the_reserved_action_no_key_and_the_same_schema(service, 
 
 
 @pytest.mark.parametrize("table", ["KEY", "ACTION"])
-def test_a_reset_that_cannot_drop_a_table_logs_it_and_resets_the_other(
+def test_a_reset_that_cannot_drop_a_table_logs_an_error_and_resets_the_other_table(
     service, client, database, table
 ):
     client.create_programmable_key(SET_KEY._replace(idAction=client.add_action(CALL)))
@@ -106,7 +106,7 @@ def test_a_missing_table_fails_the_check(start, database, present, failure):
     assert database.schema() == SCHEMA
 
 
-def test_tables_with_other_columns_in_another_order_pass_the_check_and_are_used(
+def test_tables_with_more_columns_in_another_order_pass_the_check_and_are_used(
     start, client, database
 ):
     database.create(
@@ -130,7 +130,7 @@ def test_tables_with_other_columns_in_another_order_pass_the_check_and_are_used(
 # Ids
 
 
-def test_ids_of_both_tables_begin_at_1_also_after_a_reset(service, client):
+def test_ids_of_both_tables_start_at_1_even_after_a_reset(service, client):
     for _round in range(2):
         assert [client.add_action(CALL) for _ in range(2)] == [1, 2]
         key = SET_KEY._replace(idAction=1)
@@ -138,7 +138,7 @@ def test_ids_of_both_tables_begin_at_1_also_after_a_reset(service, client):
         client.restore_default()
 
 
-def test_the_id_of_a_deleted_record_is_not_assigned_again_not_even_after_a_restart(start, client):
+def test_the_id_of_a_deleted_record_is_not_reused_even_after_a_restart(start, client):
     first = start()
     assert [client.add_action(CALL) for _ in range(2)] == [1, 2]
     key = SET_KEY._replace(idAction=1)
@@ -168,7 +168,7 @@ def check_that_a_write_is_synced(client, trace: Path) -> None:
     assert trace.read_text().count("sync(") > before
 
 
-def test_a_write_is_synced_before_it_is_answered(start, client, tmp_path, bin_dir):
+def test_a_write_is_synced_before_the_reply(start, client, tmp_path, bin_dir):
     bin_dir = traced(tmp_path / "bin", bin_dir, "-e trace=fsync,fdatasync")
     start(bin_dir=bin_dir)
     check_that_a_write_is_synced(client, bin_dir / "trace")
@@ -207,7 +207,7 @@ def test_no_operation_leaves_a_lock_on_the_database(service, client, database):
         assert result == [(0, 0, 0)], f"after operation {number}"
 
 
-def test_a_start_beside_a_reader_gets_a_journal_that_is_kept(
+def test_a_start_while_another_process_reads_uses_a_persistent_journal(
     start, client, database, tmp_path, bin_dir
 ):
     database.create(KEY_SCHEMA, ACTION_SCHEMA)
@@ -215,18 +215,18 @@ def test_a_start_beside_a_reader_gets_a_journal_that_is_kept(
     with database.kept_open() as other:
         other.execute("BEGIN")
         other.execute("SELECT * FROM ACTION").fetchall()
-        service = start(bin_dir=impatient(tmp_path / "bin", bin_dir))
+        service = start(bin_dir=without_lock_wait(tmp_path / "bin", bin_dir))
         other.execute("ROLLBACK")
     assert client.add_action(CALL) == 1
-    # SQLite's default journal is deleted after each write, and a power cut can undo that.
+    # SQLite's default journal is deleted after each write, and a power cut can undo the deletion.
     assert journal.is_file()
     service.stop()
     start()
     assert database.value("PRAGMA journal_mode") == "wal"
 
 
-def test_a_reset_under_a_lock_changes_nothing(start, client, database, tmp_path, bin_dir):
-    service = start(bin_dir=impatient(tmp_path / "bin", bin_dir))
+def test_a_reset_of_a_locked_database_changes_nothing(start, client, database, tmp_path, bin_dir):
+    service = start(bin_dir=without_lock_wait(tmp_path / "bin", bin_dir))
     id_action = client.add_action(CALL)
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=id_action))
     with database.locked():
@@ -238,7 +238,7 @@ def test_a_reset_under_a_lock_changes_nothing(start, client, database, tmp_path,
     assert client.get_all_actions() == [RESERVED_ACTION]
 
 
-def test_a_merge_beside_a_reader_is_complete_and_logs_no_error(service, client, database, settings):
+def test_a_merge_while_another_process_reads_succeeds(service, client, database, settings):
     settings.values["DefaultActions"] = "D1,1,call,,501,Reception,Rec"
     settings.values["DefaultKeys"] = "D1,main,0,bell,0,0,0"
     with database.kept_open() as other:
@@ -253,7 +253,7 @@ def test_a_merge_beside_a_reader_is_complete_and_logs_no_error(service, client, 
 # Files that cannot be opened or shared
 
 
-def test_a_file_that_cannot_be_opened_is_not_logged_and_not_opened_again(start, client, tmp_path):
+def test_a_file_that_cannot_be_opened_is_not_logged_and_not_opened_later(start, client, tmp_path):
     root = tmp_path / "root"
     root.write_text("a file where a directory is expected")
     service = start(data_root=root)
@@ -261,7 +261,7 @@ def test_a_file_that_cannot_be_opened_is_not_logged_and_not_opened_again(start, 
     path = root / SERVICE / "zelprogrammablekeys.data"
     connecting = texts.index(f"Connecting to database at {path}...")
     until_the_check = texts[connecting + 1 : texts.index(KEY_CHECK_FAILS)]
-    assert all(text.startswith("QSqlQuery::") for text in until_the_check), "the SQL library's own"
+    assert all(text.startswith("QSqlQuery::") for text in until_the_check), "not only Qt's messages"
     service.log.take()
     root.unlink()
     path.parent.mkdir(parents=True)
@@ -276,7 +276,7 @@ def test_a_file_that_cannot_be_opened_is_not_logged_and_not_opened_again(start, 
 
 
 @pytest.mark.parametrize("had_a_log", [False, True], ids=["at the first start", "after a move"])
-def test_a_file_system_without_shared_memory_gets_a_journal_that_is_kept(
+def test_a_file_system_without_shared_memory_uses_a_persistent_journal(
     start, client, bin_dir, database, tmp_path, had_a_log
 ):
     known = 0
@@ -286,14 +286,14 @@ def test_a_file_system_without_shared_memory_gets_a_journal_that_is_kept(
         first.kill()
     files = f"-P {database.path} -P {database.path}-shm"
     injection = "-e trace=mmap,fsync,fdatasync -e inject=mmap:error=ENODEV"
-    crippled = traced(tmp_path / "bin", bin_dir, f"{files} {injection}")
-    service = start(bin_dir=crippled)
-    assert "(INJECTED)" in (crippled / "trace").read_text()
+    without_mmap = traced(tmp_path / "bin", bin_dir, f"{files} {injection}")
+    service = start(bin_dir=without_mmap)
+    assert "(INJECTED)" in (without_mmap / "trace").read_text()
     assert service.log.texts("error") == []
-    check_that_a_write_is_synced(client, crippled / "trace")
+    check_that_a_write_is_synced(client, without_mmap / "trace")
     assert len(client.get_all_actions()) == 2 + known
     suffixes = {path.suffix for path in database.path.parent.iterdir()}
     assert ".data-journal" in suffixes and ".data-wal" not in suffixes
     service.kill()
-    start(bin_dir=crippled)
+    start(bin_dir=without_mmap)
     assert len(client.get_all_actions()) == 2 + known

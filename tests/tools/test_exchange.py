@@ -8,7 +8,7 @@ from typing import Any, Callable
 
 import pytest
 
-from database import Database, refusing
+from database import Database, failing
 from progkeysctl import Tool, environment
 from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
@@ -173,7 +173,7 @@ def test_an_import_without_room_does_not_begin(
 
 
 def test_a_failed_import_shows_what_was_done(import_file, client: Client, phone: Module, database: Database) -> None:
-    database.execute(refusing("INSERT", "KEY", "NEW.position = 2").trigger)
+    database.execute(failing("INSERT", "KEY", "NEW.position = 2").trigger)
     key = SET_KEY._asdict() | {"idAction": 5}
     content = document(
         [CALL._asdict() | {"idAction": 5}], [key | {"idKey": place, "position": place} for place in (1, 2, 3)]

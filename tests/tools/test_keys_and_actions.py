@@ -4,7 +4,7 @@ import re
 
 import pytest
 
-from database import Database, refusing
+from database import Database, failing
 from progkeysctl import Tool
 from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
@@ -214,13 +214,13 @@ def test_the_key_limit_is_reported(ctl: Tool, client: Client, key: Key, settings
 @pytest.mark.parametrize(
     ("fault", "words", "message"),
     [
-        (refusing("INSERT", "KEY"), ["key", "add", "position=1", "idAction=1"], "The key was not created: the database could not be written (-2)"),
-        (refusing("UPDATE", "KEY"), ["key", "set", 1, "icon=x"], "The key was not changed: the database could not be written (-3)"),
-        (refusing("DELETE", "KEY"), ["key", "delete", 1], "Key 1 was not deleted: the database could not be written (-3)"),
-        (refusing("UPDATE", "KEY"), ["key", "move", "1=5"], "A position could not be stored"),
-        (refusing("INSERT", "ACTION"), ["action", "add", "type=1"], "The action was not created: the database could not be written (-3)"),
-        (refusing("UPDATE", "ACTION"), ["action", "set", 1, "type=9"], "The action was not changed: the database could not be written (-3)"),
-        (refusing("DELETE", "ACTION"), ["action", "delete", 1], "Action 1 was not deleted: the database could not be written (-3)"),
+        (failing("INSERT", "KEY"), ["key", "add", "position=1", "idAction=1"], "The key was not created: the database could not be written (-2)"),
+        (failing("UPDATE", "KEY"), ["key", "set", 1, "icon=x"], "The key was not changed: the database could not be written (-3)"),
+        (failing("DELETE", "KEY"), ["key", "delete", 1], "Key 1 was not deleted: the database could not be written (-3)"),
+        (failing("UPDATE", "KEY"), ["key", "move", "1=5"], "A position could not be stored"),
+        (failing("INSERT", "ACTION"), ["action", "add", "type=1"], "The action was not created: the database could not be written (-3)"),
+        (failing("UPDATE", "ACTION"), ["action", "set", 1, "type=9"], "The action was not changed: the database could not be written (-3)"),
+        (failing("DELETE", "ACTION"), ["action", "delete", 1], "Action 1 was not deleted: the database could not be written (-3)"),
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )

@@ -9,7 +9,7 @@ import pytest
 pytest.register_assert_rewrite("planning")
 
 from planning import Rows, check_plan, has_changes
-from rollout import DM_IDS, Rollout, untidy_rollout
+from rollout import DM_IDS, Rollout, next_rollout
 from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
 from sandbox.settings import write_settings
@@ -109,7 +109,7 @@ def test_the_next_start_does_what_was_planned(
     for _ in range(STARTS):
         if source.random() < 0.75:
             user.act()
-            rollout = untidy_rollout(source, rollout)
+            rollout = next_rollout(source, rollout)
             settings = settings_of(source, rollout)
             for path in settings_dir.iterdir():
                 path.unlink()

@@ -90,7 +90,7 @@ class Driver:
 
     def answer(self, manner: str) -> None:
         if manner == PROPERLY:
-            self._phone.settings.answer_properly()
+            self._phone.settings.answer_from_values()
         elif manner == WITH_ERRORS:
             self._phone.settings.fail(UNKNOWN_SETTING)
         else:

@@ -13,40 +13,41 @@
 
 namespace {
 
-/// Subscribes to the same event as the module, and is gone when it comes.
-class FormerReceiver : public QObject
+/// A subscriber that is destroyed before an event arrives.
+class DestroyedReceiver : public QObject
 {
     Q_OBJECT
 
 public slots:
-    void receive(const ZELEvent & /*event*/) { qFatal("A former receiver is called"); }
+    void receive(const ZELEvent & /*event*/) { qFatal("A destroyed receiver was called"); }
 };
 
-/// A module for tests of the framework. It does what its words say: "init=no" lets the hook `init`
-/// fail, "init=throw" lets it throw, "init=term" sends the process SIGTERM during it, "deploy=wipe"
-/// lets `deploy` remove the module's data. "check=no" holds until `deploy` runs, "check=never" for
-/// ever. "mute" leaves out the adaptor. Each hook that runs is a debug line.
+/// A module for tests of the framework. Its arguments control its hooks: with "init=no" the hook
+/// `init` fails, with "init=throw" it throws, and with "init=term" it sends the process SIGTERM.
+/// With "deploy=wipe", `deploy` removes the module's data. With "check=no", `check` fails until
+/// `deploy` runs; with "check=never", it always fails. With "no-adaptor", the module has no
+/// adaptor. Each hook that runs writes a debug line.
 class Subject : public ZELModule
 {
     Q_OBJECT
 
 public:
-    explicit Subject(QStringList words)
-        : ZELModule(QStringLiteral("Subject")), m_words(std::move(words))
+    explicit Subject(QStringList arguments)
+        : ZELModule(QStringLiteral("Subject")), m_arguments(std::move(arguments))
     {
     }
 
     bool check() override { return run("check"); }
     bool deploy() override
     {
-        m_words.removeAll(QStringLiteral("check=no"));
+        m_arguments.removeAll(QStringLiteral("check=no"));
         return run("deploy");
     }
     bool init() override
     {
         const QString event = QStringLiteral("SUBJECT_EVENT");
-        FormerReceiver former;
-        return subscribeEvent(event, &former, SLOT(receive(ZELEvent))) &&
+        DestroyedReceiver destroyed;
+        return subscribeEvent(event, &destroyed, SLOT(receive(ZELEvent))) &&
                subscribeEvent(event, this, SLOT(receive(ZELEvent))) && run("init");
     }
     bool start() override;
@@ -59,20 +60,20 @@ public:
     bool restoreFactory() override { return run("restoreFactory"); }
 
 private slots:
-    /// Answers with the event SUBJECT_ANSWER, or throws the text of the argument "throw".
+    /// Sends the event SUBJECT_ANSWER, or throws the text of the argument "throw".
     void receive(const ZELEvent &event);
 
 private:
     bool run(const char *hook);
-    bool has(const QString &hook, const char *word) const
+    bool has(const QString &hook, const char *value) const
     {
-        return m_words.contains(hook + QLatin1Char('=') + QLatin1String(word));
+        return m_arguments.contains(hook + QLatin1Char('=') + QLatin1String(value));
     }
 
-    QStringList m_words;
+    QStringList m_arguments;
 };
 
-/// Operations that answer, and some that do not.
+/// Operations that return or throw.
 class SubjectAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -90,14 +91,14 @@ public slots:
     {
         throw new ZELException(nullptr, 9, message);
     }
-    /// Answers, and throws when the event loop goes on.
+    /// Returns, and throws when the event loop continues.
     void failLater(const QString &message)
     {
         QTimer::singleShot(0, &m_subject,
                            [this, message] { throw new ZELException(&m_subject, 5, message); });
     }
-    /// Reports through Qt, as its libraries do.
-    QString report(const QString &text)
+    /// Writes messages at all levels of Qt's log functions.
+    QString logThroughQt(const QString &text)
     {
         qDebug().noquote() << text;
         qInfo().noquote() << text;
@@ -125,7 +126,7 @@ bool Subject::run(const char *hook)
 
 bool Subject::start()
 {
-    if (!m_words.contains(QStringLiteral("mute")))
+    if (!m_arguments.contains(QStringLiteral("no-adaptor")))
         m_adaptor = new SubjectAdaptor(*this);
     return run("start");
 }
