@@ -1,4 +1,4 @@
-"""How much is tried, the phones it is tried on, and the line of figures that each test leaves."""
+"""Fixtures: the number of tries, the phones, and the summary line that each test prints."""
 
 import os
 import tempfile
@@ -13,16 +13,16 @@ from phones import Phone
 
 T = TypeVar("T")
 
-WHOLE = os.environ.get("PROGKEYS_FAULTS") == "all"
-"""Whether everything is tried, which takes an hour, or a selection."""
+RUN_ALL = os.environ.get("PROGKEYS_FAULTS") == "all"
+"""Whether the tests try everything, which takes an hour, or a selection."""
 
-# A selection tries the same each time. No test leaves anything in the checkout.
+# The selection is the same in each run. Hypothesis must not write files into the checkout.
 settings.register_profile(
     "faults",
-    derandomize=not WHOLE,
+    derandomize=not RUN_ALL,
     database=None,
     deadline=None,
-    print_blob=WHOLE,
+    print_blob=RUN_ALL,
     suppress_health_check=list(HealthCheck),
 )
 settings.load_profile("faults")
@@ -31,13 +31,13 @@ configuration.set_hypothesis_home_dir(os.path.join(tempfile.gettempdir(), "progk
 
 @pytest.fixture(scope="session")
 def amount() -> Callable[[T, T], T]:
-    """How much to try: the first in the default run, the second in a whole one."""
-    return lambda selection, everything: everything if WHOLE else selection
+    """Returns its first argument in the default run, and its second one if everything runs."""
+    return lambda selection, everything: everything if RUN_ALL else selection
 
 
 @pytest.fixture
 def phones(bin_dir: Path, tmp_path: Path) -> Iterator[Callable[..., Phone]]:
-    """Makes one phone after another and closes them all."""
+    """Creates phones, and closes them after the test."""
     with ExitStack() as stack:
 
         def make(name: str = "phone", **options: object) -> Phone:
@@ -53,13 +53,13 @@ def phone(phones: Callable[..., Phone]) -> Phone:
 
 
 @pytest.fixture
-def figures(request: pytest.FixtureRequest) -> Callable[[str], None]:
-    """Leaves one line about the test: how much was tried, survived and lost."""
+def summarize(request: pytest.FixtureRequest) -> Callable[[str], None]:
+    """Adds a line about the test to the end of the output: the number of tries and results."""
 
-    def leave(line: str) -> None:
-        request.node.user_properties.append(("figures", line))
+    def add_line(line: str) -> None:
+        request.node.user_properties.append(("summary", line))
 
-    return leave
+    return add_line
 
 
 def pytest_terminal_summary(terminalreporter) -> None:
@@ -70,5 +70,5 @@ def pytest_terminal_summary(terminalreporter) -> None:
     ]
     for report in reports:
         for name, line in report.user_properties:
-            if name == "figures":
+            if name == "summary":
                 terminalreporter.write_line(f"{report.location[2]}: {line}")

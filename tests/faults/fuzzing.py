@@ -1,4 +1,4 @@
-"""Values of any type that the bus carries, and calls of the service with right and wrong ones."""
+"""Random values of all D-Bus types, and random valid and invalid calls of the service."""
 
 from typing import Any, NamedTuple, Optional, Sequence
 
@@ -38,7 +38,7 @@ BASIC = {
 
 
 def values(signature: str) -> st.SearchStrategy[tuple[Any, ...]]:
-    """What a message of this signature may hold."""
+    """The values of a message with this signature."""
     return st.tuples(*(value(str(kind)) for kind in dbus.Signature(signature)))
 
 
@@ -59,7 +59,7 @@ def value(kind: str) -> st.SearchStrategy[Any]:
 
 
 def in_variants(typed: Any, levels: int) -> Any:
-    """The value in so many variants, one in the other."""
+    """The value inside that many nested variants."""
     if isinstance(typed, dbus.types.UnixFd):
         return dbus.types.UnixFd(0, variant_level=levels)
     signature = getattr(typed, "signature", None)
@@ -71,9 +71,9 @@ def in_variants(typed: Any, levels: int) -> Any:
 
 MANY_LEVELS = 16
 DEEPEST = 32
-"""Arrays in arrays, or structures in structures, that the bus accepts."""
+"""The number of nested arrays, or of nested structures, that the bus accepts."""
 DEEPEST_VARIANTS = 50
-"""Variants in variants, within anything else that is made here."""
+"""A number of nested variants that the bus accepts inside any other type of this file."""
 SIMPLE = st.sampled_from("ybnqiuxtdsog")
 DEEP = st.sampled_from(
     (
@@ -105,7 +105,7 @@ VARIANT = st.builds(
 
 ERROR = "an error"
 ANYTHING = "anything"
-"""What a call must be answered with, beside a signature."""
+"""Expected replies that are not a signature."""
 BUS = "org.freedesktop.DBus"
 STANDARD = (
     Operation("Introspect", "", "s", f"{BUS}.Introspectable"),
@@ -124,7 +124,7 @@ WRONG_INTERFACES = (LIFECYCLE, EVENTS, "x.y", f"{BUS}.Peer")
 
 
 class Call(NamedTuple):
-    """One call, and the signature that its reply must have."""
+    """A call, and the signature that its reply must have."""
 
     member: str
     signature: str
@@ -134,43 +134,43 @@ class Call(NamedTuple):
 
 
 def calls(operations: Sequence[Operation]) -> st.SearchStrategy[Call]:
-    """Calls of these operations: right, without an interface, or wrong in one respect."""
+    """Calls of these operations: valid, without an interface, or with one error."""
     return st.sampled_from(operations).flatmap(
         lambda operation: st.one_of(
-            right_calls(operation),
-            right_calls(operation).map(lambda call: call._replace(interface=None)),
-            wrong_signatures(operation.takes).flatmap(
-                lambda signature: right_calls(operation._replace(takes=signature))
+            valid_calls(operation),
+            valid_calls(operation).map(lambda call: call._replace(interface=None)),
+            other_signatures(operation.takes).flatmap(
+                lambda signature: valid_calls(operation._replace(takes=signature))
             ),
             st.builds(
                 lambda call, name: call._replace(member=name, returns=ERROR),
-                right_calls(operation),
+                valid_calls(operation),
                 st.sampled_from((*WRONG_NAMES, f"{operation.name}_")),
             ),
             st.sampled_from(WRONG_INTERFACES).flatmap(
-                lambda interface: right_calls(operation._replace(interface=interface))
+                lambda interface: valid_calls(operation._replace(interface=interface))
             ),
         )
-    ).map(_lenient)
+    ).map(_accept_any_reply_of_standard_interfaces)
 
 
-def right_calls(operation: Operation) -> st.SearchStrategy[Call]:
-    """Calls of this signature, which may be that of no operation."""
+def valid_calls(operation: Operation) -> st.SearchStrategy[Call]:
+    """Calls with the signature of this operation, which may not exist."""
     name, takes, _, interface = operation
     returns = RETURNED.get((name, takes, interface), ERROR)
     return values(takes).map(lambda chosen: Call(name, takes, chosen, interface, returns))
 
 
-def _lenient(call: Call) -> Call:
-    """The bus library answers calls of the standard interfaces itself, in its own way."""
+def _accept_any_reply_of_standard_interfaces(call: Call) -> Call:
+    """The bus library itself replies to invalid calls of the standard interfaces."""
     standard = {operation.name for operation in STANDARD}
-    is_right = (call.member, call.signature, call.interface) in RETURNED
-    return call if is_right or call.member not in standard else call._replace(returns=ANYTHING)
+    is_valid = (call.member, call.signature, call.interface) in RETURNED
+    return call if is_valid or call.member not in standard else call._replace(returns=ANYTHING)
 
 
-def wrong_signatures(right: str) -> st.SearchStrategy[str]:
-    """A type more, a type less, another type, or the same type within something."""
-    kinds = [str(kind) for kind in dbus.Signature(right)]
+def other_signatures(signature: str) -> st.SearchStrategy[str]:
+    """Signatures with one type added, removed, replaced or put into a container."""
+    kinds = [str(kind) for kind in dbus.Signature(signature)]
 
     def change(place: int, kind: str, within: str, way: int) -> str:
         place %= len(kinds) + 1
@@ -194,10 +194,10 @@ ARGUMENTS = st.lists(
     ),
     max_size=5,
 ).map(lambda chosen: (dbus.Array(chosen, signature="(svb)"),))
-EVENTS_OF_ANY_KIND = st.one_of(
+RANDOM_EVENTS = st.one_of(
     ARGUMENTS.map(lambda chosen: ("a(svb)", chosen)),
-    wrong_signatures("a(svb)").flatmap(
+    other_signatures("a(svb)").flatmap(
         lambda signature: values(signature).map(lambda chosen: (signature, chosen))
     ),
 )
-"""The signature and the values of an event, apart from its name."""
+"""The signature and the values of an event without its name."""

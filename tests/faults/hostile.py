@@ -1,4 +1,4 @@
-"""Values that programs often handle wrongly."""
+"""Values that programs often handle incorrectly."""
 
 import math
 
@@ -11,14 +11,14 @@ LONGS = (
     *(LONG_MIN, LONG_MIN + 1, -(2**32), INT_MIN - 1),
     *(2**31, 2**32 - 1, 2**32, 2**32 + 1, LONG_MAX - 1, LONG_MAX),
 )
-# Negative ones halfway between two numbers are left out: one version of Qt rounds up, another down.
+# Without negative numbers halfway between two integers: Qt versions round them differently.
 DOUBLES = (
     *(0.0, -0.0, 5e-324, 0.5, 1.4, 1.5, 5.0, -0.4, -0.6, -1.4, 2.0**31, 1e300, -1e300),
     *(INT_MAX + 0.4, INT_MAX + 0.5, INT_MIN - 0.4, INT_MIN - 0.6, math.inf, -math.inf, math.nan),
 )
 
-# Left out: a byte order mark at the beginning of a text, which the bus library drops, and two
-# noncharacters that SQLite does not store.
+# Without a leading byte order mark, which the bus library removes, and without two noncharacters
+# that SQLite does not store.
 TEXTS = (
     "",
     " ",
@@ -48,7 +48,7 @@ TEXTS = (
     '<arg type="x"/>&amp;]]>',
 )
 
-# Blanks beyond ASCII around a number are left out: one version of Qt skips them, another does not.
+# Without non-ASCII spaces around a number: not all Qt versions skip them.
 NUMBERS = (
     "0",
     "1",
@@ -82,7 +82,7 @@ NUMBERS = (
     "\u0665",
     "5;",
 )
-"""Texts that are read as numbers, or are not."""
+"""Texts that are numbers or resemble numbers."""
 
 LARGE_TEXTS = ("0123456789abcdef" * (MEBIBYTE // 16), "電話🙂é" * (MEBIBYTE // 12))
-"""A mebibyte on the wire, each."""
+"""Each text has a length of one mebibyte on the wire."""

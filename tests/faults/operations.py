@@ -1,4 +1,4 @@
-"""What can be called on the service's object, with the signatures that the bus carries."""
+"""The methods of the service with their signatures."""
 
 from typing import Any, NamedTuple, Optional
 
@@ -14,7 +14,7 @@ CAPABILITIES = f"a{{s{CAPABILITY}}}"
 
 
 class Operation(NamedTuple):
-    """One method: what it takes and what it returns."""
+    """A method with the signatures of its arguments and its result."""
 
     name: str
     takes: str
@@ -22,11 +22,11 @@ class Operation(NamedTuple):
     interface: str = INTERFACE
 
     def send(self, client: Client, *values: Any) -> PendingReply:
-        """Calls it without waiting for the reply."""
+        """Calls the method without waiting for the reply."""
         return client.send(self.name, self.takes, *values, interface=self.interface)
 
     def result_of(self, reply: PendingReply) -> Any:
-        """The value of a reply, which must have the right signature."""
+        """The value of a reply. Checks its signature."""
         signature, values = reply.wait()
         assert signature == self.returns, f"{self.name} returned {signature!r}"
         return values[0] if values else None
@@ -66,7 +66,7 @@ STOP = Operation("stop", "", "b", LIFECYCLE)
 
 
 def operation_of(name: str, count: int) -> Optional[Operation]:
-    """The operation of this name that takes so many values, if there is one."""
+    """The operation with this name and number of arguments, if there is one."""
     for operation in (*METHODS, *HOOKS):
         if operation.name == name and len(list(dbus.Signature(operation.takes))) == count:
             return operation

@@ -1,4 +1,4 @@
-"""A whole phone in a directory of its own: bus, SettingsManager, client, data and service."""
+"""A complete phone in its own directory: bus, SettingsManager, client, data and service."""
 
 import shutil
 import tempfile
@@ -19,34 +19,34 @@ from sandbox.settings import NO_DEFAULTS
 from selective_peer import SelectivePeer
 from writing.writes import Rows, rows_of
 
-ROOMY = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
-NOTHING_STORED = rows_of([RESERVED_ACTION])
-"""The rows of a phone that nobody has used yet."""
+TEST_SETTINGS = {**NO_DEFAULTS, "ProgKeysMax": "1000"}
+INITIAL_ROWS = rows_of([RESERVED_ACTION])
+"""The rows after a first start."""
 
 CHECKING = "ZelProgrammableKeys checking..."
 DEPLOYING = "ZelProgrammableKeys deploying..."
 
 
 def pause(seconds: float) -> None:
-    """Lets time pass as part of an experiment; the phone's SettingsManager answers meanwhile."""
+    """Runs the main loop for that time. The SettingsManager replies meanwhile."""
     end = time.monotonic() + seconds
     wait_until(lambda: time.monotonic() >= end, "time passes", seconds + 1)
 
 
 def rows_in(database: Database) -> Rows:
-    """The rows of a database file, which must be sound."""
+    """The rows of a database file, which must be intact."""
     assert database.value("PRAGMA integrity_check") == "ok"
     return rows_of([*database.actions(), *database.keys()])
 
 
 class Phone:
-    """Ends with everything on it when it is closed; its service starts when it is asked to."""
+    """A phone whose service starts on request. `close` ends all its processes and connections."""
 
     def __init__(
         self,
         bin_dir: Path,
         directory: Path,
-        settings: Mapping[str, str] = ROOMY,
+        settings: Mapping[str, str] = TEST_SETTINGS,
         log_level: int = 7,
         environment: Optional[Mapping[str, str]] = None,
     ) -> None:
@@ -85,18 +85,18 @@ class Phone:
         self._resources.close()
 
     def another_client(self, name: str = "Client") -> Client:
-        """A client that leaves the bus when the phone is closed."""
+        """A client that is disconnected when the phone is closed."""
         client = Client(self.bus.address, name)
         self._resources.callback(client.close)
         return client
 
     def use_data_root(self, data_root: Path) -> None:
-        """The service keeps its data below this directory from its next start on."""
+        """Sets the directory for the service's data, from its next start on."""
         self.data_root = data_root
         self.database = Database(data_root / SERVICE / "zelprogrammablekeys.data")
 
     def store(self, *records: Union[Key, Action]) -> None:
-        """Creates the database as an earlier run would have left it, with these records."""
+        """Creates the database with these records, as an earlier run leaves it."""
         self.database.create(KEY_SCHEMA, ACTION_SCHEMA)
         self.database.insert(RESERVED_ACTION, *records)
 
@@ -104,11 +104,11 @@ class Phone:
 
     @property
     def service(self) -> Module:
-        """The service as it was launched last."""
+        """The last started service process."""
         return self._launched[-1]
 
     def launch(self) -> Module:
-        """Starts the service and does not wait for it."""
+        """Starts the service without waiting for it."""
         log_path = self._directory / f"service-{len(self._launched)}.log"
         self._launched.append(
             start_service(
@@ -130,48 +130,48 @@ class Phone:
         return self.service
 
     def kill(self) -> None:
-        """Kills the service; returns when its name is gone from the bus."""
+        """Kills the service and waits until its name has no owner."""
         self.service.kill()
         name = bus_name(SERVICE)
-        wait_until(lambda: not self.client.connection.name_has_owner(name), f"{name} is gone")
+        wait_until(lambda: not self.client.connection.name_has_owner(name), f"{name} has no owner")
 
-    # Surroundings
+    # Bus and SettingsManager
 
     def restart_bus(self) -> None:
-        """Starts a new daemon at the same address, which all but the service join."""
+        """Starts a new daemon at the same address and reconnects everything except the service."""
         self.bus.restart()
         self._join_bus()
 
     def replace_peer(self) -> None:
-        """Puts a well SettingsManager in the place of one that may be gone."""
+        """Replaces the SettingsManager with a new one that works."""
         self.settings.close()
         self.settings = SelectivePeer(self.bus.address, self._values)
         self._resources.callback(self.settings.close)
 
     # Rows
 
-    def found(self) -> Rows:
-        """The stored rows, which must be those that the service returns."""
+    def stored_rows(self) -> Rows:
+        """The rows in the database. Checks that the service returns the same rows."""
         stored = rows_in(self.database)
-        assert self.returned() == stored
+        assert self.returned_rows() == stored
         return stored
 
-    def returned(self) -> Rows:
+    def returned_rows(self) -> Rows:
         """The rows that the service returns."""
         return rows_of(
             [*self.client.get_all_actions(), *self.client.get_all_programmable_keys()]
         )
 
-    def left(self) -> Rows:
-        """The rows that the next start would find, read in a copy: reading may repair the file."""
+    def rows_on_disk(self) -> Rows:
+        """The rows that the next start will find, read from a copy that reading may change."""
         with tempfile.TemporaryDirectory() as scratch:
             copy = Path(scratch) / SERVICE
-            without = shutil.ignore_patterns("*-shm")  # does not outlive the service's memory
+            without = shutil.ignore_patterns("*-shm")  # the shared memory is lost with the process
             shutil.copytree(self.database.path.parent, copy, ignore=without)
             return rows_in(Database(copy / self.database.path.name))
 
     def data_was_kept(self) -> bool:
-        """Whether the last start neither copied the data aside nor created it again."""
+        """Whether the last start neither backed up the data nor created new data."""
         log = self.service.log.texts()
         assert CHECKING in log
         names = [path.name for path in self.data_root.iterdir()]

@@ -1,4 +1,4 @@
-"""A SettingsManager that treats some settings otherwise than the rest."""
+"""A fake SettingsManager with different behavior for some settings."""
 
 from typing import Any, Callable, Optional
 
@@ -10,7 +10,7 @@ from sandbox.settings import FakeSettingsManager
 
 
 class SelectivePeer(FakeSettingsManager):
-    """Answers from `values`, except for the settings that it is told to treat otherwise."""
+    """Replies from `values`, except for the settings that a test selects."""
 
     def _for(self, names: tuple[str, ...], answer: Callable[[Any], Optional[Any]]) -> None:
         def choose(message: Any) -> Optional[Any]:
@@ -20,34 +20,34 @@ class SelectivePeer(FakeSettingsManager):
         self._answer = choose
 
     def hang_on(self, *names: str) -> None:
-        """From now on holds the reads of these settings back."""
+        """From now on replies to no read of these settings."""
         self._for(names, self._held.append)
 
     def wait_for_held_read(self) -> None:
-        """Returns once a read hangs."""
-        wait_until(lambda: self._held, "a read that hangs")
+        """Waits until a read gets no reply."""
+        wait_until(lambda: self._held, "a read without a reply")
 
     def fail_on(self, *names: str) -> None:
-        """From now on answers the reads of these settings with an error."""
+        """From now on replies to reads of these settings with an error."""
         self._for(names, lambda message: ErrorMessage(message, "a.b", "refused"))
 
-    def die_on(self, name: str) -> None:
-        """Leaves the bus when this setting is read, without an answer."""
+    def disconnect_on(self, name: str) -> None:
+        """Disconnects from the bus at a read of this setting, without a reply."""
         self._for((name,), lambda _message: self._leave_soon())
 
-    def die_after(self, name: str) -> None:
-        """Answers the read of this setting and leaves the bus."""
+    def disconnect_after(self, name: str) -> None:
+        """Replies to a read of this setting and then disconnects from the bus."""
 
         def answer(message: Any) -> Any:
             self._leave_soon()
-            self.hang()  # the next read may come before it has left
+            self.hang()  # the next read may arrive before the disconnection
             return self._from_values(message)
 
         self._for((name,), answer)
 
     def _leave_soon(self) -> None:
         def leave() -> bool:
-            # The bus has passed the answer on by then; else it may drop it with the connection.
+            # Wait until the bus has forwarded the reply. It could drop the reply otherwise.
             self._connection.get_name_owner("org.freedesktop.DBus")
             self.close()
             return GLib.SOURCE_REMOVE

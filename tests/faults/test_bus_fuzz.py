@@ -1,4 +1,4 @@
-"""Random calls and events, right and wrong: each call is answered once, and nothing breaks."""
+"""Random valid and invalid calls and events. Each call must get exactly one reply."""
 
 import re
 from collections import Counter
@@ -12,7 +12,7 @@ from hypothesis import given, settings
 from hypothesis import strategies as st
 
 from database import ACTION_SCHEMA, KEY_SCHEMA
-from fuzzing import ANYTHING, ERROR, EVENTS_OF_ANY_KIND, STANDARD, Call, calls
+from fuzzing import ANYTHING, ERROR, RANDOM_EVENTS, STANDARD, Call, calls
 from operations import HOOKS, METHODS, STOP, Operation
 from phones import Phone
 from sandbox.client import REPLY_TIMEOUT, connect
@@ -22,18 +22,18 @@ from sanitizing import check_end, end_cleanly
 pytestmark = pytest.mark.sanitizers
 
 BURST = 20
-WARNED = re.compile('dropped: its signature is ("[^"]*")')
-MOST_ROWS = 100
-GIVEN_UP = (
+SIGNATURE_WARNING = re.compile('dropped: its signature is ("[^"]*")')
+MAX_ROWS = 100
+NO_REPLY_ERRORS = (
     "org.freedesktop.DBus.Error.NoReply",
     "org.freedesktop.DBus.Error.ServiceUnknown",
     "org.freedesktop.DBus.Error.Disconnected",
 )
-"""Errors that the bus and the client's library answer with in the service's place."""
+"""Errors that the bus or the client library returns if the service does not reply."""
 
 
 class ReplyCounter:
-    """Counts the replies to one peer by the serials of its calls, as a monitor of the bus."""
+    """Monitors the bus and counts the replies to each call of a peer, by serial number."""
 
     def __init__(self, address: str, peer: str) -> None:
         self.counts: Counter[int] = Counter()
@@ -55,8 +55,8 @@ class ReplyCounter:
         self._connection.close()
 
 
-class Barrage:
-    """Sends bursts of calls and events to a phone's service."""
+class Fuzzer:
+    """Sends bursts of calls and events to the service."""
 
     def __init__(self, phone: Phone) -> None:
         self._phone = phone
@@ -69,17 +69,17 @@ class Barrage:
     def _open_files(self) -> int:
         return len(list(Path(f"/proc/{self._phone.service.pid}/fd").iterdir()))
 
-    def fire(self, burst: Sequence[Call]) -> None:
-        """Sends the calls; each must be answered once, and as its signature deserves."""
+    def send_calls(self, burst: Sequence[Call]) -> None:
+        """Sends the calls and checks that each one gets exactly one reply, of the expected type."""
         sent = [(call, *self._send(call)) for call in burst]
-        wait_until(lambda: all(replies for _, _, replies in sent), "a reply to each", 2 * LIMIT)
+        wait_until(lambda: all(replies for _, _, replies in sent), "all replies", 2 * LIMIT)
         for call, _, replies in sent:
             check_reply(call, replies[0])
-        # The monitor has seen all replies before that to a further call.
+        # When the monitor sees the reply to another call, it has seen all earlier replies.
         serial, _ = self._send(Call("getCapabilities", "", (), None, ANYTHING))
         wait_until(lambda: self._replies.counts[serial], "the monitor sees the last reply")
         for call, serial, _ in sent:
-            assert self._replies.counts[serial] == 1, f"not answered once: {call}"
+            assert self._replies.counts[serial] == 1, f"not exactly one reply: {call}"
         self.sent += len(burst)
 
     def _send(self, call: Call) -> tuple[int, list[Any]]:
@@ -93,27 +93,27 @@ class Barrage:
         return message.get_serial(), replies
 
     def send_events(self, events: Sequence[tuple[str, tuple[Any, ...]]]) -> None:
-        """Sends presses; the service must warn of each whose signature is wrong."""
+        """Sends presses. The service must log a warning for each invalid signature."""
         for signature, values in events:
             self._phone.client.send_raw_event(f"s{signature}", "AOM_KEY_PRESS_EVENT", *values)
         self._phone.client.round_trip()
-        wrong = [f'"s{signature}"' for signature, _ in events if signature != "a(svb)"]
+        invalid = [f'"s{signature}"' for signature, _ in events if signature != "a(svb)"]
         warnings = self._phone.service.log.take("warning")
-        assert [WARNED.search(line)[1] for line in warnings] == wrong
+        assert [SIGNATURE_WARNING.search(line)[1] for line in warnings] == invalid
         self.sent += len(events)
 
-    def tidy(self) -> None:
-        """Keeps what was stored and received from growing without end."""
-        if self._phone.database.value("SELECT count(*) FROM ACTION") > MOST_ROWS:
+    def clean_up(self) -> None:
+        """Limits the number of stored rows and of recorded events and calls."""
+        if self._phone.database.value("SELECT count(*) FROM ACTION") > MAX_ROWS:
             self._phone.client.restore_factory()
         self._phone.events.take_received()
         self._phone.settings.calls.clear()
 
     def close(self) -> None:
-        """The service answers, its data are sound, it kept no file open, and it ends cleanly."""
+        """Checks the data and the number of open files, and ends the service."""
         phone = self._phone
         assert phone.database.schema() == {"KEY": KEY_SCHEMA, "ACTION": ACTION_SCHEMA}
-        phone.found()
+        phone.stored_rows()
         assert self._open_files() == self._files
         self._replies.close()
         end_cleanly(phone.service)
@@ -121,9 +121,9 @@ class Barrage:
 
 def check_reply(call: Call, reply: Any) -> None:
     is_error = isinstance(reply, ErrorMessage)
-    assert not is_error or reply.get_error_name() not in GIVEN_UP, f"not answered: {call}"
+    assert not is_error or reply.get_error_name() not in NO_REPLY_ERRORS, f"no reply: {call}"
     found = ERROR if is_error else str(reply.get_signature())
-    assert call.returns in (ANYTHING, found), f"answered with {found!r}: {call}"
+    assert call.returns in (ANYTHING, found), f"the reply was {found!r}: {call}"
 
 
 @pytest.fixture
@@ -138,47 +138,46 @@ def ready_phone(phones: Callable[..., Phone]) -> Phone:
     [METHODS, HOOKS, STANDARD],
     ids=["methods", "lifecycle", "standard interfaces"],
 )
-def test_each_call_is_answered_once_and_as_its_signature_deserves(
-    ready_phone, amount, figures, operations: Sequence[Operation]
+def test_each_random_call_gets_one_reply_of_the_expected_type(
+    ready_phone, amount, summarize, operations: Sequence[Operation]
 ):
-    barrage = Barrage(ready_phone)
+    fuzzer = Fuzzer(ready_phone)
 
     @settings(max_examples=amount(120, 4000))
     @given(st.lists(calls(operations), min_size=5, max_size=BURST))
     def check(burst: list[Call]) -> None:
-        barrage.fire(burst)
-        barrage.tidy()
+        fuzzer.send_calls(burst)
+        fuzzer.clean_up()
 
     check()
-    barrage.close()
-    figures(f"{barrage.sent} calls, each answered once; 0 crashes")
+    fuzzer.close()
+    summarize(f"{fuzzer.sent} calls, one reply to each, 0 crashes")
 
 
-def test_events_of_any_content_are_survived(ready_phone, amount, figures):
-    barrage = Barrage(ready_phone)
+def test_random_events_do_no_harm(ready_phone, amount, summarize):
+    fuzzer = Fuzzer(ready_phone)
 
     @settings(max_examples=amount(120, 4000))
-    @given(st.lists(EVENTS_OF_ANY_KIND, min_size=5, max_size=BURST))
+    @given(st.lists(RANDOM_EVENTS, min_size=5, max_size=BURST))
     def check(events: list[tuple[str, tuple[Any, ...]]]) -> None:
-        barrage.send_events(events)
-        barrage.tidy()
+        fuzzer.send_events(events)
+        fuzzer.clean_up()
 
     check()
-    barrage.close()
-    figures(f"{barrage.sent} events; 0 crashes")
+    fuzzer.close()
+    summarize(f"{fuzzer.sent} events, 0 crashes")
 
 
-def test_only_a_right_call_of_stop_ends_the_service(ready_phone, amount, figures):
-    barrage = Barrage(ready_phone)
-    wrong_calls = calls([STOP]).filter(lambda call: call.returns != STOP.returns)
+def test_only_a_valid_call_of_stop_ends_the_service(ready_phone, amount, summarize):
+    fuzzer = Fuzzer(ready_phone)
+    invalid_calls = calls([STOP]).filter(lambda call: call.returns != STOP.returns)
 
     @settings(max_examples=amount(120, 4000))
-    @given(wrong_calls)
+    @given(invalid_calls)
     def check(call: Call) -> None:
-        barrage.fire([call])
+        fuzzer.send_calls([call])
 
     check()
-    right = STOP.send(ready_phone.client)
-    assert STOP.result_of(right) is True
+    assert STOP.result_of(STOP.send(ready_phone.client)) is True
     check_end(ready_phone.service)
-    figures(f"{barrage.sent} wrong calls, all answered; the right one ended the service")
+    summarize(f"{fuzzer.sent} invalid calls with replies; the valid one ended the service")

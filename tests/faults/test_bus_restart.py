@@ -1,4 +1,4 @@
-"""A bus that goes away and comes back."""
+"""Restarts of the bus while the service runs or starts."""
 
 import random
 import time
@@ -8,8 +8,8 @@ from typing import Callable
 import pytest
 
 from database import RESERVED_ACTION
-from lived_in import PROVISIONED_ACTIONS, SETTINGS, STORED, USER_ACTION, USER_KEYS
 from phones import Phone, pause
+from sample_rows import PROVISIONED_ACTIONS, SETTINGS, STORED, USER_ACTION, USER_KEYS
 from samples import CALL, action_created
 from sandbox.client import PendingReply
 from sandbox.loop import wait_until
@@ -19,13 +19,13 @@ from sandbox.records import ACTION, KEY
 LOST = "The connection to the system bus is lost; ending"
 NO_BUS = "Cannot reach the system bus: "
 STORED_ACTIONS = [RESERVED_ACTION, USER_ACTION, *PROVISIONED_ACTIONS]
-AT_ONCE = 0.25
-"""The share of the restarts that come right after a launch, before it reaches the bus."""
+IMMEDIATE = 0.25
+"""The share of the restarts right after the launch, before the service connects to the bus."""
 
 
 @pytest.fixture
 def make(phones) -> Callable[..., Phone]:
-    """Makes a phone with rows of every kind; its service is not started yet."""
+    """Creates a phone with user rows and provisioned rows, and does not start the service."""
 
     def make_phone(name: str = "phone") -> Phone:
         phone = phones(name, settings=SETTINGS)
@@ -36,7 +36,7 @@ def make(phones) -> Callable[..., Phone]:
 
 
 def add(phone: Phone, count: int, first: int = 0) -> list[PendingReply]:
-    """Sends so many additions, their labels numbered."""
+    """Sends that many calls that add an action with a numbered label."""
     replies = [
         phone.client.send("addAction", ACTION, CALL._replace(label=f"{first + number}"))
         for number in range(count)
@@ -46,7 +46,7 @@ def add(phone: Phone, count: int, first: int = 0) -> list[PendingReply]:
 
 
 def check_rows(phone: Phone, acknowledged: list[int]) -> None:
-    """The users' rows and every acknowledged row are stored, and none is half there."""
+    """Checks that the user rows and all acknowledged rows are stored completely."""
     actions = phone.database.actions()
     assert actions[: len(STORED_ACTIONS)] == STORED_ACTIONS
     added = actions[len(STORED_ACTIONS) :]
@@ -58,15 +58,15 @@ def check_rows(phone: Phone, acknowledged: list[int]) -> None:
     assert phone.database.keys()[: len(USER_KEYS)] == USER_KEYS
 
 
-def check_serves(phone: Phone) -> None:
-    """An addition is answered and announced."""
+def check_works(phone: Phone) -> None:
+    """Checks that an added action causes a reply and an event."""
     phone.events.take()
     added = CALL._replace(idAction=phone.client.add_action(CALL))
     assert phone.events.take() == [action_created(added)]
     assert phone.client.delete_action(added.idAction) == 0
 
 
-def be_at_work(phone: Phone) -> list[PendingReply]:
+def handle_calls(phone: Phone) -> list[PendingReply]:
     phone.start()
     replies = add(phone, 100)
     replies[10].wait()
@@ -80,7 +80,7 @@ def be_idle(phone: Phone) -> list[PendingReply]:
     return replies
 
 
-def wait_with_a_queue(phone: Phone) -> list[PendingReply]:
+def wait_for_peer(phone: Phone) -> list[PendingReply]:
     replies = be_idle(phone)
     phone.settings.hang()
     phone.client.send("createProgrammableKey", KEY, USER_KEYS[0])
@@ -97,24 +97,26 @@ def start_in(phone: Phone, setting: str) -> list[PendingReply]:
     return []
 
 
-MOMENTS = {
+STATES = {
     "idle": be_idle,
-    "with calls in hand": be_at_work,
-    "waiting for the peer, with calls behind": wait_with_a_queue,
-    "in the first read of a start": lambda phone: start_in(phone, "DefaultActions"),
-    "in the second read of a start": lambda phone: start_in(phone, "DefaultKeys"),
-    "in the limit of a start": lambda phone: start_in(phone, "ProgKeysMax"),
+    "handling calls": handle_calls,
+    "waiting for the peer, with queued calls": wait_for_peer,
+    "starting, first read": lambda phone: start_in(phone, "DefaultActions"),
+    "starting, second read": lambda phone: start_in(phone, "DefaultKeys"),
+    "starting, read of the limit": lambda phone: start_in(phone, "ProgKeysMax"),
 }
 
 
 @pytest.mark.sanitizers
-def test_a_bus_that_restarts_ends_the_service_with_1_and_loses_no_acknowledged_row(make, figures):
+def test_a_restart_of_the_bus_ends_the_service_with_status_1_and_loses_no_acknowledged_row(
+    make, summarize
+):
     ends = []
-    for name, come_to in MOMENTS.items():
+    for name, enter_state in STATES.items():
         phone = make(name)
-        replies = come_to(phone)
+        replies = enter_state(phone)
         service, begun = phone.service, time.monotonic()
-        # The other answers are lost with the bus.
+        # The other replies are lost with the bus.
         acknowledged = [reply.wait().values[0] for reply in replies if reply.arrived]
         phone.restart_bus()
         assert service.wait_for_exit() == 1, name
@@ -123,13 +125,13 @@ def test_a_bus_that_restarts_ends_the_service_with_1_and_loses_no_acknowledged_r
         check_rows(phone, acknowledged)
         phone.start()
         check_rows(phone, acknowledged)
-        check_serves(phone)
+        check_works(phone)
         phone.service.stop()
-    figures(f"{len(MOMENTS)} restarts, each service ended with 1, no row lost: {'; '.join(ends)}")
+    summarize(f"{len(STATES)} restarts, all services ended with 1, no row lost: {'; '.join(ends)}")
 
 
-def test_a_bus_that_restarts_at_any_moment_of_a_start_leaves_no_deaf_service(
-    make, amount, figures
+def test_after_a_restart_of_the_bus_during_a_start_the_service_works_or_ends(
+    make, amount, summarize
 ):
     seed = amount(1, random.randrange(2**32))
     source = random.Random(seed)
@@ -137,25 +139,25 @@ def test_a_bus_that_restarts_at_any_moment_of_a_start_leaves_no_deaf_service(
     ends: Counter[str] = Counter()
     for number in range(amount(40, 400)):
         phone.launch()
-        if source.random() >= AT_ONCE:
+        if source.random() >= IMMEDIATE:
             pause(source.uniform(0, 0.15))
         phone.restart_bus()
         ends[how_it_ends(phone, f"start {number} with seed {seed}")] += 1
         check_rows(phone, [])
-    figures(f"seed {seed}: {ends.total()} starts, none deaf, no user row lost: {dict(ends)}")
-    assert len(ends) >= 2, "all of them ended alike"
+    summarize(f"seed {seed}: {ends.total()} starts, no user row lost: {dict(ends)}")
+    assert len(ends) >= 2, "all starts ended the same way"
 
 
 def how_it_ends(phone: Phone, start: str) -> str:
-    """The service ends with a clear reason, or finds the new bus and serves there."""
+    """Checks that the service works on the new bus, or has ended and logged the reason."""
     service = phone.service
     owner = phone.client.watch_owner(bus_name(SERVICE))
-    wait_until(lambda: owner.current or not service.running, f"{start} ends or appears on the bus")
+    wait_until(lambda: owner.current or not service.running, f"{start} ends or claims its name")
     if service.running:
-        check_serves(phone)
+        check_works(phone)
         service.stop()
-        return "served on the new bus"
+        return "works on the new bus"
     reason = service.log.texts("error")[-1]
     assert service.status == 1, start
     assert reason == LOST or reason.startswith(NO_BUS), f"{start}: {reason}"
-    return "lost the bus" if reason == LOST else "found no bus"
+    return "lost the bus" if reason == LOST else "could not connect"

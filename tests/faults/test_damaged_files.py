@@ -1,4 +1,4 @@
-"""Database files that are cut short, overwritten, empty or no databases at all."""
+"""Database files that are truncated, overwritten, empty or not databases."""
 
 import random
 from pathlib import Path
@@ -11,11 +11,11 @@ from sandbox.client import Client
 from sandbox.records import ACTION, KEY
 
 HEADER = 100
-"""Bytes at the beginning of a database."""
+"""The size of the header of a database in bytes."""
 SHORTEST = 512
-"""SQLite takes a shorter file for a new one."""
+"""SQLite treats a shorter file as a new database."""
 SEED = 20260112
-NO_DATABASES = (b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080))
+OTHER_FILES = (b"", b"garbage " * 1000, b"SQLite format 3\0" + bytes(4080))
 
 
 def fill(path: Path, rows: int) -> None:
@@ -26,24 +26,24 @@ def fill(path: Path, rows: int) -> None:
     database.insert(RESERVED_ACTION, *actions, *keys)
 
 
-def damage(source: random.Random, whole: bytes) -> bytes:
-    """The file cut short, with random bytes somewhere, or with a page in another's place."""
+def damage(source: random.Random, intact: bytes) -> bytes:
+    """The file truncated, with random bytes, or with a page replaced by another page."""
     kind = source.randrange(4)
     if kind == 0:
-        return whole[: source.randrange(SHORTEST, len(whole))]
-    place = source.randrange(len(whole))
+        return intact[: source.randrange(SHORTEST, len(intact))]
+    offset = source.randrange(len(intact))
     length = source.choice((1, 16, 512, 4096))
     if kind == 1:
-        return whole[:place] + source.randbytes(length) + whole[place + length :]
+        return intact[:offset] + source.randbytes(length) + intact[offset + length :]
     if kind == 2:
-        return source.randbytes(len(whole))
-    other = source.randrange(len(whole) // 4096) * 4096
-    page = place // 4096 * 4096
-    return whole[:page] + whole[other : other + 4096] + whole[page + 4096 :]
+        return source.randbytes(len(intact))
+    other = source.randrange(len(intact) // 4096) * 4096
+    page = offset // 4096 * 4096
+    return intact[:page] + intact[other : other + 4096] + intact[page + 4096 :]
 
 
-def call_everything(client: Client) -> None:
-    """Calls each operation on rows that may be there or not; each must answer."""
+def call_all_methods(client: Client) -> None:
+    """Calls each method for rows that may or may not exist, and waits for the replies."""
     for number in (1, 7, 40):
         values = {
             ACTION: (CALL._replace(idAction=number),),
@@ -62,9 +62,9 @@ def call_everything(client: Client) -> None:
 
 
 def is_kept(database: Path, damaged: bytes) -> bool:
-    """Whether the damaged file is in one of the places where it may be put.
+    """Whether the service has kept the damaged file in some directory.
 
-    Its header may differ: SQLite writes the kind of journal there when the file is opened.
+    The header may differ: SQLite writes the journal mode there when it opens the file.
     """
     found = [path.read_bytes() for path in database.parents[1].rglob(database.name)]
     return any(
@@ -72,8 +72,8 @@ def is_kept(database: Path, damaged: bytes) -> bool:
     )
 
 
-def serves_on(phone: Phone, damaged: bytes, what: str) -> bool:
-    """Starts on a damaged file, twice if need be; whether the rows that are left are used."""
+def start_with(phone: Phone, damaged: bytes, what: str) -> bool:
+    """Starts with a damaged file, twice if necessary. Returns whether the service uses the file."""
     phone.database.path.parent.mkdir(parents=True)
     phone.database.path.write_bytes(damaged)
     service = phone.launch()
@@ -90,28 +90,28 @@ def serves_on(phone: Phone, damaged: bytes, what: str) -> bool:
     return True
 
 
-def test_damaged_files_crash_nothing_and_are_never_lost(phone, tmp_path, amount, figures):
-    fill(tmp_path / "whole", 60)
-    whole = (tmp_path / "whole").read_bytes()
+def test_damaged_files_cause_no_crash_and_are_kept(phone, tmp_path, amount, summarize):
+    fill(tmp_path / "intact", 60)
+    intact = (tmp_path / "intact").read_bytes()
     source = random.Random(SEED)
     used = 0
     tries = amount(25, 500)
     for number in range(tries):
         phone.use_data_root(tmp_path / f"data {number}")
-        used += serves_on(phone, damage(source, whole), f"damage {number} of seed {SEED}")
-        call_everything(phone.client)
+        used += start_with(phone, damage(source, intact), f"damage {number} of seed {SEED}")
+        call_all_methods(phone.client)
         phone.service.stop()
     assert used < tries
-    figures(f"{tries} damaged files (seed {SEED}): {used} used, {tries - used} set aside, 0 lost")
+    summarize(f"{tries} damaged files (seed {SEED}): {used} used, {tries - used} set aside, 0 lost")
 
 
-def test_a_file_that_is_no_database_is_set_aside_within_two_starts(phone, tmp_path, figures):
-    for number, content in enumerate(NO_DATABASES):
+def test_a_file_that_is_not_a_database_is_set_aside_within_two_starts(phone, tmp_path, summarize):
+    for number, content in enumerate(OTHER_FILES):
         phone.use_data_root(tmp_path / f"data {number}")
-        assert not serves_on(phone, content, f"{content[:10]!r}")
+        assert not start_with(phone, content, f"{content[:10]!r}")
         phone.events.take()
         action = CALL._replace(idAction=phone.client.add_action(CALL))
         assert phone.events.take() == [action_created(action)]
         assert phone.client.get_action(action.idAction) == [action]
         phone.service.stop()
-    figures(f"{len(NO_DATABASES)} files that are no databases: set aside, the phone serves")
+    summarize(f"{len(OTHER_FILES)} files that are not databases: all set aside")

@@ -1,4 +1,4 @@
-"""Events that nobody should send, and more presses than anybody can make."""
+"""Invalid and unusual events, and large numbers of presses."""
 
 import time
 from typing import Any, Callable, Optional
@@ -16,19 +16,19 @@ from sandbox.names import EVENTS, SERVICE, bus_name, object_path
 PRESS = "AOM_KEY_PRESS_EVENT"
 PLACE = {"aom_key_num": 5, "aom_type": 1, "addr": 2}
 PLACE_ARGUMENTS = [(name, value, True) for name, value in PLACE.items()]
-SHAPE = "sa(svb)"
+SIGNATURE = "sa(svb)"
 LONG_TEXT = "0123456789abcdef" * 2**20
 FLOOD = 10_000
-BAD_NUMBER = f"Argument aom_key_num passed to event {PRESS} has got an invalid value."
+INVALID_NUMBER = f"Argument aom_key_num passed to event {PRESS} has got an invalid value."
 BUS = "org.freedesktop.DBus"
 
-# What the bus still lets through inside the argument of an event.
+# The deepest nesting that the bus accepts inside the argument of an event.
 DEEPEST_PAIRS = 31
 DEEPEST_VARIANTS = 62
 
 
 def nested(containers: int) -> Any:
-    """A number inside so many arrays, each of them in a structure."""
+    """A number inside that many arrays, each inside a structure."""
     value: Any = dbus.Int32(5)
     for _ in range(containers):
         value = dbus.Struct((dbus.Array([value]),))
@@ -36,7 +36,7 @@ def nested(containers: int) -> Any:
 
 
 def with_number(value: Any) -> list[tuple[str, Any, bool]]:
-    """A press whose key number is this."""
+    """The arguments of a press with this key number."""
     return [("aom_key_num", value, True), *PLACE_ARGUMENTS[1:]]
 
 
@@ -52,45 +52,45 @@ VALUES = {
     "16 MiB": LONG_TEXT,
 }
 
-ANSWERED = {
-    **{f"{name} before": [("other", VALUES[name], True), *PLACE_ARGUMENTS] for name in VALUES},
-    "10,000 empty names before": [("", 1, True)] * 10_000 + PLACE_ARGUMENTS,
+VALID_PRESSES = {
+    **{f"{name} first": [("other", VALUES[name], True), *PLACE_ARGUMENTS] for name in VALUES},
+    "10,000 empty names first": [("", 1, True)] * 10_000 + PLACE_ARGUMENTS,
     "a name of 16 MiB": [(LONG_TEXT, 1, True), *PLACE_ARGUMENTS],
-    "names repeated, of which the first count": PLACE_ARGUMENTS + with_number("no number"),
-    "flags that are false": [(name, value, False) for name, value, _flag in PLACE_ARGUMENTS],
-    "arguments behind": [*PLACE_ARGUMENTS, ("exists", False, True), ("", nested(5), True)],
+    "repeated names": PLACE_ARGUMENTS + with_number("no number"),
+    "false flags": [(name, value, False) for name, value, _flag in PLACE_ARGUMENTS],
+    "more arguments at the end": [*PLACE_ARGUMENTS, ("exists", False, True), ("", nested(5), True)],
 }
-"""Events that are strange, but name the pressed key."""
+"""Unusual events with the arguments of a press."""
 
-NO_NUMBERS = {
+INVALID_NUMBERS = {
     **{name: value for name, value in VALUES.items() if name != "boolean"},
     "a variant": dbus.Int32(5, variant_level=2),
-    "structure of the number": dbus.Struct((5,)),
-    "array of the number": dbus.Array([5]),
-    "5 beyond 32 bits, as text": str(2**32 + 5),
+    "a structure with the number": dbus.Struct((5,)),
+    "an array with the number": dbus.Array([5]),
+    "a text with a number of more than 32 bits": str(2**32 + 5),
 }
-"""Key numbers that are no numbers."""
+"""Key numbers that are not 32-bit numbers."""
 
-OTHER_SHAPES: dict[str, tuple[Any, ...]] = {
+OTHER_SIGNATURES: dict[str, tuple[Any, ...]] = {
     "s" * 255: (PRESS,) * 255,
     "s" + "a" * 32 + "i": (PRESS, []),
     "sss": (PRESS, LONG_TEXT, LONG_TEXT[::2]),
 }
-"""Presses of other signatures, of which the fuzzing of the bus tries many more."""
+"""Presses with other signatures. test_bus_fuzz tries many more."""
 
-HIDDEN_NAMES: dict[str, tuple[Any, ...]] = {
+UNICAST_SIGNATURES: dict[str, tuple[Any, ...]] = {
     "as": ([PRESS],),
     "ay": (PRESS.encode(),),
     "asa(svb)": ([PRESS], PLACE_ARGUMENTS),
 }
-"""Bodies from which the bus library still reads the name, sent to the service alone."""
+"""Signatures from which the bus library reads the event name in a signal to the service only."""
 
 OTHER_NAMES = ("", PRESS.lower(), f"{PRESS}S", f" {PRESS}", f"{PRESS}'", "%1", "DB_RESET_NTF")
 
 
 @pytest.fixture
 def pressed(service, client, events, action) -> Event:
-    """The answer to a good press of a stored key."""
+    """The event that a press of a stored key causes."""
     key = MODULE_KEY._replace(idAction=action.idAction)
     key = key._replace(idKey=client.create_programmable_key(key))
     events.take()
@@ -100,14 +100,14 @@ def pressed(service, client, events, action) -> Event:
 
 @pytest.fixture
 def check(service, client, events, pressed) -> Callable[..., None]:
-    """Sends something, and then a good press, and compares the answers and the log lines."""
+    """Sends something and then a valid press, and checks the events and the log lines."""
 
     def check_case(
-        case: str, send: Callable[[], None], answers: int = 0, line: Optional[str] = None
+        case: str, send: Callable[[], None], reports: int = 0, line: Optional[str] = None
     ) -> None:
         send()
         client.send_event(PRESS, **PLACE)
-        assert events.take() == [pressed] * (answers + 1), case
+        assert events.take() == [pressed] * (reports + 1), case
         lines = service.log.take("warning", "error")
         assert lines == ([line] if line else []), case
 
@@ -116,7 +116,7 @@ def check(service, client, events, pressed) -> Callable[..., None]:
 
 @pytest.fixture
 def send_directly(client) -> Callable[..., None]:
-    """Sends a signal to the service alone, for which it needs no subscription."""
+    """Sends a signal to the service only, which needs no subscription for it."""
 
     def send(
         signature: str,
@@ -133,89 +133,92 @@ def send_directly(client) -> Callable[..., None]:
     return send
 
 
-# Shapes, names and values
+# Signatures, names and values
 
 
 @pytest.mark.sanitizers
-def test_a_press_of_another_shape_is_warned_of_and_the_next_one_is_answered(
-    client, check, send_directly, figures
+def test_a_press_with_a_wrong_signature_causes_a_warning_and_the_next_press_is_reported(
+    client, check, send_directly, summarize
 ):
     sender = client.connection.get_unique_name()
-    for signature, body in {**OTHER_SHAPES, **HIDDEN_NAMES}.items():
-        told = f'dropped: its signature is "{signature}", not "{SHAPE}"'
-        line = f"Event {PRESS} from {sender} {told}"
+    for signature, body in {**OTHER_SIGNATURES, **UNICAST_SIGNATURES}.items():
+        reason = f'dropped: its signature is "{signature}", not "{SIGNATURE}"'
+        line = f"Event {PRESS} from {sender} {reason}"
         check(signature, lambda: send_directly(signature, *body), line=line)
-        if signature in OTHER_SHAPES:
+        if signature in OTHER_SIGNATURES:
             check(signature, lambda: client.send_raw_event(signature, *body), line=line)
-    figures(f"{len(OTHER_SHAPES) + len(HIDDEN_NAMES)} other shapes, all warned of and dropped")
+    count = len(OTHER_SIGNATURES) + len(UNICAST_SIGNATURES)
+    summarize(f"{count} wrong signatures, all logged and dropped")
 
 
 @pytest.mark.sanitizers
-def test_a_strange_event_that_names_the_key_is_answered(client, check, send_directly, figures):
-    for name, arguments in ANSWERED.items():
-        check(name, lambda: client.send_raw_event(SHAPE, PRESS, arguments), answers=1)
-        check(name, lambda: send_directly(SHAPE, PRESS, arguments), answers=1)
-    figures(f"{2 * len(ANSWERED)} strange events that name the key, all answered once")
+def test_an_unusual_event_with_the_arguments_of_a_press_is_reported(
+    client, check, send_directly, summarize
+):
+    for name, arguments in VALID_PRESSES.items():
+        check(name, lambda: client.send_raw_event(SIGNATURE, PRESS, arguments), reports=1)
+        check(name, lambda: send_directly(SIGNATURE, PRESS, arguments), reports=1)
+    summarize(f"{2 * len(VALID_PRESSES)} unusual presses, all reported once")
 
 
 @pytest.mark.sanitizers
-def test_a_value_that_is_no_number_is_logged_and_the_press_dropped(client, check, figures):
-    for name, value in NO_NUMBERS.items():
+def test_a_press_with_an_invalid_number_is_logged_and_dropped(client, check, summarize):
+    for name, value in INVALID_NUMBERS.items():
         arguments = with_number(value)
-        check(name, lambda: client.send_raw_event(SHAPE, PRESS, arguments), line=BAD_NUMBER)
-    figures(f"{len(NO_NUMBERS)} values that are no numbers, all logged and dropped")
+        check(name, lambda: client.send_raw_event(SIGNATURE, PRESS, arguments), line=INVALID_NUMBER)
+    summarize(f"{len(INVALID_NUMBERS)} invalid numbers, all logged and dropped")
 
 
 @pytest.mark.sanitizers
-def test_an_event_of_another_name_is_not_heard(client, check, send_directly, figures):
+def test_an_event_with_another_name_is_ignored(client, check, send_directly, summarize):
     for name in OTHER_NAMES:
         check(name, lambda: client.send_event(name, **PLACE))
-        check(name, lambda: send_directly(SHAPE, name, PLACE_ARGUMENTS))
-    figures(f"{2 * len(OTHER_NAMES)} events of other names, none heard")
+        check(name, lambda: send_directly(SIGNATURE, name, PLACE_ARGUMENTS))
+    summarize(f"{2 * len(OTHER_NAMES)} events with other names, all ignored")
 
 
 # Senders
 
 
-def test_a_press_may_come_from_any_path_and_any_peer(bus, client, check, figures):
+def test_a_press_can_come_from_any_path_and_any_peer(bus, client, check, summarize):
     paths = ("/", "/a/b", "/x" * 1000, "/org/freedesktop/DBus")
     for path in paths:
         client.path = path
-        check(path[:50], lambda: client.send_event(PRESS, **PLACE), answers=1)
+        check(path[:50], lambda: client.send_event(PRESS, **PLACE), reports=1)
     for number in range(5):
-        check(f"passer-by {number}", lambda: press_and_leave(Client(bus.address)), answers=1)
-    figures(f"{len(paths)} paths and 5 senders that left at once, all answered")
+        check(f"peer {number}", lambda: press_and_disconnect(Client(bus.address)), reports=1)
+    summarize(f"{len(paths)} paths and 5 senders that disconnected, all presses reported")
 
 
-def press_and_leave(passer_by: Client) -> None:
-    passer_by.send_event(PRESS, **PLACE)
-    passer_by.bus_round_trip()
-    passer_by.close()
+def press_and_disconnect(peer: Client) -> None:
+    peer.send_event(PRESS, **PLACE)
+    peer.bus_round_trip()
+    peer.close()
 
 
-def test_a_message_that_imitates_an_event_or_the_bus_is_ignored(
-    bus, client, check, send_directly, figures
+def test_a_forged_event_or_message_of_the_bus_is_ignored(
+    bus, client, check, send_directly, summarize
 ):
     for path in (object_path(SERVICE), "/", "/a/path"):
         check(f"call of {path}", lambda: call_event(client, path))
-    check("error", lambda: send_unasked_error(client))
-    check("member", lambda: send_directly(SHAPE, PRESS, PLACE_ARGUMENTS, member="Event"))
-    check("interface", lambda: send_directly(SHAPE, PRESS, PLACE_ARGUMENTS, interface="a.b"))
+    check("error", lambda: send_unexpected_error(client))
+    check("member", lambda: send_directly(SIGNATURE, PRESS, PLACE_ARGUMENTS, member="Event"))
+    check("interface", lambda: send_directly(SIGNATURE, PRESS, PLACE_ARGUMENTS, interface="a.b"))
     name = bus_name(SERVICE)
     bodies = {"NameLost": (name,), "NameAcquired": (name,), "NameOwnerChanged": (name, ":1.1", "")}
     for member, body in bodies.items():
         check(member, lambda: send_directly("s" * len(body), *body, interface=BUS, member=member))
     check("disconnection", lambda: claim_disconnection(Client(bus.address)))
-    figures(f"{7 + len(bodies)} messages that imitate events or the bus, ignored")
+    summarize(f"{7 + len(bodies)} forged messages, all ignored")
 
 
 def call_event(client: Client, path: str) -> None:
     with pytest.raises(BusError, match="UnknownInterface|UnknownObject"):
-        client.call("event", SHAPE, PRESS, PLACE_ARGUMENTS, interface=EVENTS, path=path)
+        client.call("event", SIGNATURE, PRESS, PLACE_ARGUMENTS, interface=EVENTS, path=path)
 
 
-def send_unasked_error(client: Client) -> None:
-    """Answers a call of its own in the service's place."""
+def send_unexpected_error(client: Client) -> None:
+    """Sends the service an error reply to a call that the service did not make."""
     call = client.message("getCapabilities")
     client.connection.send_message(call)
     error = ErrorMessage(call, "a.b", PRESS)
@@ -224,7 +227,7 @@ def send_unasked_error(client: Client) -> None:
 
 
 def claim_disconnection(sender: Client) -> None:
-    """Sends what only the bus library itself sends; the bus cuts off who tries."""
+    """Sends a signal that only the bus library may send. The bus disconnects the sender."""
     local = f"{BUS}.Local"
     lost = SignalMessage(f"/{local.replace('.', '/')}", local, "Disconnected")
     lost.set_destination(bus_name(SERVICE))
@@ -237,8 +240,8 @@ def claim_disconnection(sender: Client) -> None:
 
 
 @pytest.mark.sanitizers
-def test_ten_thousand_presses_are_answered_in_order_and_calls_among_them_in_time(
-    bus, service, client, events, pressed, figures
+def test_ten_thousand_presses_are_reported_in_order_and_concurrent_calls_get_replies_in_time(
+    bus, service, client, events, pressed, summarize
 ):
     other = Client(bus.address)
     delays: list[float] = []
@@ -250,18 +253,18 @@ def test_ten_thousand_presses_are_answered_in_order_and_calls_among_them_in_time
 
     begun = time.monotonic()
     for number in range(FLOOD):
-        # Every other press is that of a key without a record, and tells its number.
+        # Every other press is for a key that is not stored, with the number of the press.
         place = PLACE if number % 2 else {**PLACE, "aom_key_num": number, "addr": 3}
         client.send_event(PRESS, **place)
         if number % 500 == 0:
             client.connection.flush()
             call_now()
-    wait_until(lambda: len(delays) == FLOOD // 500, "every call is answered")
+    wait_until(lambda: len(delays) == FLOOD // 500, "every call has a reply")
     client.round_trip()
     took = time.monotonic() - begun
-    answers = events.take()
-    assert answers[1::2] == [pressed] * (FLOOD // 2)
-    assert [event.values["key"].position for event in answers[::2]] == list(range(0, FLOOD, 2))
+    reports = events.take()
+    assert reports[1::2] == [pressed] * (FLOOD // 2)
+    assert [event.values["key"].position for event in reports[::2]] == list(range(0, FLOOD, 2))
     assert max(delays) < LIMIT / 2
     other.close()
-    figures(f"{FLOOD} presses in {took:.1f} s, all answered; calls within {max(delays):.1f} s")
+    summarize(f"{FLOOD} presses in {took:.1f} s, all reported; calls within {max(delays):.1f} s")

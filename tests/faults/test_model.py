@@ -1,4 +1,4 @@
-"""Sequences of everything that can be done to the service, compared step by step with a model."""
+"""Random sequences of operations on the service, compared step by step with a model."""
 
 import shutil
 import tempfile
@@ -17,7 +17,7 @@ from hypothesis.stateful import (
 )
 
 from model.driver import Driver
-from model.reference import PROPERLY, WITH_ERRORS, WITH_NUMBERS, Reference
+from model.reference import FROM_VALUES, WITH_ERRORS, WITH_NUMBERS, Reference
 from model.values import (
     ACTIONS,
     CONTAINER,
@@ -29,15 +29,15 @@ from model.values import (
     PROVISIONING,
     ROW,
     STORED,
-    STRANGE_KEYS,
     TEXT,
-    TIDY_PROVISIONING,
+    UNUSUAL_KEYS,
+    VALID_PROVISIONING,
     Nth,
 )
-from phones import ROOMY, Phone
+from phones import TEST_SETTINGS, Phone
 from sandbox.records import Action, Key
 
-FIRST_SETTINGS = {**ROOMY, "ProgKeysMax": "30"}
+FIRST_SETTINGS = {**TEST_SETTINGS, "ProgKeysMax": "30"}
 LIST_ID = st.none() | NUMBER
 MERGING = ("restart", "restart", "restoreDefault", "restoreFactory")
 HOOKS = (
@@ -47,7 +47,7 @@ HOOKS = (
 
 
 class Comparison(RuleBasedStateMachine):
-    """A phone and a reference that take the same steps."""
+    """A phone and a reference that execute the same steps."""
 
     def __init__(
         self,
@@ -70,7 +70,7 @@ class Comparison(RuleBasedStateMachine):
             shutil.rmtree(self._directory)
 
     def take(self, step: str, *values: Any) -> None:
-        """Takes a step on both sides, which must lead to the same."""
+        """Executes a step on both and compares the outcomes."""
         expected = self._reference.perform(step, *values)
         found = self._driver.perform(step, *values)
         self._steps[step] += 1
@@ -101,11 +101,11 @@ class Comparison(RuleBasedStateMachine):
 
     # Keys
 
-    @rule(key=KEYS | STRANGE_KEYS, action=STORED | ROW)
+    @rule(key=KEYS | UNUSUAL_KEYS, action=STORED | ROW)
     def create_key(self, key: Key, action: int) -> None:
         self.take("createProgrammableKey", key._replace(idAction=self._action_id(action)))
 
-    @rule(key_id=ROW, key=KEYS | STRANGE_KEYS, action=ROW)
+    @rule(key_id=ROW, key=KEYS | UNUSUAL_KEYS, action=ROW)
     def modify_key(self, key_id: int, key: Key, action: int) -> None:
         ids = {"idKey": self._key_id(key_id), "idAction": self._action_id(action)}
         self.take("modifyProgrammableKey", key._replace(**ids))
@@ -177,7 +177,7 @@ class Comparison(RuleBasedStateMachine):
 
     @rule(key=STORED)
     def use_orphan(self, key: int) -> None:
-        """Sets the label of a key whose action is gone, and presses it."""
+        """Sets the label of a key without an action, and presses the key."""
         orphan = self._key_id(key, lambda stored: self._is_orphan(stored) and stored.aom_type == 1)
         self.take("setLabelStateForKey", orphan, 1)
         self._press_place_of(orphan)
@@ -210,9 +210,9 @@ class Comparison(RuleBasedStateMachine):
     def forget_setting(self, name: str) -> None:
         self.take("set", name, None)
 
-    @rule(manner=st.sampled_from((PROPERLY, PROPERLY, WITH_ERRORS, WITH_NUMBERS)))
-    def answer_settings(self, manner: str) -> None:
-        self.take("answer", manner)
+    @rule(behavior=st.sampled_from((FROM_VALUES, FROM_VALUES, WITH_ERRORS, WITH_NUMBERS)))
+    def answer_settings(self, behavior: str) -> None:
+        self.take("answer", behavior)
 
     @rule(list_id=LIST_ID, name=TEXT)
     def get_capabilities(self, list_id: Optional[int], name: str) -> None:
@@ -220,11 +220,11 @@ class Comparison(RuleBasedStateMachine):
         self.take("getCapabilities", *first)
         self.take("getCapability", *first, name)
 
-    @rule(actions=TIDY_PROVISIONING, keys=TIDY_PROVISIONING, hook=st.sampled_from(MERGING))
+    @rule(actions=VALID_PROVISIONING, keys=VALID_PROVISIONING, hook=st.sampled_from(MERGING))
     def roll_out(self, actions: str, keys: str, hook: str) -> None:
         self.take("set", "DefaultActions", actions)
         self.take("set", "DefaultKeys", keys)
-        self.take("answer", PROPERLY)
+        self.take("answer", FROM_VALUES)
         self.take(hook)
 
     @rule(hook=st.sampled_from(HOOKS))
@@ -233,24 +233,24 @@ class Comparison(RuleBasedStateMachine):
 
 
 def _id_in(rows: Mapping[int, Any], row: int, matches: Callable[[Any], bool]) -> int:
-    """The id of the nth row that matches, or the number itself if it is meant as an id."""
+    """The id of the nth row that matches if `row` is an Nth; otherwise `row` is the id."""
     ids = [id_ for id_, stored in rows.items() if matches(stored)]
     return ids[row % len(ids)] if isinstance(row, Nth) and ids else int(row)
 
 
 @pytest.mark.sanitizers
-def test_replies_events_log_and_tables_match_the_model_after_each_step(bin_dir, amount, figures):
+def test_replies_events_log_and_tables_match_the_model_after_each_step(bin_dir, amount, summarize):
     steps: Counter[str] = Counter()
     run_state_machine_as_test(
         lambda: Comparison(bin_dir, steps=steps),
         settings=settings(max_examples=amount(40, 800), stateful_step_count=50),
     )
-    figures(f"{steps.total()} steps, 0 differences")
-    assert len(steps) == 27, f"steps of a kind are missing: {sorted(steps)}"
+    summarize(f"{steps.total()} steps, 0 differences")
+    assert len(steps) == 27, f"some kinds of steps are missing: {sorted(steps)}"
 
 
-class ForgetsTheIcon(Reference):
-    """Sends no icon when the icon of a stored module key changes."""
+class ReferenceWithoutIcon(Reference):
+    """A wrong model that sends no event for a changed icon."""
 
     def modifyProgrammableKey(self, key: Key) -> int:
         result = super().modifyProgrammableKey(key)
@@ -259,9 +259,9 @@ class ForgetsTheIcon(Reference):
         return result
 
 
-def test_a_wrong_model_is_noticed(bin_dir):
+def test_the_comparison_detects_a_wrong_model(bin_dir):
     only_generated = settings(max_examples=100, phases=[Phase.generate])
     with pytest.raises(AssertionError, match="events after modifyProgrammableKey"):
         run_state_machine_as_test(
-            lambda: Comparison(bin_dir, ForgetsTheIcon), settings=only_generated
+            lambda: Comparison(bin_dir, ReferenceWithoutIcon), settings=only_generated
         )

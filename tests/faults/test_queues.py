@@ -1,4 +1,4 @@
-"""Calls that queue up before the service, and replies and events that queue up behind it."""
+"""Queued calls to the service, and replies and events that a peer does not read."""
 
 import signal
 import sys
@@ -21,21 +21,21 @@ from sandbox.records import ACTION, KEY, Action
 from sandbox.settings import FakeSettingsManager
 
 MEGABYTE = 10**6
-MOST_CALLS = 128
-"""The bus lets so many calls of one client wait for their answers, and refuses more."""
+MAX_PENDING_CALLS = 128
+"""The number of pending calls that the bus allows a client."""
 CALLS_OF_A_CLIENT = 80
 
-AT_ONCE = 1.0 * WAIT_FACTOR
-"""Seconds until the service goes on."""
-PROMPT = 5.0 * WAIT_FACTOR
-"""Seconds until it has also done what others asked for before."""
+FIRST_REPLY_LIMIT = 1.0 * WAIT_FACTOR
+"""The limit in seconds for the first reply after a wait."""
+REPLY_LIMIT = 5.0 * WAIT_FACTOR
+"""The limit in seconds for a reply while the service also handles calls of other clients."""
 MEMORY_LIMIT = 250 * WAIT_FACTOR
-"""MiB that the service may occupy; more in a build with sanitizers."""
+"""The limit of the service's memory in MiB. Sanitizer builds need more."""
 
 NO_NUMBER = -1
 ALL_EVENTS = f"type='signal',interface='{EVENTS}'"
 
-DEAF_PEER = f"""
+STALLED_PEER = f"""
 import os, signal, sys
 import dbus.bus, dbus.lowlevel, dbus.mainloop.glib
 from gi.repository import GLib
@@ -63,16 +63,17 @@ os.kill(os.getpid(), signal.SIGSTOP)
 while len(received) < int(wanted):
     GLib.MainContext.default().iteration(True)
 """
-"""Subscribes or makes calls, stops, and after SIGCONT waits for so many events and replies."""
+"""Subscribes or makes calls, stops, and after SIGCONT waits for that many events and replies."""
 
 
 @contextmanager
-def deaf_peer(
+def stalled_peer(
     address: str, log: Path, rule: str = "", calls: int = 0, wanted: int = 1
 ) -> Iterator[Process]:
-    """A peer in a process of its own that reads nothing."""
+    """A peer process that is stopped and therefore reads nothing."""
     arguments = [address, rule, str(calls), str(wanted)]
-    with Process([sys.executable, "-c", DEAF_PEER, *arguments], clean_environment(), log) as peer:
+    command = [sys.executable, "-c", STALLED_PEER, *arguments]
+    with Process(command, clean_environment(), log) as peer:
 
         def is_stopped() -> bool:
             assert peer.running, peer.log.raw()
@@ -84,15 +85,15 @@ def deaf_peer(
 
 
 def check_messages_waited(peer: Process) -> None:
-    """As soon as the peer reads, it finds the messages that it wants."""
+    """Continues the peer and checks that it receives the messages that it wants."""
     peer.send_signal(signal.SIGCONT)
     assert peer.wait_for_exit() == 0, peer.log.raw()
 
 
 class EventNumbers:
-    """The number of each event of the service, in order; the events themselves are not kept.
+    """Records the number of each event, but not the event.
 
-    A message that is kept counts against what its receiver may have waiting.
+    A stored message would count towards the limit of the receive queue.
     """
 
     def __init__(self, client: Client) -> None:
@@ -108,28 +109,28 @@ class EventNumbers:
 
 
 def numbered(number: int, size: int) -> str:
-    """A text of that size that begins with its number."""
+    """A text of that size that begins with the number."""
     return f"{number:06}".ljust(size, "x")
 
 
 def number_of(event: Event) -> int:
-    """The number with which the label of the event's action begins, if there is one."""
+    """The number at the beginning of the label of the event's action, if there is an action."""
     action = event.values.get("idAction")
     return int(action.label[:6]) if action else NO_NUMBER
 
 
 def peak_memory(pid: int) -> float:
-    """What a process has occupied at most, in MiB."""
+    """The peak memory use of a process in MiB."""
     with open(f"/proc/{pid}/status", encoding="utf-8") as status:
         fields = dict(line.split(":", 1) for line in status)
     return int(fields["VmHWM"].split()[0]) / 1024
 
 
-# Calls that wait for the service
+# Queued calls
 
 
 class Round:
-    """Calls queued while a creation waits for the SettingsManager, and then answered."""
+    """Calls that are queued while another call waits for the SettingsManager."""
 
     def __init__(
         self, clients: list[Client], settings: FakeSettingsManager, stored: Action, size: int
@@ -147,7 +148,7 @@ class Round:
                 self._queue(client, stored, size)
             client.connection.flush()
             client.bus_round_trip()
-        self._freed = time.monotonic()
+        self._released = time.monotonic()
         settings.release()
         assert creation.wait().values[0] > 0
         assert [reply.wait().values for reply in self._replies] == [(0,)] * len(self._replies)
@@ -157,7 +158,7 @@ class Round:
         record = stored._replace(label=numbered(number, size))
 
         def note() -> None:
-            self.seconds.append(time.monotonic() - self._freed)
+            self.seconds.append(time.monotonic() - self._released)
             self.order.append(number)
 
         self._replies.append(client.send("modifyAction", ACTION, record, on_reply=note))
@@ -166,8 +167,8 @@ class Round:
 @pytest.mark.parametrize(
     "size, callers", [(MEGABYTE, 1), (MEGABYTE // 10, 9)], ids=["80 of 1 MB", "720 of 100 kB"]
 )
-def test_many_megabytes_that_queue_up_during_a_read_are_all_answered_at_once_and_in_order(
-    bus, start, client, settings, database, figures, size, callers
+def test_many_megabytes_of_queued_calls_get_prompt_replies_in_order(
+    bus, start, client, settings, database, summarize, size, callers
 ):
     service = start(log_level=4)
     stored = CALL._replace(idAction=client.add_action(CALL))
@@ -179,97 +180,98 @@ def test_many_megabytes_that_queue_up_during_a_read_are_all_answered_at_once_and
         events.taken.clear()
         queued = Round(clients, settings, stored, size)
         client.round_trip()
-        # Each client reads its own answers; the events show the order over all of them.
+        # Each client receives only its own replies. The events show the order of all calls.
         assert sorted(queued.order, key=lambda number: number // CALLS_OF_A_CLIENT) == numbers
         assert events.taken == [NO_NUMBER, *numbers]
         assert database.actions()[-1].label == numbered(numbers[-1], size)
         first = max(first, queued.seconds[0])
         peaks.append(peak_memory(service.pid))
-    assert first < AT_ONCE
-    assert peaks[1] < 1.5 * peaks[0], "memory grows from round to round"
+    assert first < FIRST_REPLY_LIMIT
+    assert peaks[1] < 1.5 * peaks[0], "the memory grows in each round"
     for caller in clients:
         caller.close()
-    figures(
-        f"2 x {len(numbers)} calls of {size} bytes, all answered in order, the first after at most"
-        f" {first:.2f} s; at most {peaks[0]:.0f} MiB, then {peaks[1]:.0f} MiB of memory"
+    summarize(
+        f"2 x {len(numbers)} calls of {size} bytes, all replies in order, the first after at most"
+        f" {first:.2f} s; peak memory {peaks[0]:.0f} MiB, then {peaks[1]:.0f} MiB"
     )
 
 
-# Replies and events that wait for a peer which does not read them
+# Replies and events that a peer does not read
 
 
-def test_a_client_that_never_reads_its_replies_keeps_nobody_waiting(
-    bus, start, client, tmp_path, figures
+def test_a_client_that_does_not_read_its_replies_does_not_delay_other_clients(
+    bus, start, client, tmp_path, summarize
 ):
     service = start(log_level=4)
     for number in range(9):
         client.add_action(CALL._replace(label=numbered(number, MEGABYTE // 10)))
-    whole = client.get_all_actions()
+    actions = client.get_all_actions()
     delays = []
-    log = tmp_path / "deaf.log"
-    with deaf_peer(bus.address, log, calls=MOST_CALLS, wanted=MOST_CALLS) as deaf:
+    log = tmp_path / "peer.log"
+    count = MAX_PENDING_CALLS
+    with stalled_peer(bus.address, log, calls=count, wanted=count) as peer:
         for _ in range(100):
             begun = time.monotonic()
-            assert client.get_all_actions() == whole
+            assert client.get_all_actions() == actions
             delays.append(time.monotonic() - begun)
-        check_messages_waited(deaf)
-    assert max(delays) < PROMPT
+        check_messages_waited(peer)
+    assert max(delays) < REPLY_LIMIT
     assert peak_memory(service.pid) < MEMORY_LIMIT
-    figures(
-        f"{MOST_CALLS} calls whose replies of 0.9 MB nobody reads: 100 calls of others answered,"
-        f" each within {max(delays):.2f} s; at most {peak_memory(service.pid):.0f} MiB of memory"
+    summarize(
+        f"{count} unread replies of 0.9 MB: 100 calls of another client, each within"
+        f" {max(delays):.2f} s; peak memory {peak_memory(service.pid):.0f} MiB"
     )
 
 
 @pytest.fixture
-def small_receivers(monkeypatch) -> None:
-    """A bus that gives each receiver half the room of each sender."""
+def small_send_queues(monkeypatch) -> None:
+    """A bus whose queue for each receiver is half as long as that for each sender."""
     limit = f'<limit name="max_outgoing_bytes">{64 * 2**20}</limit>'
     configuration = CONFIGURATION.replace("</busconfig>", f"{limit}</busconfig>")
     monkeypatch.setattr("sandbox.bus.CONFIGURATION", configuration)
 
 
-def test_a_subscriber_that_never_reads_keeps_nobody_waiting_where_receivers_have_less_room(
-    small_receivers, bus, start, client, tmp_path, figures
+def test_a_stalled_subscriber_does_not_delay_others_if_receivers_have_smaller_queues(
+    small_send_queues, bus, start, client, tmp_path, summarize
 ):
     start(log_level=4)
     stored = CALL._replace(idAction=client.add_action(CALL))
     events = EventNumbers(client)
-    with deaf_peer(bus.address, tmp_path / "deaf.log", ALL_EVENTS, wanted=50) as deaf:
+    with stalled_peer(bus.address, tmp_path / "peer.log", ALL_EVENTS, wanted=50) as peer:
         for number in range(200):
             changed = stored._replace(label=numbered(number, MEGABYTE))
             assert client.modify_action(changed) == 0
-        check_messages_waited(deaf)
+        check_messages_waited(peer)
     client.round_trip()
     assert events.taken == list(range(200))
-    figures("200 events of 1 MB that one peer does not read: all sent to the others at once")
+    summarize("200 events of 1 MB that one peer does not read: the others get them without delay")
 
 
-def test_a_subscriber_that_never_reads_delays_others_at_most_until_it_leaves(
-    bus, start, client, tmp_path, figures
+def test_a_stalled_subscriber_delays_others_only_until_it_disconnects(
+    bus, start, client, tmp_path, summarize
 ):
     start(log_level=4)
     stored = CALL._replace(idAction=client.add_action(CALL))
     events = EventNumbers(client)
     replies: list[PendingReply] = []
-    with deaf_peer(bus.address, tmp_path / "deaf.log", ALL_EVENTS):
-        while len(replies) < 100 and answers(replies):
+    with stalled_peer(bus.address, tmp_path / "peer.log", ALL_EVENTS):
+        while len(replies) < 100 and last_reply_arrives(replies):
             changed = stored._replace(label=numbered(len(replies), 2 * MEGABYTE))
             replies.append(client.send("modifyAction", ACTION, changed))
         answered = sum(reply.arrived for reply in replies)
-        assert answered < len(replies) < 100, "nobody was kept waiting"
-    # The bus may keep what it has read of the service already until the service sends more.
+        assert answered < len(replies) < 100, "no call was delayed"
+    # The bus may hold messages that it has already read until the service sends more.
     client.round_trip()
     assert [reply.wait().values for reply in replies] == [(0,)] * len(replies)
     assert events.taken == list(range(len(replies)))
-    figures(
-        f"{len(replies)} events of 2 MB that one peer does not read: {answered} calls answered"
-        " before it left, all afterwards; nothing lost"
+    summarize(
+        f"{len(replies)} events of 2 MB that one peer does not read: {answered} replies before it"
+        " disconnected, all others afterwards, 0 lost"
     )
 
 
-def answers(replies: list[PendingReply]) -> bool:
-    """Whether the last reply comes soon."""
+def last_reply_arrives(replies: list[PendingReply]) -> bool:
+    """Whether the last reply arrives within a second."""
     try:
         return not replies or bool(replies[-1].wait(limit=1 * WAIT_FACTOR))
     except WaitTimeout:

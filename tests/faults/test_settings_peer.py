@@ -1,4 +1,4 @@
-"""A SettingsManager that is absent, dies, hangs or answers wrongly when the service asks it."""
+"""A SettingsManager that is missing, disconnects, does not reply or sends invalid replies."""
 
 import signal
 import time
@@ -8,7 +8,9 @@ import dbus.types
 import pytest
 
 from database import RESERVED_ACTION
-from lived_in import (
+from phones import TEST_SETTINGS, Phone
+from rollout import Rollout
+from sample_rows import (
     D1_KEY,
     PROVISIONED_ACTIONS,
     PROVISIONED_KEYS,
@@ -18,8 +20,6 @@ from lived_in import (
     USER_KEYS,
     without_id,
 )
-from phones import ROOMY, Phone
-from rollout import Rollout
 from samples import DATABASE_FULL, MODULE_KEY, SET_KEY, SETTING_NOT_READ, key_created
 from sandbox.loop import LIMIT, wait_until
 from sandbox.names import LIFECYCLE, SERVICE, bus_name
@@ -31,51 +31,51 @@ SKIPPED_ACTION, SKIPPED_KEY = "Skipping invalid dm action: ", "Skipping invalid 
 MEBIBYTE = 2**20
 READ_LIMIT = 5.0
 
-NO_TEXTS = {
+OTHER_TYPES = {
     **{"b": True, "i": 1, "x": 1, "d": 1.0, "o": "/1", "g": "s", "v": "1"},
     **{"h": dbus.types.UnixFd(2), "ay": b"1", "as": ["1"], "(s)": ("1",), "a{ss}": {"1": "1"}},
 }
-"""A value of each of these types."""
+"""A value of each type other than string, by signature."""
 
 
-def answers_with(signature: str, body: Any) -> Callable[[FakeSettingsManager], None]:
+def answering_with(signature: str, body: Any) -> Callable[[FakeSettingsManager], None]:
     return lambda peer: peer.answer_with(signature, body)
 
 
-ILL_MANNERS: dict[str, Callable[[FakeSettingsManager], None]] = {
-    "absent": FakeSettingsManager.close,
-    "dying during the call": FakeSettingsManager.disconnect_on_call,
-    "answering with an error": lambda peer: peer.fail("org.freedesktop.DBus.Error.Failed"),
-    "answering with an error without a text": lambda peer: peer.fail("a.b", ""),
-    "answering with an error of a mebibyte": lambda peer: peer.fail("a.b", "x" * MEBIBYTE),
-    "answering with nothing": lambda peer: peer.answer_with(""),
-    "answering with a number and a text": lambda peer: peer.answer_with("is", 1, "1"),
-    **{f"answering with {kind}": answers_with(kind, body) for kind, body in NO_TEXTS.items()},
+PEER_FAULTS: dict[str, Callable[[FakeSettingsManager], None]] = {
+    "missing": FakeSettingsManager.close,
+    "disconnecting during the call": FakeSettingsManager.disconnect_on_call,
+    "replying with an error": lambda peer: peer.fail("org.freedesktop.DBus.Error.Failed"),
+    "replying with an error without a text": lambda peer: peer.fail("a.b", ""),
+    "replying with an error of a mebibyte": lambda peer: peer.fail("a.b", "x" * MEBIBYTE),
+    "replying with nothing": lambda peer: peer.answer_with(""),
+    "replying with a number and a text": lambda peer: peer.answer_with("is", 1, "1"),
+    **{f"replying with {kind}": answering_with(kind, body) for kind, body in OTHER_TYPES.items()},
 }
-"""Each way not to answer a read with a text, except hanging."""
+"""All faults of the peer except a missing reply."""
 
 
 @pytest.fixture
 def phone(phones) -> Phone:
-    """A phone with user rows and provisioned ones; its service is not started yet."""
+    """A phone with user rows and provisioned rows, whose service is not started yet."""
     one = phones(settings=SETTINGS)
     one.store(*STORED)
     return one
 
 
 def check_rows(phone: Phone, actions: list[Action], keys: list[Key]) -> None:
-    """These actions are stored, beside the reserved one, and these keys apart from their ids."""
+    """Checks the stored actions, without the reserved one, and the stored keys, without ids."""
     assert phone.database.actions() == [RESERVED_ACTION, *actions]
     assert without_id(phone.database.keys()) == without_id(keys)
 
 
 def check_kept(phone: Phone, provisioned_keys: list[Key]) -> None:
-    """The users' rows are as they were, and so are all actions, which no merge deletes."""
+    """Checks that all actions and the keys of the user are unchanged."""
     check_rows(phone, [USER_ACTION, *PROVISIONED_ACTIONS], [*USER_KEYS, *provisioned_keys])
 
 
-def check_limit_holds(phone: Phone) -> None:
-    """With a well peer a key of the set is refused as soon as the limit says so."""
+def check_limit_applies(phone: Phone) -> None:
+    """Checks that the service reads the limit from a peer that works."""
     phone.events.take()
     limit, phone.settings.values["ProgKeysMax"] = phone.settings.values["ProgKeysMax"], "0"
     assert phone.client.create_programmable_key(SET_KEY) == -1
@@ -83,19 +83,19 @@ def check_limit_holds(phone: Phone) -> None:
     phone.settings.values["ProgKeysMax"] = limit
 
 
-# Ill at once
+# Faults during all reads
 
 
-def test_an_ill_peer_stops_no_start_and_no_creation_and_costs_no_user_row(phone, figures):
-    for name, fall_ill in ILL_MANNERS.items():
-        fall_ill(phone.settings)
+def test_starts_and_creations_succeed_with_a_faulty_peer_and_user_rows_are_kept(phone, summarize):
+    for name, break_peer in PEER_FAULTS.items():
+        break_peer(phone.settings)
         service = phone.start()
         assert service.log.texts("error") == [SETTING_NOT_READ] * 2, name
         assert service.log.take("warning") == [SKIPPED_ACTION, SKIPPED_KEY], name
         check_kept(phone, [])
         phone.replace_peer()
-        check_limit_holds(phone)
-        fall_ill(phone.settings)
+        check_limit_applies(phone)
+        break_peer(phone.settings)
         key = USER_KEYS[0]._replace(container=name)
         key = key._replace(idKey=phone.client.create_programmable_key(key))
         assert phone.events.take() == [key_created(key)], name
@@ -105,53 +105,58 @@ def test_an_ill_peer_stops_no_start_and_no_creation_and_costs_no_user_row(phone,
         phone.replace_peer()
         phone.start().stop()
         check_kept(phone, PROVISIONED_KEYS)
-    figures(f"{len(ILL_MANNERS)} ill peers at a start and a creation, no user row lost")
+    summarize(f"{len(PEER_FAULTS)} faulty peers at a start and a creation, no user row lost")
 
 
-class HalfIll(NamedTuple):
-    """A peer that answers some of the reads of a start, and what is then missing."""
+# Faults during some reads
 
-    fall_ill: Callable[[SelectivePeer], None]
+
+class PartialFault(NamedTuple):
+    """A peer that replies to some reads of a start, and the effects on the start."""
+
+    break_peer: Callable[[SelectivePeer], None]
     failed_reads: int
     warnings: list[str]
     provisioned_keys: list[Key]
 
 
-HALF_ILL = {
-    "dying between the two": HalfIll(
-        lambda peer: peer.die_after("DefaultActions"), 1, [SKIPPED_KEY], []
+PARTIAL_FAULTS = {
+    "disconnecting after the actions": PartialFault(
+        lambda peer: peer.disconnect_after("DefaultActions"), 1, [SKIPPED_KEY], []
     ),
-    "dying in the second": HalfIll(
-        lambda peer: peer.die_on("DefaultKeys"), 1, [SKIPPED_KEY], []
+    "disconnecting at the keys": PartialFault(
+        lambda peer: peer.disconnect_on("DefaultKeys"), 1, [SKIPPED_KEY], []
     ),
-    # The provisioned actions cannot be deleted, so the keys still find theirs.
-    "without the first": HalfIll(
+    # Provisioned actions are never deleted, so the keys still have actions.
+    "replying with an error to the actions": PartialFault(
         lambda peer: peer.fail_on("DefaultActions"), 1, [SKIPPED_ACTION], PROVISIONED_KEYS
     ),
-    "dying before the limit": HalfIll(
-        lambda peer: peer.die_after("DefaultKeys"), 2, [], PROVISIONED_KEYS
+    "disconnecting after the keys": PartialFault(
+        lambda peer: peer.disconnect_after("DefaultKeys"), 2, [], PROVISIONED_KEYS
     ),
-    "without the limit": HalfIll(
+    "replying with an error to the limit": PartialFault(
         lambda peer: peer.fail_on("ProgKeysMax"), 2, [], PROVISIONED_KEYS
     ),
 }
 
 
-def test_a_peer_that_falls_ill_during_a_start_costs_only_what_it_did_not_answer(phone, figures):
-    for name, half_ill in HALF_ILL.items():
-        half_ill.fall_ill(phone.settings)
+def test_a_fault_of_the_peer_during_a_start_affects_only_the_settings_without_reply(
+    phone, summarize
+):
+    for name, fault in PARTIAL_FAULTS.items():
+        fault.break_peer(phone.settings)
         service = phone.start()
-        assert service.log.texts("error") == [SETTING_NOT_READ] * half_ill.failed_reads, name
-        assert service.log.texts("warning") == half_ill.warnings, name
-        check_kept(phone, half_ill.provisioned_keys)
+        assert service.log.texts("error") == [SETTING_NOT_READ] * fault.failed_reads, name
+        assert service.log.texts("warning") == fault.warnings, name
+        check_kept(phone, fault.provisioned_keys)
         service.stop()
         phone.replace_peer()
         phone.start().stop()
         check_kept(phone, PROVISIONED_KEYS)
-    figures(f"{len(HALF_ILL)} peers fell ill during a start, only what was not answered is missing")
+    summarize(f"{len(PARTIAL_FAULTS)} faults during a start, only unread settings were affected")
 
 
-# Hanging: all phones wait side by side, each for one read
+# Missing replies. All phones wait at the same time, each for one read.
 
 
 def launch(phone: Phone) -> Callable[[], bool]:
@@ -171,11 +176,11 @@ def create(phone: Phone) -> Callable[[], bool]:
 
 
 CREATED = MODULE_KEY._replace(idAction=USER_ACTION.idAction)
-ONE_KEY = {**ROOMY, **Rollout(PROVISIONED_ACTIONS, [D1_KEY]).settings}
+ONE_KEY = {**TEST_SETTINGS, **Rollout(PROVISIONED_ACTIONS, [D1_KEY]).settings}
 
 
 class Wait(NamedTuple):
-    """Something that the service does, the setting that it waits for, and the rows afterwards."""
+    """An operation, the setting that it waits for, and a check of the rows afterwards."""
 
     do: Callable[[Phone], Callable[[], bool]]
     setting: str
@@ -183,7 +188,7 @@ class Wait(NamedTuple):
 
 
 WAITS = [
-    # Provisioned actions are not deleted, so the keys find theirs even if the actions hang.
+    # Provisioned actions are never deleted, so the keys have actions even without DefaultActions.
     Wait(launch, "DefaultActions", lambda phone: check_kept(phone, [D1_KEY])),
     Wait(launch, "DefaultKeys", lambda phone: check_kept(phone, [])),
     Wait(launch, "ProgKeysMax", lambda phone: check_kept(phone, [D1_KEY])),
@@ -213,15 +218,13 @@ class Waiting:
         return self.took > 0
 
     def check(self) -> None:
-        """The read was given up after its limit, logged, and counts as an empty setting."""
+        """Checks that the read timed out, was logged, and counts as an empty setting."""
         assert self.phone.service.log.texts("error") == [SETTING_NOT_READ]
         assert READ_LIMIT - 1 <= self.took <= READ_LIMIT + LIMIT / 2
         self._wait.check(self.phone)
 
 
-def test_a_hanging_read_is_given_up_after_5_seconds_also_if_the_service_is_told_to_end(
-    phones, figures
-):
+def test_a_read_times_out_after_5_seconds_even_if_the_service_gets_sigterm(phones, summarize):
     waiting, ending = (
         [
             Waiting(phones(f"{name} {number}", settings=ONE_KEY), wait)
@@ -240,17 +243,17 @@ def test_a_hanging_read_is_given_up_after_5_seconds_also_if_the_service_is_told_
     for one in waiting:
         one.check()
         one.phone.settings.release()
-        check_limit_holds(one.phone)
+        check_limit_applies(one.phone)
         one.phone.service.stop()
     took = ", ".join(f"{one.took:.1f} s" for one in both)
-    figures(f"{len(both)} hanging reads, all given up: {took}")
+    summarize(f"{len(both)} reads without a reply, all timed out: {took}")
 
 
-# Answering with more than anybody expects
+# Large replies
 
 
 def rollout_of_16_mebibytes(records: int) -> Rollout:
-    """So many actions, the first with a key, whose setting has that length in all."""
+    """That many actions, with a total length of 16 MiB, and a key for the first one."""
     piece = "0123456789" * 9 + ",#é\\x "
     label = piece * (16 * MEBIBYTE // len(piece.encode()) // records)
     actions = [Action(-1, f"M{number}", number, label=label) for number in range(records)]
@@ -258,7 +261,7 @@ def rollout_of_16_mebibytes(records: int) -> Rollout:
 
 
 def check_merged(phone: Phone, rollout: Rollout, event: str) -> None:
-    """The last rows are the provisioned ones, and an event announced each of them."""
+    """Checks that the last rows are the provisioned ones, with one event for each."""
     provisioned = phone.database.actions()[-len(rollout.actions) :]
     assert [action._replace(idAction=-1) for action in provisioned] == rollout.actions
     assert phone.database.keys()[-1].idAction == provisioned[0].idAction
@@ -266,7 +269,7 @@ def check_merged(phone: Phone, rollout: Rollout, event: str) -> None:
     assert names == [event] * len(rollout.actions) + ["KEY_CREATE_NTF"]
 
 
-def test_defaults_of_16_mebibytes_are_merged_like_others(phones, amount, figures):
+def test_defaults_of_16_mebibytes_are_merged(phones, amount, summarize):
     took = []
     for records in amount((1,), (1, 5000)):
         rollout = rollout_of_16_mebibytes(records)
@@ -280,4 +283,4 @@ def test_defaults_of_16_mebibytes_are_merged_like_others(phones, amount, figures
             assert phone.service.log.texts() == []
         assert phone.database.actions()[:2] == [RESERVED_ACTION, USER_ACTION]
         assert phone.database.keys()[:-1] == [USER_KEYS[0]]
-    figures(f"16 MiB of actions merged twice, in up to {records} records: {', '.join(took)}")
+    summarize(f"16 MiB of actions merged twice, in up to {records} records: {', '.join(took)}")

@@ -1,1 +1,1 @@
-"""A model of the service's behaviour."""
+"""A model of the service's behavior."""

@@ -1,4 +1,4 @@
-"""How provisioning texts are read."""
+"""Parsing provisioning texts."""
 
 import re
 from typing import NamedTuple, Optional
@@ -6,22 +6,22 @@ from typing import NamedTuple, Optional
 from hostile import INT_MAX, INT_MIN
 from sandbox.records import Action, Key
 
-BLANKS = "\t\n\v\f\r \x85\xa0\u1680\u2028\u2029\u202f\u205f\u3000" + "".join(
+SPACES = "\t\n\v\f\r \x85\xa0\u1680\u2028\u2029\u202f\u205f\u3000" + "".join(
     map(chr, range(0x2000, 0x200B))
 )
 FIELDS_OF_A_RECORD = 7
 
 
 class Record(NamedTuple):
-    """One record: its text with the escapes hidden, and its fields if there are seven."""
+    """A record: its text with hidden escapes, and its fields if there are exactly seven."""
 
     hidden: str
     fields: Optional[list[str]]
 
 
 def whole_number(text: str) -> Optional[int]:
-    """The 32-bit number that a text is, blanks around it or not; None if it is no number."""
-    digits = text.strip(BLANKS)
+    """The 32-bit number in a text with optional outer spaces, or None."""
+    digits = text.strip(SPACES)
     if not re.fullmatch("[+-]?[0-9]+", digits):
         return None
     number = int(digits)

@@ -1,11 +1,11 @@
-"""Does to a phone what the reference does in a method of the same name."""
+"""Executes the steps of the reference on a phone."""
 
 from typing import Any, Optional
 
 import dbus
 
 from hostile import LONG_MAX
-from model.reference import PROPERLY, WITH_ERRORS, Outcome
+from model.reference import FROM_VALUES, WITH_ERRORS, Outcome
 from operations import operation_of
 from phones import Phone
 from sandbox.names import UNKNOWN_SETTING
@@ -22,7 +22,7 @@ ON_THE_WIRE = {
 
 
 class RepeatableId(int):
-    """A key of a dictionary that may occur beside others of the same value."""
+    """A dictionary key that does not replace an equal key."""
 
     __hash__ = int.__hash__
 
@@ -31,21 +31,21 @@ class RepeatableId(int):
 
 
 def on_the_wire(value: Any) -> Any:
-    """The value as the bus library sends it: pairs as a dictionary, which keeps their order."""
+    """The value for the bus library. Converts a list of pairs to a dictionary in that order."""
     if isinstance(value, list):
         return {RepeatableId(id_key): position for id_key, position in value}
     return value
 
 
 class Driver:
-    """Takes steps on a phone."""
+    """Executes steps on a phone."""
 
     def __init__(self, phone: Phone) -> None:
         self._phone = phone
         self._lines_taken = 0
 
     def perform(self, step: str, *values: Any) -> Outcome:
-        """Does the step and returns everything that was seen of it."""
+        """Executes a step and returns all its observable effects."""
         operation = operation_of(step, len(values))
         reply = None
         if operation is not None:
@@ -68,7 +68,7 @@ class Driver:
         self._lines_taken += len(lines)
         return [(line.level, line.text) for line in lines]
 
-    # Steps that are no calls
+    # Steps that are not calls
 
     def firstStart(self) -> None:
         self._phone.start()
@@ -88,10 +88,10 @@ class Driver:
         if text is None:
             del self._phone.settings.values[name]
 
-    def answer(self, manner: str) -> None:
-        if manner == PROPERLY:
+    def answer(self, behavior: str) -> None:
+        if behavior == FROM_VALUES:
             self._phone.settings.answer_from_values()
-        elif manner == WITH_ERRORS:
+        elif behavior == WITH_ERRORS:
             self._phone.settings.fail(UNKNOWN_SETTING)
         else:
             self._phone.settings.answer_with("x", LONG_MAX)

@@ -1,4 +1,4 @@
-"""The whole behaviour, executable: the rules, the lifecycle and the provisioned defaults."""
+"""An executable model of the service: operations, lifecycle and provisioned defaults."""
 
 from typing import Any, NamedTuple, Optional
 
@@ -8,12 +8,12 @@ from samples import DATABASE_RESET
 from sandbox.events import Event
 from sandbox.records import Action, Key
 
-PROPERLY, WITH_ERRORS, WITH_NUMBERS = "properly", "with errors", "with numbers"
-"""How the SettingsManager answers."""
+FROM_VALUES, WITH_ERRORS, WITH_NUMBERS = "from values", "with errors", "with numbers"
+"""The behavior of the SettingsManager."""
 
 
 class Outcome(NamedTuple):
-    """Everything that can be seen of a step."""
+    """All observable effects of a step."""
 
     reply: Any
     events: list[Event]
@@ -26,7 +26,7 @@ class Outcome(NamedTuple):
 
 
 class Reference(Rules):
-    """A service on its phone: each step is a method."""
+    """A model of the service and its SettingsManager. Each step is a method."""
 
     def __init__(self, database_path: str, settings: dict[str, str]) -> None:
         super().__init__()
@@ -34,8 +34,8 @@ class Reference(Rules):
         self._database_path = database_path
 
     def perform(self, step: str, *values: Any) -> Outcome:
-        """Does the step and returns everything that can be seen of it."""
-        self._forget_what_was_seen()
+        """Executes a step and returns all its observable effects."""
+        self._clear_effects()
         reply = getattr(self, step)(*values)
         rows = [*self.keys.values()], [*self.actions.values()]
         return Outcome(reply, self._events, self._lines, self._settings_read, *rows)
@@ -43,12 +43,12 @@ class Reference(Rules):
     # The SettingsManager
 
     def set(self, name: str, text: Optional[str]) -> None:
-        """A setting gets another text; with None it is not known any more."""
+        """Changes a setting, or removes it if the text is None."""
         self.settings[name] = text
 
-    def answer(self, manner: str) -> None:
-        """The SettingsManager answers properly, or in another manner, which is no answer."""
-        self.settings_answer = manner == PROPERLY
+    def answer(self, behavior: str) -> None:
+        """Sets the behavior of the SettingsManager. All but FROM_VALUES make reads fail."""
+        self.settings_answer = behavior == FROM_VALUES
 
     # Lifecycle
 
@@ -70,13 +70,13 @@ class Reference(Rules):
     def _init_and_start(self) -> None:
         self._log("debug", "ZelProgrammableKeys initialization...")
         self._log("debug", "ZelProgrammableKeys starting...")
-        self._synchronise()
+        self._synchronize()
 
     def restoreDefault(self) -> bool:
         self._log("debug", "ZelProgrammableKeys restoring data to default ...")
         self._send(DATABASE_RESET)
         self._reset_tables()
-        self._synchronise()
+        self._synchronize()
         return False
 
     def restoreFactory(self) -> bool:
@@ -97,7 +97,7 @@ class Reference(Rules):
 
     # Provisioned defaults
 
-    def _synchronise(self) -> None:
+    def _synchronize(self) -> None:
         action_records = records_of(self._read_setting("DefaultActions") or "")
         key_records = records_of(self._read_setting("DefaultKeys") or "")
         counts = f"{len(action_records)} dm actions and {len(key_records)} dm keys"

@@ -1,4 +1,4 @@
-"""The rules of keys, actions and module keys: what an operation returns, sends, logs and stores."""
+"""A model of the operations: what they return, send, log and store."""
 
 import math
 from typing import Any, Optional
@@ -22,24 +22,24 @@ from sandbox.events import Event
 from sandbox.records import Action, Key
 
 Moves = list[tuple[int, int]]
-"""The ids and positions of changeProgrammableKeysPosition as sent; ids may be repeated."""
+"""The ids and positions for changeProgrammableKeysPosition, possibly with repeated ids."""
 
 REFUSED = -2
 FULL = -1
 PLACE_OF_A_PRESS = (("aom_key_num", "aom_key_num"), ("aom_type", "aom_type"), ("addr", "aom_addr"))
-"""The arguments of a press, and how the log names them."""
+"""The arguments of a press, and their names in the log."""
 
 
 class Rules:
-    """The operations, named as on the bus; rows are kept in the order of their ids."""
+    """The operations, with the same names as on the bus. Rows are in the order of their ids."""
 
     def __init__(self) -> None:
         self.settings: dict[str, Optional[str]] = {}
         self.settings_answer = True
-        self._forget_what_was_seen()
+        self._clear_effects()
         self._reset_tables()
 
-    def _forget_what_was_seen(self) -> None:
+    def _clear_effects(self) -> None:
         self._events: list[Event] = []
         self._lines: list[tuple[str, str]] = []
         self._settings_read: list[str] = []
@@ -103,7 +103,7 @@ class Rules:
         return 0
 
     def changeProgrammableKeysPosition(self, moves: Moves) -> bool:
-        """The last position that is sent for an id counts."""
+        """Moves keys. For a repeated id, the last position applies."""
         for id_key, position in moves:
             if id_key in self.keys:
                 self.keys[id_key] = self.keys[id_key]._replace(position=position)
@@ -188,16 +188,16 @@ class Rules:
     def press(self, *arguments: tuple[str, str, Any]) -> None:
         given = {name: (signature, value) for name, signature, value in arguments}
         place = []
-        for name, named in PLACE_OF_A_PRESS:
+        for name, name_in_log in PLACE_OF_A_PRESS:
             number = _number_of_press(*given.get(name, ("", None)))
             if number is None:
-                event = f"Argument {named} passed to event AOM_KEY_PRESS_EVENT"
+                event = f"Argument {name_in_log} passed to event AOM_KEY_PRESS_EVENT"
                 self._log("error", f"{event} has got an invalid value.")
                 return
             place.append(number)
-        self._answer_press(*place)
+        self._report_press(*place)
 
-    def _answer_press(self, position: int, aom_type: int, aom_addr: int) -> None:
+    def _report_press(self, position: int, aom_type: int, aom_addr: int) -> None:
         place = (1, position, aom_type, aom_addr)
         for key in self.keys.values():
             if (key.type, key.position, key.aom_type, key.aom_addr) == place:

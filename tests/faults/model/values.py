@@ -1,4 +1,4 @@
-"""What the steps of the model are taken with: ordinary values among hostile ones."""
+"""Random arguments for the steps of the model: typical and extreme values."""
 
 from hypothesis import strategies as st
 
@@ -8,7 +8,7 @@ from sandbox.records import Action, Key
 
 
 class Nth(int):
-    """The nth stored row, counted from 0 and beginning again after the last."""
+    """The nth stored row, counted from 0, modulo the number of rows."""
 
     def __repr__(self) -> str:
         return f"Nth({int(self)})"
@@ -23,12 +23,12 @@ STORED = st.integers(0, 11).map(Nth)
 ROW = st.one_of(
     STORED, st.integers(1, 12).map(Nth), st.sampled_from((*range(-1, 20), *INTS, *LONGS))
 )
-"""Two times out of three a stored row, else perhaps none."""
+"""A stored row in two of three cases, otherwise an arbitrary id."""
 ID32 = STORED | st.sampled_from((*range(-1, 20), INT_MIN, INT_MAX))
 
 TYPE = st.sampled_from((0, 1, 1, 2))
 KEYS = st.builds(Key, st.just(-1), DM_ID, st.just(-1), CONTAINER, NUMBER, TEXT, TYPE, TYPE, SMALL)
-STRANGE_KEYS = st.builds(
+UNUSUAL_KEYS = st.builds(
     Key, st.just(-1), DM_ID, st.just(-1), TEXT, NUMBER, TEXT, NUMBER, NUMBER, NUMBER
 )
 ACTIONS = st.builds(Action, st.just(-1), DM_ID, NUMBER, TEXT, TEXT, TEXT, TEXT, TEXT)
@@ -38,7 +38,7 @@ MOVES = st.lists(st.tuples(ID32, NUMBER), max_size=6)
 
 
 def _argument(name: str) -> st.SearchStrategy:
-    """An argument of a press: a number, another type, a text that may be a number, or nothing."""
+    """An argument of a press: a number, a value of another type, or no argument."""
     long = st.sampled_from((*INTS, *LONGS))
     others = (
         st.just(()),
@@ -78,13 +78,13 @@ _RECORD = st.tuples(
         lambda count: st.lists(_FIELD, min_size=count, max_size=count)
     ),
 ).map(lambda parts: ",".join([parts[0], *parts[1]]))
-_TIDY_RECORD = st.tuples(
+_VALID_RECORD = st.tuples(
     st.sampled_from(DM_IDS).map(lambda dm_id: dm_id.translate(ESCAPES)),
     st.lists(SMALL.map(str), min_size=6, max_size=6),
 ).map(lambda parts: ",".join([parts[0], *parts[1]]))
-TIDY_PROVISIONING = st.lists(_TIDY_RECORD, max_size=9).map("#".join)
+VALID_PROVISIONING = st.lists(_VALID_RECORD, max_size=9).map("#".join)
 PROVISIONING = st.one_of(
-    TIDY_PROVISIONING,
+    VALID_PROVISIONING,
     st.lists(_RECORD, max_size=6).map("#".join),
     st.lists(st.sampled_from(PIECES), max_size=40).map("".join),
 )

@@ -1,1 +1,1 @@
-"""A client that writes, a ledger of its writes, and ways to cut them short."""
+"""A client that writes, a ledger of its writes, and tools that interrupt writes."""

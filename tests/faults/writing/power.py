@@ -1,4 +1,4 @@
-"""A disk that can lose its power, and with it everything that was not written to it."""
+"""A disk with simulated power cuts, which lose everything that was not written to it."""
 
 import fcntl
 import os
@@ -11,13 +11,13 @@ from sandbox.loop import wait_until
 
 EXT4_IOC_SHUTDOWN = 0x8004587D
 WITHOUT_ITS_JOURNAL = struct.pack("I", 2)
-"""Nothing more is written, not even what the journal holds."""
+"""Without writing the journal."""
 
 MEGABYTES = 16
 
 
 class Disk:
-    """An ext4 file system in a file. The loop device below it goes when it is unmounted."""
+    """An ext4 file system in a file. Unmounting it removes the loop device."""
 
     def __init__(self, directory: Path) -> None:
         self.path = Path(tempfile.mkdtemp(prefix="disk-", dir=directory))
@@ -31,17 +31,17 @@ class Disk:
         run("mount", "-o", "loop", str(self._image), str(self.path))
 
     def cut_power(self) -> None:
-        """From now on nothing reaches the disk, and each write to it fails."""
+        """From now on nothing is written to the disk, and each write fails."""
         directory = os.open(self.path, os.O_RDONLY)
         try:
-            assert os.fstat(directory).st_dev != self._image.stat().st_dev, "the machine's own disk"
+            assert os.fstat(directory).st_dev != self._image.stat().st_dev, "not the test's disk"
             fcntl.ioctl(directory, EXT4_IOC_SHUTDOWN, WITHOUT_ITS_JOURNAL)
         finally:
             os.close(directory)
 
     def restore_power(self) -> None:
-        """Mounts the disk again, as the cut left it, once no process has a file on it open."""
-        wait_until(self._unmount, f"nobody has a file open on {self.path}")
+        """Mounts the disk again when no process has an open file on it."""
+        wait_until(self._unmount, f"no process has an open file on {self.path}")
         self._mount()
 
     def _unmount(self) -> bool:
@@ -52,7 +52,7 @@ class Disk:
         return True
 
     def remove(self) -> None:
-        """Unmounts the disk, at the latest when the last file on it is closed."""
+        """Unmounts the disk when the last file on it is closed."""
         if self.path.is_mount():
             run("umount", "--lazy", str(self.path))
         self.path.rmdir()

@@ -1,4 +1,4 @@
-"""Each operation that writes, as a change of one row."""
+"""All operations that write, each as a change of one row."""
 
 from typing import Any, Callable, NamedTuple, Optional
 
@@ -17,7 +17,7 @@ from writing.writes import Write
 
 
 class Operation(NamedTuple):
-    """The call, its answer if it fails, and the event if it does not."""
+    """A call, its result on failure, and its event on success."""
 
     write: Callable[[Action, Key], Write]
     failure: Any

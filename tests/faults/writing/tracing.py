@@ -1,4 +1,4 @@
-"""System calls of a running process that fail or kill it."""
+"""Injecting faults into the system calls of a running process."""
 
 import re
 from pathlib import Path
@@ -7,32 +7,32 @@ from typing import NamedTuple
 from sandbox.loop import wait_until
 from sandbox.processes import Process, clean_environment
 
-SPOILED = re.compile(r"\(\d+<(?:[^>]*/)?([^>]*)>.*\(INJECTED\)")
+INJECTED = re.compile(r"\(\d+<(?:[^>]*/)?([^>]*)>.*\(INJECTED\)")
 
 
 class Fault(NamedTuple):
-    """What happens at the nth call of a kind, and perhaps at all calls after it."""
+    """An effect at the nth call of a kind and, if permanent, at all later ones."""
 
     call: str
     number: int
     effect: str
-    for_good: bool = False
+    permanent: bool = False
 
     @property
     def rule(self) -> str:
-        return f"inject={self.call}:{self.effect}:when={self.number}{'+' * self.for_good}"
+        return f"inject={self.call}:{self.effect}:when={self.number}{'+' * self.permanent}"
 
 
-def failing(call: str, number: int, error: str, for_good: bool) -> Fault:
-    return Fault(call, number, f"error={error}", for_good)
+def failing(call: str, number: int, error: str, permanent: bool) -> Fault:
+    return Fault(call, number, f"error={error}", permanent)
 
 
-def fatal(call: str, number: int) -> Fault:
+def killing(call: str, number: int) -> Fault:
     return Fault(call, number, "signal=SIGKILL")
 
 
 class Tracer:
-    """A running process suffers a fault while the tracer is entered."""
+    """Injects a fault into a running process until the context ends."""
 
     def __init__(self, pid: int, fault: Fault, directory: Path) -> None:
         self._fault = fault
@@ -56,10 +56,10 @@ class Tracer:
         return "attached" in messages
 
     def __exit__(self, *_exception: object) -> None:
-        # Not asked to end: it may wait for ever for a thread of a process that is being killed.
+        # SIGKILL, because strace may wait forever for a thread of a process that is being killed.
         self._process.kill()
 
-    def files_hit(self) -> set[str]:
-        """The names of the files for which calls failed."""
+    def failed_files(self) -> set[str]:
+        """The names of the files whose calls failed."""
         lines = self._trace.read_text(errors="replace").splitlines()
-        return {match[1] for line in lines if (match := SPOILED.search(line))}
+        return {match[1] for line in lines if (match := INJECTED.search(line))}

@@ -1,4 +1,4 @@
-"""A user who writes at random and as fast as possible."""
+"""A client that sends random writes as fast as possible."""
 
 import os
 import random
@@ -15,19 +15,19 @@ from writing.writes import Write
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
 SEED = int(os.environ.get(SEED_VARIABLE) or 20240531)
 
-CROWD = 160
-"""With so many rows, nothing is created until some were deleted."""
+MAX_ROWS = 160
+"""At this number of rows, the user only deletes rows."""
 
 MOST_IN_FLIGHT = 60
 LENGTHS = (0, 0, 5, 5, 40, 40, 400, 6000)
-"""How long texts are: the longest needs pages of its own."""
+"""The lengths of texts. The longest text needs overflow pages."""
 
 
 class User:
-    """Changes rows that are known to be there, and waits for no answer unless told to.
+    """Changes rows of its ledger without waiting for replies.
 
-    A number in each text tells every record apart, so that no record can be taken for another, and
-    one that is half old and half new for neither. The name keeps users apart.
+    All texts of a record contain the same unique number. A test can thus detect confused records,
+    and records with old and new fields. The name distinguishes users.
     """
 
     def __init__(
@@ -39,7 +39,7 @@ class User:
         self._source = source
         self._number = 0
         self.provisioned_actions: list[int] = []
-        """Provisioned actions that keys may be bound to."""
+        """The provisioned actions that keys can have."""
 
     # Many writes
 
@@ -48,7 +48,7 @@ class User:
         self._ledger.send(self._client, self._next())
 
     def write_all(self, count: int) -> float:
-        """Sends so many writes at once, waits for all the answers, and tells how long that took."""
+        """Sends that many writes and waits for the replies. Returns the time in seconds."""
         begin = time.monotonic()
         for _ in range(count):
             self.write()
@@ -56,7 +56,7 @@ class User:
         return time.monotonic() - begin
 
     def write_until(self, moment: float, count: int) -> None:
-        """Sends so many writes at once, and returns at the given moment, done or not."""
+        """Sends up to that many writes and returns at the given time."""
         for _ in range(count):
             if time.monotonic() >= moment:
                 return
@@ -68,7 +68,7 @@ class User:
 
     def _next(self) -> Write:
         kinds: dict[Callable[[], Write], int] = {self._delete_key: 3, self._delete_action: 1}
-        if len(self._ledger.presumed) < CROWD:
+        if len(self._ledger.expected) < MAX_ROWS:
             kinds |= {self._add_action: 3, self._create_key: 5}
             kinds |= {self._modify_action: 3, self._modify_key: 3, self._move_keys: 3}
         (make,) = self._source.choices(list(kinds), list(kinds.values()))
@@ -98,7 +98,7 @@ class User:
             return self._create_key()
         moved = self._source.sample(numbers, self._source.randint(1, min(6, len(numbers))))
         positions = {number: self._source.randrange(1000) for number in moved}
-        return writes.move_keys([self._ledger.presumed[Key, number] for number in moved], positions)
+        return writes.move_keys([self._ledger.expected[Key, number] for number in moved], positions)
 
     def _delete_key(self) -> Write:
         numbers = self._numbers(Key)
@@ -107,17 +107,17 @@ class User:
         return writes.delete_key(self._source.choice(numbers))
 
     def _delete_action(self) -> Write:
-        keys = [row for row in self._ledger.presumed.values() if isinstance(row, Key)]
-        unsettled = {key.idAction for key in keys if key.idKey < 0}
-        numbers = [number for number in self._numbers(Action) if number not in unsettled]
+        keys = [row for row in self._ledger.expected.values() if isinstance(row, Key)]
+        in_creation = {key.idAction for key in keys if key.idKey < 0}
+        numbers = [number for number in self._numbers(Action) if number not in in_creation]
         if not numbers:
             return self._add_action()
         number = self._source.choice(numbers)
         return writes.delete_action(number, [key.idKey for key in keys if key.idAction == number])
 
     def _numbers(self, kind: type) -> list[int]:
-        """The known ids: rows that are just being created have none yet."""
-        rows = self._ledger.presumed
+        """The known ids. Rows without a reply to their creation have no id yet."""
+        rows = self._ledger.expected
         return [number for row_kind, number in rows if row_kind is kind and number > 0]
 
     # Records

@@ -1,4 +1,4 @@
-"""Calls that change what is stored, and the rows that each of them changes, one after the other."""
+"""Calls that write, and the rows that each call changes, in order."""
 
 from dataclasses import dataclass
 from itertools import count
@@ -15,7 +15,7 @@ _placeholders = count(-2, -1)
 
 
 class Change(NamedTuple):
-    """One row created, replaced, or removed if there is no record; never half done."""
+    """An atomic change of one row: a new record, or None if the row is deleted."""
 
     row: RowId
     record: Optional[Record] = None
@@ -30,7 +30,7 @@ def rows_of(records: Iterable[Record]) -> Rows:
 
 
 def with_id(record: Record, number: int) -> Record:
-    """The same record under another id."""
+    """The record with another id."""
     return type(record)(number, *record[1:])
 
 
@@ -44,7 +44,7 @@ def apply(rows: Rows, changes: Iterable[Change]) -> None:
 
 @dataclass
 class Write:
-    """One call, whose changes are made in order."""
+    """A call and its changes, in order."""
 
     method: str
     signature: str
@@ -61,7 +61,7 @@ class Write:
         self.reply = client.send(self.method, self.signature, self.argument)
 
     def answer(self) -> Any:
-        """What the service answered, or None if it ended before."""
+        """The result of the call, or None if there is no reply."""
         try:
             return self.reply.wait().values[0]
         except BusError:
@@ -72,11 +72,11 @@ class Write:
         return self.success is None
 
     def was_done(self, answer: Any) -> bool:
-        """Whether the answer means success."""
+        """Whether the result means success."""
         return answer > 0 if self.creates else answer == self.success
 
-    def identify(self, number: int) -> None:
-        """Gives the record that is created the id that the database gave it."""
+    def set_id(self, number: int) -> None:
+        """Sets the id that the database assigned to the created record."""
         record = with_id(self.changes[0].record, number)
         self.changes = [Change(row_id(record), record)]
 
@@ -99,9 +99,9 @@ def modify_action(action: Action) -> Write:
 
 
 def delete_action(number: int, bound_keys: Iterable[int] = ()) -> Write:
-    """First the action goes, then one key of it after the other."""
-    gone = [Change((Action, number)), *(Change((Key, key)) for key in sorted(bound_keys))]
-    return Write("deleteAction", "x", number, gone)
+    """Deletes the action first, and then its keys one by one."""
+    changes = [Change((Action, number)), *(Change((Key, key)) for key in sorted(bound_keys))]
+    return Write("deleteAction", "x", number, changes)
 
 
 def create_key(key: Key) -> Write:
@@ -113,7 +113,7 @@ def modify_key(key: Key) -> Write:
 
 
 def move_keys(keys: Iterable[Key], positions: Mapping[int, int]) -> Write:
-    """One key after the other, in the order of their ids."""
+    """Moves the keys one by one, in the order of their ids."""
     moved = [key._replace(position=positions[key.idKey]) for key in sorted(keys)]
     changes = [Change(row_id(key), key) for key in moved]
     return Write("changeProgrammableKeysPosition", "a{ii}", dict(positions), changes, True)

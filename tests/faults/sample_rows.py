@@ -1,6 +1,6 @@
-"""The rows of a phone on which the user has made rows beside provisioned ones."""
+"""Sample rows: actions and keys of a user, and provisioned ones."""
 
-from phones import ROOMY
+from phones import TEST_SETTINGS
 from rollout import Rollout
 from samples import CALL, SET_KEY
 from sandbox.records import Action, Key
@@ -17,10 +17,10 @@ USER_KEY = SET_KEY._replace(idKey=1, idAction=USER_ACTION.idAction)
 USER_KEY_ON_D1 = SET_KEY._replace(idKey=2, idAction=D1.idAction, position=5)
 USER_KEYS = [USER_KEY, USER_KEY_ON_D1]
 
-SETTINGS = {**ROOMY, **Rollout(PROVISIONED_ACTIONS, PROVISIONED_KEYS).settings}
+SETTINGS = {**TEST_SETTINGS, **Rollout(PROVISIONED_ACTIONS, PROVISIONED_KEYS).settings}
 STORED = [USER_ACTION, *PROVISIONED_ACTIONS, *USER_KEYS, *PROVISIONED_KEYS]
 
 
 def without_id(keys: list[Key]) -> list[Key]:
-    """The keys apart from their ids: provisioned keys get a new id at each merge."""
+    """The keys without their ids, because provisioned keys get new ids at each merge."""
     return [key._replace(idKey=-1) for key in keys]
