@@ -1,4 +1,4 @@
-"""Calls the completion script as bash does, and uses it in bash on a terminal."""
+"""Runs the completion script directly, and in an interactive bash."""
 
 import subprocess
 from pathlib import Path
@@ -14,11 +14,11 @@ BASH_COMPLETION = "/usr/share/bash-completion/bash_completion"
 CALL = r"""
 . "$1"
 COMP_WORDBREAKS=$2
-compopt() { told+=" $*"; }
+compopt() { options+=" $*"; }
 for COMP_LINE in "${@:3}"; do
-    COMP_POINT=${#COMP_LINE} COMPREPLY=() told=
+    COMP_POINT=${#COMP_LINE} COMPREPLY=() options=
     _progkeysctl progkeysctl
-    printf '%s\036' "$told" "${COMPREPLY[@]}"
+    printf '%s\036' "$options" "${COMPREPLY[@]}"
     printf '\035'
 done
 """
@@ -29,7 +29,7 @@ class Completion(NamedTuple):
 
     words: list[str]
     options: list[str]
-    """The options that it sets for bash, such as `nospace`."""
+    """The completion options that it sets, such as `nospace`."""
 
 
 def script_of(bin_dir: Path) -> Path:
@@ -43,7 +43,7 @@ def shell_environment(tool: Tool, extra: Mapping[str, str]) -> dict[str, str]:
 
 
 class Completer:
-    """Calls the script with lines. The cursor is at the end of each."""
+    """Runs the script for lines with the cursor at the end."""
 
     def __init__(self, tool: Tool) -> None:
         self.tool = tool
@@ -82,7 +82,7 @@ class Bash(Terminal):
             "bind 'set show-all-if-ambiguous on'",
             "bind 'set bell-style none'",
             f"cd '{home}'",
-            "said() { printf 'said:'; printf '<%s>' \"$@\"; echo; }",
+            "show_words() { printf 'words:'; printf '<%s>' \"$@\"; echo; }",
             *preparation,
         ):
             self.line(line)
@@ -90,10 +90,10 @@ class Bash(Terminal):
 
     def complete(self, typed: str) -> str:
         """Types, presses Tab and Return, and returns the words of the line in angle brackets."""
-        self.type(f"{typed}\t\x01said \n".encode())
-        self.read_until("\nsaid:")
+        self.type(f"{typed}\t\x01show_words \n".encode())
+        self.read_until("\nwords:")
         words = self.read_until("\r\n")
-        # What is typed before the prompt is there may be lost.
+        # Input before the prompt may be lost.
         self.read_until("ready> ")
         return words
 

@@ -25,7 +25,7 @@ def offline(bin_dir: Path) -> Tool:
 
 @pytest.fixture
 def phone(launch: Callable[..., Module], client: Client, settings_manager: Module) -> Iterator[Module]:
-    """The service and the real SettingsManager. A fake one in this process could not answer while the tool runs."""
+    """The service with the real SettingsManager. The fake one cannot reply while the tool runs."""
     assert settings_manager.running
     module = launch()
     module.wait_until_ready(client)

@@ -1,4 +1,4 @@
-"""Compares a plan with what a start of the service did to the rows of a phone."""
+"""Compares a plan with the effects of a start of the service."""
 
 from collections import Counter
 from typing import Any, NamedTuple
@@ -20,7 +20,7 @@ def has_changes(plan: Plan) -> bool:
 
 
 def check_plan(plan: Plan, before: Rows, after: Rows) -> None:
-    """Applies the plan to the rows before; the result must be the rows after."""
+    """Checks that the plan changes the rows `before` to the rows `after`."""
     actions = [row for row in plan if row["kind"] == "action" and row["what"] != "refused"]
     added = _check_actions(actions, before.actions, after.actions)
     _check_keys([row for row in plan if row["kind"] == "key"], before.keys, after.keys, added)
@@ -76,7 +76,7 @@ def _check_keys(plan: Plan, before: list[Key], after: list[Key], added: list[Act
 
 
 def _with_action(key: Key, added: list[Action]) -> Key:
-    """The key as the service creates it: with no id yet, and bound to a new action if it is none here."""
+    """The key as the service creates it. Without an idAction, it gets the new action of its dmId."""
     key = key._replace(idKey=None)
     if key.idAction is not None:
         return key
@@ -84,5 +84,5 @@ def _with_action(key: Key, added: list[Action]) -> Key:
 
 
 def _visible(rows: Rows) -> tuple[list[Action], Counter[Key]]:
-    """The rows without the ids of provisioned keys, which every start changes."""
+    """The rows without the ids of provisioned keys, which change at each start."""
     return rows.actions, Counter(key._replace(idKey=0) if key.dmId else key for key in rows.keys)

@@ -82,7 +82,7 @@ class Tool:
         return [str(self.executable), *(str(word) for word in words)]
 
     def start(self, *words: object, env: Optional[Mapping[str, str]] = None) -> subprocess.Popen[str]:
-        """Starts the tool; the caller ends it."""
+        """Starts the tool. The caller must end it."""
         return subprocess.Popen(
             self.command(*words),
             stdin=subprocess.DEVNULL,
@@ -95,18 +95,18 @@ class Tool:
 
     def on_terminal(self, width: int, *words: object, env: Optional[Mapping[str, str]] = None) -> Result:
         """Runs the tool on a terminal of this width."""
-        ours, theirs = pty.openpty()
-        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
+        controller, terminal = pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
         child = subprocess.Popen(
             self.command(*words),
             stdin=subprocess.DEVNULL,
-            stdout=theirs,
+            stdout=terminal,
             stderr=subprocess.PIPE,
             env=environment(self.address, env or {}),
             preexec_fn=die_with_parent,
         )
-        os.close(theirs)
-        out = read_to_end(ours)
+        os.close(terminal)
+        out = read_to_end(controller)
         assert child.stderr is not None
         err = child.stderr.read()
         status = child.wait(LIMIT)
@@ -114,7 +114,7 @@ class Tool:
 
 
 def read_to_end(descriptor: int) -> bytes:
-    """All output to a terminal."""
+    """Reads all output of a terminal."""
     parts = []
     try:
         while part := os.read(descriptor, 65536):

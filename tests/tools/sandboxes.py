@@ -1,4 +1,4 @@
-"""Runs sandboxes and looks at their processes."""
+"""Runs sandboxes and finds their processes."""
 
 import contextlib
 import os
@@ -20,7 +20,7 @@ class Process(NamedTuple):
 
 
 def processes_of(directory: str) -> list[Process]:
-    """All processes in the sandbox with this directory, and its bus."""
+    """The processes of the sandbox with this directory, including its bus."""
     found = []
     for entry in Path("/proc").iterdir():
         with contextlib.suppress(OSError):
@@ -31,14 +31,6 @@ def processes_of(directory: str) -> list[Process]:
             if is_inside or (name == "dbus-daemon" and f"{directory}/bus".encode() in (entry / "cmdline").read_bytes()):
                 found.append(Process(int(entry.name), name))
     return found
-
-
-def process_named(directory: str, name: str, other_than: Optional[int] = None) -> Optional[int]:
-    """A process of the sandbox by its name."""
-    return next(
-        (process.pid for process in processes_of(directory) if process.name == name and process.pid != other_than),
-        None,
-    )
 
 
 def children_of(parent: int) -> list[int]:
@@ -69,12 +61,12 @@ class Sandbox:
         self.directory = self.child.stdout.readline().strip()
         assert Path(self.directory).is_dir(), self.child.communicate()
 
-    def running(self, name: str, other_than: Optional[int] = None) -> int:
-        """Waits for the process with this name."""
-        return wait_until(lambda: process_named(self.directory, name, other_than), f"{name} runs")
+    def wait_for(self, name: str) -> None:
+        """Waits until a process with this name runs."""
+        wait_until(lambda: name in {process.name for process in processes_of(self.directory)}, f"{name} runs")
 
     def end(self) -> tuple[int, str]:
-        """Ends its input, and returns its exit status and its messages."""
+        """Closes its input, and returns its exit status and its messages."""
         _, errors = self.child.communicate(timeout=LIMIT)
         return self.child.returncode, errors
 

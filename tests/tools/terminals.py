@@ -45,9 +45,9 @@ class Terminal:
         """Waits for this text, and returns the output before it."""
         deadline = time.monotonic() + LIMIT
         while text not in self._unread:
-            came = self._read(deadline)
-            assert came, f"{text!r} is missing in {self._unread!r}"
-            self._unread += came.decode(errors="replace")
+            output = self._read(deadline)
+            assert output, f"{text!r} is missing in {self._unread!r}"
+            self._unread += output.decode(errors="replace")
         before, _, self._unread = self._unread.partition(text)
         return before
 

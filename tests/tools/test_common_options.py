@@ -17,14 +17,14 @@ from sandbox.client import Client
 from sandbox.processes import Module
 
 @pytest.mark.parametrize("words", [["key", "list"], ["press", "2/5"]], ids=" ".join)
-def test_without_the_service_commands_are_refused(ctl: Tool, words: list[str]) -> None:
+def test_commands_fail_without_the_service(ctl: Tool, words: list[str]) -> None:
     result = ctl(*words)
     assert (result.status, result.out) == (8, "")
     assert "ZelProgrammableKeys is not running on the system bus at" in result.err
     assert "Start it" in result.err
 
 
-def test_without_a_bus_commands_are_refused(offline: Tool) -> None:
+def test_commands_fail_without_a_bus(offline: Tool) -> None:
     result = offline("key", "list")
     assert (result.status, result.out) == (1, "")
     assert "Cannot reach the system bus at unix:path=/nonexistent/bus" in result.err
@@ -70,7 +70,7 @@ def test_the_help_of_every_command_fits_the_terminal_and_has_the_common_options(
         (["help", "key", "lst"], 'Did you mean "list"?'),
         (["key", "paint"], 'Unknown command "key paint"'),
         (["key", "lst"], 'Did you mean "list"?'),
-        (["key", "list", "--colour"], "Unknown option --colour"),
+        (["key", "list", "--paint"], "Unknown option --paint"),
         (["key", "list", "--feilds", "idKey"], 'Did you mean "--fields"?'),
         (["key", "list", "all"], 'Unexpected argument "all"'),
         (["key", "list", "--type"], "--type requires a value"),
@@ -103,13 +103,13 @@ def test_an_invalid_command_line_is_refused(offline: Tool, words: list[str], mes
 
 
 @pytest.fixture
-def stocked(client: Client, phone: Module) -> Module:
+def phone_with_key(client: Client, phone: Module) -> Module:
     id_action = client.add_action(CALL._replace(label="Empfang: Ü, 受付 ☎", arguments="a:b\\c\nd"))
     client.create_programmable_key(SET_KEY._replace(idAction=id_action, container="a" * 60, icon="受付" * 20))
     return phone
 
 
-def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> None:
+def test_json_is_short_or_pretty(ctl: Tool, client: Client, phone_with_key: Module) -> None:
     short = ctl("key", "list", "--json=short")
     pretty = ctl("key", "list", "--json=pretty")
     key = client.get_all_programmable_keys()[0]
@@ -122,17 +122,17 @@ def test_json_is_short_or_pretty(ctl: Tool, client: Client, stocked: Module) -> 
     assert len(ctl.on_terminal(40, "key", "list", "-j").lines) > 9
 
 
-def test_json_has_only_the_selected_fields(ctl: Tool, stocked: Module) -> None:
+def test_json_has_only_the_selected_fields(ctl: Tool, phone_with_key: Module) -> None:
     assert ctl.json("key", "list", "--fields", "idKey,type") == [{"idKey": 1, "type": 0}]
     assert 'Did you mean "position"?' in ctl("key", "list", "--fields", "postion").err
 
 
-def test_terse_lines_can_be_parsed(ctl: Tool, stocked: Module) -> None:
+def test_terse_lines_can_be_parsed(ctl: Tool, phone_with_key: Module) -> None:
     listed = ctl("action", "list", "--terse", "--fields", "idAction,arguments,label")
     assert listed.lines == ["-1::", r"1:a\:b\\c\nd:Empfang\: Ü, 受付 ☎"]
 
 
-def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> None:
+def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, phone_with_key: Module) -> None:
     for width in (80, 100):
         shown = ctl.on_terminal(width, "key", "list", env={"NO_COLOR": "1"})
         assert shown.status == 0
@@ -142,26 +142,26 @@ def test_a_table_is_wrapped_to_fit_the_terminal(ctl: Tool, stocked: Module) -> N
     assert shown.lines[-1] == "1 key"
 
 
-def test_everything_is_shown_on_a_wide_terminal_and_without_one(ctl: Tool, stocked: Module) -> None:
+def test_a_table_is_not_wrapped_on_a_wide_terminal_or_without_a_terminal(ctl: Tool, phone_with_key: Module) -> None:
     wide = ctl.on_terminal(300, "key", "list", env={"NO_COLOR": "1"})
     assert wide.out == ctl("key", "list").out
     assert "a" * 60 in wide.out
     assert "受付" * 20 in wide.out
 
 
-def test_columns_are_aligned_with_wide_characters(ctl: Tool, client: Client, stocked: Module) -> None:
+def test_columns_are_aligned_with_wide_characters(ctl: Tool, client: Client, phone_with_key: Module) -> None:
     client.create_programmable_key(SET_KEY._replace(idAction=1, container="b", icon="e\u0301\U0001f44d"))
     lines = ctl("key", "list", "--no-legend").lines
-    # The last column begins at the same place in both rows.
+    # The last column begins at the same position in both rows.
     assert [columns(line.removesuffix("0")) for line in lines] == [columns(lines[0].removesuffix("0"))] * 2
 
 
-def test_no_legend_prints_only_rows(ctl: Tool, stocked: Module) -> None:
+def test_no_legend_prints_only_rows(ctl: Tool, phone_with_key: Module) -> None:
     assert len(ctl("key", "list", "--no-legend").lines) == 1
     assert len(ctl("key", "list").lines) == 3
 
 
-def test_colour_depends_on_the_terminal_and_the_option(ctl: Tool, stocked: Module) -> None:
+def test_color_depends_on_the_terminal_and_the_option(ctl: Tool, phone_with_key: Module) -> None:
     assert "\x1b[" in ctl.on_terminal(80, "key", "list").out
     assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"NO_COLOR": "1"}).out
     assert "\x1b[" not in ctl.on_terminal(80, "key", "list", env={"TERM": "dumb"}).out
@@ -189,7 +189,7 @@ def test_the_session_bus_and_an_address_can_be_selected(offline: Tool, bus: Priv
     assert (on_session.status, on_session.json["bus"], on_session.json["busAddress"]) == (0, "session", bus.address)
 
 
-def test_a_late_answer_is_a_timeout(ctl: Tool, client: Client, phone: Module) -> None:
+def test_a_late_reply_is_a_timeout(ctl: Tool, client: Client, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("key", "list", "--timeout", "0.2")
@@ -199,7 +199,7 @@ def test_a_late_answer_is_a_timeout(ctl: Tool, client: Client, phone: Module) ->
     assert "ZelProgrammableKeys did not answer within 0.2 s" in result.err
 
 
-def test_after_a_timeout_the_rest_is_not_tried(ctl: Tool, phone: Module) -> None:
+def test_after_a_timeout_no_further_calls_are_made(ctl: Tool, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("key", "delete", "1", "2", "3", "--timeout", "0.2")
@@ -209,12 +209,12 @@ def test_after_a_timeout_the_rest_is_not_tried(ctl: Tool, phone: Module) -> None
     assert result.err.count("error:") == 1
 
 
-def test_a_policy_that_denies_calls(bin_dir: Path, tmp_path: Path) -> None:
+def test_calls_denied_by_the_policy_are_reported(bin_dir: Path, tmp_path: Path) -> None:
     """The bus denies all calls of the service."""
-    with ForbiddingBus('send_destination="com.velmora.Tessaro.ZelProgrammableKeys"') as forbidding:
-        owner = Client(forbidding.address)
+    with RestrictedBus('send_destination="com.velmora.Tessaro.ZelProgrammableKeys"') as restricted:
+        owner = Client(restricted.address)
         owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
-        result = Tool(bin_dir, forbidding.address)("key", "list")
+        result = Tool(bin_dir, restricted.address)("key", "list")
         owner.close()
     assert (result.status, result.out) == (5, "")
     assert "Access to ZelProgrammableKeys is denied" in result.err
@@ -226,12 +226,12 @@ EVENTS = 'receive_type="signal" receive_path="/com/velmora/Tessaro/ZelProgrammab
 
 
 @pytest.mark.parametrize("words", [["monitor", "--timeout", "5"], ["press", "2/5"]], ids=lambda words: words[0])
-def test_a_policy_that_denies_events(bin_dir: Path, words: list[str]) -> None:
-    """The bus drops the events without an error."""
-    with ForbiddingBus(EVENTS) as forbidding:
-        owner = Client(forbidding.address)
+def test_events_denied_by_the_policy_are_reported(bin_dir: Path, words: list[str]) -> None:
+    """The bus drops events without an error reply."""
+    with RestrictedBus(EVENTS) as restricted:
+        owner = Client(restricted.address)
         owner.connection.request_name("com.velmora.Tessaro.ZelProgrammableKeys")
-        result = Tool(bin_dir, forbidding.address)(*words)
+        result = Tool(bin_dir, restricted.address)(*words)
         owner.close()
     assert (result.status, result.out) == (5, "")
     assert "Listening" not in result.err
@@ -239,8 +239,8 @@ def test_a_policy_that_denies_events(bin_dir: Path, words: list[str]) -> None:
     assert "group progkeys-admin" in result.err
 
 
-class ForbiddingBus(PrivateBus):
-    """A bus with a policy that denies something."""
+class RestrictedBus(PrivateBus):
+    """A bus with a policy rule that denies some messages."""
 
     def __init__(self, denied: str) -> None:
         super().__init__()
@@ -250,7 +250,7 @@ class ForbiddingBus(PrivateBus):
 
 
 def test_a_service_that_ends_during_a_call_is_not_running(ctl: Tool, bus: PrivateBus) -> None:
-    """A process with the name of the service that leaves the bus during a call."""
+    """A fake service ends during the call."""
     script = (
         "import dbus, dbus.bus, os, sys\n"
         "from dbus.mainloop.glib import DBusGMainLoop\n"
@@ -261,13 +261,13 @@ def test_a_service_that_ends_during_a_call_is_not_running(ctl: Tool, bus: Privat
         "print('ready', flush=True)\n"
         "GLib.MainLoop().run()\n"
     )
-    with subprocess.Popen([sys.executable, "-c", script, bus.address], stdout=subprocess.PIPE, text=True) as dying:
-        assert dying.stdout.readline() == "ready\n"
+    with subprocess.Popen([sys.executable, "-c", script, bus.address], stdout=subprocess.PIPE, text=True) as fake:
+        assert fake.stdout.readline() == "ready\n"
         result = ctl("key", "list")
     assert (result.status, result.out) == (8, "")
 
 
-def test_output_that_cannot_be_written_is_a_failure(ctl: Tool, stocked: Module) -> None:
+def test_a_failure_to_write_the_output_is_an_error(ctl: Tool, phone_with_key: Module) -> None:
     with open("/dev/full", "wb") as full:
         ended = subprocess.run(
             ctl.command("key", "list"), stdout=full, stderr=subprocess.PIPE, encoding="utf-8",

@@ -21,7 +21,7 @@ ACTION_FIELDS = ["idAction", "dmId", "type", "action", "webAppName", "arguments"
 
 @pytest.fixture
 def complete(offline: Tool) -> Completer:
-    """Without a bus."""
+    """Completion without a bus."""
     return Completer(offline)
 
 
@@ -54,9 +54,9 @@ def offered_names(options: list[dict[str, Any]]) -> set[str]:
     return {option["names"][-1] for option in options}
 
 
-# Against the tool's own list
+# Comparison with `help --list`
 
-def test_every_command_is_offered_at_its_place(complete: Completer, commands: list[dict[str, Any]]) -> None:
+def test_every_command_is_offered_at_its_position(complete: Completer, commands: list[dict[str, Any]]) -> None:
     expected: dict[str, set[str]] = {}
     for command in commands:
         words = command["command"].split()
@@ -67,7 +67,7 @@ def test_every_command_is_offered_at_its_place(complete: Completer, commands: li
     assert complete.words("progkeysctl help key a") == ["add"]
 
 
-def test_every_option_is_offered_at_its_command(complete: Completer, commands: list[dict[str, Any]]) -> None:
+def test_every_option_is_offered_for_its_command(complete: Completer, commands: list[dict[str, Any]]) -> None:
     expected = {
         f"progkeysctl {command['command']} -": offered_names(command["options"] + command["commonOptions"])
         for command in commands
@@ -83,12 +83,12 @@ def test_every_option_is_offered_at_its_command(complete: Completer, commands: l
     [
         pytest.param("progkeysctl k", ["key"], id="a command"),
         pytest.param("progkeysctl --session --timeout 3 mon", ["monitor"], id="a command after options"),
-        pytest.param("progkeysctl --timeout ", [], id="a free value"),
+        pytest.param("progkeysctl --timeout ", [], id="a value without candidates"),
         pytest.param("progkeysctl --json ", ["pretty", "short"], id="a choice"),
         pytest.param("progkeysctl --json=p", ["pretty"], id="a choice after an equals sign"),
         pytest.param("progkeysctl key list --terse --te", [], id="a flag is offered once"),
-        pytest.param("progkeysctl key list --container=x --co", ["--color"], id="also an option with a value"),
-        pytest.param("progkeysctl restore -- f", ["factory"], id="an argument after the mark"),
+        pytest.param("progkeysctl key list --container=x --co", ["--color"], id="an option with a value is offered once"),
+        pytest.param("progkeysctl restore -- f", ["factory"], id="an argument after --"),
         pytest.param("progkeysctl restore default f", [], id="no extra argument"),
         pytest.param("progkeysctl restore ", ["default", "factory"], id="the states to restore"),
         pytest.param("progkeysctl nonsense ", [], id="an unknown command"),
@@ -98,7 +98,7 @@ def test_every_option_is_offered_at_its_command(complete: Completer, commands: l
         pytest.param("progkeysctl key set 1 icon=a ic", [], id="a field is set once"),
     ],
 )
-def test_a_partly_typed_line(complete: Completer, line: str, words: list[str]) -> None:
+def test_the_candidates_for_a_partly_typed_line(complete: Completer, line: str, words: list[str]) -> None:
     assert complete.words(line) == words
 
 
@@ -108,25 +108,25 @@ def test_options_are_offered_if_there_are_no_arguments(complete: Completer) -> N
 
 
 @pytest.mark.parametrize(("group", "fields"), [("key", KEY_FIELDS), ("action", ACTION_FIELDS)])
-def test_fields_by_their_names(complete: Completer, group: str, fields: list[str]) -> None:
+def test_field_names_are_offered(complete: Completer, group: str, fields: list[str]) -> None:
     assert complete(f"progkeysctl {group} show --fields ") == (fields, [])
     assert complete.words(f"progkeysctl {group} show --fields={fields[0]},") == [f"{fields[0]},{name}" for name in fields[1:]]
     assert complete(f"progkeysctl {group} add ") == ([f"{name}=" for name in fields[1:]], [])
 
 
-def test_fields_of_a_list_are_those_of_the_tool(complete: Completer, phone: Tool) -> None:
+def test_the_offered_fields_of_a_list_are_those_of_the_tool(complete: Completer, phone: Tool) -> None:
     for group in ("key", "action"):
         listed = complete.words(f"progkeysctl {group} list --fields ")
         assert sorted(phone.json(group, "list")[0]) == sorted(listed)
 
 
-def test_events_are_those_that_are_documented(complete: Completer) -> None:
+def test_the_offered_events_are_the_documented_ones(complete: Completer) -> None:
     documented = re.findall(r"^\| `(\w+)`", EVENTS.read_text(encoding="utf-8"), re.MULTILINE)
     assert complete.words("progkeysctl monitor --match ") == sorted(documented)
     assert "KEY_DELETE_NTF" in complete.words("progkeysctl monitor --match KEY_CREATE_NTF --match KEY_D")
 
 
-def test_files_directories_and_programs_are_left_to_bash(complete: Completer) -> None:
+def test_bash_completes_files_directories_and_programs(complete: Completer) -> None:
     assert complete("progkeysctl import x") == ([], ["default"])
     assert complete("progkeysctl export --output x") == ([], ["default"])
     assert complete("progkeysctl sandbox --data x") == ([], ["dirnames"])
@@ -161,12 +161,12 @@ def test_values_of_the_phone_are_offered(on_phone: Completer, line: str, words: 
     assert on_phone.words(f"progkeysctl {line}") == words
 
 
-def test_words_are_completed_as_a_whole_without_word_breaks(on_phone: Completer) -> None:
+def test_whole_words_are_completed_without_word_breaks(on_phone: Completer) -> None:
     assert on_phone("progkeysctl key list --container=a:", " \t\n").words == ["--container=a:b=c\\$d"]
     assert on_phone("progkeysctl key set 1 container=h", " \t\n").words == ["container=home"]
 
 
-def test_the_bus_of_the_line_is_used(phone: Tool, offline: Tool) -> None:
+def test_the_bus_in_the_line_is_used(phone: Tool, offline: Tool) -> None:
     complete = Completer(offline)
     address = str(phone.address)
     assert complete.words("progkeysctl press ") == []
@@ -178,7 +178,7 @@ def test_the_bus_of_the_line_is_used(phone: Tool, offline: Tool) -> None:
 
 @pytest.fixture
 def silent_bus(tmp_path: Path) -> Iterator[str]:
-    """Accepts connections, but does not answer."""
+    """A bus that accepts connections but sends nothing."""
     path = tmp_path / "bus"
     with socket.socket(socket.AF_UNIX) as listener:
         listener.bind(str(path))
@@ -190,16 +190,16 @@ def test_without_a_service_nothing_is_offered(ctl: Tool) -> None:
     assert Completer(ctl)("progkeysctl key show ") == ([], [])
 
 
-def test_a_silent_bus_is_not_waited_for(silent_bus: str, offline: Tool) -> None:
-    """It ends within the limit of every run, which is shorter than the timeout of a call."""
+def test_completion_does_not_wait_for_a_silent_bus(silent_bus: str, offline: Tool) -> None:
+    """The completion ends before the timeout of a call."""
     assert Completer(offline)(f"progkeysctl --address {silent_bus} key show ") == ([], [])
 
 
 # At a terminal
 
-@pytest.fixture(params=["alone", "with the package"])
+@pytest.fixture(params=["alone", "with bash-completion"])
 def bash(request: pytest.FixtureRequest, phone: Tool, tmp_path: Path) -> Iterator[Bash]:
-    """A shell on a terminal, with the completion."""
+    """An interactive bash with the completion."""
     script = script_of(phone.executable.parent)
     home = tmp_path / "home"
     home.mkdir()
@@ -215,7 +215,7 @@ def bash(request: pytest.FixtureRequest, phone: Tool, tmp_path: Path) -> Iterato
     terminal.status()
 
 
-def test_pressing_tab(bash: Bash) -> None:
+def test_tab_completes_words(bash: Bash) -> None:
     for typed, words in {
         "progkeysctl mon": "<progkeysctl><monitor>",
         "progkeysctl key set 1 container=my": "<progkeysctl><key><set><1><container=my keys>",
@@ -233,5 +233,5 @@ def test_pressing_tab(bash: Bash) -> None:
         assert bash.complete(typed) == words, typed
 
 
-def test_pressing_tab_lists_the_candidates(bash: Bash) -> None:
+def test_tab_lists_the_candidates(bash: Bash) -> None:
     assert bash.offered("progkeysctl key delete ", "4").split() == ["1", "2", "3", "4"]

@@ -1,4 +1,4 @@
-"""`defaults check`: the problems it finds in settings, and how it reports them."""
+"""`defaults check`: the problems that it finds, and its output."""
 
 import re
 from pathlib import Path
@@ -46,7 +46,7 @@ def problems(offline: Tool, write, tmp_path: Path):
 
 
 ACTIONS = [
-    ("a good action", "D,1,c,w,a,l,s", []),
+    ("a valid action", "D,1,c,w,a,l,s", []),
     ("an empty text", "", []),
     ("a newline at the end of the file", "D,1,c,w,a,l,s\n", []),
     ("a hash at the end", "D,1,c,w,a,l,s#", ["2:0:1 warning empty-record"]),
@@ -54,52 +54,52 @@ ACTIONS = [
     ("two hashes", "D,1,c,w,a,l,s##E,1,c,w,a,l,s", ["2:0:1 warning empty-record"]),
     ("too many fields", "D,1,c,w,a,l,s,t", ["1:0:1 error field-count"]),
     ("too few fields", "D,1,c", ["1:0:1 error field-count"]),
-    ("a comma that only the identifier can have", "A,B,1,c,w,a,l,s", ["1:1:2 error field-count"]),
+    ("an unescaped comma that must be in the identifier", "A,B,1,c,w,a,l,s", ["1:1:2 error field-count"]),
     ("a number with a letter", "D,1O,c,w,a,l,s", ["1:2:3 error not-a-number"]),
-    ("a number beyond 32 bits", "D,2147483648,c,w,a,l,s", ["1:2:3 error not-a-number"]),
+    ("a number of more than 32 bits", "D,2147483648,c,w,a,l,s", ["1:2:3 error not-a-number"]),
     ("numbers that the phone accepts", "D, +5 ,c,w,a,l,s#E,-0,c,w,a,l,s#F,2147483647,,,,,", []),
     ("an empty number", "D,,c,w,a,l,s", ["1:2:3 warning empty-number"]),
-    ("a blank number", "D, ,c,w,a,l,s", ["1:2:3 warning empty-number"]),
+    ("a number that is a space", "D, ,c,w,a,l,s", ["1:2:3 warning empty-number"]),
     ("no identifier", ",1,c,w,a,l,s", ["1:1:1 error empty-identifier"]),
     ("both placeholder words", "D,1,c,w,aescSharp,lescComa,s", ["1:5:10 error placeholder-word", "1:6:20 error placeholder-word"]),
-    ("a placeholder word in a refused record", "D,escComa", ["1:0:1 error field-count", "1:2:3 error placeholder-word"]),
+    ("a placeholder word in an invalid record", "D,escComa", ["1:0:1 error field-count", "1:2:3 error placeholder-word"]),
     ("other spellings of the words", "D,1,c,w,esccoma,ESCSHARP,esc\\,Coma", []),
     ("a line break in a field", "D,1,c,w,a,l\nm,s", ["1:6:12 warning line-break"]),
     ("line breaks instead of hashes", "D,1,c,w,a,l,s\nE,1,c,w,a,l,s", ["1:0:1 error field-count"]),
     ("an identifier twice", "A,1,,,,,#B,1,,,,,#A,2,,,,,", ["3:1:1 error repeated-identifier"]),
     ("identifiers that differ in case", "P6,1,,,,,#p6,2,,,,,", ["2:1:1 warning similar-identifier"]),
-    ("identifiers that differ in blanks", "p25,1,,,,,#p25 ,2,,,,,", ["2:1:1 warning similar-identifier"]),
+    ("identifiers that differ in spaces", "p25,1,,,,,#p25 ,2,,,,,", ["2:1:1 warning similar-identifier"]),
     ("a null character", "D,1,c,w,\0,l,s", ["1:5:9 error null-character"]),
     ("a byte order mark", b"\xef\xbb\xbfD,1,c,w,a,l,s", ["1:0:1 error byte-order-mark"]),
-    ("characters of several bytes", "ü🙂,1,,,,,#藤🙂,x,,,,,", ["2:2:4 error not-a-number"]),
+    ("multibyte characters", "ü🙂,1,,,,,#藤🙂,x,,,,,", ["2:2:4 error not-a-number"]),
 ]
 
 KEYS = [
-    ("a good key", "D,c,1,i,0,0,0", []),
-    ("every number of a key", "D,c,a,i,b,d,", ["1:3:5 error not-a-number", "1:5:9 error not-a-number", "1:6:11 error not-a-number", "1:7:13 warning empty-number"]),
+    ("a valid key", "D,c,1,i,0,0,0", []),
+    ("all numbers of a key", "D,c,a,i,b,d,", ["1:3:5 error not-a-number", "1:5:9 error not-a-number", "1:6:11 error not-a-number", "1:7:13 warning empty-number"]),
     ("a negative position", "D,c,-1,i,0,0,0", ["1:3:5 warning negative-position"]),
     ("an unknown key type", "D,c,1,i,2,0,0", ["1:5:9 warning unknown-key-type"]),
     ("no identifier", ",c,1,i,0,0,0", ["1:1:1 error empty-identifier"]),
-    ("a comma that only the icon can have", "D,main,0,ic,1,1,0,0", ["1:4:12 error field-count"]),
-    ("a comma that two fields can have", "D,main, left,0,ic1,1,0,0", ["1:0:1 error field-count"]),
+    ("an unescaped comma that must be in the icon", "D,main,0,ic,1,1,0,0", ["1:4:12 error field-count"]),
+    ("an unescaped comma that can be in two fields", "D,main, left,0,ic1,1,0,0", ["1:0:1 error field-count"]),
     ("no action", "X,c,1,i,0,0,0", ["1:1:1 error key-without-action"]),
-    ("an action that differs in blanks", "D ,c,1,i,0,0,0", ["1:1:1 error key-without-action"]),
+    ("an action that differs in spaces", "D ,c,1,i,0,0,0", ["1:1:1 error key-without-action"]),
     ("two keys of one action", "D,c,1,i,0,0,0#D,c,2,i,0,0,0", []),
-    ("a place of the set twice", "D,c,1,i,0,0,0#D,c,+01,j,00,1,1", ["2:2:3 error same-place"]),
+    ("a position on the set twice", "D,c,1,i,0,0,0#D,c,+01,j,00,1,1", ["2:2:3 error same-place"]),
     ("a position in another container", "D,c,1,i,0,0,0#D,d,1,j,0,0,0", []),
-    ("a place of a module twice", "D,c,1,i,1,2,3#D,d,1,j,1,2,3", ["2:3:5 error same-place"]),
-    ("a place with an invalid number", "D,c,0,i,0,0,0#D,c,O,i,0,0,0", ["2:3:5 error not-a-number"]),
-    ("a number on other modules", "D,c,1,i,1,2,3#D,c,1,i,1,2,4#D,c,1,i,1,3,3#D,c,1,i,0,2,3", []),
+    ("a position on a module twice", "D,c,1,i,1,2,3#D,d,1,j,1,2,3", ["2:3:5 error same-place"]),
+    ("a position that is not a number", "D,c,0,i,0,0,0#D,c,O,i,0,0,0", ["2:3:5 error not-a-number"]),
+    ("a position on different modules", "D,c,1,i,1,2,3#D,c,1,i,1,2,4#D,c,1,i,1,3,3#D,c,1,i,0,2,3", []),
 ]  # fmt: skip
 
 
 @pytest.mark.parametrize(("text", "expected"), [pytest.param(*row[1:], id=row[0]) for row in ACTIONS])
-def test_problems_of_actions(problems, text, expected) -> None:
+def test_the_problems_of_actions(problems, text, expected) -> None:
     assert problems(text) == [f"Actions {problem}" for problem in expected]
 
 
 @pytest.mark.parametrize(("text", "expected"), [pytest.param(*row[1:], id=row[0]) for row in KEYS])
-def test_problems_of_keys(problems, text, expected) -> None:
+def test_the_problems_of_keys(problems, text, expected) -> None:
     assert problems("D,1,,,,,", text) == [f"Keys {problem}" for problem in expected]
 
 
@@ -111,18 +111,18 @@ WITHOUT_ACTION = "Keys 2:1:1 error key-without-action"
     ("limit", "options", "expected"),
     [
         pytest.param(None, [], [], id="no limit"),
-        pytest.param("2\n", [], [], id="room for those with an action"),
-        pytest.param("1", [], ["Keys 4:0:1 error too-many-keys"], id="no room"),
-        pytest.param("1", ["--limit=2"], [], id="the option has priority"),
-        pytest.param(None, ["--limit=1"], ["Keys 4:0:1 error too-many-keys"], id="only the option"),
+        pytest.param("2\n", [], [], id="as many keys with an action as the limit"),
+        pytest.param("1", [], ["Keys 4:0:1 error too-many-keys"], id="more keys than the limit"),
+        pytest.param("1", ["--limit=2"], [], id="the option overrides the file"),
+        pytest.param(None, ["--limit=1"], ["Keys 4:0:1 error too-many-keys"], id="a limit only in the option"),
     ],
 )
-def test_keys_beyond_the_limit(problems, limit, options, expected) -> None:
+def test_keys_beyond_the_limit_are_reported(problems, limit, options, expected) -> None:
     assert problems(GOOD_ACTION, LIMITED, limit, options=options) == [WITHOUT_ACTION, *expected]
 
 
 @pytest.mark.parametrize("limit", ["many", "", "2#3"])
-def test_a_limit_that_is_not_a_number(problems, limit) -> None:
+def test_a_limit_that_is_not_a_number_is_reported(problems, limit) -> None:
     assert problems(GOOD_ACTION, GOOD_KEY, limit) == [
         "Keys 1:0:1 error too-many-keys",
         "ProgKeysMax 1:0:1 error not-a-number",
@@ -130,7 +130,7 @@ def test_a_limit_that_is_not_a_number(problems, limit) -> None:
 
 
 def many(count: int, end: str = "") -> tuple[str, str]:
-    """A good rollout of so many actions and keys, with something after each record separator."""
+    """A valid rollout with that many actions and keys, and `end` after each record separator."""
     actions = f"#{end}".join(f"D{number},1,call,,{number},L,S" for number in range(count))
     keys = f"#{end}".join(f"D{number},main,{number},i,0,0,0" for number in range(count))
     return actions, keys
@@ -140,7 +140,7 @@ def as_csv(tool: Tool, kind: str, text: str) -> str:
     return tool("defaults", "convert", "--from=text", "--to=csv", "--kind", kind, stdin=text).out
 
 
-def test_one_mistake_in_all_records_is_one_problem(offline: Tool, problems) -> None:
+def test_the_same_mistake_in_all_records_is_one_problem(offline: Tool, problems) -> None:
     actions, keys = many(60)
     assert problems(*many(60, "\r\n")) == [
         "Actions 2:1:1 error line-break",
@@ -161,17 +161,17 @@ def test_one_mistake_in_all_records_is_one_problem(offline: Tool, problems) -> N
     ("text", "byte", "place"),
     [
         pytest.param("ü🙂,1,".encode() + b"\xe9,w,a,l,s#x", 10, "1:3:6", id="Latin-1 after wide characters"),
-        pytest.param(b"D,1,c,w,a,l,s\xef", 14, "1:7:14", id="cut off at the end"),
+        pytest.param(b"D,1,c,w,a,l,s\xef", 14, "1:7:14", id="truncated at the end"),
         pytest.param(b"\xef\xbf\xbd,1,\xe9,w,a,l,s", 7, "1:3:5", id="after a replacement character"),
         pytest.param(b"D,1,c,w,a,l,s#E,\xe9", 17, "2:2:3", id="in another record"),
     ],
 )
-def test_bytes_that_are_not_utf8(offline: Tool, write, problems, text, byte, place) -> None:
+def test_bytes_that_are_not_utf8_are_reported(offline: Tool, write, problems, text, byte, place) -> None:
     assert problems(text) == [f"Actions {place} error not-utf8"]
     assert f"error: byte {byte}, 0x" in offline("defaults", "check", write("DefaultActions", text)).out
 
 
-# How problems are reported
+# The output
 
 
 def test_a_record_with_too_many_or_too_few_fields_is_shown_field_by_field(offline: Tool) -> None:
@@ -197,11 +197,11 @@ def test_a_record_with_too_many_or_too_few_fields_is_shown_field_by_field(offlin
 @pytest.mark.parametrize(
     ("width", "text", "shown", "marks"),
     [
-        pytest.param(80, "D,12x,c,w,a,l,s", "D,12x,c,w,a,l,s", "  ^~~", id="all"),
-        pytest.param(80, "藤\u202e\n,12x,c,w,a,l,s", "藤\\u202e\\n,12x,c,w,a,l,s", "           ^~~", id="other scripts"),
-        pytest.param(24, f"{'i' * 50},12x,{'c' * 50},w,a,l,s", "…iiiiiiii,12x,ccccc…", "          ^~~", id="a part"),
+        pytest.param(80, "D,12x,c,w,a,l,s", "D,12x,c,w,a,l,s", "  ^~~", id="the whole text"),
+        pytest.param(80, "藤\u202e\n,12x,c,w,a,l,s", "藤\\u202e\\n,12x,c,w,a,l,s", "           ^~~", id="non-ASCII characters"),
+        pytest.param(24, f"{'i' * 50},12x,{'c' * 50},w,a,l,s", "…iiiiiiii,12x,ccccc…", "          ^~~", id="a part of the text"),
         pytest.param(24, f"藤{'田' * 30},1x,{'c' * 50},w,a,l,s", "…田田田田,1x,cccccc…", "          ^~", id="wide characters"),
-        pytest.param(24, f"D,{'x' * 50},c,w,a,l,s", "D,xxxxxxxxxxxxxxxxx…", "  ^~~~~~~~~~~~~~~~~~", id="a long place"),
+        pytest.param(24, f"D,{'x' * 50},c,w,a,l,s", "D,xxxxxxxxxxxxxxxxx…", "  ^~~~~~~~~~~~~~~~~~", id="a long marked part"),
     ],
 )  # fmt: skip
 def test_other_problems_are_marked_in_the_text(offline: Tool, write, width, text, shown, marks) -> None:
@@ -212,7 +212,7 @@ def test_other_problems_are_marked_in_the_text(offline: Tool, write, width, text
     assert HEAD.match(lines[head])
 
 
-def test_of_many_problems_fifty_are_shown(offline: Tool, problems, tmp_path: Path) -> None:
+def test_at_most_fifty_problems_are_shown(offline: Tool, problems, tmp_path: Path) -> None:
     actions, _ = many(60)
     refused = actions.replace(",1,call", ",x,call")
     assert len(problems(refused)) == 60
@@ -221,7 +221,7 @@ def test_of_many_problems_fifty_are_shown(offline: Tool, problems, tmp_path: Pat
     assert lines[-2:] == ["10 more problems are not shown", f"60 errors in {tmp_path}/DefaultActions"]
 
 
-def test_rows_have_the_name_and_place_of_the_field(offline: Tool, write) -> None:
+def test_rows_have_the_name_and_position_of_the_field(offline: Tool, write) -> None:
     keys = write("DefaultKeys", "D1,main,1O,ic1,0,0,0#D1\n")
     first, second = offline.json("defaults", "check", keys, status=4)
     assert first == {
@@ -248,7 +248,7 @@ def test_problems_have_colors_on_a_terminal(offline: Tool, write) -> None:
     assert plain == offline("defaults", "check", file).out
 
 
-# What is checked, and how it ends
+# Arguments and exit status
 
 
 @pytest.mark.parametrize(
@@ -279,7 +279,7 @@ def test_a_rollout_is_a_directory_or_its_files(offline: Tool, write, tmp_path: P
     assert [row["code"] for row in offline.json("defaults", "check", tmp_path, own, status=4)] == ["key-without-action"]
 
 
-def test_keys_without_actions_are_compared_with_the_limit_beside_them(offline: Tool, write) -> None:
+def test_keys_without_actions_are_compared_with_the_limit_in_the_same_directory(offline: Tool, write) -> None:
     keys = write("DefaultKeys", f"{GOOD_KEY}#D1,main,1,ic,0,0,0")
     write("ProgKeysMax", "1\n")
     result = offline("defaults", "check", "--json=short", keys)
@@ -304,7 +304,7 @@ def test_the_kind_of_a_file_must_be_known(offline: Tool, write) -> None:
     assert offline("defaults", "check", write("KEYS-and-actions", GOOD_KEY)).status == 2
 
 
-def test_files_that_cannot_be_used(offline: Tool, write, tmp_path: Path) -> None:
+def test_files_that_cannot_be_used_are_reported(offline: Tool, write, tmp_path: Path) -> None:
     (tmp_path / "empty").mkdir()
     file = tmp_path / "DefaultKeys"
     for paths, status, message in (
@@ -319,7 +319,7 @@ def test_files_that_cannot_be_used(offline: Tool, write, tmp_path: Path) -> None
         assert message in result.err
 
 
-def test_the_service_refuses_and_drops_what_check_reports(ctl: Tool, start, settings, client, write) -> None:
+def test_the_service_skips_the_reported_records(ctl: Tool, start, settings, client, write) -> None:
     actions = f"{GOOD_ACTION}#D2,1,call,,501,Smith, John,S##D3,1,call,,C:\\,L,S#"
     keys = f"{GOOD_KEY}#D2,main,1,i,0,0,0#DX,main,2,i,0,0,0#D1,main\\,8,i,0,0,0#D1,m,3,i,x,0,0"
     settings.values.update(DefaultActions=actions, DefaultKeys=keys)
@@ -328,6 +328,6 @@ def test_the_service_refuses_and_drops_what_check_reports(ctl: Tool, start, sett
     rows = ctl.json("defaults", "check", "--limit", "1000", *files, status=4)
     refused = [row for row in rows if row["code"] in ("field-count", "empty-record")]
     assert len([text for text in log if text.startswith("Skipping invalid dm ")]) == len(refused) == 5
-    # The second key is dropped for its refused action, which is reported.
+    # The second key is dropped because its action is invalid, which is reported for the action.
     assert [row["record"] for row in rows if row["code"] == "key-without-action"] == [3]
     assert [key.position for key in client.get_all_programmable_keys()] == [0, 3]

@@ -35,7 +35,7 @@ def test_a_rollout_is_the_same_after_conversion_to_each_format(offline: Tool, tm
     assert as_text.read_bytes() == file.read_bytes()
 
 
-def test_the_same_records_in_each_format(offline: Tool) -> None:
+def test_each_format_has_the_same_records(offline: Tool) -> None:
     text = 'a\\,b,main,-7,i\\#c,1,+2,3O#D, "m" ,,,0,0,\\\n'
     rows = convert(offline, "text", "csv", "--kind", "keys", stdin=text)
     assert list(csv.reader(io.StringIO(rows.out, newline=""), strict=True)) == [
@@ -56,7 +56,7 @@ def test_the_same_records_in_each_format(offline: Tool) -> None:
     assert convert(offline, "json", "text", stdin=records.out).out == text
 
 
-def test_no_records_in_each_format(offline: Tool) -> None:
+def test_each_format_can_have_no_records(offline: Tool) -> None:
     rows = convert(offline, "text", "csv", "--kind", "keys", stdin="\n").out
     assert rows == f"{KEYS}\n"
     records = convert(offline, "csv", "json", stdin=rows).out
@@ -69,13 +69,13 @@ def test_no_records_in_each_format(offline: Tool) -> None:
     [
         pytest.param("\ufeff" + "label,dmId,type,action,webAppName,arguments,shortLabel\r\n"
                      '"Smith, John ""JS""",D1,1,call,,"1\r\n2", J#S \r\n',
-                     'D1,1,call,,1\r\n2,Smith\\, John "JS", J\\#S \n', id="other order, quotes, a mark"),
+                     'D1,1,call,,1\r\n2,Smith\\, John "JS", J\\#S \n', id="other column order, quotes, a byte order mark"),
         pytest.param(ACTIONS.replace(",", ";") + "\nD1;1;call;;5,6;L;S\n", "D1,1,call,,5\\,6,L,S\n", id="semicolons"),
         pytest.param(ACTIONS.replace(",", "\t") + "\nD1\t1\tcall\t\t5;6\tL\tS", "D1,1,call,,5;6,L,S\n", id="tabs, no newline at the end"),
-        pytest.param('"dmId","type",action,webAppName,arguments,label,shortLabel\r', "\n", id="a quoted header, another newline"),
+        pytest.param('"dmId","type",action,webAppName,arguments,label,shortLabel\r', "\n", id="a quoted header, a carriage return"),
     ],
 )  # fmt: skip
-def test_spreadsheets_of_other_programs(offline: Tool, tmp_path: Path, source: str, text: str) -> None:
+def test_csv_files_of_other_programs_are_read(offline: Tool, tmp_path: Path, source: str, text: str) -> None:
     rows, target = tmp_path / "rows.csv", tmp_path / "text"
     rows.write_bytes(source.encode())
     result = convert(offline, "csv", "text", "-o", target, rows)
@@ -96,32 +96,32 @@ def keys_csv(*rows: str) -> str:
     return "\r\n".join((KEYS, *rows, ""))
 
 
-GOOD = "D,c,1,i,0,0,0"
+VALID_KEY = "D,c,1,i,0,0,0"
 
 
 @pytest.mark.parametrize(
     ("source", "message"),
     [
         ("", "standard input, line 1: invalid header: missing: `dmId`, "),
-        (GOOD, "separated by commas, semicolons or tabs."),
+        (VALID_KEY, "separated by commas, semicolons or tabs."),
         (f"x,icon,{KEYS.removesuffix(',aom_addr')}", "standard input, line 1: invalid header: missing: `aom_addr`; unknown or repeated: `x`, `icon`."),
-        (keys_csv(GOOD, "", "D,c,1,i,0,0"), "standard input, line 4: 6 fields instead of 7"),
-        (keys_csv('"a\n\nb",c,1,i,0,0,0', GOOD + ",x"), "standard input, line 3: 8 fields instead of 7"),
-        (keys_csv(GOOD, 'D"D,c,1,i,0,0,0'), "standard input, line 3: a quote is misplaced or missing"),
-        (keys_csv(GOOD, '"D,c,1,i,0,0,0'), "standard input, line 3: a quote is misplaced or missing"),
-        (keys_csv(GOOD, "D,escComa,1,i,0,0,0"), "Line 3 cannot be written as text: the field container contains the reserved word `escComa`"),
+        (keys_csv(VALID_KEY, "", "D,c,1,i,0,0"), "standard input, line 4: 6 fields instead of 7"),
+        (keys_csv('"a\n\nb",c,1,i,0,0,0', VALID_KEY + ",x"), "standard input, line 3: 8 fields instead of 7"),
+        (keys_csv(VALID_KEY, 'D"D,c,1,i,0,0,0'), "standard input, line 3: a quote is misplaced or missing"),
+        (keys_csv(VALID_KEY, '"D,c,1,i,0,0,0'), "standard input, line 3: a quote is misplaced or missing"),
+        (keys_csv(VALID_KEY, "D,escComa,1,i,0,0,0"), "Line 3 cannot be written as text: the field container contains the reserved word `escComa`"),
         (keys_csv("", "D,C:\\,1,i,0,0,0"), "Line 3 cannot be written as text: the field container ends in a backslash"),
         (keys_csv("\ufeffD,c,1,i,0,0,0"), "Line 2 cannot be written as text: the field dmId begins with U+FEFF"),
         (keys_csv("D,c\0,1,i,0,0,0"), "Line 2 cannot be written as text: the field container contains U+0000"),
     ],
 )  # fmt: skip
-def test_invalid_csv(offline: Tool, source: str, message: str) -> None:
+def test_invalid_csv_is_refused(offline: Tool, source: str, message: str) -> None:
     result = convert(offline, "csv", "text", stdin=source)
     assert (result.status, result.out) == (4, "")
     assert message in result.err
 
 
-def test_the_kind_must_be_the_expected_one(offline: Tool) -> None:
+def test_records_of_another_kind_are_refused(offline: Tool) -> None:
     result = convert(offline, "csv", "json", "--kind", "actions", stdin=keys_csv())
     assert (result.status, result.out) == (4, "")
     assert "standard input, line 1: the columns are those of keys" in result.err
@@ -139,7 +139,7 @@ JSON = """{
     ("old", "new", "text"),
     [("7", "-2147483648", "-2147483648"), ("7", "1e2", "100"), ("7", '" +1"', " +1"), ('"c"', '"\ufeff"', None)],
 )
-def test_values_in_json(offline: Tool, old: str, new: str, text: str) -> None:
+def test_numbers_and_texts_in_json_are_converted(offline: Tool, old: str, new: str, text: str) -> None:
     result = convert(offline, "json", "text", stdin=JSON.replace(old, new))
     assert result.status == 0
     expected = ["D", "c", text, "i"] if text else ["D", "\ufeff", "7", "i"]
@@ -167,7 +167,7 @@ def test_values_in_json(offline: Tool, old: str, new: str, text: str) -> None:
         ('"icon": "i", ', "", 'record 1: the member "icon" is missing'),
     ],
 )
-def test_invalid_json(offline: Tool, old: str, new: str, message: str) -> None:
+def test_invalid_json_is_refused(offline: Tool, old: str, new: str, message: str) -> None:
     result = convert(offline, "json", "text", stdin=JSON.replace(old, new, 1))
     assert (result.status, result.out) == (4, "")
     assert message in result.err
@@ -177,11 +177,11 @@ def test_invalid_json(offline: Tool, old: str, new: str, message: str) -> None:
     ("text", "message"),
     [
         ("D1,main,0,i,0,0,0#D1,main, left,0,ic1,1,0,0", ": the phone does not accept record 2: 8 instead of 7 fields"),
-        (f"{GOOD}#", ": the phone does not accept record 2: 1 instead of 7 fields"),
+        (f"{VALID_KEY}#", ": the phone does not accept record 2: 1 instead of 7 fields"),
         (KEYS, " cannot be delivered to a phone: the file is CSV"),
     ],
 )
-def test_text_that_the_phone_does_not_accept(offline: Tool, tmp_path: Path, text: str, message: str) -> None:
+def test_text_that_the_phone_does_not_accept_is_refused(offline: Tool, tmp_path: Path, text: str, message: str) -> None:
     file = tmp_path / "DefaultKeys"
     file.write_text(text, encoding="utf-8")
     result = convert(offline, "text", "json", file)
@@ -200,33 +200,33 @@ def test_a_file_is_written_completely_or_not_at_all(offline: Tool, tmp_path: Pat
 
 
 @pytest.mark.parametrize("target", ["/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"])
-def test_a_name_of_standard_output_does_not_replace_the_file(offline: Tool, tmp_path: Path, target: str) -> None:
+def test_a_device_name_of_standard_output_does_not_replace_the_file(offline: Tool, tmp_path: Path, target: str) -> None:
     output = tmp_path / "output"
     output.write_text("old\n")
     inode = output.stat().st_ino
     words = ("defaults", "convert", "--from=csv", "--to=text", "-o", target)
     with output.open("a") as stream:
         subprocess.run(
-            offline.command(*words), input=keys_csv(GOOD), stdout=stream, encoding="utf-8",
+            offline.command(*words), input=keys_csv(VALID_KEY), stdout=stream, encoding="utf-8",
             env=environment(None, {}), check=True,
         )  # fmt: skip
-    assert (output.read_text(), output.stat().st_ino) == (f"old\n{GOOD}\n", inode)
+    assert (output.read_text(), output.stat().st_ino) == (f"old\n{VALID_KEY}\n", inode)
 
 
-def test_a_pipe_is_written_to_and_stays_one(offline: Tool, tmp_path: Path) -> None:
+def test_the_output_can_be_a_named_pipe(offline: Tool, tmp_path: Path) -> None:
     pipe = tmp_path / "pipe"
     os.mkfifo(pipe)
     reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
     try:
-        result = convert(offline, "text", "text", "--kind", "keys", "-o", pipe, stdin=GOOD)
+        result = convert(offline, "text", "text", "--kind", "keys", "-o", pipe, stdin=VALID_KEY)
         assert (result.status, result.out, result.err) == (0, "", "")
-        assert os.read(reader, 1000).decode() == f"{GOOD}\n"
+        assert os.read(reader, 1000).decode() == f"{VALID_KEY}\n"
     finally:
         os.close(reader)
     assert pipe.is_fifo()
 
 
-def test_files_that_cannot_be_used_are_a_failure(offline: Tool, tmp_path: Path) -> None:
+def test_files_that_cannot_be_used_are_reported(offline: Tool, tmp_path: Path) -> None:
     nowhere = tmp_path / "nowhere" / "DefaultKeys"
     for words, message in ([nowhere], "Cannot read"), (["-o", nowhere, FILES[0]], "Cannot write"):
         result = convert(offline, "text", "csv", *words)
@@ -245,6 +245,6 @@ def test_files_that_cannot_be_used_are_a_failure(offline: Tool, tmp_path: Path) 
     ],
     ids=["unknown format", "no format", "unknown kind", "--terse", "--fields"],
 )
-def test_invalid_command_lines(offline: Tool, words) -> None:
+def test_invalid_command_lines_are_refused(offline: Tool, words) -> None:
     result = offline("defaults", "convert", *words)
     assert (result.status, result.out) == (2, "")

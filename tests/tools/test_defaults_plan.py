@@ -1,4 +1,4 @@
-"""`defaults plan`: what it prints, where it reads the settings, and how it ends."""
+"""`defaults plan`: its output, its input and its exit status."""
 
 import json
 import shutil
@@ -21,8 +21,8 @@ STORED = {
     "#goes,module,1,bell,1,0,2",
     "ProgKeysMax": "10",
 }
-# Every outcome occurs on the used phone.
-EVERYTHING = {
+# On the phone in use, this rollout has every outcome.
+ALL_OUTCOMES = {
     "DefaultActions": "kept,1,call,,501,Kept,K#changed,2,call,,502,Old \\, new\x1b[1m,O#new,1,call,,505,N,N"
     "#too,few#goes,1,call,,504,Goes,G#,1,call,,,Nobody's,",
     "DefaultKeys": "kept,home,0,bell,0,0,0#changed,home,5,lamp,0,0,0#new,home,6,bell,0,0,0#unknown,home,7,,0,0,0"
@@ -59,7 +59,7 @@ Keys: 3 added, 2 changed, 1 kept, 1 removed, 2 dropped, 1 refused
 
 @pytest.fixture
 def provision(settings_dir):
-    """Makes these the phone's settings."""
+    """Replaces the phone's settings."""
 
     def provide(settings):
         for path in settings_dir.iterdir():
@@ -71,7 +71,7 @@ def provision(settings_dir):
 
 @pytest.fixture
 def start_on(launch, settings_manager, client, provision):
-    """Starts the service on a phone with these settings."""
+    """Replaces the phone's settings and starts the service."""
 
     def start(settings):
         provision(settings)
@@ -83,8 +83,8 @@ def start_on(launch, settings_manager, client, provision):
 
 
 @pytest.fixture
-def used_phone(start_on, client):
-    """A phone on STORED whose user has an action, a key for it, and a key for a provisioned action."""
+def phone_in_use(start_on, client):
+    """A phone with the rollout STORED, a user action, a key for it, and a user key for a provisioned action."""
     service = start_on(STORED)
     mine = client.add_action(Action(-1, "", 1, "call", "", "600", "Mine", "M"))
     client.create_programmable_key(Key(-1, "", mine, "home", 3, "", 0, 0, 0))
@@ -94,8 +94,9 @@ def used_phone(start_on, client):
 
 
 @pytest.fixture
-def everything(tmp_path):
-    return write(tmp_path / "everything", EVERYTHING)
+def rollout(tmp_path):
+    """A directory with ALL_OUTCOMES."""
+    return write(tmp_path / "rollout", ALL_OUTCOMES)
 
 
 def write(directory, settings):
@@ -105,11 +106,11 @@ def write(directory, settings):
     return directory
 
 
-# What is printed
+# The output
 
 
-def test_each_outcome_is_a_row(ctl, used_phone, everything):
-    plan = ("defaults", "plan", everything)
+def test_each_outcome_is_a_row(ctl, phone_in_use, rollout):
+    plan = ("defaults", "plan", rollout)
     result = ctl(*plan)
     assert (result.lines, result.err) == (TABLE.strip().split("\n"), "")
     whole = ctl(*plan, "--all").lines
@@ -121,8 +122,8 @@ def test_each_outcome_is_a_row(ctl, used_phone, everything):
     assert ctl(*plan, "--no-legend").lines[-1].startswith("refused")
 
 
-def test_programs_read_the_same_rows(ctl, used_phone, everything):
-    plan = ("defaults", "plan", everything)
+def test_json_and_terse_output_have_the_same_rows(ctl, phone_in_use, rollout):
+    plan = ("defaults", "plan", rollout)
     rows = ctl.json(*plan)
     changed = next(row for row in rows if row["what"] == "changed" and row["kind"] == "key")
     assert changed == {
@@ -144,36 +145,36 @@ def test_programs_read_the_same_rows(ctl, used_phone, everything):
     assert len(terse) == len(rows)
     assert "changed:key:2:changed:position:1:5:2:-:position 1 -> 5" in terse
     assert ctl(*plan, "--terse", "--fields", "what,kind,dmId").lines[-3:] == ["removed:key:gone", "refused:action:", "refused:key:"]
-    assert ctl(*plan, "--fields", "what,colour").status == 2
+    assert ctl(*plan, "--fields", "what,color").status == 2
 
 
-def test_rows_have_colors_on_a_terminal(ctl, used_phone, everything):
-    colored = ctl.on_terminal(120, "defaults", "plan", everything).out
+def test_rows_have_colors_on_a_terminal(ctl, phone_in_use, rollout):
+    colored = ctl.on_terminal(120, "defaults", "plan", rollout).out
     assert "\x1b[32madded" in colored and "\x1b[31mremoved" in colored
-    assert "\x1b" not in ctl("defaults", "plan", everything).out
+    assert "\x1b" not in ctl("defaults", "plan", rollout).out
 
 
-def test_the_start_does_what_was_planned(ctl, used_phone, everything, database, start_on):
-    plan = ctl.json("defaults", "plan", everything)
+def test_the_start_does_what_was_planned(ctl, phone_in_use, rollout, database, start_on):
+    plan = ctl.json("defaults", "plan", rollout)
     before = Rows(database.actions(), database.keys())
-    used_phone.stop()
-    start_on(EVERYTHING)
+    phone_in_use.stop()
+    start_on(ALL_OUTCOMES)
     check_plan(plan, before, Rows(database.actions(), database.keys()))
 
 
-# Where the settings come from
+# The input
 
 
-def test_every_source_leads_to_the_same_plan(ctl, used_phone, everything, provision, tmp_path):
+def test_the_plan_is_the_same_for_every_source_of_the_settings(ctl, phone_in_use, rollout, provision, tmp_path):
     plan = ("defaults", "plan")
-    expected = ctl.json(*plan, everything)
-    assert ctl.json(*plan, "--settings", everything) == expected
-    files = [everything / name for name in EVERYTHING]
+    expected = ctl.json(*plan, rollout)
+    assert ctl.json(*plan, "--settings", rollout) == expected
+    files = [rollout / name for name in ALL_OUTCOMES]
     assert ctl.json(*plan, *files) == expected
-    provision(EVERYTHING)
+    provision(ALL_OUTCOMES)
     assert ctl.json(*plan) == expected
-    shutil.copy(everything / "DefaultActions", tmp_path / "a")
-    shutil.copy(everything / "DefaultKeys", tmp_path / "b")
+    shutil.copy(rollout / "DefaultActions", tmp_path / "a")
+    shutil.copy(rollout / "DefaultKeys", tmp_path / "b")
     provision({"ProgKeysMax": "6"})
     assert ctl.json(*plan, "--actions", tmp_path / "a", "--keys", tmp_path / "b") == expected
     provision({})
@@ -181,12 +182,12 @@ def test_every_source_leads_to_the_same_plan(ctl, used_phone, everything, provis
     piped = ctl(
         *plan,
         *("--actions=-", "--keys", tmp_path / "b", "--limit=6", "--json=short"),
-        stdin=EVERYTHING["DefaultActions"],
+        stdin=ALL_OUTCOMES["DefaultActions"],
     )
     assert piped.json == expected
 
 
-def test_a_missing_setting_is_treated_as_empty(ctl, used_phone, provision, tmp_path):
+def test_a_missing_setting_is_treated_as_empty(ctl, phone_in_use, provision, tmp_path):
     keys = write(tmp_path / "keys", {"DefaultKeys": STORED["DefaultKeys"]})
     result = ctl("defaults", "plan", "--json=short", keys)
     assert [row["what"] for row in result.json] == ["withdrawn"] * 4 + ["kept"] * 4
@@ -198,7 +199,7 @@ def test_a_missing_setting_is_treated_as_empty(ctl, used_phone, provision, tmp_p
     assert "the phone has no setting DefaultKeys: it is treated as empty" in result.err
 
 
-# How it ends
+# The exit status
 
 
 @pytest.mark.parametrize(
@@ -207,15 +208,15 @@ def test_a_missing_setting_is_treated_as_empty(ctl, used_phone, provision, tmp_p
         pytest.param(STORED, 0, id="no changes"),
         pytest.param(STORED | {"DefaultKeys": ""}, 20, id="changes"),
         pytest.param(STORED | {"DefaultActions": STORED["DefaultActions"] + "#D1,1"}, 4, id="refused records"),
-        pytest.param(EVERYTHING, 4, id="both"),
+        pytest.param(ALL_OUTCOMES, 4, id="both"),
     ],
 )
-def test_the_detailed_exit_status(ctl, used_phone, tmp_path, settings, status):
+def test_the_detailed_exit_status(ctl, phone_in_use, tmp_path, settings, status):
     plan = ("defaults", "plan", write(tmp_path / "rollout", settings))
     assert ctl(*plan).status == 0
     result = ctl(*plan, "--detailed-exitcode")
     assert (result.status, result.err) == (status, "")
-    assert ("No changes." in result.out) == (settings not in (EVERYTHING, STORED | {"DefaultKeys": ""}))
+    assert ("No changes." in result.out) == (settings not in (ALL_OUTCOMES, STORED | {"DefaultKeys": ""}))
 
 
 def test_a_plan_needs_a_running_service(ctl, settings_manager):
@@ -245,7 +246,7 @@ def test_a_setting_that_cannot_be_delivered_is_refused(offline, tmp_path, conten
         (["nowhere/DefaultKeys"], "Cannot read nowhere/DefaultKeys", 1),
     ],
 )
-def test_invalid_command_lines(offline, words, message, status):
+def test_invalid_command_lines_are_refused(offline, words, message, status):
     result = offline("defaults", "plan", *words)
     assert (result.status, result.out) == (status, "")
     assert message in result.err

@@ -1,4 +1,4 @@
-"""`export` and `import`: the keys and actions that users made, in a file."""
+"""`export` and `import` of keys and actions of users."""
 
 import json
 import signal
@@ -29,7 +29,7 @@ def document(actions: list[dict[str, Any]], keys: list[dict[str, Any]]) -> dict[
 
 @pytest.fixture
 def import_file(ctl: Tool, tmp_path: Path) -> Callable[..., Any]:
-    """Imports a document; returns the rows, or the result if it is expected to fail."""
+    """Imports a document. Returns the rows, or the result if the expected status is not 0."""
     file = tmp_path / "export.json"
 
     def run(content: Any, *words: str, status: int = 0) -> Any:
@@ -42,7 +42,7 @@ def import_file(ctl: Tool, tmp_path: Path) -> Callable[..., Any]:
 
 
 def without_ids(actions: list[Action], keys: list[Key]) -> tuple[list[Action], list[Key]]:
-    """The rows with their actions instead of numbers."""
+    """The rows without ids. Keys have their actions instead of the ids of their actions."""
     by_id = {action.idAction: action for action in actions}
     return (
         [action._replace(idAction=0) for action in actions],
@@ -50,8 +50,8 @@ def without_ids(actions: list[Action], keys: list[Key]) -> tuple[list[Action], l
     )
 
 
-def stock(client: Client, database: Database) -> None:
-    """Rows with gaps between their ids, twins, odd texts, and keys of every kind of action."""
+def add_rows(client: Client, database: Database) -> None:
+    """Adds rows with gaps between their ids, equal rows, unusual texts, and keys of all actions."""
     database.execute(PROVISIONED.format("D1"))
     for label in ("one", "two", "three", "two", "\u202eodd \"\\,#\n\U0001f4de"):
         client.add_action(CALL._replace(label=label))
@@ -64,10 +64,10 @@ def stock(client: Client, database: Database) -> None:
     client.delete_programmable_key(1)
 
 
-def test_an_import_restores_what_was_exported(
+def test_an_import_restores_the_exported_rows(
     ctl: Tool, client: Client, phone: Module, database: Database, tmp_path: Path
 ) -> None:
-    stock(client, database)
+    add_rows(client, database)
     before = without_ids(client.get_all_actions(), [key for key in client.get_all_programmable_keys() if not key.dmId])
     file = tmp_path / "export.json"
     assert ctl("export", "-o", file).out == ""
@@ -91,7 +91,7 @@ def test_an_import_restores_what_was_exported(
 
 
 def test_only_rows_of_users_are_exported(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
-    stock(client, database)
+    add_rows(client, database)
     exported = ctl("export", "--json=short")
     assert len(exported.lines) == 1
     rows = exported.json
@@ -102,8 +102,8 @@ def test_only_rows_of_users_are_exported(ctl: Tool, client: Client, phone: Modul
     assert 40 not in {key["position"] for key in rows["keys"]}
 
 
-def test_a_part_is_exported_with_its_actions(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
-    stock(client, database)
+def test_selected_keys_are_exported_with_their_actions(ctl: Tool, client: Client, phone: Module, database: Database) -> None:
+    add_rows(client, database)
     client.create_programmable_key(SET_KEY._replace(idAction=5, container="other"))
     rows = ctl("export", "--container", "other").json
     assert ([action["idAction"] for action in rows["actions"]], len(rows["keys"])) == ([5], 1)
@@ -161,7 +161,7 @@ def test_a_dry_run_shows_what_the_import_does(import_file, client: Client, phone
     assert len(keys) == 6
 
 
-def test_an_import_without_room_does_not_begin(
+def test_an_import_beyond_the_key_limit_changes_nothing(
     import_file, client: Client, phone: Module, settings_dir: Path
 ) -> None:
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
@@ -172,7 +172,7 @@ def test_an_import_without_room_does_not_begin(
     assert len(import_file(document([], [key | {"position": 1}]))) == 1
 
 
-def test_a_failed_import_shows_what_was_done(import_file, client: Client, phone: Module, database: Database) -> None:
+def test_a_failed_import_shows_the_outcome_of_each_step(import_file, client: Client, phone: Module, database: Database) -> None:
     database.execute(failing("INSERT", "KEY", "NEW.position = 2").trigger)
     key = SET_KEY._asdict() | {"idAction": 5}
     content = document(
@@ -194,15 +194,15 @@ def test_a_failed_import_shows_what_was_done(import_file, client: Client, phone:
     assert [each.position for each in client.get_all_programmable_keys()] == [1, 2, 3]
 
 
-def test_the_outcome_of_a_call_without_answer_is_unknown(import_file, client: Client, phone: Module, database: Database) -> None:
-    """The database is locked for longer than the tool waits, but not than the service does."""
+def test_the_outcome_of_a_call_without_a_reply_is_unknown(import_file, client: Client, phone: Module, database: Database) -> None:
+    """The lock lasts longer than the timeout of the tool, but not than that of the service."""
     with database.locked():
         failed = import_file(document([CALL._asdict() | {"idAction": 5}], []), "--timeout", "0.5", status=3)
     assert [row["outcome"] for row in failed.json] == ["unknown"]
 
 
 def test_the_outcome_is_unknown_if_the_bus_disconnects(ctl: Tool, client: Client, phone: Module) -> None:
-    """The bus disconnects a client that sends too large a message."""
+    """The bus disconnects a client that sends a message beyond the size limit."""
     large = CALL._asdict() | {"idAction": 1, "arguments": "x" * 34_000_000}
     lost = ctl("import", "--json=short", "--fields", "outcome", "-", stdin=json.dumps(document([large], [])))
     assert (lost.status, lost.json) == (1, [{"outcome": "unknown"}])
@@ -211,7 +211,7 @@ def test_the_outcome_is_unknown_if_the_bus_disconnects(ctl: Tool, client: Client
 
 @pytest.fixture
 def many(tmp_path: Path) -> Path:
-    """An export with so many keys that the import takes a while."""
+    """An export with 900 keys, whose import takes some time."""
     key = SET_KEY._asdict() | {"idAction": -1}
     file = tmp_path / "many.json"
     file.write_text(json.dumps(document([], [key | {"idKey": place, "position": place} for place in range(900)])), encoding="utf-8")
@@ -219,13 +219,13 @@ def many(tmp_path: Path) -> Path:
 
 
 def outcomes(out: str) -> list[str]:
-    """The different outcomes, in their order."""
+    """The different outcomes in order."""
     return list(dict.fromkeys(row["outcome"] for row in json.loads(out)))
 
 
-def test_an_interrupted_import_shows_what_was_done(ctl: Tool, client: Client, phone: Module, many: Path) -> None:
+def test_an_interrupted_import_shows_the_outcome_of_each_step(ctl: Tool, client: Client, phone: Module, many: Path) -> None:
     importing = ctl.start("import", "--json=short", many)
-    wait_until(client.get_all_programmable_keys, "the first key is there")
+    wait_until(client.get_all_programmable_keys, "the first key is stored")
     importing.send_signal(signal.SIGINT)
     out, err = importing.communicate(timeout=LIMIT)
     done = [row for row in json.loads(out) if row["outcome"] == "done"]
@@ -237,21 +237,21 @@ def test_an_interrupted_import_shows_what_was_done(ctl: Tool, client: Client, ph
 
 
 def test_ignored_signals_do_not_interrupt(ctl: Tool, client: Client, phone: Module, many: Path) -> None:
-    """As under nohup."""
+    """nohup makes the tool ignore SIGHUP."""
     process = subprocess.Popen(
         ["nohup", *ctl.command("import", "--json=short", many)],
         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
         encoding="utf-8", env=environment(ctl.address, {}),
     )  # fmt: skip
-    wait_until(client.get_all_programmable_keys, "the first key is there")
+    wait_until(client.get_all_programmable_keys, "the first key is stored")
     process.send_signal(signal.SIGHUP)
     out, _ = process.communicate(timeout=LIMIT)
     assert (process.returncode, outcomes(out)) == (0, ["done"])
 
 
-def test_a_refusal_has_its_cause(ctl: Tool, client: Client, phone: Module, settings_dir: Path, many: Path) -> None:
+def test_an_import_that_reaches_the_key_limit_reports_it(ctl: Tool, client: Client, phone: Module, settings_dir: Path, many: Path) -> None:
     importing = ctl.start("import", "--json=short", many)
-    wait_until(client.get_all_programmable_keys, "the first key is there")
+    wait_until(client.get_all_programmable_keys, "the first key is stored")
     (settings_dir / "ProgKeysMax").write_text("1\n", encoding="utf-8")
     out, err = importing.communicate(timeout=LIMIT)
     assert (importing.returncode, outcomes(out)) == (1, ["done", "failed", "not done"])
@@ -269,7 +269,7 @@ KEY = {"type": 0, "position": 1, "idAction": -1}
         ('{"schema":\n"ü" x', "is not valid JSON: line 2, column 6: "),
         ("[1, 2]", f"does not have the schema {SCHEMA}."),
         (document([], []) | {"version": 2}, "does not have version 1"),
-        (document([], []) | {"colour": 1}, 'unknown member "colour"'),
+        (document([], []) | {"color": 1}, 'unknown member "color"'),
         ({"schema": SCHEMA, "version": 1, "actions": []}, 'the member "keys" is missing'),
         (document([], []) | {"keys": {}}, '"keys" is not an array'),
         (document([1], []), "actions[0]: not an object"),  # type: ignore[list-item]
@@ -283,7 +283,7 @@ KEY = {"type": 0, "position": 1, "idAction": -1}
         (document([], [{"type": 0, "position": 1, "actionDmId": ""}]), "keys[0]: actionDmId must be a non-empty string"),
         (document([ACTION], [KEY, KEY | {"idAction": 99}]), "keys[1]: the file does not contain action 99"),
         (document([], [{"type": 0, "idAction": -1}]), "keys[0]: the field position is missing"),
-        (document([], [KEY | {"colour": 1}]), "keys[0]: "),
+        (document([], [KEY | {"color": 1}]), "keys[0]: "),
     ],
 )
 def test_an_invalid_file_is_refused(import_file, client: Client, phone: Module, content: Any, message: str) -> None:
@@ -293,14 +293,14 @@ def test_an_invalid_file_is_refused(import_file, client: Client, phone: Module, 
     assert (len(client.get_all_actions()), client.get_all_programmable_keys()) == (1, [])
 
 
-def test_an_export_is_a_document(ctl: Tool, phone: Module) -> None:
+def test_table_options_do_not_apply_to_an_export(ctl: Tool, phone: Module) -> None:
     for words in (["--terse"], ["--fields=keys"]):
         refused = ctl("export", *words)
         assert (refused.status, refused.out) == (2, "")
         assert "--terse and --fields do not apply" in refused.err
 
 
-def test_a_missing_file_is_a_failure(ctl: Tool, phone: Module, tmp_path: Path) -> None:
+def test_a_missing_file_is_reported(ctl: Tool, phone: Module, tmp_path: Path) -> None:
     result = ctl("import", tmp_path / "none.json")
     assert result.status == 1
     assert "none.json" in result.err

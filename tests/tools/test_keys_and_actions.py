@@ -1,4 +1,4 @@
-"""`key` and `action`."""
+"""The commands `key` and `action`."""
 
 import re
 
@@ -71,7 +71,7 @@ def test_keys_are_listed_with_the_labels_of_their_actions(ctl: Tool, database: D
     ],
     ids=lambda value: " ".join(map(str, value)),
 )
-def test_keys_are_selected(ctl: Tool, key: Key, module_key: Key, options: list[object], found: list[int]) -> None:
+def test_keys_are_listed_by_their_fields(ctl: Tool, key: Key, module_key: Key, options: list[object], found: list[int]) -> None:
     assert (key.container, module_key.aom_addr, key.idAction) == ("main", 2, 1)
     assert [row["idKey"] for row in ctl.json("key", "list", *options)] == found
 
@@ -91,7 +91,7 @@ def test_a_key_is_created_from_assignments(ctl: Tool, client: Client, action: Ac
     assert in_json == client.get_programmable_key(2)[0]._asdict()
 
 
-def test_a_script_reads_the_identifier_of_a_new_key(ctl: Tool, action: Action) -> None:
+def test_terse_output_can_consist_of_the_id_of_a_new_key(ctl: Tool, action: Action) -> None:
     made = ctl("key", "add", "position=3", f"idAction={action.idAction}", "--terse", "--fields", "idKey")
     assert (made.status, made.out) == (0, "1\n")
 
@@ -102,21 +102,21 @@ def test_set_changes_only_the_given_fields_of_a_key(ctl: Tool, client: Client, k
     assert client.get_programmable_key(key.idKey) == [key._replace(icon="", position=-7)]
 
 
-def test_keys_exchange_positions(ctl: Tool, client: Client, key: Key, module_key: Key) -> None:
+def test_several_keys_are_moved(ctl: Tool, client: Client, key: Key, module_key: Key) -> None:
     moved = ctl.json("key", "move", f"{key.idKey}=8", f"{module_key.idKey}=9")
     expected = [key._replace(position=8), module_key._replace(position=9)]
     assert moved == [row._asdict() for row in expected]
     assert client.get_all_programmable_keys() == expected
 
 
-def test_an_unknown_key_prevents_the_whole_move(ctl: Tool, client: Client, key: Key) -> None:
+def test_no_key_is_moved_if_one_is_unknown(ctl: Tool, client: Client, key: Key) -> None:
     moved = ctl("key", "move", f"{key.idKey}=8", "77=1")
     assert moved.status == 10
     assert "There is no key 77" in moved.err
     assert client.get_all_programmable_keys() == [key]
 
 
-def test_a_refused_deletion_does_not_stop_the_others(
+def test_a_refused_deletion_does_not_stop_the_other_deletions(
     ctl: Tool, client: Client, database: Database, key: Key
 ) -> None:
     _, fixed = provisioned(database, client)
@@ -148,22 +148,22 @@ def test_an_action_is_added_and_changed(ctl: Tool, client: Client, phone: Module
     assert client.get_action(1)[0].label == "Reception"
 
 
-def test_a_deletion_shows_the_keys_first(
+def test_deleting_an_action_first_shows_its_keys(
     ctl: Tool, client: Client, database: Database, action: Action, key: Key, module_key: Key
 ) -> None:
     stays = client.create_programmable_key(SET_KEY._replace(dmId="D9", idAction=action.idAction, position=9))
-    said = f'Action {action.idAction} "Reception": deletes keys {key.idKey}, {module_key.idKey}; leaves provisioned key {stays} without an action.\n'
+    message = f'Action {action.idAction} "Reception": deletes keys {key.idKey}, {module_key.idKey}; leaves provisioned key {stays} without an action.\n'
     tried = ctl("action", "delete", action.idAction, "--dry-run")
-    assert (tried.status, tried.out) == (0, said)
+    assert (tried.status, tried.out) == (0, message)
     assert len(client.get_all_programmable_keys()) == 3
 
     deleted = ctl("action", "delete", action.idAction)
-    assert (deleted.status, deleted.out) == (0, f"{said}Deleted action {action.idAction}.\n")
+    assert (deleted.status, deleted.out) == (0, f"{message}Deleted action {action.idAction}.\n")
     assert client.get_action(action.idAction) == []
-    assert [left.idKey for left in client.get_all_programmable_keys()] == [stays]
+    assert [each.idKey for each in client.get_all_programmable_keys()] == [stays]
 
 
-def test_a_deletion_prints_its_keys_as_json(ctl: Tool, action: Action, key: Key) -> None:
+def test_a_deleted_action_is_printed_with_its_keys_as_json(ctl: Tool, action: Action, key: Key) -> None:
     deleted = ctl.json("action", "delete", action.idAction)
     assert deleted == [{**action._asdict(), "keysDeleted": [key.idKey], "keysLeft": []}]
 
@@ -188,7 +188,7 @@ def test_reserved_and_provisioned_actions_are_not_deleted(ctl: Tool, client: Cli
     [["key", "show", 7], ["key", "set", 7, "icon=x"], ["key", "delete", 7], ["action", "show", 7], ["action", "set", 7, "type=1"], ["action", "delete", 7]],
     ids=lambda words: " ".join(map(str, words)),
 )
-def test_an_unknown_identifier_has_its_own_status(ctl: Tool, words: list[object]) -> None:
+def test_an_unknown_id_has_its_own_status(ctl: Tool, words: list[object]) -> None:
     result = ctl(*words)
     assert (result.status, result.out) == (10, "")
     assert f"There is no {words[0]} 7.\n" in result.err
@@ -196,7 +196,7 @@ def test_an_unknown_identifier_has_its_own_status(ctl: Tool, words: list[object]
 
 
 @pytest.mark.parametrize("words", [["add", "position=1", "idAction=7"], ["set", "{key}", "idAction=7"]], ids=["add", "set"])
-def test_a_key_without_an_action_is_refused(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
+def test_a_key_with_an_unknown_action_is_refused(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
     result = ctl("key", *(word.format(key=key.idKey) for word in words))
     assert result.status == 10
     assert "there is no action 7 (-2)" in result.err
@@ -245,7 +245,7 @@ def test_help_lists_the_fields_with_types_and_an_example(ctl: Tool) -> None:
         assert example and example[1].startswith(command)
 
 
-def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> None:
+def test_a_similar_field_is_suggested_for_a_mistyped_one(ctl: Tool, key: Key) -> None:
     assert 'Did you mean "position"?' in ctl("key", "add", "postion=3").err
     assert 'Did you mean "shortLabel"?' in ctl("action", "set", key.idAction, "shortlabel=x").err
 
@@ -255,7 +255,7 @@ def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> 
     [
         (["key", "add", "position"], '"position" is not of the form FIELD=VALUE'),
         (["key", "add", "=3"], '"=3" is not of the form FIELD=VALUE'),
-        (["key", "add", "colour=red"], 'colour=red: unknown field "colour"'),
+        (["key", "add", "color=red"], 'color=red: unknown field "color"'),
         (["key", "add", "position=x"], 'position=x: the field position is not a 32-bit integer'),
         (["key", "add", "position=2147483648"], 'position=2147483648: the field position is not a 32-bit integer'),
         (["key", "add", "position=1", "idAction=9223372036854775808"], 'idAction=9223372036854775808: the field idAction is not a 64-bit integer'),
@@ -270,7 +270,7 @@ def test_a_mistyped_field_is_answered_with_a_suggestion(ctl: Tool, key: Key) -> 
     ],
     ids=lambda value: " ".join(map(str, value)) if isinstance(value, list) else None,
 )
-def test_an_invalid_argument_is_an_error_of_usage(
+def test_an_invalid_argument_is_a_usage_error(
     ctl: Tool, client: Client, key: Key, words: list[object], message: str
 ) -> None:
     result = ctl(*words)
@@ -294,7 +294,7 @@ def test_setting_the_dmid_causes_a_warning(ctl: Tool, action: Action) -> None:
     assert "warning: with a dmId, the key is treated as provisioned" in result.err
 
 
-def test_ids_of_64_bits_are_kept_to_the_last_digit(ctl: Tool, client: Client, database: Database) -> None:
+def test_ids_of_64_bits_are_not_rounded(ctl: Tool, client: Client, database: Database) -> None:
     wide = 2**62 + 1
     database.insert(CALL._replace(idAction=wide), SET_KEY._replace(idKey=wide + 1, idAction=wide))
     assert ctl.json("key", "show", wide + 1)["idAction"] == str(wide)

@@ -33,21 +33,21 @@ def test_an_unknown_field_is_reported_before_any_change(
     ctl: Tool, client: Client, key: Key, words: list[object]
 ) -> None:
     before = (client.get_all_actions(), client.get_all_programmable_keys())
-    result = ctl(*words, "--json=short", "--fields", "colour")
+    result = ctl(*words, "--json=short", "--fields", "color")
     assert (result.status, result.out) == (2, "")
-    assert "--fields: unknown field colour" in result.err
+    assert "--fields: unknown field color" in result.err
     assert (client.get_all_actions(), client.get_all_programmable_keys()) == before
 
 
 @pytest.mark.parametrize("words", [["import", "-"], ["monitor"], ["press", "2/5"]], ids=lambda words: words[0])
 def test_an_unknown_field_is_reported_before_waiting(ctl: Tool, client: Client, key: Key, words: list[str]) -> None:
-    result = ctl(*words, "--fields", "colour", stdin=ctl("export").out)
+    result = ctl(*words, "--fields", "color", stdin=ctl("export").out)
     assert (result.status, result.out) == (2, "")
-    assert "--fields: unknown field colour" in result.err
+    assert "--fields: unknown field color" in result.err
 
 
 @pytest.mark.parametrize("text", ["", "0x1", "1.0", "one", "9223372036854775808", "-9223372036854775809"])
-def test_an_invalid_identifier_is_refused(ctl: Tool, client: Client, key: Key, text: str) -> None:
+def test_an_invalid_id_is_refused(ctl: Tool, client: Client, key: Key, text: str) -> None:
     result = ctl("key", "delete", text)
     assert (result.status, result.out) == (2, "")
     assert f'"{text}" is not a 64-bit integer' in result.err
@@ -70,14 +70,14 @@ def test_an_empty_value_is_refused(ctl: Tool, phone: Module, option: str) -> Non
 
 
 @pytest.mark.parametrize("words", ["key list", "key set 1 icon=new dmId=D1 -j", "export"])
-def test_a_closed_stdout_is_a_failure(ctl: Tool, client: Client, key: Key, words: str) -> None:
+def test_a_closed_stdout_is_an_error(ctl: Tool, client: Client, key: Key, words: str) -> None:
     ended = closing(ctl, words, "1>&-")
     assert ended.returncode == 1
     assert "Cannot write the output: Bad file descriptor" in ended.stderr
 
 
 def test_warnings_are_lost_if_stderr_is_closed(ctl: Tool, client: Client, key: Key) -> None:
-    """A warning must not be written to the bus, whose socket would have the number of stderr."""
+    """With stderr closed, the bus socket could get descriptor 2. Warnings must not be written there."""
     closing(ctl, "key set 1 icon=new dmId=D1", "0<&- 1>&- 2>&-")
     assert client.get_all_programmable_keys() == [key._replace(icon="new", dmId="D1")]
     ended = closing(ctl, "import -", "0<&-")

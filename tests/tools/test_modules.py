@@ -1,4 +1,4 @@
-"""`icon`, `label` and `press`."""
+"""The commands `icon`, `label` and `press`."""
 
 import json
 import signal
@@ -29,22 +29,22 @@ def key(client: Client, action: Action) -> Key:
 
 def test_an_icon_is_sent_to_the_module(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
-    asked = ctl("icon", key.idKey, 4, -5)
-    assert (asked.status, asked.out) == (0, "Sent icon 4, -5 for key 5 to module 2.\n")
+    result = ctl("icon", key.idKey, 4, -5)
+    assert (result.status, result.out) == (0, "Sent icon 4, -5 for key 5 to module 2.\n")
     assert events.take() == [icon_set(key, 4, -5)]
     assert ctl.json("icon", key.idKey, 0, 0) == {"idKey": key.idKey, "addr": 2, "key_num": 5, "icon_x": 0, "icon_y": 0}
 
 
 def test_a_label_is_sent_to_the_module(ctl: Tool, client: Client, key: Key) -> None:
     events = EventRecorder(client, object_path(SERVICE))
-    asked = ctl("label", key.idKey, 3)
-    assert (asked.status, asked.out) == (0, "Sent label state 3 for key 5 to module 2.\n")
+    result = ctl("label", key.idKey, 3)
+    assert (result.status, result.out) == (0, "Sent label state 3 for key 5 to module 2.\n")
     assert events.take() == [label_set(key, "Rec", 3)]
     assert ctl.json("label", key.idKey, 0) == {"idKey": key.idKey, "addr": 2, "key_num": 5, "label_state": 0}
 
 
 @pytest.mark.parametrize("words", [["icon", "{id}", 1, 1], ["label", "{id}", 1]], ids=["icon", "label"])
-def test_a_key_on_the_set_has_no_display(ctl: Tool, client: Client, action: Action, words: list[object]) -> None:
+def test_a_key_on_the_set_is_refused(ctl: Tool, client: Client, action: Action, words: list[object]) -> None:
     id_key = client.create_programmable_key(SET_KEY._replace(idAction=action.idAction))
     refused = ctl(*(str(word).format(id=id_key) for word in words))
     assert (refused.status, refused.out) == (1, "")
@@ -73,7 +73,7 @@ def test_a_press_shows_an_action_with_empty_fields(ctl: Tool, client: Client, ph
     assert ctl("press", "2/5").out == f'Key {id_key}: action {id_action} "", type 0\n'
 
 
-def test_a_press_of_an_unprogrammed_key_is_answered(ctl: Tool, key: Key) -> None:
+def test_a_press_of_an_unprogrammed_key_succeeds(ctl: Tool, key: Key) -> None:
     pressed = ctl("press", "2/6")
     assert (pressed.status, pressed.out) == (0, "No key is programmed there.\n")
     other_type = ctl.json("press", "2/5", "--module-type", 2)
@@ -93,14 +93,14 @@ def test_a_press_is_the_event_that_a_module_sends(ctl: Tool, client: Client, key
 
 
 @pytest.mark.parametrize("place", ["2", "2-5", "a/b", "2/", "/5", "2/5/6", "4294967298/5"])
-def test_an_invalid_place_is_refused(ctl: Tool, phone: Module, place: str) -> None:
+def test_an_invalid_key_position_is_refused(ctl: Tool, phone: Module, place: str) -> None:
     result = ctl("press", place)
     assert result.status == 2
     assert f'"{place}" is not of the form ADDRESS/NUMBER' in result.err
 
 
-def test_a_press_without_an_answer_is_a_timeout(ctl: Tool, phone: Module) -> None:
-    """The service is stopped, as in a debugger."""
+def test_a_press_without_a_reply_is_a_timeout(ctl: Tool, phone: Module) -> None:
+    """The service is stopped."""
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("press", "2/5", "--timeout", "0.3")
@@ -110,8 +110,8 @@ def test_a_press_without_an_answer_is_a_timeout(ctl: Tool, phone: Module) -> Non
     assert "did not answer the press" in result.err
 
 
-def test_only_the_service_answers_a_press(ctl: Tool, client: Client, phone: Module, key: Key) -> None:
-    """Another peer sends an answer first, from an object with the path of the service."""
+def test_the_reply_to_a_press_must_come_from_the_service(ctl: Tool, client: Client, phone: Module, key: Key) -> None:
+    """Another peer sends a forged reply first, with the object path of the service."""
     forger = Client(ctl.address, SERVICE)
     presses = EventRecorder(client)
     forged = dbus.Struct([dbus.Int64(0), "", dbus.Int64(0), "", 5, "", 1, 1, 2], signature="xsxsisiii")

@@ -1,4 +1,4 @@
-"""`monitor`, `wait`, `status` and `restore`."""
+"""The commands `monitor`, `wait`, `status` and `restore`."""
 
 import json
 import re
@@ -20,7 +20,7 @@ from sandbox.processes import Module
 
 @pytest.fixture
 def monitor(ctl: Tool) -> Iterator[Callable[..., subprocess.Popen]]:
-    """Starts monitors."""
+    """Starts monitors and ends them after the test."""
     started = []
 
     def start(*words: object) -> subprocess.Popen:
@@ -36,7 +36,7 @@ def monitor(ctl: Tool) -> Iterator[Callable[..., subprocess.Popen]]:
 
 
 def ended(process: subprocess.Popen) -> tuple[int, list[str]]:
-    """The status and the lines of a monitor that has ended."""
+    """Waits for the end of a monitor and returns its status and lines."""
     out, _ = process.communicate(timeout=LIMIT)
     return process.returncode, out.splitlines()
 
@@ -74,7 +74,7 @@ def test_events_are_printed_as_text(monitor, client: Client, phone: Module) -> N
     )
 
 
-def test_each_event_is_printed_at_once(monitor, client: Client, phone: Module) -> None:
+def test_each_event_is_printed_immediately(monitor, client: Client, phone: Module) -> None:
     listening = monitor("-j")
     client.add_action(CALL)
     assert json.loads(listening.stdout.readline())["event"] == "ACTION_CREATE_NTF"
@@ -89,7 +89,7 @@ def test_only_asterisk_and_question_mark_are_wildcards(monitor, client: Client, 
     assert ended(listening) == (0, ["[", "ABC(1)/2"])
 
 
-def test_only_events_that_match_are_shown_and_counted(monitor, client: Client, phone: Module) -> None:
+def test_only_matching_events_are_shown_and_counted(monitor, client: Client, phone: Module) -> None:
     listening = monitor("--match", "KEY_*", "--match", "ACTION_DELETE_NTF", "--limit", 2, "--terse", "--fields", "event")
     client.add_action(CALL)
     client.create_programmable_key(MODULE_KEY._replace(idAction=1))
@@ -115,7 +115,7 @@ def test_events_of_any_sender_and_any_type_are_shown(monitor, client: Client) ->
         ("text", "a\n\x1b[31mb", True),
         ("text", "again", True),
     ]
-    client.send_raw_event("sa(svb)", "STRANGE", values)
+    client.send_raw_event("sa(svb)", "OTHER", values)
     status, lines = ended(listening)
     event = json.loads(lines[0])
     assert status == 0
@@ -140,10 +140,10 @@ def test_events_of_any_sender_and_any_type_are_shown(monitor, client: Client) ->
 
 def test_control_characters_in_events_are_escaped(monitor, client: Client) -> None:
     listening = monitor("--limit", 1)
-    client.send_event("EVIL\x1b[2J", text="a\n\x1b[31mb\u202ec")
+    client.send_event("NAME\x1b[2J", text="a\n\x1b[31mb\u202ec")
     _, lines = ended(listening)
     assert len(lines) == 1
-    assert lines[0].endswith(r'EVIL\x1b[2J  text="a\n\x1b[31mb\u202ec"')
+    assert lines[0].endswith(r'NAME\x1b[2J  text="a\n\x1b[31mb\u202ec"')
 
 
 def test_an_invalid_event_causes_a_warning(monitor, client: Client) -> None:
@@ -199,13 +199,13 @@ def test_names_of_other_modules_do_not_end_the_wait(ctl: Tool, bus: PrivateBus, 
 
 
 def test_wait_ends_with_a_lost_bus(ctl: Tool, bus: PrivateBus, client: Client) -> None:
-    alone = len(client.connection.list_names())
+    names = len(client.connection.list_names())
     waiting = ctl.start("wait")
-    wait_until(lambda: len(client.connection.list_names()) > alone, "the tool is on the bus")
+    wait_until(lambda: len(client.connection.list_names()) > names, "the tool is on the bus")
     bus.stop()
     _, err = waiting.communicate(timeout=LIMIT)
     assert waiting.returncode == 1
-    # The bus may have ended before the connection was complete.
+    # The bus may end before the connection is complete.
     assert "is lost" in err or "Cannot reach" in err
 
 
@@ -245,12 +245,12 @@ def test_the_status_of_a_phone_without_the_service(ctl: Tool, settings_manager: 
 
 
 @pytest.mark.parametrize("what", ["default", "factory"])
-def test_a_restore_deletes_everything(ctl: Tool, client: Client, phone: Module, what: str) -> None:
+def test_a_restore_with_yes_deletes_all_records(ctl: Tool, client: Client, phone: Module, what: str) -> None:
     client.add_action(CALL)
     client.create_programmable_key(MODULE_KEY._replace(idAction=1))
-    asked = ctl("restore", what)
-    assert (asked.status, asked.out) == (2, "")
-    assert "This deletes 1 key and 1 action, including those of users" in asked.err
+    refused = ctl("restore", what)
+    assert (refused.status, refused.out) == (2, "")
+    assert "This deletes 1 key and 1 action, including those of users" in refused.err
     assert client.get_all_programmable_keys()
 
     restored = ctl("restore", what, "--yes")
@@ -259,7 +259,7 @@ def test_a_restore_deletes_everything(ctl: Tool, client: Client, phone: Module, 
     assert ctl.json("restore", what, "--yes") == {"restored": what, "keys": 0, "actions": 0}
 
 
-def test_a_restore_may_continue_after_a_timeout(ctl: Tool, phone: Module) -> None:
+def test_a_restore_without_a_reply_may_still_be_running(ctl: Tool, phone: Module) -> None:
     phone.send_signal(signal.SIGSTOP)
     try:
         result = ctl("restore", "default", "--yes", "--timeout", "0.3")

@@ -1,4 +1,4 @@
-"""Plans compared with what the next start of the service does, for random rollouts."""
+"""Plans for random rollouts, compared with the effects of the next start of the service."""
 
 import os
 import random
@@ -14,7 +14,7 @@ from samples import CALL, MODULE_KEY, SET_KEY
 from sandbox.client import Client
 from sandbox.settings import write_settings
 
-# The fixed seed needs so many starts to show each outcome.
+# With the fixed seed, 20 starts are enough for every outcome.
 STARTS = 500 if os.environ.get("PROGKEYS_FAULTS") == "all" else 20
 SEED_VARIABLE = "PROGKEYS_TEST_SEED"
 FIXED_SEED = 29
@@ -32,7 +32,7 @@ EVERY_OUTCOME = {
 
 
 class User:
-    """A user of the phone, and clients that store rows of all kinds."""
+    """Random changes by users and by other clients."""
 
     def __init__(self, source: random.Random, client: Client) -> None:
         self._source = source
@@ -68,13 +68,13 @@ class User:
 
 
 def settings_of(source: random.Random, rollout: Rollout) -> dict[str, str]:
-    """The settings of a rollout, with a limit. Now and then one is missing."""
+    """The settings of a rollout, with a limit. Each setting is missing in 5 % of the cases."""
     settings = {**rollout.settings, "ProgKeysMax": source.choice(LIMITS)}
     return {name: text for name, text in settings.items() if source.random() < 0.95}
 
 
 def outcomes_of(plan) -> Counter[str]:
-    """How often each outcome occurs in the plan."""
+    """The number of occurrences of each outcome in the plan."""
     outcomes = Counter(f"{row['what']} {row['kind']}" for row in plan)
     outcomes.update(row["reason"] for row in plan if row["reason"])
     outcomes["key of a new action"] = sum(
@@ -85,7 +85,7 @@ def outcomes_of(plan) -> Counter[str]:
 
 
 def refused_lines(plan, kind: str, text: str) -> list[str]:
-    """The refused records as the service logs them; an empty setting is one empty record to it."""
+    """The log lines for the refused records. An empty setting counts as one empty record."""
     refused = [row["new"] for row in plan if (row["what"], row["kind"]) == ("refused", kind)]
     return [
         f"Skipping invalid dm {kind}: " + record.replace("\\,", "escComa").replace("\\#", "escSharp")
@@ -94,7 +94,7 @@ def refused_lines(plan, kind: str, text: str) -> list[str]:
 
 
 @pytest.mark.parametrize("seed", [FIXED_SEED, RANDOM_SEED], ids=lambda seed: f"seed {seed}")
-def test_the_next_start_does_what_was_planned(
+def test_the_next_start_has_the_planned_effects(
     launch, settings_manager, settings_dir, client, database, events, ctl, seed
 ):
     print(f"To repeat this run: {SEED_VARIABLE}={seed}")

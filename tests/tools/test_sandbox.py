@@ -1,4 +1,4 @@
-"""`sandbox`: a command with a private phone."""
+"""The command `sandbox`: another command with a private phone."""
 
 import json
 import os
@@ -13,12 +13,12 @@ import pytest
 from sandbox.loop import LIMIT, wait_until
 from sandbox.processes import clean_environment
 from sandbox.settings import write_settings
-from sandboxes import children_of, nothing_is_left, processes_of, run, sandbox
+from sandboxes import children_of, nothing_is_left, run, sandbox
 
 PROGRAMS = ["dbus-daemon", "settingsmanager", "zelprogrammablekeys"]
 SERVICE = "zelprogrammablekeys"
 MODULES = ["settingsmanager", SERVICE]
-LEAVE_A_DAEMON = "setsid sleep 1000 & (setsid sleep 1000 &) "
+START_DAEMONS = "setsid sleep 1000 & (setsid sleep 1000 &) "
 NEVER_READY = "#!/bin/sh\nexec sleep 1000\n"
 ENDS_AT_ONCE = "#!/bin/sh\necho the disk is full >&2\nexit 3\n"
 
@@ -49,8 +49,8 @@ def replace(program: Path, script: str) -> None:
 @pytest.mark.parametrize(
     ("command", "status"),
     [
-        pytest.param(["true"], 0, id="done"),
-        pytest.param(["sh", "-c", "exit 7"], 7, id="failed"),
+        pytest.param(["true"], 0, id="success"),
+        pytest.param(["sh", "-c", "exit 7"], 7, id="failure"),
         pytest.param(["sh", "-c", "kill -KILL $$"], 128 + signal.SIGKILL, id="killed"),
     ],
 )
@@ -73,7 +73,7 @@ def test_a_command_that_cannot_be_run_is_reported(tool: Path, command: str, stat
     assert reason in result.stderr
 
 
-def test_the_words_of_the_command_are_not_changed(tool: Path) -> None:
+def test_the_arguments_of_the_command_are_not_changed(tool: Path) -> None:
     words = ["[a,b]", "", "--", "--json", "key", "two words", "*"]
     assert run(tool, "--", "printf", "<%s>", *words).stdout == "".join(f"<{word}>" for word in words)
 
@@ -97,7 +97,7 @@ def test_the_environment_of_the_command(tool: Path) -> None:
 
 
 @pytest.mark.parametrize(
-    "name", [pytest.param(" ,;=<d>&%41~é", id="odd"), pytest.param("long" * 40, id="long")]
+    "name", [pytest.param(" ,;=<d>&%41~é", id="unusual"), pytest.param("long" * 40, id="long")]
 )
 def test_the_name_of_the_temporary_directory_does_not_matter(tool: Path, name: str) -> None:
     with tempfile.TemporaryDirectory(suffix=name) as directory:
@@ -124,7 +124,7 @@ def test_without_a_command_the_shell_reads_stdin(tool: Path) -> None:
 
 # Directories
 
-def test_changed_settings_take_effect_at_once(tool: Path, tmp_path: Path) -> None:
+def test_changed_settings_take_effect_immediately(tool: Path, tmp_path: Path) -> None:
     settings = write_settings(tmp_path / "settings", {"ProgKeysMax": "3"})
     limit = "progkeysctl status --terse --fields limit"
     result = run(tool, "--settings", str(settings), "--", "sh", "-c", f"{limit}; echo 5 >'{settings}/ProgKeysMax'; {limit}")
@@ -138,7 +138,7 @@ def test_data_is_kept_between_runs(tool: Path, tmp_path: Path) -> None:
     assert run(tool, "--data", str(data), "--", "progkeysctl", *add).returncode == 0
     listing = run(tool, "--data", str(data), "--", "progkeysctl", "key", "list", "--terse", "--fields", "container,position")
     assert listing.stdout == "home:4\n"
-    assert [path.name for path in data.rglob("*.data*")] == ["zelprogrammablekeys.data"], "the service ended cleanly"
+    assert [path.name for path in data.rglob("*.data*")] == ["zelprogrammablekeys.data"], "the service did not end cleanly"
 
 
 def test_logs_are_kept_in_the_specified_directory(tool: Path, tmp_path: Path) -> None:
@@ -151,21 +151,21 @@ def test_logs_are_kept_in_the_specified_directory(tool: Path, tmp_path: Path) ->
 # The end
 
 def test_nothing_is_left_behind(tool: Path) -> None:
-    with sandbox(tool, command=f"echo $PROGKEYS_SANDBOX; {LEAVE_A_DAEMON}; read end; exit 4") as running:
+    with sandbox(tool, command=f"echo $PROGKEYS_SANDBOX; {START_DAEMONS}; read end; exit 4") as running:
         for name in [*PROGRAMS, "sleep"]:
-            running.running(name)
+            running.wait_for(name)
         assert running.end() == (4, "")
         assert nothing_is_left(running.directory)
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP], ids=lambda number: number.name)
-def test_a_signal_ends_the_command_and_then_everything(tool: Path, number: signal.Signals) -> None:
-    command = f"trap 'echo told; exit 6' TERM; echo $PROGKEYS_SANDBOX; {LEAVE_A_DAEMON}; while :; do sleep 0.01; done"
+def test_a_signal_ends_the_command_and_then_all_processes(tool: Path, number: signal.Signals) -> None:
+    command = f"trap 'echo trapped; exit 6' TERM; echo $PROGKEYS_SANDBOX; {START_DAEMONS}; while :; do sleep 0.01; done"
     with sandbox(tool, command=command) as running:
-        running.running("sleep")
+        running.wait_for("sleep")
         running.child.send_signal(number)
         output, _ = running.child.communicate(timeout=LIMIT)
-        assert (running.child.returncode, output) == (-number, "told\n")
+        assert (running.child.returncode, output) == (-number, "trapped\n")
         assert nothing_is_left(running.directory)
 
 
@@ -177,10 +177,10 @@ def test_a_command_that_ignores_signals_is_killed(tool: Path) -> None:
 
 
 def test_nothing_is_left_if_the_tool_is_killed(tool: Path) -> None:
-    with sandbox(tool, command=f"echo $PROGKEYS_SANDBOX; {LEAVE_A_DAEMON}; sleep 1000; true") as running:
-        running.running("sleep")
+    with sandbox(tool, command=f"echo $PROGKEYS_SANDBOX; {START_DAEMONS}; sleep 1000; true") as running:
+        running.wait_for("sleep")
         running.child.kill()
-        wait_until(lambda: nothing_is_left(running.directory), "everything has ended")
+        wait_until(lambda: nothing_is_left(running.directory), "all processes have ended")
 
 
 def test_nothing_is_left_if_its_guard_is_killed(tool: Path) -> None:
@@ -278,9 +278,9 @@ def test_a_read_only_directory_is_reported(tool: Path, option: str) -> None:
 
 def test_a_signal_during_the_start_ends_the_sandbox(tool: Path, programs: Path, tmp_path: Path) -> None:
     replace(programs / SERVICE, "#!/bin/sh\necho $PROGKEYS_SANDBOX >\"$0.started\"\nexec sleep 1000\n")
-    told = programs / f"{SERVICE}.started"
+    started = programs / f"{SERVICE}.started"
     with subprocess.Popen([tool, "sandbox", "--bin", programs, "--", "true"], env=clean_environment()) as child:
-        wait_until(lambda: told.exists() and told.read_text().endswith("\n"), "the service is being started")
+        wait_until(lambda: started.exists() and started.read_text().endswith("\n"), "the service is starting")
         child.terminate()
         assert child.wait(LIMIT) == -signal.SIGTERM
-    assert nothing_is_left(told.read_text().strip())
+    assert nothing_is_left(started.read_text().strip())

@@ -38,7 +38,7 @@ def directory_of(shell: Terminal) -> str:
     return "/" + shell.read_until("=")
 
 
-def test_the_greeting_says_how_to_leave(shell: Terminal) -> None:
+def test_the_shell_prints_a_greeting_and_returns_its_exit_status(shell: Terminal) -> None:
     greeting = shell.read_until("(phone)")
     for words in ("unix:path=", "settings", "data", "progkeysctl status", "exit"):
         assert words in greeting
@@ -46,7 +46,7 @@ def test_the_greeting_says_how_to_leave(shell: Terminal) -> None:
     assert shell.status() == 5
 
 
-def test_it_completes_words(shell: Terminal) -> None:
+def test_the_shell_has_the_completion(shell: Terminal) -> None:
     shell.read_until("(phone)")
     shell.line("complete -p progkeysctl")
     shell.read_until("-F _progkeysctl")
@@ -89,11 +89,11 @@ def test_jobs_can_be_stopped_and_continued(shell: Terminal) -> None:
     assert shell.status() == 0
 
 
-def test_a_hangup_ends_everything(shell: Terminal) -> None:
+def test_a_hangup_ends_all_processes(shell: Terminal) -> None:
     directory = directory_of(shell)
     assert processes_of(directory)
     shell.close()
-    wait_until(lambda: nothing_is_left(directory), "everything has ended")
+    wait_until(lambda: nothing_is_left(directory), "all processes have ended")
 
 
 def test_a_signal_ends_the_shell(shell: Terminal) -> None:

@@ -57,7 +57,7 @@ def test_the_demonstration_succeeds_and_leaves_nothing_behind(script: Path, envi
 
 
 @pytest.mark.parametrize(
-    ("file", "old", "new", "complaint"),
+    ("file", "old", "new", "message"),
     [
         pytest.param(
             "examples/settings/DefaultActions", "voicemail,1,", "mail,1,", "provisioned keys: 59, not 60", id="a different provisioned action"
@@ -77,7 +77,7 @@ def test_the_demonstration_succeeds_and_leaves_nothing_behind(script: Path, envi
     ],
 )
 def test_an_unexpected_result_fails_the_demonstration(
-    tmp_path: Path, environment: dict[str, str], file: str, old: str, new: str, complaint: str
+    tmp_path: Path, environment: dict[str, str], file: str, old: str, new: str, message: str
 ) -> None:
     for directory in ("scripts", "examples"):
         shutil.copytree(CHECKOUT / directory, tmp_path / directory)
@@ -88,7 +88,7 @@ def test_an_unexpected_result_fails_the_demonstration(
     result = run(tmp_path / "scripts" / "run", environment=environment)
     assert result.returncode == 1
     assert "Unexpected result: " in result.stderr
-    assert complaint in result.stderr
+    assert message in result.stderr
     assert "All results are as expected" not in result.stdout
     assert not os.listdir(environment["TMPDIR"])
 
