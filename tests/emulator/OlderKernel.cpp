@@ -1,6 +1,7 @@
-// Preloaded into programs that run under QEMU. Qt asks the kernel whether waitid knows P_PIDFD, and
-// if so makes processes with CLONE_PIDFD. QEMU 7.2 lets the question through to a kernel that does,
-// but refuses to clone. Here the question is answered as before Linux 5.4, and Qt forks.
+// Preloaded into programs that run under QEMU. Qt checks whether waitid supports P_PIDFD and, if
+// so, creates processes with CLONE_PIDFD. QEMU 7.2 passes this check on to the kernel of the host,
+// but does not support CLONE_PIDFD. This library makes the check fail, as before Linux 5.4, so that
+// Qt uses fork.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
@@ -9,10 +10,10 @@
 
 namespace {
 
-constexpr long PidFd = 3; // P_PIDFD, which is an enumerator in newer headers only
+constexpr long PidFd = 3; // P_PIDFD, which only newer headers define
 
-// What these programs start may be of this machine, and is not to preload this.
-[[gnu::constructor]] void leaveChildrenAlone()
+// Child processes may be programs of the host, which cannot load this library.
+[[gnu::constructor]] void doNotPreloadIntoChildren()
 {
     ::unsetenv("LD_PRELOAD");
 }

@@ -1,1 +1,1 @@
-"""What tests of programs of another architecture need."""
+"""Support for tests under an emulator."""

@@ -1,4 +1,4 @@
-"""The tests that cannot hold under an emulator."""
+"""The tests that cannot pass under an emulator."""
 
 from pathlib import Path
 
@@ -6,7 +6,7 @@ LIST = Path(__file__).with_name("exceptions.txt")
 
 
 def read_exceptions() -> dict[str, str]:
-    """Their names and the reasons, as exceptions.txt tells them."""
+    """The names of the tests and the reasons."""
     lines = LIST.read_text(encoding="utf-8").splitlines()
     entries = [line.split(maxsplit=1) for line in lines if line and not line.startswith("#")]
     return {name: reason for name, reason in entries}

@@ -1,4 +1,4 @@
-// Does nothing until it is ended: what the emulator takes for itself.
+// Waits until it is killed. Its memory use is that of the emulator.
 #include <unistd.h>
 
 int main()

@@ -25,8 +25,8 @@ QString faultInConversions(const provisioning::Record &record)
 
 } // namespace
 
-/// Any text of a setting: its records are those that the straightforward parser finds, and those
-/// that are accepted become actions and keys.
+/// Compares the records of a random text with those of a simple parser, and converts the accepted
+/// records to actions and keys.
 // NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

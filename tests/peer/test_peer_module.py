@@ -1,4 +1,4 @@
-"""The example of a peer module, as docs/peer-module.md says: built, run, and asked for its count."""
+"""The example of a peer module, built and run as docs/peer-module.md describes."""
 
 import os
 import re
@@ -11,18 +11,17 @@ import pytest
 from samples import MODULE_KEY
 from sandbox.client import Client
 from sandbox.loop import LIMIT, WAIT_FACTOR
-from sandbox.names import SERVICE
 from sandbox.processes import Module, clean_environment
 
 CHECKOUT = Path(__file__).resolve().parents[2]
 EXAMPLE = CHECKOUT / "examples" / "peer-module"
 GUIDE = CHECKOUT / "docs" / "peer-module.md"
-BUILDING = 240 * WAIT_FACTOR
-"""Seconds for what compiles."""
+BUILD_LIMIT = 240 * WAIT_FACTOR
+"""The time limit of a build in seconds."""
 
 
 class Listing(NamedTuple):
-    """A block of the guide, under its heading."""
+    """A code block of the guide, and the heading of its section."""
 
     heading: str
     language: str
@@ -51,7 +50,7 @@ def build_dir() -> Path:
 
 
 def follow(heading: str, directory: Path) -> None:
-    """Does in the directory what the guide says under that heading."""
+    """Runs the commands of a section of the guide in the directory."""
     done = subprocess.run(
         ["bash", "-euo", "pipefail", "-c", listing("sh", heading)],
         cwd=directory,
@@ -59,7 +58,7 @@ def follow(heading: str, directory: Path) -> None:
         stdin=subprocess.DEVNULL,
         capture_output=True,
         text=True,
-        timeout=BUILDING,
+        timeout=BUILD_LIMIT,
         check=False,
     )
     assert done.returncode == 0, f"{heading}:\n{done.stdout}{done.stderr}"
@@ -67,9 +66,9 @@ def follow(heading: str, directory: Path) -> None:
 
 
 @pytest.fixture(scope="module")
-def desk(tmp_path_factory: pytest.TempPathFactory) -> Path:
-    """A directory as the guide expects it: the checkout's examples and this build."""
-    directory = tmp_path_factory.mktemp("desk")
+def work_dir(tmp_path_factory: pytest.TempPathFactory) -> Path:
+    """A directory as the guide expects it, with the examples and this build."""
+    directory = tmp_path_factory.mktemp("work_dir")
     (directory / "examples").symlink_to(CHECKOUT / "examples")
     (directory / "build").mkdir()
     (directory / "build" / "qt5").symlink_to(build_dir())
@@ -77,31 +76,33 @@ def desk(tmp_path_factory: pytest.TempPathFactory) -> Path:
 
 
 @pytest.fixture(scope="module")
-def installed(desk: Path) -> Path:
-    """What an integrator gets, moved from where it was installed."""
-    follow("Install the library", desk)
-    prefix = desk / "build" / "zelcore"
-    elsewhere = desk / "moved"
-    prefix.rename(elsewhere)
-    prefix.symlink_to(elsewhere)
-    return elsewhere
+def installed(work_dir: Path) -> Path:
+    """The installed library, moved to another directory after the installation."""
+    follow("Install the library", work_dir)
+    prefix = work_dir / "build" / "zelcore"
+    moved = work_dir / "moved"
+    prefix.rename(moved)
+    prefix.symlink_to(moved)
+    return moved
 
 
 @pytest.fixture(scope="module")
-def built_by_cmake(desk: Path, installed: Path) -> Path:
+def built_with_cmake(work_dir: Path, installed: Path) -> Path:
     assert installed.is_dir()
-    follow("With CMake", desk)
-    return desk / "build" / "peer-module" / "keylog"
+    follow("With CMake", work_dir)
+    return work_dir / "build" / "peer-module" / "keylog"
 
 
 @pytest.fixture(scope="module")
-def built_by_hand(desk: Path, installed: Path) -> Path:
+def built_with_pkg_config(work_dir: Path, installed: Path) -> Path:
     assert installed.is_dir()
-    follow("With pkg-config", desk)
-    return desk / "build" / "by-hand" / "keylog"
+    follow("With pkg-config", work_dir)
+    return work_dir / "build" / "by-hand" / "keylog"
 
 
-@pytest.fixture(params=["built_by_cmake", "built_by_hand"], ids=["by CMake", "by pkg-config"])
+@pytest.fixture(
+    params=["built_with_cmake", "built_with_pkg_config"], ids=["with CMake", "with pkg-config"]
+)
 def keylog(request: pytest.FixtureRequest) -> Path:
     return request.getfixturevalue(request.param)
 
@@ -110,7 +111,7 @@ def keylog(request: pytest.FixtureRequest) -> Path:
 def run_module(
     bus, client: Client, data_root: Path, tmp_path: Path
 ) -> Iterator[Callable[..., Module]]:
-    """Runs the module until the test is over; then it must end cleanly."""
+    """Starts the module. After the test it must end with status 0."""
     running: list[Module] = []
 
     def start(executable: Path) -> Module:
@@ -136,7 +137,7 @@ def presses(client: Client) -> int:
 
 
 def press(client: Client, key_number: int) -> None:
-    """Presses a key, and returns once the service has told of it."""
+    """Presses a key and waits until the service has reported the press."""
     client.send_event("AOM_KEY_PRESS_EVENT", aom_key_num=key_number, aom_type=1, addr=2)
     client.round_trip()
 
@@ -153,21 +154,21 @@ def test_the_module_counts_presses_of_programmed_keys(service, client, action, k
     assert presses(client) == 2
 
 
-def test_only_its_operation_and_the_platforms_own_are_on_the_bus(client, keylog, run_module):
+def test_only_the_operations_of_the_module_and_the_platform_are_on_the_bus(client, keylog, run_module):
     run_module(keylog)
     methods = re.findall(r'<method name="(\w+)"', client.introspect("KeyLog"))
     assert "presses" in methods and "stop" in methods
     assert "count" not in methods
 
 
-def test_the_guide_shows_the_example_as_it_is():
+def test_the_listings_in_the_guide_are_those_of_the_example():
     assert listing("cpp", "The module") == (EXAMPLE / "main.cpp").read_text(encoding="utf-8")
     assert listing("cmake", "With CMake") == (EXAMPLE / "CMakeLists.txt").read_text(
         encoding="utf-8"
     )
 
 
-def test_what_is_installed_names_neither_the_build_nor_its_own_place(desk, installed):
+def test_installed_files_contain_no_paths_of_the_build_or_the_installation(work_dir, installed):
     files = [path for path in installed.rglob("*") if path.is_file()]
     texts = [path for path in files if path.suffix != ".a"]
     assert {path.name for path in texts} >= {
@@ -180,20 +181,20 @@ def test_what_is_installed_names_neither_the_build_nor_its_own_place(desk, insta
     assert [path.name for path in files if path.suffix == ".a"] == ["libzelcore.a"]
     for path in texts:
         text = path.read_text(encoding="utf-8")
-        for place in (CHECKOUT, build_dir(), desk):
-            assert str(place) not in text, f"{path.name} names {place}"
+        for place in (CHECKOUT, build_dir(), work_dir):
+            assert str(place) not in text, f"{path.name} contains {place}"
 
 
-def test_the_headers_installed_are_the_public_ones(installed):
+def test_the_installed_headers_are_the_public_ones(installed):
     public = CHECKOUT / "platform" / "include"
     assert {path.relative_to(installed / "include") for path in installed.rglob("*.h")} == {
         path.relative_to(public) for path in public.rglob("*.h")
     }
 
 
-def test_a_package_of_another_major_version_is_not_taken(desk, installed, tmp_path):
+def test_cmake_refuses_another_major_version_of_the_package(work_dir, installed, tmp_path):
     (tmp_path / "CMakeLists.txt").write_text(
-        "cmake_minimum_required(VERSION 3.16)\nproject(later LANGUAGES CXX)\n"
+        "cmake_minimum_required(VERSION 3.16)\nproject(consumer LANGUAGES CXX)\n"
         "find_package(zelcore 2.0 REQUIRED)\n",
         encoding="utf-8",
     )
@@ -202,21 +203,21 @@ def test_a_package_of_another_major_version_is_not_taken(desk, installed, tmp_pa
         cwd=tmp_path,
         capture_output=True,
         text=True,
-        timeout=BUILDING,
+        timeout=BUILD_LIMIT,
         check=False,
     )
     assert done.returncode != 0
     assert re.search(r'compatible with requested\s+version "2.0"', done.stderr), done.stderr
 
 
-def test_the_guides_tour_of_a_private_phone_goes_as_it_says(desk, built_by_cmake):
-    assert built_by_cmake.exists()
-    tour = "Try it on a private phone"
-    start, _, typed = listing("sh", tour).partition("\n")
+def test_the_session_in_the_guide_has_the_described_output(work_dir, built_with_cmake):
+    assert built_with_cmake.exists()
+    heading = "Try it on a private phone"
+    start, _, typed = listing("sh", heading).partition("\n")
     done = subprocess.run(
         start.split(),
         input=typed,
-        cwd=desk,
+        cwd=work_dir,
         env={**clean_environment(), "SHELL": "/bin/bash", "NO_COLOR": "1"},
         capture_output=True,
         text=True,
@@ -224,4 +225,4 @@ def test_the_guides_tour_of_a_private_phone_goes_as_it_says(desk, built_by_cmake
         check=False,
     )
     assert done.returncode == 0, done.stderr
-    assert done.stdout.strip() == listing("", tour).strip(), done.stderr
+    assert done.stdout.strip() == listing("", heading).strip(), done.stderr

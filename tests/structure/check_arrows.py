@@ -1,7 +1,7 @@
-"""Checks that the includes of src/, platform/ and the tool point one way.
+"""Checks the includes of src/, platform/ and tools/progkeysctl/ for unwanted dependencies.
 
-A folder of src/ or of the tool may include only itself and the folders that are listed below it here. No class is declared
-in one folder of src/ and defined in another.
+A folder of src/ or tools/progkeysctl/ may include only itself and the folders that are below it in the lists of levels. In
+src/, the members of a class must be defined in the folder that declares the class.
 """
 
 import re
@@ -26,7 +26,7 @@ LEVELS_OF_TOOL = [
     ["outcome"],
     ["text"],
 ]
-FOR_PROGRAMS_THAT_ARE_NO_MODULE = {"zelcore/ZELBusNames.h", "zelcore/ZELEventCodec.h"}
+NOT_FOR_MODULES = {"zelcore/ZELBusNames.h", "zelcore/ZELEventCodec.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([^">]+)[">]', re.MULTILINE)
 CLASS = re.compile(r"^(?:class|struct) (\w+)[^;]*?\{", re.MULTILINE)
 MEMBER = re.compile(r"^\w[^\n;=(]*?\b(\w+)::~?\w+\(", re.MULTILINE)
@@ -41,15 +41,15 @@ def includes(folder: Path) -> list[tuple[Path, str]]:
 
 
 def faults_of_levels(top: Path, levels: list[list[str]]) -> list[str]:
-    level_of = {room: level for level, rooms in enumerate(levels) for room in rooms}
+    level_of = {folder: level for level, folders in enumerate(levels) for folder in folders}
     faults = [
         f"{path} is in no folder that has a level"
         for path in sources(top)
         if path.relative_to(top).parts[0] not in level_of
     ]
     for path, name in includes(top):
-        room, target = path.relative_to(top).parts[0], name.split("/")[0]
-        if (top / name).exists() and room != target and level_of.get(room, 0) >= level_of.get(target, -1):
+        folder, target = path.relative_to(top).parts[0], name.split("/")[0]
+        if (top / name).exists() and folder != target and level_of.get(folder, 0) >= level_of.get(target, -1):
             faults.append(f"{path} includes {name}, which is not below it")
     return faults
 
@@ -68,7 +68,7 @@ def definitions_elsewhere(src: Path) -> list[str]:
 
 
 def faults_of_tool(tool: Path, src: Path) -> list[str]:
-    """The tool is a client: of the service it may know the records and the rules of the defaults."""
+    """The tool may include only the records and the provisioning code of the service."""
     return [
         f"{path} includes {name}, which is private to the service"
         for path, name in includes(tool)
@@ -82,7 +82,7 @@ def faults_of_platform(root: Path) -> list[str]:
         for path, name in includes(root / "platform")
         if (root / "src" / name).exists()
     ]
-    private = {path.name for path in (root / "platform" / "src").iterdir()} | FOR_PROGRAMS_THAT_ARE_NO_MODULE
+    private = {path.name for path in (root / "platform" / "src").iterdir()} | NOT_FOR_MODULES
     return faults + [
         f"{path.relative_to(root)} includes {name}, which is private to the platform"
         for path, name in includes(root / "src")
@@ -96,7 +96,7 @@ def main() -> int:
     faults = faults_of_levels(src, LEVELS_OF_SERVICE) + definitions_elsewhere(src) + faults_of_platform(root)
     faults += faults_of_levels(tool, LEVELS_OF_TOOL) + faults_of_tool(tool, src)
     count = len(includes(src)) + len(includes(tool))
-    print("\n".join(faults) or f"All {count} includes of src/ and the tool point down")
+    print("\n".join(faults) or f"{count} includes of src/ and tools/progkeysctl/ without a finding")
     return 1 if faults else 0
 
 
