@@ -1,4 +1,4 @@
-"""The root with systemd as its first process."""
+"""The root directory, booted with systemd."""
 
 import subprocess
 from pathlib import Path
@@ -12,7 +12,7 @@ BOOT_LIMIT = 60
 
 
 class BootedSystem:
-    """A root that is up: its units run, and commands run among them."""
+    """A booted root directory, with its units."""
 
     def __init__(self, root: TargetRoot) -> None:
         self._root = root
@@ -27,13 +27,13 @@ class BootedSystem:
 
     def wait_until_up(self) -> None:
         try:
-            wait_until(self._is_up, "systemd is up", BOOT_LIMIT)
+            wait_until(self._is_up, "systemd has started", BOOT_LIMIT)
         except WaitTimeout as error:
             log = self._log.read_text(encoding="utf-8", errors="replace")
-            raise AssertionError(f"systemd does not come up: {log[-400:]}") from error
+            raise AssertionError(f"systemd did not start: {log[-400:]}") from error
 
     def run(self, *command: str, user: str = "root") -> "subprocess.CompletedProcess[str]":
-        """Runs a command among the system's own processes."""
+        """Runs a command in the namespaces of the system."""
         return subprocess.run(
             ["nsenter", f"--target={self._first_process}", "--all", "--root", "--wd=/"]
             + ["chroot", f"--userspec={user}", "/", *command],
@@ -52,14 +52,14 @@ class BootedSystem:
         return result.stdout.strip()
 
     def power_off(self) -> None:
-        """Ends the first process, and with it all others."""
+        """Kills the first process, and thus all processes of the system."""
         if (first := self._first_process) is not None:
             subprocess.run(["kill", "-KILL", str(first)], check=False)
         self._outer.wait(timeout=60)
 
     @property
     def _first_process(self) -> Optional[int]:
-        """The child of the one child, which holds the namespaces."""
+        """The process with id 1: the grandchild of boot-systemd, because unshare forks."""
         holder = child_of(self._outer.pid)
         return child_of(holder) if holder is not None else None
 

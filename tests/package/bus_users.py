@@ -1,4 +1,4 @@
-"""Users of the root's system bus: each call by a process that really has the user's ids."""
+"""Users of the system bus in the root directory. Each call is made by a process with the user's ids."""
 
 import subprocess
 import sys
@@ -10,7 +10,7 @@ from target_root import TargetRoot
 NAME = bus_name(SERVICE)
 PATH = object_path(SERVICE)
 
-# Prints a line for each event and for the marker, which arrives after everything sent before it.
+# Prints a line for each event and for the marker, which arrives after all earlier messages.
 LISTENER = f"""
 import sys
 import dbus, dbus.mainloop.glib
@@ -18,15 +18,15 @@ from gi.repository import GLib
 
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus = dbus.bus.BusConnection(sys.argv[1])
-say = lambda text: print(text, flush=True)
-bus.add_signal_receiver(lambda name, _: say(name), signal_name="event", dbus_interface="{EVENTS}")
-bus.add_signal_receiver(say, signal_name="marker", dbus_interface="org.example.Test")
+show = lambda text: print(text, flush=True)
+bus.add_signal_receiver(lambda name, _: show(name), signal_name="event", dbus_interface="{EVENTS}")
+bus.add_signal_receiver(show, signal_name="marker", dbus_interface="org.example.Test")
 bus.get_name_owner("org.freedesktop.DBus")
-say("listening")
+show("listening")
 GLib.MainLoop().run()
 """
 
-# A call that leaves out the interface, as a client may.
+# A call without an interface, which the protocol allows.
 CALL_WITHOUT_INTERFACE = """
 import sys
 from gi.repository import Gio
@@ -38,7 +38,7 @@ bus = Gio.DBusConnection.new_for_address_sync(
 )
 call = Gio.DBusMessage.new_method_call(destination, path, None, method)
 reply, _ = bus.send_message_with_reply_sync(call, Gio.DBusSendMessageFlags.NONE, 20000, None)
-print(reply.get_error_name() or "answered")
+print(reply.get_error_name() or "success")
 """
 
 ACCESS_DENIED = "org.freedesktop.DBus.Error.AccessDenied"
@@ -46,7 +46,7 @@ ACCESS_DENIED = "org.freedesktop.DBus.Error.AccessDenied"
 
 @dataclass
 class Answer:
-    """What a call came to: its printed reply, or the name of its error."""
+    """The result of a call: its printed reply, or the name of its error."""
 
     reply: str
     error: str
@@ -57,14 +57,14 @@ class Answer:
 
 
 class Listener:
-    """A user who listens to every event, from when it is made."""
+    """Records all events that a user receives."""
 
     def __init__(self, process: "subprocess.Popen[str]") -> None:
         self._process = process
         assert self._line() == "listening"
 
     def events_until_marker(self) -> list[str]:
-        """The names of the events that came before the next marker."""
+        """The names of the events before the next marker."""
         events = []
         while (line := self._line()) != "marker":
             events.append(line)
@@ -82,7 +82,7 @@ class Listener:
 
 
 class BusUser:
-    """One user of the root, at its system bus."""
+    """A user in the root directory, with access to its system bus."""
 
     def __init__(self, root: TargetRoot, name: str) -> None:
         self._root = root
@@ -91,7 +91,7 @@ class BusUser:
     def call(
         self, member: str, *arguments: str, destination: str = NAME, path: str = PATH
     ) -> Answer:
-        """A call by dbus-send, with arguments as that writes them."""
+        """Makes a call with dbus-send and its syntax for arguments."""
         result = self._root.run(
             *("dbus-send", "--system", "--print-reply=literal", "--reply-timeout=20000"),
             *(f"--dest={destination}", path, member, *arguments),
@@ -103,7 +103,7 @@ class BusUser:
         return Answer("", name)
 
     def ask_bus(self, member: str, *arguments: str) -> Answer:
-        """A call of the bus itself."""
+        """Calls a method of the bus."""
         bus = "org.freedesktop.DBus"
         path = "/org/freedesktop/DBus"
         return self.call(f"{bus}.{member}", *arguments, destination=bus, path=path)
@@ -113,7 +113,7 @@ class BusUser:
         return self.ask_bus("RequestName", f"string:{name}", do_not_queue)
 
     def call_without_interface(self, method: str) -> str:
-        """`answered`, or the name of the error."""
+        """Returns `success`, or the name of the error."""
         process = self._python(CALL_WITHOUT_INTERFACE, NAME, PATH, method)
         output, _ = process.communicate(timeout=60)
         return output.strip()
@@ -130,7 +130,7 @@ class BusUser:
         return Listener(self._python(LISTENER))
 
     def _python(self, source: str, *arguments: str) -> "subprocess.Popen[str]":
-        # Given as text: the user may not be able to read the checkout.
+        # The user may have no permission to read a file in the checkout.
         return subprocess.Popen(
             [sys.executable, "-c", source, self._root.address, *arguments],
             user=self._root.user_id(self.name),
@@ -145,5 +145,5 @@ class BusUser:
 
 
 def mark(root_user: BusUser) -> None:
-    """Tells every listener that what was sent until now has come."""
+    """Sends all listeners the marker."""
     root_user.send_signal("org.example.Test.marker", "string:marker")

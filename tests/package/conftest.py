@@ -1,4 +1,4 @@
-"""A root with the packages of this build installed, its bus, and three people at it."""
+"""Fixtures: a Debian root directory with the built packages, its bus and its users."""
 
 import os
 import tempfile
@@ -29,9 +29,9 @@ def packages() -> dict[str, Path]:
 
 @pytest.fixture(scope="session")
 def root(packages: dict[str, Path]) -> Iterator[TargetRoot]:
-    """A Debian with the service, its command line and the tools for development."""
-    assert os.geteuid() == 0, "only root can make a root and be other users"
-    # Where every user can reach it; pytest's own directories are root's.
+    """A Debian root directory with the service, progkeysctl and the development tools."""
+    assert os.geteuid() == 0, "these tests need root"
+    # Other users cannot read the temporary directories of pytest.
     the_root = TargetRoot(Path(tempfile.mkdtemp(prefix="phone-root-")))
     try:
         the_root.make()
@@ -48,7 +48,7 @@ def root(packages: dict[str, Path]) -> Iterator[TargetRoot]:
 
 @dataclass
 class People:
-    """An ordinary user, a member of the group, root, and the service's own user."""
+    """An ordinary user, a member of the group, root, and the user of the service."""
 
     visitor: BusUser
     secretary: BusUser

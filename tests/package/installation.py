@@ -1,4 +1,4 @@
-"""The installed service: whether it runs, and its end."""
+"""Checking and ending the installed service."""
 
 from bus_users import NAME, BusUser
 from sandbox.loop import wait_until
@@ -20,10 +20,10 @@ def stop(root_user: BusUser) -> None:
     """Ends the service if it runs."""
     if is_running(root_user):
         assert not root_user.call(f"{LIFECYCLE}.stop").error
-        wait_until(lambda: not is_running(root_user), "the service has left the bus")
+        wait_until(lambda: not is_running(root_user), "the service's name has no owner")
 
 
 def process_owner(root: TargetRoot, root_user: BusUser) -> str:
-    """The user whose process has the service's name."""
+    """The user of the process that owns the service's name."""
     number = root_user.ask_bus("GetConnectionUnixUser", f"string:{NAME}").reply.split()[-1]
     return root.demand("id", "-nu", number).strip()

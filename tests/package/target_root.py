@@ -1,4 +1,4 @@
-"""A Debian below a directory, with users, packages and a system bus of its own."""
+"""A Debian root directory with its own users, packages and system bus."""
 
 import shutil
 import subprocess
@@ -8,7 +8,7 @@ from typing import IO, Optional, Sequence
 from sandbox.loop import wait_until
 
 SOCKET = Path("run/dbus/system_bus_socket")
-HOW_TO_REACH_THE_MIRROR = (
+APT_CONFIGURATION = (
     "etc/resolv.conf",
     "etc/hosts",
     "etc/apt/apt.conf.d",
@@ -20,14 +20,14 @@ ENVIRONMENT = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "HO
 
 
 def suite() -> str:
-    """The Debian release of this machine, for which the packages were built."""
+    """The Debian release of the host, for which the packages were built."""
     release = Path("/etc/os-release").read_text(encoding="utf-8")
     fields = dict(line.split("=", 1) for line in release.splitlines() if "=" in line)
     return fields["VERSION_CODENAME"].strip('"')
 
 
 def mirror() -> str:
-    """Where this machine's apt has its packages from."""
+    """The Debian mirror of the host."""
     targets = subprocess.run(
         [
             "apt-get",
@@ -41,12 +41,12 @@ def mirror() -> str:
         stdout=subprocess.PIPE,
         text=True,
     ).stdout.split()
-    assert targets, "apt knows no repository; has apt-get update been run?"
+    assert targets, "apt has no package lists; run apt-get update"
     return targets[0]
 
 
 class TargetRoot:
-    """The root and its processes, on a file system in memory that goes with the namespace."""
+    """The root directory, on a tmpfs that ends with the mount namespace, and its processes."""
 
     def __init__(self, path: Path) -> None:
         self.path = path
@@ -54,30 +54,30 @@ class TargetRoot:
         self._log: Optional[IO[bytes]] = None
 
     def make(self) -> None:
-        """Unpacks a minimal Debian, ready for chroot."""
+        """Installs a minimal Debian for chroot."""
         mount("-t", "tmpfs", "-o", "mode=755,size=3G", "tmpfs", str(self.path))
         subprocess.run(
             ["debootstrap", "--variant=minbase", suite(), str(self.path), mirror()],
             check=True,
             stdout=subprocess.DEVNULL,
         )
-        for name in HOW_TO_REACH_THE_MIRROR:
-            self._keep(name)
-        # Nothing is started by an installation: what runs here is started by the tests.
+        for name in APT_CONFIGURATION:
+            self._copy_from_host(name)
+        # Packages must not start services when they are installed.
         self._write_executable("usr/sbin/policy-rc.d", "#!/bin/sh\nexit 101\n")
         mount("-t", "proc", "proc", str(self.path / "proc"))
         mount("--rbind", "/dev", str(self.path / "dev"))
         self.apt("update")
 
     def remove(self) -> None:
-        """Its file system goes with the last that uses it."""
+        """Unmounts the directory when its last user ends."""
         subprocess.run(["umount", "--recursive", "--lazy", str(self.path)], check=True)
         self.path.rmdir()
 
     def run(
         self, *command: str, user: str = "root", limit: float = 600
     ) -> subprocess.CompletedProcess[str]:
-        """Runs a command in the root, with the ids and groups that the user has there."""
+        """Runs a command in the root directory, with the ids of the user there."""
         return subprocess.run(
             ["chroot", f"--userspec={user}", str(self.path), *command],
             env=ENVIRONMENT,
@@ -90,7 +90,7 @@ class TargetRoot:
         )
 
     def start(self, *command: str, user: str = "root") -> subprocess.Popen[str]:
-        """Starts a command in the root; its output can be read line by line."""
+        """Starts a command in the root directory. Its output can be read line by line."""
         return subprocess.Popen(
             ["chroot", f"--userspec={user}", str(self.path), *command],
             env=ENVIRONMENT,
@@ -101,7 +101,7 @@ class TargetRoot:
         )
 
     def demand(self, *command: str, user: str = "root") -> str:
-        """As `run`; the command must succeed. Returns its output."""
+        """Runs a command that must succeed, and returns its output."""
         result = self.run(*command, user=user)
         assert result.returncode == 0, f"{' '.join(command)}: {result.stdout}{result.stderr}"
         return result.stdout
@@ -117,7 +117,7 @@ class TargetRoot:
         )
 
     def install(self, packages: Sequence[Path]) -> str:
-        """Installs package files with apt, and what they depend on from the mirror."""
+        """Installs package files with apt, and their dependencies from the mirror."""
         inside = self.path / "packages"
         inside.mkdir(exist_ok=True)
         for package in packages:
@@ -131,8 +131,8 @@ class TargetRoot:
         return [int(group) for group in self.demand("id", "-G", user).split()]
 
     def start_bus(self) -> None:
-        """The system bus, as the root's own configuration says; returns once it answers."""
-        assert self._bus is None, "the bus runs already"
+        """Starts the system bus of the root directory and waits until it replies."""
+        assert self._bus is None, "the bus is already running"
         (self.path / SOCKET.parent).mkdir(parents=True, exist_ok=True)
         self._log = open(self.path / "bus.log", "wb")
         self._bus = subprocess.Popen(
@@ -150,7 +150,7 @@ class TargetRoot:
             stdout=self._log,
             stderr=self._log,
         )
-        wait_until(lambda: self.run("busctl", "list").returncode == 0, "the system bus answers")
+        wait_until(lambda: self.run("busctl", "list").returncode == 0, "the system bus replies")
 
     def stop_bus(self) -> None:
         if self._bus is not None and self._log is not None:
@@ -162,14 +162,14 @@ class TargetRoot:
 
     @property
     def bus_log(self) -> str:
-        """The output of the bus and of what it started."""
+        """The output of the bus and of the processes that it has started."""
         return (self.path / "bus.log").read_text(encoding="utf-8", errors="replace")
 
     @property
     def address(self) -> str:
         return f"unix:path={self.path / SOCKET}"
 
-    def _keep(self, name: str) -> None:
+    def _copy_from_host(self, name: str) -> None:
         source, target = Path("/") / name, self.path / name
         if source.is_dir():
             shutil.copytree(source, target, dirs_exist_ok=True)

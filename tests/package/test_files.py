@@ -1,4 +1,4 @@
-"""The installed files, as the tools that read them see them."""
+"""The installed files, checked with the tools that read them."""
 
 import subprocess
 from pathlib import Path
@@ -11,12 +11,12 @@ from target_root import TargetRoot
 UNIT = "zelprogrammablekeys.service"
 
 
-def test_systemd_finds_no_fault_in_the_unit(root: TargetRoot) -> None:
+def test_systemd_accepts_the_unit(root: TargetRoot) -> None:
     result = root.run("systemd-analyze", "verify", "--man=no", UNIT)
     assert (result.returncode, result.stderr) == (0, "")
 
 
-def test_the_unit_is_hardened(root: TargetRoot) -> None:
+def test_systemd_analyze_rates_the_unit_as_hardened(root: TargetRoot) -> None:
     result = root.run(
         "systemd-analyze", "security", "--offline=true", "--threshold=10", "--no-pager", UNIT
     )
@@ -24,8 +24,8 @@ def test_the_unit_is_hardened(root: TargetRoot) -> None:
 
 
 def test_the_data_directory_belongs_to_the_service(root: TargetRoot) -> None:
-    places = ["/data/ZELApplication", "/data/ZELApplication/ZelProgrammableKeys"]
-    assert root.demand("stat", "--format=%U:%G %a", *places).split("\n")[:2] == [
+    directories = ["/data/ZELApplication", "/data/ZELApplication/ZelProgrammableKeys"]
+    assert root.demand("stat", "--format=%U:%G %a", *directories).split("\n")[:2] == [
         "root:zelmodules 1775",
         "zelprogkeys:zelprogkeys 700",
     ]
@@ -34,7 +34,7 @@ def test_the_data_directory_belongs_to_the_service(root: TargetRoot) -> None:
     )
 
 
-def test_the_manual_pages_are_there(root: TargetRoot) -> None:
+def test_the_manual_pages_are_installed(root: TargetRoot) -> None:
     manual = root.path / "usr/share/man"
     for page in (
         "man8/zelprogrammablekeys.8",
@@ -57,7 +57,7 @@ def test_the_sandbox_runs_for_an_ordinary_user(root: TargetRoot, people: People)
 
 @pytest.fixture(scope="session")
 def development(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Path:
-    """What the package for peer modules holds, unpacked."""
+    """The unpacked package for peer modules."""
     directory = tmp_path_factory.mktemp("development")
     subprocess.run(
         ["dpkg-deb", "--extract", str(packages["libzelcore-dev"]), str(directory)], check=True
@@ -65,7 +65,7 @@ def development(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFact
     return directory
 
 
-def test_a_peer_module_is_built_against_the_package(development: Path, tmp_path: Path) -> None:
+def test_a_peer_module_can_be_built_with_the_package(development: Path, tmp_path: Path) -> None:
     source = development / "usr/share/doc/libzelcore-dev/examples/peer-module"
     for command in (
         [

@@ -1,4 +1,4 @@
-"""The installed page, under the installed policy and real user ids, in a browser."""
+"""The installed page in a browser, with the installed policy and real user ids."""
 
 from pathlib import Path
 from typing import Callable, Iterator
@@ -23,7 +23,7 @@ def is_served() -> bool:
 
 @pytest.fixture(scope="module")
 def cockpit(root: TargetRoot) -> None:
-    """Cockpit, from the mirror."""
+    """Installs Cockpit."""
     root.apt("install", "cockpit-ws")
 
 
@@ -49,7 +49,7 @@ def browse_as(root: TargetRoot, cockpit: None) -> Iterator[Callable[[str], Brows
 
 @pytest.fixture
 def key(people: People) -> Iterator[str]:
-    """A key on an add-on module, made by a member of the group."""
+    """A key on an add-on module, created by a member of the group."""
     words = ("idAction=-1", "container=module1", "type=1", "aom_type=1", "aom_addr=1", "position=5", "--terse", "--fields", "idKey")
     added = people.secretary.progkeysctl("key", "add", *words)
     assert added.returncode == 0, added
@@ -57,7 +57,7 @@ def key(people: People) -> Iterator[str]:
     people.secretary.progkeysctl("key", "delete", added.stdout.strip())
 
 
-def test_an_ordinary_user_looks_and_is_told_the_group(browse_as: Callable[[str], Browser], key: str) -> None:
+def test_the_page_is_read_only_for_an_ordinary_user_and_names_the_group(browse_as: Callable[[str], Browser], key: str) -> None:
     browser = browse_as("visitor")
     browser.has(f'[data-place="1/5"][data-key-id="{key}"]')
     browser.wait(lambda: "progkeys-admin" in browser.text(".notice"), "the notice")
@@ -67,7 +67,7 @@ def test_an_ordinary_user_looks_and_is_told_the_group(browse_as: Callable[[str],
     assert not browser.all('[role="alert"]')
 
 
-def test_a_member_of_the_group_presses_and_changes_keys(browse_as: Callable[[str], Browser], key: str, people: People) -> None:
+def test_a_member_of_the_group_can_press_and_change_keys(browse_as: Callable[[str], Browser], key: str, people: People) -> None:
     browser = browse_as("secretary")
     browser.click('[data-place="1/5"]')
     browser.wait(lambda: f"Key {key}" in browser.text(".answer"), "the answer")

@@ -1,4 +1,4 @@
-"""Who may do what on the system bus, under the installed policy and real user ids."""
+"""Permissions on the system bus, with the installed policy and real user ids."""
 
 import re
 from typing import Iterable, Iterator, Optional
@@ -13,7 +13,7 @@ from sandbox.loop import wait_until
 from sandbox.names import INTERFACE, LIFECYCLE, SETTINGS_MANAGER, bus_name, object_path
 from target_root import TargetRoot
 
-READING = {
+READ_METHODS = {
     "getAllProgrammableKeys",
     "getProgrammableKeysByContainer",
     "getProgrammableKey",
@@ -27,7 +27,7 @@ LOG_CONTROL = "/org/freedesktop/LogControl1"
 
 
 def methods(root: TargetRoot, interface: str) -> list[str]:
-    """The names of an installed interface's methods, each once."""
+    """The names of the methods of an installed interface, without duplicates."""
     file = root.path / f"usr/share/dbus-1/interfaces/{interface}.xml"
     names = [element.attrib["name"] for element in ElementTree.parse(file).iter("method")]
     assert names, f"{file} has no method"
@@ -35,12 +35,12 @@ def methods(root: TargetRoot, interface: str) -> list[str]:
 
 
 @pytest.fixture(autouse=True)
-def a_running_service(people: People) -> None:
+def running_service(people: People) -> None:
     assert not people.root.call(f"{INTERFACE}.getAllActions").error
 
 
 def denied(user: BusUser, interface: str, members: Iterable[str]) -> set[str]:
-    """The members that the user may not call, tried without arguments so that nothing happens."""
+    """The members that the user cannot call. The calls have no arguments and thus no effect."""
     found = set()
     for member in members:
         answer = user.call(f"{interface}.{member}")
@@ -59,23 +59,23 @@ def test_the_first_call_starts_the_service_as_its_own_user(
     assert process_owner(root, people.root) == "zelprogkeys"
 
 
-def test_the_bus_reads_the_policy_without_a_complaint(root: TargetRoot) -> None:
+def test_the_bus_reads_the_policy_without_errors_or_warnings(root: TargetRoot) -> None:
     # Earlier tests may have made calls that the policy rejects.
-    said = [
+    lines = [
         line
         for line in root.bus_log.splitlines()
         if line.startswith("dbus-daemon[") and "] Rejected send message, " not in line
     ]
-    about_us = [line for line in said if re.search("velmora|zelprogkeys|progkeys-admin", line)]
+    own_lines = [line for line in lines if re.search("velmora|zelprogkeys|progkeys-admin", line)]
     assert [
-        line for line in about_us if re.search("unknown|unable|warning|error|fail", line, re.I)
+        line for line in own_lines if re.search("unknown|unable|warning|error|fail", line, re.I)
     ] == []
 
 
 @pytest.mark.parametrize(
-    ("who", "allowed"), [("visitor", READING), ("secretary", None), ("root", None)]
+    ("who", "allowed"), [("visitor", READ_METHODS), ("secretary", None), ("root", None)]
 )
-def test_everyone_reads_and_the_group_and_root_write(
+def test_all_users_can_read_and_the_group_and_root_can_write(
     root: TargetRoot, people: People, who: str, allowed: Optional[set[str]]
 ) -> None:
     every = set(methods(root, INTERFACE))
@@ -91,18 +91,18 @@ def test_everyone_reads_and_the_group_and_root_write(
         ("org.freedesktop.DBus.Properties.GetAll", ("string:org.freedesktop.LogControl1",)),
     ],
 )
-def test_everyone_may_introspect(people: People, member: str, arguments: tuple[str, ...]) -> None:
+def test_all_users_can_introspect(people: People, member: str, arguments: tuple[str, ...]) -> None:
     assert people.visitor.call(member, *arguments, path=LOG_CONTROL).error == ""
 
 
-def test_a_call_without_an_interface_is_denied_to_users(people: People) -> None:
+def test_calls_without_an_interface_are_denied_to_users(people: People) -> None:
     assert people.visitor.call_without_interface("getAllActions").endswith("AccessDenied")
     assert people.visitor.call_without_interface("deleteAction").endswith("AccessDenied")
-    assert people.root.call_without_interface("getAllActions") == "answered"
+    assert people.root.call_without_interface("getAllActions") == "success"
 
 
 @pytest.mark.parametrize("who", ["visitor", "secretary", "service"])
-def test_lifecycle_operations_are_for_root_alone(
+def test_only_root_can_call_lifecycle_methods(
     root: TargetRoot, people: People, who: str
 ) -> None:
     every = methods(root, LIFECYCLE)
@@ -111,17 +111,17 @@ def test_lifecycle_operations_are_for_root_alone(
 
 
 @pytest.mark.parametrize("who", ["visitor", "secretary", "root"])
-def test_only_the_service_s_user_gets_its_name(people: People, who: str) -> None:
+def test_only_the_user_of_the_service_can_own_its_name(people: People, who: str) -> None:
     stop(people.root)
     assert getattr(people, who).request_name().is_denied
     assert "1" in people.service.request_name().reply.split()
 
 
-def test_the_service_s_user_gets_no_other_name(people: People) -> None:
+def test_the_user_of_the_service_can_own_no_other_name(people: People) -> None:
     assert people.service.request_name(bus_name("AnotherModule")).is_denied
 
 
-def test_root_sets_the_log_level_and_everyone_reads_it(people: People) -> None:
+def test_root_can_set_the_log_level_and_all_users_can_read_it(people: People) -> None:
     level = ("string:org.freedesktop.LogControl1", "string:LogLevel")
     read, write = "org.freedesktop.DBus.Properties.Get", "org.freedesktop.DBus.Properties.Set"
     for user in (people.visitor, people.secretary):
@@ -137,37 +137,38 @@ def settings_manager(root: TargetRoot, people: People) -> Iterator[None]:
     process = root.start("settingsmanager", settings)
     try:
         name = bus_name(SETTINGS_MANAGER)
-        wait_until(lambda: has_owner(people.root, name), "the SettingsManager is on the bus")
+        wait_until(lambda: has_owner(people.root, name), "the SettingsManager owns its name")
         yield
     finally:
         process.terminate()
         process.wait(timeout=20)
 
 
-def empty_the_phone(root: TargetRoot, people: People) -> None:
+def delete_data(root: TargetRoot, people: People) -> None:
     stop(people.root)
     root.demand("sh", "-c", "rm -f /data/ZELApplication/ZelProgrammableKeys/*")
 
 
 @pytest.mark.parametrize(
-    ("who", "hears"), [("visitor", False), ("service", False), ("secretary", True), ("root", True)]
+    ("who", "receives"),
+    [("visitor", False), ("service", False), ("secretary", True), ("root", True)],
 )
 @pytest.mark.usefixtures("settings_manager")
-def test_events_reach_the_group_and_root_alone(
-    root: TargetRoot, people: People, who: str, hears: bool
+def test_only_the_group_and_root_receive_events(
+    root: TargetRoot, people: People, who: str, receives: bool
 ) -> None:
-    empty_the_phone(root, people)
+    delete_data(root, people)
     listener = getattr(people, who).listen()
     try:
-        # The start sends events of the provisioned keys, which shows that it read the settings.
+        # The start reads the settings and sends events for the provisioned keys.
         assert people.root.progkeysctl("key", "list", "--json=short").stdout.count("dmId") > 1
         added = people.secretary.progkeysctl("action", "add", "type=1", "label=Private")
         assert added.returncode == 0, added
         mark(people.root)
-        heard = set(listener.events_until_marker())
+        received = set(listener.events_until_marker())
     finally:
         listener.close()
-    assert (heard >= {"KEY_CREATE_NTF", "ACTION_CREATE_NTF"}) if hears else not heard
+    assert (received >= {"KEY_CREATE_NTF", "ACTION_CREATE_NTF"}) if receives else not received
 
 
 @pytest.mark.parametrize(
@@ -178,7 +179,7 @@ def test_events_reach_the_group_and_root_alone(
         ("service", "setSettingValue", True),
     ],
 )
-def test_settings_are_read_by_the_service_and_written_by_root(
+def test_the_service_can_read_settings_and_only_root_can_write_them(
     people: People, settings_manager: None, who: str, member: str, is_denied: bool
 ) -> None:
     answer = getattr(people, who).call(
@@ -192,18 +193,18 @@ def test_settings_are_read_by_the_service_and_written_by_root(
 
 
 @pytest.mark.parametrize(
-    ("who", "answered"), [("visitor", False), ("secretary", True), ("root", True)]
+    ("who", "reported"), [("visitor", False), ("secretary", True), ("root", True)]
 )
-def test_a_press_from_the_group_or_root_is_answered(
-    people: People, who: str, answered: bool
+def test_only_presses_from_the_group_and_root_are_reported(
+    people: People, who: str, reported: bool
 ) -> None:
     listener = people.root.listen()
     try:
         pressed = getattr(people, who).progkeysctl("press", "3/12", "--timeout", "2")
-        # Answered after whatever the press made the service send.
+        # When this call returns, the service has handled the press.
         assert not people.root.call(f"{INTERFACE}.getAllActions").error
         mark(people.root)
-        assert ("AOMKEY_PRESS_NTF" in listener.events_until_marker()) == answered
-        assert (pressed.returncode == 0) == answered, pressed
+        assert ("AOMKEY_PRESS_NTF" in listener.events_until_marker()) == reported
+        assert (pressed.returncode == 0) == reported, pressed
     finally:
         listener.close()

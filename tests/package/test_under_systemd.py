@@ -1,4 +1,4 @@
-"""The unit under systemd, as on a phone."""
+"""The unit under systemd."""
 
 import json
 from pathlib import Path
@@ -23,7 +23,7 @@ BUS_OBJECT = (
 
 @pytest.fixture(scope="module")
 def system(root: TargetRoot, people: People, packages: dict[str, Path]) -> Iterator[BootedSystem]:
-    """The root with the packages of this build, booted."""
+    """The booted root directory with the built packages."""
     stop(people.root)
     root.install([packages[name] for name in IN_ROOT])
     root.stop_bus()
@@ -51,7 +51,7 @@ def wait_until_active(system: BootedSystem) -> None:
 
 
 @pytest.fixture(autouse=True)
-def an_active_unit(system: BootedSystem) -> None:
+def active_unit(system: BootedSystem) -> None:
     system.run("systemctl", "reset-failed", UNIT)
     system.demand("systemctl", "start", UNIT)
 
@@ -61,11 +61,11 @@ def test_the_unit_is_started_at_boot(system: BootedSystem) -> None:
     assert show(system, "WantedBy") == "multi-user.target"
 
 
-def test_the_service_tells_systemd_that_it_is_ready(system: BootedSystem) -> None:
+def test_the_service_notifies_systemd_that_it_is_ready(system: BootedSystem) -> None:
     assert show(system, "StatusText") == "com.velmora.Tessaro.ZelProgrammableKeys is on the bus"
 
 
-def test_a_first_call_starts_it_through_systemd(system: BootedSystem) -> None:
+def test_the_first_call_starts_the_unit(system: BootedSystem) -> None:
     system.demand("systemctl", "stop", UNIT)
     assert (show(system, "ActiveState"), show(system, "Result")) == ("inactive", "success")
     listed = system.demand("busctl", "call", *BUS_OBJECT, "getAllActions", user="visitor")
@@ -73,14 +73,14 @@ def test_a_first_call_starts_it_through_systemd(system: BootedSystem) -> None:
     assert show(system, "ActiveState") == "active"
 
 
-def test_the_database_belongs_to_the_service_alone(system: BootedSystem) -> None:
+def test_only_the_service_can_read_the_database(system: BootedSystem) -> None:
     system.demand("systemctl", "stop", UNIT)
     system.demand("rm", f"/{DATABASE}")
     system.demand("progkeysctl", *NEW_ACTION, "label=Lena", user="secretary")
     assert system.demand("stat", "--format=%U %a", f"/{DATABASE}") == "zelprogkeys 600"
 
 
-def test_systemctl_changes_the_log_level_of_the_running_service(system: BootedSystem) -> None:
+def test_systemctl_can_change_the_log_level_of_the_running_service(system: BootedSystem) -> None:
     system.demand("systemctl", "service-log-level", UNIT, "debug")
     assert system.demand("systemctl", "service-log-level", UNIT) == "debug"
     system.demand("progkeysctl", *NEW_ACTION, "label=Mira", user="secretary")
@@ -89,24 +89,24 @@ def test_systemctl_changes_the_log_level_of_the_running_service(system: BootedSy
 
 
 def debug_lines(system: BootedSystem) -> str:
-    """The unit's lines in the journal that have the level debug."""
+    """The debug lines of the unit in the journal."""
     journal = system.demand(
         "journalctl", "--unit", UNIT, "--priority=debug..debug", "--output=json"
     )
     return "\n".join(str(json.loads(line)["MESSAGE"]) for line in journal.splitlines())
 
 
-def test_a_killed_service_is_started_again_with_its_data(system: BootedSystem) -> None:
+def test_systemd_restarts_a_killed_service_with_its_data(system: BootedSystem) -> None:
     system.demand("progkeysctl", *NEW_ACTION, "label=Nora", user="secretary")
     before = main_process(system)
     system.demand("systemctl", "kill", "--signal=KILL", UNIT)
-    wait_until(lambda: main_process(system) != before, "another process runs")
+    wait_until(lambda: main_process(system) != before, "a new process runs")
     wait_until_active(system)
     assert "Nora" in system.demand("progkeysctl", "action", "list", user="visitor")
 
 
 @pytest.fixture
-def an_impatient_watchdog(system: BootedSystem, root: TargetRoot) -> Iterator[None]:
+def short_watchdog(system: BootedSystem, root: TargetRoot) -> Iterator[None]:
     configuration = f"/run/systemd/system/{UNIT}.d"
     text = "[Service]\\nWatchdogSec=2s\\nTimeoutAbortSec=1s\\n"
     system.demand(
@@ -120,11 +120,11 @@ def an_impatient_watchdog(system: BootedSystem, root: TargetRoot) -> Iterator[No
     system.demand("systemctl", "restart", UNIT)
 
 
-@pytest.mark.usefixtures("an_impatient_watchdog")
-def test_a_stopped_process_is_started_again_by_the_watchdog(system: BootedSystem) -> None:
+@pytest.mark.usefixtures("short_watchdog")
+def test_the_watchdog_restarts_a_stopped_process(system: BootedSystem) -> None:
     before = main_process(system)
     system.demand("systemctl", "kill", "--signal=STOP", UNIT)
-    wait_until(lambda: main_process(system) != before, "another process runs", 60)
+    wait_until(lambda: main_process(system) != before, "a new process runs", 60)
     wait_until_active(system)
     journal = system.demand("journalctl", "--unit", UNIT)
     assert "Watchdog timeout" in journal
@@ -142,25 +142,25 @@ def test_systemd_gives_up_if_the_service_cannot_start(system: BootedSystem) -> N
         system.demand("chown", "zelprogkeys:", "/data/ZELApplication/ZelProgrammableKeys")
 
 
-def test_the_service_can_write_to_its_data_and_nowhere_else(system: BootedSystem) -> None:
-    as_it_sees = ("nsenter", f"--target={main_process(system)}", "--mount")
-    system.demand(*as_it_sees, "touch", "/data/ZELApplication/probe")
+def test_the_service_can_write_only_to_the_data_directory(system: BootedSystem) -> None:
+    in_namespace = ("nsenter", f"--target={main_process(system)}", "--mount")
+    system.demand(*in_namespace, "touch", "/data/ZELApplication/probe")
     system.demand("rm", "/data/ZELApplication/probe")
     for place in ("/etc/probe", "/usr/probe", "/var/lib/probe", "/home/probe"):
-        refused = system.run(*as_it_sees, "touch", place)
+        refused = system.run(*in_namespace, "touch", place)
         assert "Read-only" in refused.stderr or "Permission denied" in refused.stderr, place
 
 
 @pytest.fixture
-def services_start_with_their_packages(system: BootedSystem) -> Iterator[None]:
+def packages_start_services(system: BootedSystem) -> Iterator[None]:
     policy = "/usr/sbin/policy-rc.d"
     system.demand("mv", policy, f"{policy}.off")
     yield
     system.demand("mv", f"{policy}.off", policy)
 
 
-@pytest.mark.usefixtures("services_start_with_their_packages")
-def test_packages_are_installed_and_removed_while_the_system_runs(
+@pytest.mark.usefixtures("packages_start_services")
+def test_packages_start_restart_and_stop_the_service(
     system: BootedSystem, packages: dict[str, Path]
 ) -> None:
     apt = ("env", "DEBIAN_FRONTEND=noninteractive", "apt-get", "--yes")

@@ -1,4 +1,4 @@
-"""The database when packages are updated, removed and purged."""
+"""The database after updating, removing and purging packages."""
 
 import re
 import subprocess
@@ -18,7 +18,7 @@ ALL = (SERVICE_PACKAGE, "zelprogrammablekeys-devtools")
 
 @pytest.fixture(scope="module")
 def older(packages: dict[str, Path], tmp_path_factory: pytest.TempPathFactory) -> Path:
-    """The service's package under a lower version."""
+    """The package of the service with a lower version."""
     directory = tmp_path_factory.mktemp("older")
     content, package = directory / "content", directory / f"{SERVICE_PACKAGE}_0.9.0_all.deb"
     subprocess.run(
@@ -37,27 +37,27 @@ def installed_version(root: TargetRoot) -> str:
     return root.run("dpkg-query", "--show", "--showformat=${Version}", SERVICE_PACKAGE).stdout
 
 
-def remember_an_action(people: People) -> None:
+def add_action(people: People) -> None:
     added = people.secretary.progkeysctl("action", "add", "type=1", "action=call", "label=Lena")
     assert added.returncode == 0, added
 
 
-def remembers_it(people: People) -> bool:
+def has_action(people: People) -> bool:
     return "Lena" in people.visitor.progkeysctl("action", "list").stdout
 
 
 @pytest.fixture
-def an_older_phone_with_an_action(root: TargetRoot, people: People, older: Path) -> None:
-    """A root with the older version, an action in its database."""
+def older_version_with_an_action(root: TargetRoot, people: People, older: Path) -> None:
+    """The root directory with the older version and an action in the database."""
     stop(people.root)
     root.apt("purge", *ALL)
     root.install([older])
     assert installed_version(root) == "0.9.0"
-    remember_an_action(people)
+    add_action(people)
     stop(people.root)
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
+@pytest.mark.usefixtures("older_version_with_an_action")
 def test_an_update_keeps_the_database(
     root: TargetRoot, people: People, packages: dict[str, Path]
 ) -> None:
@@ -65,20 +65,20 @@ def test_an_update_keeps_the_database(
     root.install([packages[SERVICE_PACKAGE]])
     assert installed_version(root) != "0.9.0"
     assert (root.path / DATABASE).read_bytes() == before
-    assert remembers_it(people)
+    assert has_action(people)
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_an_update_ends_the_running_service_and_the_next_call_starts_the_new(
+@pytest.mark.usefixtures("older_version_with_an_action")
+def test_an_update_ends_the_running_service_and_the_next_call_starts_the_new_version(
     root: TargetRoot, people: People, packages: dict[str, Path]
 ) -> None:
     assert not people.root.call(f"{INTERFACE}.getAllActions").error
     root.install([packages[SERVICE_PACKAGE]])
     assert not is_running(people.root)
-    assert remembers_it(people)
+    assert has_action(people)
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
+@pytest.mark.usefixtures("older_version_with_an_action")
 def test_a_removal_keeps_the_database_for_the_next_installation(
     root: TargetRoot, people: People, packages: dict[str, Path]
 ) -> None:
@@ -87,11 +87,11 @@ def test_a_removal_keeps_the_database_for_the_next_installation(
     assert people.visitor.call(f"{INTERFACE}.getAllActions").error
     assert (root.path / DATABASE).exists()
     root.install([packages[SERVICE_PACKAGE]])
-    assert remembers_it(people)
+    assert has_action(people)
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_a_purge_removes_the_data_and_its_copies_and_nothing_else(root: TargetRoot) -> None:
+@pytest.mark.usefixtures("older_version_with_an_action")
+def test_a_purge_removes_only_the_data_and_its_copies(root: TargetRoot) -> None:
     modules = root.path / MODULES
     (modules / "ZelProgrammableKeys.before-deploy").mkdir()
     (modules / "ZelProgrammableKeys.unusable.1").mkdir()
@@ -101,8 +101,8 @@ def test_a_purge_removes_the_data_and_its_copies_and_nothing_else(root: TargetRo
     (modules / "SettingsManager").rmdir()
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_a_purge_empties_what_it_cannot_remove(root: TargetRoot, people: People) -> None:
+@pytest.mark.usefixtures("older_version_with_an_action")
+def test_a_purge_empties_a_mount_point(root: TargetRoot, people: People) -> None:
     own = root.path / MODULES / "ZelProgrammableKeys"
     mount("--bind", str(own), str(own))
     try:
@@ -113,8 +113,8 @@ def test_a_purge_empties_what_it_cannot_remove(root: TargetRoot, people: People)
         own.rmdir()
 
 
-@pytest.mark.usefixtures("an_older_phone_with_an_action")
-def test_a_purge_follows_a_link_to_the_data(root: TargetRoot) -> None:
+@pytest.mark.usefixtures("older_version_with_an_action")
+def test_a_purge_follows_a_symbolic_link_to_the_data(root: TargetRoot) -> None:
     (root.path / "data").rename(root.path / "srv/data")
     (root.path / "data").symlink_to("srv/data")
     try:
