@@ -14,7 +14,7 @@ namespace {
 using Adaptor = ZelProgrammableKeysAdaptor;
 using Call = void (*)(Adaptor &);
 
-/// A parent that answers each overload of the capability methods differently.
+/// A module whose overloads of the capability methods return different values.
 class CapableModule : public ZELModule
 {
 public:
@@ -29,7 +29,7 @@ public:
     Capability getCapability(int listId, const QString &name) override { return {name, listId}; }
 };
 
-/// A parent that has a slot of the name for another type.
+/// A module with a slot of the same name for another type.
 class OtherTypes : public ZELModule
 {
     Q_OBJECT
@@ -41,7 +41,7 @@ public slots:
     ListAction getAction(const QString & /*id*/) { return {}; }
 };
 
-/// What a call throws; null if it returns.
+/// The exception that a call throws, or null if it returns.
 std::unique_ptr<ZELException> thrownBy(Call call, const QString &method, QObject &parent)
 {
     QTest::ignoreMessage(QtWarningMsg,
@@ -61,8 +61,8 @@ std::unique_ptr<ZELException> thrownBy(Call call, const QString &method, QObject
 
 Q_DECLARE_METATYPE(Call)
 
-/// What the system tests cannot see of the adaptor: its meta-object, the capability overloads,
-/// which all answer alike in the service, and calls that the parent cannot answer.
+/// Properties of the adaptor that the system tests cannot check: its meta-object, the capability
+/// overloads, which return the same values in the service, and calls without a matching slot.
 class AdaptorTest : public QObject
 {
     Q_OBJECT
@@ -110,7 +110,7 @@ private slots:
         QCOMPARE(unit::ownMethods(Adaptor::staticMetaObject), expected);
     }
 
-    void eachCapabilityMethodReturnsWhatItsOverloadOfTheModuleReturns()
+    void eachCapabilityMethodCallsTheSameOverloadOfTheModule()
     {
         CapableModule module;
         Adaptor adaptor(&module);
@@ -121,7 +121,7 @@ private slots:
                 (Capability{QStringLiteral("n"), 9}));
     }
 
-    void aCallThatTheParentCannotAnswerIsLoggedAndThrown_data()
+    void aCallWithoutAMatchingSlotIsLoggedAndThrowsAnException_data()
     {
         QTest::addColumn<QString>("method");
         QTest::addColumn<Call>("call");
@@ -150,12 +150,12 @@ private slots:
         row("getCapability", [](Adaptor &a) { a.getCapability(QString()); });
         row("getCapability of a list", [](Adaptor &a) { a.getCapability(1, QString()); });
     }
-    void aCallThatTheParentCannotAnswerIsLoggedAndThrown()
+    void aCallWithoutAMatchingSlotIsLoggedAndThrowsAnException()
     {
         QFETCH(QString, method);
         QFETCH(Call, call);
-        QObject noModule;
-        const auto exception = thrownBy(call, method, noModule);
+        QObject notAModule;
+        const auto exception = thrownBy(call, method, notAModule);
         QVERIFY(exception);
         QCOMPARE(exception->getErrorType(), 4);
         QCOMPARE(exception->getMessage(),
@@ -163,7 +163,7 @@ private slots:
         QVERIFY(!exception->getModule());
     }
 
-    void aSlotForAnotherTypeIsNotCalledAndTheExceptionNamesTheModule()
+    void aSlotForAnotherTypeIsNotCalledAndTheExceptionHasTheModule()
     {
         OtherTypes module;
         const auto exception =

@@ -4,14 +4,14 @@
 
 #include <zelcore/ZELModule.h>
 
-/// Events that the platform does not accept: this program reaches no bus. Without a bus the service
-/// ends, so no system test can see this.
+/// Events that cannot be sent, because this program has no bus. Without a bus the service ends, so
+/// no system test covers this.
 class NotificationsTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void aRefusedEventIsReportedToTheCallerAndLoggedFromLevel3_data()
+    void anEventThatCannotBeSentReturnsFalseAndIsLoggedAtLevel3_data()
     {
         QTest::addColumn<int>("level");
         QTest::addColumn<QStringList>("lines");
@@ -20,7 +20,7 @@ private slots:
         QTest::newRow("level 3 logs one error line") << 3 << line;
         QTest::newRow("level 7 logs one error line and no debug line") << 7 << line;
     }
-    void aRefusedEventIsReportedToTheCallerAndLoggedFromLevel3()
+    void anEventThatCannotBeSentReturnsFalseAndIsLoggedAtLevel3()
     {
         QFETCH(int, level);
         QFETCH(QStringList, lines);

@@ -9,13 +9,13 @@
 using Line = std::function<void(const std::function<QString()> &)>;
 Q_DECLARE_METATYPE(Line)
 
-/// The lowest configured level at which a kind of line is put together and written.
+/// The log levels at which lines are built and written.
 class LoggingTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void aLineIsPutTogetherOnlyFromItsLevelUpward_data()
+    void aLineIsBuiltOnlyIfItIsWritten_data()
     {
         QTest::addColumn<Line>("line");
         QTest::addColumn<int>("lowest");
@@ -29,7 +29,7 @@ private slots:
             << Line([](const auto &value) { logging::debug("line %1", value); }) << 7;
     }
 
-    void aLineIsPutTogetherOnlyFromItsLevelUpward()
+    void aLineIsBuiltOnlyIfItIsWritten()
     {
         QFETCH(Line, line);
         QFETCH(int, lowest);
@@ -46,14 +46,14 @@ private slots:
         }
     }
 
-    void numbersAndTextsStandInTheirPlaces()
+    void numbersAndTextsReplaceThePlaceholders()
     {
         unit::LogCapture log(7);
         logging::debug("%1 of %2", std::numeric_limits<qlonglong>::min(), QStringLiteral("many"));
         QCOMPARE(log.take(), QStringList{QStringLiteral("debug: -9223372036854775808 of many")});
     }
 
-    void aTextThatLooksLikeAPlaceIsLeftAlone()
+    void aPlaceholderInAValueIsNotReplaced()
     {
         unit::LogCapture log(7);
         logging::error("%1 and %2", QStringLiteral("%2"), QStringLiteral("%1"));

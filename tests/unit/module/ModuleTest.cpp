@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A module that restores its defaults in another way.
+/// A module with another `restoreDefault`.
 class OtherDefaults : public ZelProgrammableKeys
 {
 public:
@@ -17,7 +17,7 @@ public:
 
 } // namespace
 
-/// What the system tests cannot see of the module.
+/// Properties of the module that the system tests cannot check.
 class ModuleTest : public QObject
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ private slots:
         QCOMPARE(type.superClass(), &ZELModule::staticMetaObject);
     }
 
-    void theSlotsHaveTheirSignaturesAndTheirOrder()
+    void theSlotsHaveTheirSignaturesInOrder()
     {
         const QStringList expected{
             QStringLiteral("public slot ListKey getAllProgrammableKeys()"),

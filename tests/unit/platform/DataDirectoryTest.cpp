@@ -9,7 +9,7 @@
 
 #include <memory>
 
-/// A module's directory and the copies of it.
+/// The data directory of a module and its copies.
 class DataDirectoryTest : public QObject
 {
     Q_OBJECT
@@ -17,11 +17,11 @@ class DataDirectoryTest : public QObject
 private slots:
     void init()
     {
-        m_place = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_place->isValid());
+        m_root = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_root->isValid());
     }
 
-    void onlyAFileThatIsNotEmptyIsData_data()
+    void onlyANonEmptyFileIsData_data()
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QByteArray>("text");
@@ -30,13 +30,13 @@ private slots:
         QTest::newRow("an empty file") << QStringLiteral("Module/a") << QByteArray() << false;
         QTest::newRow("a file") << QStringLiteral("Module/a") << QByteArray("x") << true;
         QTest::newRow("a hidden file") << QStringLiteral("Module/.a") << QByteArray("x") << true;
-        QTest::newRow("a file further down")
+        QTest::newRow("a file in a subdirectory")
             << QStringLiteral("Module/sub/sub/a") << QByteArray("x") << true;
-        QTest::newRow("a file beside the directory")
+        QTest::newRow("a file in another directory")
             << QStringLiteral("Module.old/a") << QByteArray("x") << false;
     }
 
-    void onlyAFileThatIsNotEmptyIsData()
+    void onlyANonEmptyFileIsData()
     {
         QFETCH(QString, file);
         QFETCH(QByteArray, text);
@@ -46,7 +46,7 @@ private slots:
         QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).holdsData(), isData);
     }
 
-    void aCopyHoldsWhatTheDirectoryHolds()
+    void aCopyHasTheSameFiles()
     {
         const QStringList files{QStringLiteral("a"), QStringLiteral(".hidden"),
                                 QStringLiteral("sub/empty"), QString::fromUtf8("sub/Grüße")};
@@ -64,7 +64,7 @@ private slots:
         }
     }
 
-    void eachCopyGetsAFreeName()
+    void eachCopyGetsAnUnusedName()
     {
         const zel::DataDirectory directory(path(QStringLiteral("Module")));
         for (const char *number : {"", ".1", ".2"}) {
@@ -88,10 +88,10 @@ private slots:
         const QString second = directory.copyAside();
         QVERIFY(second != first);
         QCOMPARE(directory.copyAside(), second);
-        QCOMPARE(QDir(m_place->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
+        QCOMPARE(QDir(m_root->path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
     }
 
-    void theNameOfADanglingLinkIsNotFree()
+    void theNameOfADanglingLinkIsNotUsed()
     {
         put(QStringLiteral("Module/a"), "x");
         for (const char *suffix : {".before-deploy", ".unusable"})
@@ -106,10 +106,10 @@ private slots:
         QCOMPARE(directory.setAside(), path(QStringLiteral("Module.unusable.1")));
     }
 
-    void aPartOfAnInterruptedCopyIsReplaced()
+    void anIncompleteCopyIsReplaced()
     {
         put(QStringLiteral("Module/a"), "x");
-        put(QStringLiteral("Module.copying/b"), "left behind");
+        put(QStringLiteral("Module.copying/b"), "incomplete");
         const QString copy = zel::DataDirectory(path(QStringLiteral("Module"))).copyAside();
         QCOMPARE(copy, path(QStringLiteral("Module.before-deploy")));
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("Module.copying"))));
@@ -118,16 +118,16 @@ private slots:
 
     void aFailedCopyLeavesNothingBehind()
     {
-        // The name of the copy would be longer than a file system allows.
+        // The name of the copy is longer than the file system allows.
         const QString name(245, QLatin1Char('m'));
         put(name + QStringLiteral("/a"), "x");
         QCOMPARE(zel::DataDirectory(path(name)).copyAside(), QString());
-        QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QCOMPARE(QDir(m_root->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  QStringList{name});
         QVERIFY(zel::DataDirectory(path(name)).holdsData());
     }
 
-    void aDirectoryIsSetAsideUnderAFreeName()
+    void aDirectoryIsSetAsideWithAnUnusedName()
     {
         const zel::DataDirectory directory(path(QStringLiteral("Module")));
         for (const char *number : {"", ".1", ".2"}) {
@@ -141,15 +141,15 @@ private slots:
         }
     }
 
-    void aDirectoryThatIsNotThereIsNotSetAside()
+    void aMissingDirectoryIsNotSetAside()
     {
         QCOMPARE(zel::DataDirectory(path(QStringLiteral("Module"))).setAside(), QString());
-        QCOMPARE(QDir(m_place->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QCOMPARE(QDir(m_root->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  QStringList());
     }
 
 private:
-    QString path(const QString &name) const { return m_place->filePath(name); }
+    QString path(const QString &name) const { return m_root->filePath(name); }
 
     void put(const QString &name, const QByteArray &text) const
     {
@@ -159,7 +159,7 @@ private:
         QCOMPARE(file.write(text), qint64{text.size()});
     }
 
-    std::unique_ptr<QTemporaryDir> m_place;
+    std::unique_ptr<QTemporaryDir> m_root;
 };
 
 PROGKEYS_TEST(DataDirectoryTest)

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Something that no bus has a type for.
+/// A type without a D-Bus signature.
 struct Unsendable
 {
     int value = 0;
@@ -28,7 +28,7 @@ ZELEvent eventWith(const QVariant &value)
 } // namespace
 Q_DECLARE_METATYPE(Unsendable)
 
-/// Events as values, and their way to the wire and back.
+/// Events, and their marshalling and demarshalling.
 class EventTest : public QObject
 {
     Q_OBJECT
@@ -84,24 +84,24 @@ private slots:
         }
     }
 
-    void aValueOfABusTypeIsReceivedAsItIsSent_data()
+    void aValueOfABusTypeIsReceivedUnchanged_data()
     {
         QTest::addColumn<QVariant>("value");
         const auto row = [](const char *name, const QVariant &value) {
             QTest::newRow(name) << value;
         };
-        row("the least 32-bit number", std::numeric_limits<int>::min());
-        row("the greatest 64-bit number", std::numeric_limits<qlonglong>::max());
-        row("the greatest unsigned number", std::numeric_limits<qulonglong>::max());
+        row("the smallest 32-bit number", std::numeric_limits<int>::min());
+        row("the largest 64-bit number", std::numeric_limits<qlonglong>::max());
+        row("the largest unsigned number", std::numeric_limits<qulonglong>::max());
         row("a fraction", 0.1);
         row("false", false);
-        row("a text beyond ASCII", QString::fromUtf8("Grüße 電話 \U0001F4DE"));
+        row("a text with non-ASCII characters", QString::fromUtf8("Grüße 電話 \U0001F4DE"));
         row("an empty text", QStringLiteral(""));
-        row("texts", QStringList{QStringLiteral("a"), QString()});
+        row("a list of texts", QStringList{QStringLiteral("a"), QString()});
         row("bytes", QByteArray("\0\xff", 2));
     }
 
-    void aValueOfABusTypeIsReceivedAsItIsSent()
+    void aValueOfABusTypeIsReceivedUnchanged()
     {
         QFETCH(QVariant, value);
         const auto received = sent(eventWith(value));
@@ -111,7 +111,7 @@ private slots:
         QCOMPARE(found, value);
     }
 
-    void aStructureIsReceivedAsOne()
+    void aStructureIsReceivedUnchanged()
     {
         const Capability capability{QStringLiteral("c"), -7};
         const auto received = sent(eventWith(QVariant::fromValue(capability)));
@@ -120,7 +120,7 @@ private slots:
                 capability);
     }
 
-    void aNestedValueIsSentIfAllOfItHasABusType_data()
+    void aNestedValueIsSentIfAllItsPartsHaveABusType_data()
     {
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<bool>("isSent");
@@ -139,7 +139,7 @@ private slots:
         rows("no value", QVariant(), false);
     }
 
-    void aNestedValueIsSentIfAllOfItHasABusType()
+    void aNestedValueIsSentIfAllItsPartsHaveABusType()
     {
         QFETCH(QVariant, value);
         QFETCH(bool, isSent);
@@ -150,29 +150,29 @@ private slots:
             QVERIFY(sent(event));
     }
 
-    void aMessageOfAnotherSignatureIsNoEvent_data()
+    void aMessageWithAnotherSignatureIsNotAnEvent_data()
     {
         QTest::addColumn<QVariantList>("values");
         const QVariant name = QStringLiteral("SOME_NTF");
         const QMapIntInt numbers{{1, 2}};
         QTest::newRow("no values") << QVariantList();
-        QTest::newRow("the name alone") << QVariantList{name};
-        QTest::newRow("texts for the arguments")
+        QTest::newRow("only the name") << QVariantList{name};
+        QTest::newRow("a list of texts instead of the arguments")
             << QVariantList{name, QStringList{QStringLiteral("a")}};
-        QTest::newRow("a map for the arguments")
+        QTest::newRow("a map instead of the arguments")
             << QVariantList{name, QVariant::fromValue(numbers)};
-        QTest::newRow("one structure for the arguments")
+        QTest::newRow("a structure instead of the arguments")
             << QVariantList{name, QVariant::fromValue(Capability())};
     }
 
-    void aMessageOfAnotherSignatureIsNoEvent()
+    void aMessageWithAnotherSignatureIsNotAnEvent()
     {
         QFETCH(QVariantList, values);
         QVERIFY(!zel::decodeEvent(m_echo->send(values)));
     }
 
 private:
-    /// The event as a receiver gets it.
+    /// Sends the event and returns it as received.
     std::optional<ZELEvent> sent(const ZELEvent &event)
     {
         const auto message = zel::encodeEvent(QStringLiteral("/"), event);

@@ -7,7 +7,8 @@
 
 #include <memory>
 
-/// The lock on a module's directory. Two locks of one process exclude each other like those of two.
+/// The lock on a module's directory. Two locks of one process exclude each other like the locks of
+/// two processes.
 class InstanceLockTest : public QObject
 {
     Q_OBJECT
@@ -15,13 +16,13 @@ class InstanceLockTest : public QObject
 private slots:
     void init()
     {
-        m_place = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_place->isValid());
+        m_root = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_root->isValid());
     }
 
-    void aLockKeepsOthersOutUntilItIsReleased()
+    void aLockExcludesOtherLocksUntilItIsReleased()
     {
-        const QString module = made(QStringLiteral("Module"));
+        const QString module = created(QStringLiteral("Module"));
         zel::InstanceLock lock;
         for (int round = 0; round < 2; ++round) {
             QVERIFY(lock.acquire(module));
@@ -34,44 +35,44 @@ private slots:
 
     void aLockEndsWithItsObject()
     {
-        const QString module = made(QStringLiteral("Module"));
+        const QString module = created(QStringLiteral("Module"));
         {
             zel::InstanceLock lock;
             QVERIFY(lock.acquire(module));
-            QVERIFY(isFree(made(QStringLiteral("Other"))));
+            QVERIFY(isFree(created(QStringLiteral("Other"))));
         }
         QVERIFY(isFree(module));
     }
 
-    void aDirectoryThatAppearsIsLockedByTheNextCall()
+    void aNewDirectoryIsLockedByTheNextCall()
     {
         zel::InstanceLock lock;
         QVERIFY(lock.acquire(path(QStringLiteral("Module"))));
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("Module"))));
-        const QString module = made(QStringLiteral("Module"));
+        const QString module = created(QStringLiteral("Module"));
         QVERIFY(isFree(module));
         QVERIFY(lock.acquire(module));
         QVERIFY(!isFree(module));
     }
 
-    void aDirectoryThatIsReplacedIsLockedByTheNextCall()
+    void aReplacedDirectoryIsLockedByTheNextCall()
     {
-        const QString module = made(QStringLiteral("Module"));
+        const QString module = created(QStringLiteral("Module"));
         zel::InstanceLock lock;
         QVERIFY(lock.acquire(module));
         QVERIFY(QDir().rename(module, path(QStringLiteral("Aside"))));
-        QVERIFY(isFree(made(QStringLiteral("Module"))));
+        QVERIFY(isFree(created(QStringLiteral("Module"))));
         QVERIFY(lock.acquire(module));
         QVERIFY(!isFree(module));
         QVERIFY(isFree(path(QStringLiteral("Aside"))));
     }
 
-    void aRefusedLockKeepsTheFormerDirectory()
+    void aFailedLockKeepsTheLockOfThePreviousDirectory()
     {
         zel::InstanceLock lock;
         zel::InstanceLock other;
-        QVERIFY(lock.acquire(made(QStringLiteral("Module"))));
-        QVERIFY(other.acquire(made(QStringLiteral("Other"))));
+        QVERIFY(lock.acquire(created(QStringLiteral("Module"))));
+        QVERIFY(other.acquire(created(QStringLiteral("Other"))));
         QVERIFY(!lock.acquire(path(QStringLiteral("Other"))));
         QVERIFY(!isFree(path(QStringLiteral("Module"))));
         other.release();
@@ -79,16 +80,16 @@ private slots:
     }
 
 private:
-    QString path(const QString &name) const { return m_place->filePath(name); }
-    QString made(const QString &name) const
+    QString path(const QString &name) const { return m_root->filePath(name); }
+    QString created(const QString &name) const
     {
         if (!QDir().mkpath(path(name)))
-            qFatal("Cannot make a directory");
+            qFatal("Cannot create a directory");
         return path(name);
     }
     static bool isFree(const QString &directory) { return zel::InstanceLock().acquire(directory); }
 
-    std::unique_ptr<QTemporaryDir> m_place;
+    std::unique_ptr<QTemporaryDir> m_root;
 };
 
 PROGKEYS_TEST(InstanceLockTest)

@@ -8,7 +8,7 @@
 using Hook = bool (ZELModule::*)();
 Q_DECLARE_METATYPE(Hook)
 
-/// A module that overrides nothing, in a process without a bus.
+/// A module without overrides, in a process without a bus.
 class ModuleTest : public QObject
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ public slots:
     void receiveMore(const ZELEvent & /*event*/, int /*more*/) {}
 
 private slots:
-    void itHasItsNameAndNoAdaptor()
+    void theModuleHasItsNameAndNoAdaptor()
     {
         QCOMPARE(m_module.getModuleName(), QStringLiteral("Some"));
         QVERIFY(!m_module.getAdaptor());
@@ -49,7 +49,7 @@ private slots:
         QCOMPARE(log.take(), QStringList());
     }
 
-    void itHasNoCapabilities()
+    void theModuleHasNoCapabilities()
     {
         QCOMPARE(m_module.getCapabilities().size(), 0);
         QCOMPARE(m_module.getCapabilities(7).size(), 0);
@@ -57,7 +57,7 @@ private slots:
         QVERIFY(m_module.getCapability(7, QStringLiteral("any")) == Capability());
     }
 
-    void aSlotThatDoesNotTakeAnEventIsRefusedAndNamed_data()
+    void aSlotThatTakesNoEventIsRefusedAndLogged_data()
     {
         QTest::addColumn<QByteArray>("slot");
         QTest::newRow("an unknown name") << QByteArray(SLOT(missing(ZELEvent)));
@@ -67,7 +67,7 @@ private slots:
         QTest::newRow("an empty text") << QByteArray("");
     }
 
-    void aSlotThatDoesNotTakeAnEventIsRefusedAndNamed()
+    void aSlotThatTakesNoEventIsRefusedAndLogged()
     {
         QFETCH(QByteArray, slot);
         unit::LogCapture log(3);
@@ -80,7 +80,7 @@ private slots:
         QVERIFY(!m_module.subscribeEvent(name, nullptr, slot.constData()));
     }
 
-    void withoutABusEventsAndCallsFail()
+    void eventsAndCallsFailWithoutABus()
     {
         ZELEvent event;
         event.setEvtName(QStringLiteral("SOME_EVENT"));
@@ -94,7 +94,7 @@ private slots:
         QCOMPARE(reply.type(), QDBusMessage::ErrorMessage);
     }
 
-    void aLogCategoryStandsBeforeTheText()
+    void aLogCategoryIsWrittenBeforeTheText()
     {
         unit::LogCapture log(3);
         logger(QStringLiteral("storage")).error(QStringLiteral("text"));

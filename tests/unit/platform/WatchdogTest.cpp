@@ -5,7 +5,7 @@
 
 #include <limits>
 
-/// The interval that the environment asks for.
+/// The watchdog interval in the environment.
 class WatchdogTest : public QObject
 {
     Q_OBJECT
@@ -28,9 +28,9 @@ private slots:
         QTest::newRow("an interval for another process")
             << QByteArray("30000000") << QByteArray("1") << 0;
         QTest::newRow("no interval") << QByteArray() << self << 0;
-        QTest::newRow("an interval below the resolution of a timer")
+        QTest::newRow("an interval shorter than the resolution of a timer")
             << QByteArray("1") << self << 1;
-        QTest::newRow("an interval beyond the range of a timer")
+        QTest::newRow("an interval longer than the range of a timer")
             << QByteArray("9223372036854775807") << self << std::numeric_limits<int>::max();
     }
 
@@ -50,14 +50,14 @@ private slots:
         QCOMPARE(log.take(), QStringList());
     }
 
-    void anInvalidIntervalIsAWarning_data()
+    void anInvalidIntervalIsLoggedAsAWarning_data()
     {
         QTest::addColumn<QByteArray>("interval");
         QTest::newRow("a word") << QByteArray("often");
         QTest::newRow("zero") << QByteArray("0");
     }
 
-    void anInvalidIntervalIsAWarning()
+    void anInvalidIntervalIsLoggedAsAWarning()
     {
         QFETCH(QByteArray, interval);
         unit::LogCapture log(7);

@@ -9,7 +9,7 @@
 namespace unit {
 namespace {
 
-void note(const QString &what)
+void logCall(const QString &what)
 {
     logger().debug(QStringLiteral("> ") + what);
 }
@@ -40,13 +40,13 @@ QStringList MemoryPhone::rows() const
 
 ListAction MemoryPhone::allActions()
 {
-    note(QStringLiteral("all actions"));
+    logCall(QStringLiteral("all actions"));
     return m_actions.values();
 }
 
 std::optional<Action> MemoryPhone::actionWithDmId(const QString &dmId)
 {
-    note(QStringLiteral("action of '%1'").arg(dmId));
+    logCall(QStringLiteral("action of '%1'").arg(dmId));
     for (const Action &action : std::as_const(m_actions)) {
         if (action.dmId == dmId)
             return action;
@@ -56,41 +56,41 @@ std::optional<Action> MemoryPhone::actionWithDmId(const QString &dmId)
 
 void MemoryPhone::addAction(const Action &action)
 {
-    note(QStringLiteral("add ") + describe(action));
+    logCall(QStringLiteral("add ") + describe(action));
     if (!labelThatCannotBeStored.isEmpty() && action.label == labelThatCannotBeStored)
         return;
     Action stored = action;
     stored.idAction = ++m_lastAction;
     m_actions.insert(stored.idAction, stored);
-    note(QStringLiteral("ACTION_CREATE_NTF ") + describe(stored));
+    logCall(QStringLiteral("ACTION_CREATE_NTF ") + describe(stored));
 }
 
 void MemoryPhone::modifyAction(const Action &action)
 {
-    note(QStringLiteral("modify ") + describe(action));
+    logCall(QStringLiteral("modify ") + describe(action));
     if (!m_actions.contains(action.idAction))
         return;
     const Action old = m_actions.value(action.idAction);
     m_actions.insert(action.idAction, action);
-    note(QStringLiteral("ACTION_MODIFY_NTF ") + describe(action));
+    logCall(QStringLiteral("ACTION_MODIFY_NTF ") + describe(action));
     if (old.shortLabel == action.shortLabel)
         return;
     for (const Key &key : std::as_const(m_keys)) {
         if (key.type == KeyType::AddOnModule && key.idAction == action.idAction)
-            note(QStringLiteral("AOM_SET_LABEL_PROPERTY_REC %1 '%2'")
-                     .arg(QString::number(key.idKey), action.shortLabel));
+            logCall(QStringLiteral("AOM_SET_LABEL_PROPERTY_REC %1 '%2'")
+                        .arg(QString::number(key.idKey), action.shortLabel));
     }
 }
 
 void MemoryPhone::deleteAction(qlonglong idAction)
 {
-    note(QStringLiteral("delete action %1").arg(idAction));
+    logCall(QStringLiteral("delete action %1").arg(idAction));
     if (idAction == ReservedActionId || !m_actions.contains(idAction) ||
         !m_actions.value(idAction).dmId.isEmpty())
         return;
     m_actions.remove(idAction);
     deleteKeysOf(idAction);
-    note(QStringLiteral("ACTION_DELETE_NTF %1").arg(idAction));
+    logCall(QStringLiteral("ACTION_DELETE_NTF %1").arg(idAction));
 }
 
 void MemoryPhone::deleteKeysOf(qlonglong idAction)
@@ -100,13 +100,13 @@ void MemoryPhone::deleteKeysOf(qlonglong idAction)
         if (key.idAction != idAction || !key.dmId.isEmpty())
             continue;
         m_keys.remove(key.idKey);
-        note(QStringLiteral("KEY_DELETE_NTF %1").arg(key.idKey));
+        logCall(QStringLiteral("KEY_DELETE_NTF %1").arg(key.idKey));
     }
 }
 
 void MemoryPhone::deleteProvisionedKeys()
 {
-    note(QStringLiteral("delete provisioned keys"));
+    logCall(QStringLiteral("delete provisioned keys"));
     const ListKey stored = keys();
     for (const Key &key : stored) {
         if (!key.dmId.isEmpty())
@@ -114,28 +114,28 @@ void MemoryPhone::deleteProvisionedKeys()
     }
 }
 
-bool MemoryPhone::isRoomFor(const Key &key) const
+bool MemoryPhone::hasRoomFor(const Key &key) const
 {
-    const auto isOfTheSet = [](const Key &stored) { return stored.type == KeyType::Set; };
+    const auto isOnSet = [](const Key &stored) { return stored.type == KeyType::Set; };
     return key.type != KeyType::Set || !keyLimit ||
-           std::count_if(m_keys.cbegin(), m_keys.cend(), isOfTheSet) < *keyLimit;
+           std::count_if(m_keys.cbegin(), m_keys.cend(), isOnSet) < *keyLimit;
 }
 
 void MemoryPhone::createKey(const Key &key)
 {
-    note(QStringLiteral("create ") + describe(key));
+    logCall(QStringLiteral("create ") + describe(key));
     if (!m_actions.contains(key.idAction))
         return;
-    if (!isRoomFor(key)) {
-        note(QStringLiteral("KO_PROGKEYS_DB_FULL"));
+    if (!hasRoomFor(key)) {
+        logCall(QStringLiteral("KO_PROGKEYS_DB_FULL"));
         return;
     }
     Key stored = key;
     stored.idKey = ++m_lastKey;
     m_keys.insert(stored.idKey, stored);
-    note(QStringLiteral("KEY_CREATE_NTF ") + describe(stored));
+    logCall(QStringLiteral("KEY_CREATE_NTF ") + describe(stored));
     if (stored.type == KeyType::AddOnModule)
-        note(QStringLiteral("AOM_SET_ICON_PROPERTY_REC %1").arg(stored.idKey));
+        logCall(QStringLiteral("AOM_SET_ICON_PROPERTY_REC %1").arg(stored.idKey));
 }
 
 } // namespace unit

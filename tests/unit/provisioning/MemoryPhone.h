@@ -9,18 +9,17 @@
 
 namespace unit {
 
-/// The service's rules for its two tables, in memory and without a database. It logs each call and
-/// each event that the service would send, so that they appear in order among the lines of the
-/// merge.
+/// The two tables of the service and their rules, in memory. It logs each call and each event that
+/// the service would send, in order with the lines of the merge.
 class MemoryPhone : public provisioning::MergeTarget
 {
 public:
-    /// Stores a row with its id. The next ids follow the greatest one.
+    /// Stores a row with its id. New ids follow the largest id.
     void put(const Action &action);
     void put(const Key &key);
 
-    std::optional<int> keyLimit;     ///< how many keys of type 0 there may be
-    QString labelThatCannotBeStored; ///< insertions of such actions fail, if not empty
+    std::optional<int> keyLimit;     ///< the maximum number of keys of type 0
+    QString labelThatCannotBeStored; ///< if not empty, adding actions with this label fails
 
     ListAction allActions() override;
     std::optional<Action> actionWithDmId(const QString &dmId) override;
@@ -36,10 +35,10 @@ public:
     QStringList rows() const;
 
 private:
-    bool isRoomFor(const Key &key) const;
+    bool hasRoomFor(const Key &key) const;
     void deleteKeysOf(qlonglong idAction);
 
-    // By id: the order in which the database gives the rows of a table.
+    // By id, which is the order of the rows in the database.
     QMap<qlonglong, Action> m_actions;
     QMap<qlonglong, Key> m_keys;
     qlonglong m_lastAction = 0;

@@ -6,25 +6,25 @@
 namespace {
 
 constexpr int EveryLevel = 7;
-constexpr int Phones = 500;
+constexpr int PhoneCount = 500;
 constexpr int RestartsOfEach = 3;
 
-/// Two phones with the same contents, one for each way to merge.
-struct Twins
+/// Two phones with the same rows, one for each merge.
+struct Phones
 {
-    unit::MemoryPhone ours;
-    unit::MemoryPhone plains;
+    unit::MemoryPhone actual;
+    unit::MemoryPhone expected;
 };
 
-void fill(Twins &twins, unsigned seed, int most)
+void fill(Phones &phones, unsigned seed, int most)
 {
-    for (unit::MemoryPhone *phone : {&twins.ours, &twins.plains}) {
+    for (unit::MemoryPhone *phone : {&phones.actual, &phones.expected}) {
         unit::Random random(seed);
         unit::fill(*phone, random, most);
     }
 }
 
-/// The first line that differs; empty if none does.
+/// The first difference, or an empty text if there is none.
 QByteArray difference(const char *what, const QStringList &found, const QStringList &expected)
 {
     if (found == expected)
@@ -36,14 +36,14 @@ QByteArray difference(const char *what, const QStringList &found, const QStringL
            expected.value(line).toUtf8() + "\" ";
 }
 
-/// Merges the rollout into both phones. Returns what differs afterwards; empty if nothing does.
-QByteArray difference(Twins &twins, const unit::Rollout &rollout, unit::LogCapture &capture)
+/// Merges the rollout into both phones. Returns the first differences, or an empty text.
+QByteArray difference(Phones &phones, const unit::Rollout &rollout, unit::LogCapture &capture)
 {
-    provisioning::mergeDefaults(twins.ours, rollout.actions, rollout.keys);
+    provisioning::mergeDefaults(phones.actual, rollout.actions, rollout.keys);
     const QStringList log = capture.take();
-    plain::mergeDefaults(twins.plains, rollout.actions, rollout.keys);
+    plain::mergeDefaults(phones.expected, rollout.actions, rollout.keys);
     const QByteArray found = difference("calls, events and lines", log, capture.take()) +
-                             difference("rows", twins.ours.rows(), twins.plains.rows());
+                             difference("rows", phones.actual.rows(), phones.expected.rows());
     return found.isEmpty() ? found
                            : found + "for DefaultActions=" + rollout.actions.toUtf8() +
                                  " and DefaultKeys=" + rollout.keys.toUtf8();
@@ -59,43 +59,44 @@ QString manyRecords(int count, int differentDmIds)
 
 } // namespace
 
-/// The merge and the plain way do and log the same in the same order.
+/// The merge makes the same calls and writes the same log lines as the simple merge.
 class MergeTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void aRandomRolloutIsMergedAsInThePlainWay_data() { unit::addSeeds(); }
-    void aRandomRolloutIsMergedAsInThePlainWay()
+    void bothMergesOfARandomRolloutHaveTheSameEffects_data() { unit::addSeeds(); }
+    void bothMergesOfARandomRolloutHaveTheSameEffects()
     {
         QFETCH(unsigned, seed);
         unit::Random random(seed);
         unit::LogCapture log(EveryLevel);
-        for (int phone = 0; phone < Phones; ++phone) {
-            Twins twins;
+        for (int phone = 0; phone < PhoneCount; ++phone) {
+            Phones phones;
             const int most = random.once(20) ? 40 : 6;
-            fill(twins, static_cast<unsigned>(random.below(1 << 30)), most);
+            fill(phones, static_cast<unsigned>(random.below(1 << 30)), most);
             for (int restart = 0; restart < RestartsOfEach; ++restart)
-                QCOMPARE(difference(twins, unit::randomRollout(random, most), log), QByteArray());
+                QCOMPARE(difference(phones, unit::randomRollout(random, most), log), QByteArray());
         }
     }
 
-    void aThousandRecordsAreMergedAsInThePlainWay_data()
+    void bothMergesOfAThousandRecordsHaveTheSameEffects_data()
     {
         QTest::addColumn<int>("differentDmIds");
         QTest::newRow("with a thousand identifiers") << 1000;
         QTest::newRow("with ten identifiers") << 10;
     }
-    void aThousandRecordsAreMergedAsInThePlainWay()
+    void bothMergesOfAThousandRecordsHaveTheSameEffects()
     {
         QFETCH(int, differentDmIds);
         unit::LogCapture log(EveryLevel);
-        Twins twins;
+        Phones phones;
         const QString records = manyRecords(1000, differentDmIds);
-        QCOMPARE(difference(twins, {records, records}, log), QByteArray());
-        QCOMPARE(twins.ours.actions().size(), 1000);
-        QCOMPARE(difference(twins, {manyRecords(100, differentDmIds), records}, log), QByteArray());
-        QCOMPARE(twins.ours.keys().size(), 1000);
+        QCOMPARE(difference(phones, {records, records}, log), QByteArray());
+        QCOMPARE(phones.actual.actions().size(), 1000);
+        QCOMPARE(difference(phones, {manyRecords(100, differentDmIds), records}, log),
+                 QByteArray());
+        QCOMPARE(phones.actual.keys().size(), 1000);
     }
 };
 

@@ -2,8 +2,8 @@
 
 #include "provisioning/DefaultsMerge.h"
 
-/// The merge in the plain way, which walks the whole list of provisioned actions for each stored
-/// one. The service finds its matches faster, and must do and log the same.
+/// A simple merge, which searches all provisioned actions for each stored one. The merge of the
+/// service is faster, and must make the same calls and write the same log lines.
 namespace plain {
 
 void mergeDefaults(provisioning::MergeTarget &target, const QString &actionsText,

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QStringList>
 
-/// The parser in the plain way: it hides the escapes in the whole text, splits it, and shows them
-/// again in each field. The service's parser must return the same records for any text.
+/// A simple parser: it hides the escapes in the whole text, splits it, and restores the escaped
+/// characters in each field. The parser of the service must return the same records for any text.
 namespace plain {
 
 struct Record
@@ -15,7 +15,7 @@ struct Record
     QStringList fields; ///< unescaped
 };
 
-/// The text with its escapes hidden behind the placeholder words.
+/// The text with placeholder words instead of escapes.
 QString hideEscapes(QString text);
 
 QList<Record> parseText(const QString &text);

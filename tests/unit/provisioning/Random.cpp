@@ -13,7 +13,7 @@ unsigned newSeed()
     const unsigned seed = qEnvironmentVariableIsEmpty(SeedVariable)
                               ? std::random_device()()
                               : qEnvironmentVariable(SeedVariable).toUInt();
-    qInfo("To repeat the random seed of this run: %s=%u", SeedVariable, seed);
+    qInfo("To repeat this run: %s=%u", SeedVariable, seed);
     return seed;
 }
 

@@ -15,7 +15,8 @@ public:
 
     int below(int end) { return static_cast<int>(m_engine() % static_cast<unsigned>(end)); }
     int between(int first, int last) { return first + below(last - first + 1); }
-    bool once(int inSoMany) { return below(inSoMany) == 0; }
+    /// True in one of `count` cases.
+    bool once(int count) { return below(count) == 0; }
 
     template <typename Value>
     Value pick(const QList<Value> &values)
@@ -30,8 +31,8 @@ private:
     std::mt19937 m_engine;
 };
 
-/// Adds two rows with a column `seed`: a fixed seed, and one that is random and printed, or comes
-/// from PROGKEYS_TEST_SEED.
+/// Adds two rows with a column `seed`: a fixed seed, and PROGKEYS_TEST_SEED or a random seed, which
+/// is printed.
 void addSeeds();
 
 } // namespace unit

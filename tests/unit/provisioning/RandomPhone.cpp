@@ -30,7 +30,7 @@ QString escaped(QString text)
     return text.replace(QLatin1String(","), QLatin1String("\\,"));
 }
 
-// Numbers stand where either kind of record has some; the others do no harm as texts.
+// Any field can be a number or a text, for both kinds of records.
 QString randomRecord(Random &random)
 {
     QStringList fields{escaped(randomDmId(random))};

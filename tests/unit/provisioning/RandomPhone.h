@@ -12,10 +12,10 @@ struct Rollout
     QString keys;
 };
 
-/// One of a few identifiers, so that they repeat in both tables and settings. One of them is empty.
+/// One of a few identifiers, including an empty one, so that identifiers are repeated.
 QString randomDmId(Random &random);
 
-/// Stores up to `most` actions and keys, some of them a user's, under ids with gaps.
+/// Stores up to `most` actions and keys, some of them of users. Their ids have gaps.
 void fill(MemoryPhone &phone, Random &random, int most);
 
 /// Up to `most` records of each kind, some of them invalid or with escapes.

@@ -21,7 +21,7 @@ const QStringList &pieces()
     return all;
 }
 
-/// How the records of a text differ from those of the plain way; empty if they are the same.
+/// The difference between the records of both parsers, or an empty text if there is none.
 QByteArray faultIn(const QString &text)
 {
     const QString fault = unit::faultIn(parseText(text), text);
@@ -30,14 +30,14 @@ QByteArray faultIn(const QString &text)
 
 } // namespace
 
-/// The parser and the plain way give the same records for any text.
+/// The parser returns the same records as the simple parser for any text.
 class RandomTextTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void aRandomTextGivesTheRecordsOfThePlainWay_data() { unit::addSeeds(); }
-    void aRandomTextGivesTheRecordsOfThePlainWay()
+    void aRandomTextHasTheSameRecordsInBothParsers_data() { unit::addSeeds(); }
+    void aRandomTextHasTheSameRecordsInBothParsers()
     {
         QFETCH(unsigned, seed);
         unit::Random random(seed);
@@ -46,7 +46,7 @@ private slots:
             QCOMPARE(faultIn(random.join(pieces(), random.below(40))), QByteArray());
     }
 
-    void eachShortTextOfSpecialCharactersGivesTheRecordsOfThePlainWay()
+    void eachShortTextOfSpecialCharactersHasTheSameRecordsInBothParsers()
     {
         const QString letters = QStringLiteral("\\,#x");
         constexpr int longest = 7;
@@ -60,7 +60,7 @@ private slots:
         }
     }
 
-    void aTextOf20000RecordsIsReadToItsEnd()
+    void aTextOf20000RecordsIsReadCompletely()
     {
         const QString text = QStringLiteral("D\\,1,3,call\\#,,501,Reception,Rec#").repeated(20000);
         QCOMPARE(parseText(text).size(), 20001);

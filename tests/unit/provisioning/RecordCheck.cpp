@@ -7,14 +7,14 @@ using provisioning::Field;
 using provisioning::FieldCount;
 using provisioning::Record;
 
-/// A place and what the parser says stands there.
+/// The position of a record or field in the text.
 struct Place
 {
     int start;
     int length;
 };
 
-// Do the places follow each other from `start` to `end`, with one separator between any two?
+// Checks that the places follow each other from `start` to `end`, with one separator between them.
 QString faultInPlaces(const QList<Place> &places, const QString &text, int start, int end,
                       QLatin1Char separator)
 {
@@ -29,7 +29,7 @@ QString faultInPlaces(const QList<Place> &places, const QString &text, int start
     return next == end + 1 ? QString() : QStringLiteral("the places end at %1").arg(next - 1);
 }
 
-// What stands at a place, its escapes hidden, has to be one part of the hidden text.
+// Whether the text at a place is the hidden text, after its escapes are hidden.
 bool holds(const Place &place, const QString &hidden, const QString &text)
 {
     return plain::hideEscapes(text.mid(place.start, place.length)) == hidden;
@@ -62,7 +62,7 @@ QString faultIn(const Record &record, const plain::Record &expected, int number,
     if (!holds({record.start, record.length}, record.hidden, text))
         return QStringLiteral("another record at its place");
     if (record.isAccepted() != (expected.fields.size() == FieldCount))
-        return QStringLiteral("accepted or refused wrongly");
+        return QStringLiteral("incorrectly accepted or refused");
     return faultInFields(record, expected, text);
 }
 

@@ -5,9 +5,9 @@
 
 namespace unit {
 
-/// What is wrong with these records of this text; empty if nothing is. They must be those of the
-/// plain way, accepted by their number of fields alone and numbered from 1. The places of the
-/// fields and the separators together must cover the whole text.
+/// The first fault in the records of a text, or an empty text if there is none. The records must be
+/// those of the simple parser and numbered from 1, and only the number of fields decides whether
+/// they are accepted. The fields and the separators together must cover the whole text.
 QString faultIn(const QList<provisioning::Record> &records, const QString &text);
 
 } // namespace unit

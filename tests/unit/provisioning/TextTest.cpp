@@ -23,7 +23,7 @@ QString placeOf(const QString &text, int start, int length)
 
 } // namespace
 
-/// How the text of a setting becomes records.
+/// Parsing the text of a setting.
 class TextTest : public QObject
 {
     Q_OBJECT
@@ -50,8 +50,8 @@ private slots:
         row("an escaped hash before a hash does not escape it", "a\\##b", "aescSharp|b");
         row("a backslash at the end of the text is a character", "a#b\\", "a|b\\");
         row("a placeholder word stays in the record", "escComa#escSharp", "escComa|escSharp");
-        row("blanks, line ends and any script are characters", " ü \n#\t電🙂",
-            " ü \n|\t電🙂");
+        row("spaces, line breaks and non-ASCII characters are ordinary characters",
+            " ü \n#\t電🙂", " ü \n|\t電🙂");
     }
     void aHashSeparatesRecords()
     {
@@ -74,11 +74,11 @@ private slots:
         };
         row("an empty record has one empty field", "", "");
         row("empty fields are kept", ",a,,b,", "|a||b|");
-        row("blanks around a field belong to it", " a , b ", " a | b ");
+        row("spaces around a field belong to it", " a , b ", " a | b ");
         row("an escaped comma does not separate", "a\\,b,c", "a,b|c");
         row("an escaped hash becomes a hash", "a\\#b,c", "a#b|c");
-        row("a field may consist of an escape", "\\,,\\#", ",|#");
-        row("escapes may follow each other", "\\,\\#\\,,a", ",#,|a");
+        row("a field can consist of an escape", "\\,,\\#", ",|#");
+        row("escapes can follow each other", "\\,\\#\\,,a", ",#,|a");
         row("the second of two backslashes escapes a comma", "a\\\\,b", "a\\,b");
         row("the third of three backslashes escapes a comma", "a\\\\\\,b", "a\\\\,b");
         row("a backslash before another character stays", "a\\n\\\\b\\ ,c\\", "a\\n\\\\b\\ |c\\");
@@ -86,10 +86,11 @@ private slots:
         row("the word escSharp becomes a hash", "aescSharpb,c", "a#b|c");
         row("a placeholder word in another case stays", "esccoma,ESCSHARP", "esccoma|ESCSHARP");
         row("a part of a placeholder word stays", "escCom,escShar", "escCom|escShar");
-        row("a placeholder word may be split by a separator", "esc,Coma", "esc|Coma");
-        row("an escape after half a placeholder word is an escape", "escCom\\,a,escS\\#harp",
+        row("a separator can split a placeholder word", "esc,Coma", "esc|Coma");
+        row("an escape inside a placeholder word is an escape", "escCom\\,a,escS\\#harp",
             "escCom,a|escS#harp");
-        row("a word that appears after a replacement stays", "escescComaComa", "esc,Coma");
+        row("a placeholder word that results from a replacement stays", "escescComaComa",
+            "esc,Coma");
     }
     void aCommaSeparatesFields()
     {
@@ -101,7 +102,7 @@ private slots:
         QCOMPARE(unit::faultIn(records, text), QString());
     }
 
-    void onlyARecordOfSevenFieldsIsAccepted_data()
+    void onlyARecordWithSevenFieldsIsAccepted_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("fault");
@@ -117,7 +118,7 @@ private slots:
         row("six fields, one with a placeholder word", "a,b,c,d,e,fescComag",
             "6 instead of 7 fields");
     }
-    void onlyARecordOfSevenFieldsIsAccepted()
+    void onlyARecordWithSevenFieldsIsAccepted()
     {
         QFETCH(QString, text);
         QFETCH(QString, fault);
@@ -126,7 +127,7 @@ private slots:
         QCOMPARE(record.isAccepted(), fault.isEmpty());
     }
 
-    void placesCountCharactersOfTheOriginalText()
+    void positionsAreIndexesIntoTheOriginalText()
     {
         const QString text = QString::fromUtf8("D\\,1,3#\\#2,ü🙂,x\\,,\\y\\#z,");
         const QList<Record> records = parseText(text);
@@ -146,21 +147,21 @@ private slots:
         QCOMPARE(places, expected);
     }
 
-    void eachFieldOfAnActionHasItsPlace()
+    void theFieldsOfARecordAreThoseOfAnAction()
     {
         const QString text = QStringLiteral("D\\,1,3,call,web\\#app,501,Recep,Rec");
         QCOMPARE(describe(provisioning::toAction(parseText(text).first())),
                  QStringLiteral("Action(-1, 'D,1', 3, 'call', 'web#app', '501', 'Recep', 'Rec')"));
     }
 
-    void eachFieldOfAKeyHasItsPlace()
+    void theFieldsOfARecordAreThoseOfAKey()
     {
         const QString text = QStringLiteral("D\\,1,ma\\#in,2,ic\\,on,3,4,5");
         QCOMPARE(describe(provisioning::toKey(parseText(text).first())),
                  QStringLiteral("Key(-1, 'D,1', 'ma#in', -1, 2, 'ic,on', 3, 4, 5)"));
     }
 
-    void aNumberIsDecimalAndAnyOtherTextIsZero_data()
+    void aTextThatIsNotADecimalNumberBecomesZero_data()
     {
         QTest::addColumn<QString>("written");
         QTest::addColumn<int>("number");
@@ -171,20 +172,20 @@ private slots:
         row("a minus sign", "-5", -5);
         row("a plus sign", "+5", 5);
         row("leading zeros", "010", 10);
-        row("blanks around digits", " \t7 ", 7);
-        row("the greatest number", "2147483647", 2147483647);
-        row("the least number", "-2147483648", -2147483647 - 1);
-        row("one more than the greatest", "2147483648", 0);
-        row("one less than the least", "-2147483649", 0);
+        row("spaces around digits", " \t7 ", 7);
+        row("the largest number", "2147483647", 2147483647);
+        row("the smallest number", "-2147483648", -2147483647 - 1);
+        row("the largest number plus one", "2147483648", 0);
+        row("the smallest number minus one", "-2147483649", 0);
         row("an empty text", "", 0);
         row("digits before letters", "12abc", 0);
         row("two numbers", "1 2", 0);
-        row("a sign alone", "-", 0);
+        row("only a sign", "-", 0);
         row("hexadecimal digits", "0x10", 0);
         row("a fraction", "1.5", 0);
         row("an escaped comma", "1\\,000", 0);
     }
-    void aNumberIsDecimalAndAnyOtherTextIsZero()
+    void aTextThatIsNotADecimalNumberBecomesZero()
     {
         QFETCH(QString, written);
         QFETCH(int, number);

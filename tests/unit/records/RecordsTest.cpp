@@ -25,7 +25,7 @@ Key extremeKey()
     return key;
 }
 
-/// The members of a structure in the order of the wire.
+/// The members of a structure in wire order.
 QVariantList members(const QVariant &structure)
 {
     const auto in = structure.value<QDBusArgument>();
@@ -46,9 +46,9 @@ void changeField(Record &record, Value Record::*member)
         ++(record.*member);
 }
 
-/// The names of the fields whose change makes no difference to a comparison.
+/// The names of the fields that the comparison ignores.
 template <typename Record>
-QStringList fieldsThatAreNotCompared(const Record &sample)
+QStringList ignoredFields(const Record &sample)
 {
     QStringList names;
     const auto check = [&](const auto &field) {
@@ -63,7 +63,7 @@ QStringList fieldsThatAreNotCompared(const Record &sample)
 
 } // namespace
 
-/// The records and their containers, on their way through the bus library and back.
+/// Marshalling and demarshalling of the records and their containers.
 class RecordsTest : public QObject
 {
     Q_OBJECT
@@ -78,7 +78,7 @@ private slots:
     }
     void cleanupTestCase() { m_echo.reset(); }
 
-    void aKeyTravelsWithItsActionBeforeItsContainer()
+    void aKeyIsSentWithItsActionBeforeItsContainer()
     {
         const QVariantList expected{qlonglong{11},
                                     QStringLiteral("dm"),
@@ -93,7 +93,7 @@ private slots:
         QCOMPARE(m_echo->signature(), QStringLiteral("(xsxsisiii)"));
     }
 
-    void anActionTravelsInTheOrderOfItsFields()
+    void anActionIsSentInTheOrderOfItsFields()
     {
         const QVariantList expected{qlonglong{11},
                                     QStringLiteral("dm"),
@@ -107,7 +107,7 @@ private slots:
         QCOMPARE(m_echo->signature(), QStringLiteral("(xsisssss)"));
     }
 
-    void aListComesBackInItsOrderWithExtremeNumbersAndTexts()
+    void aListOfRecordsWithExtremeValuesIsReceivedUnchanged()
     {
         const ListKey keys{extremeKey(), Key(), unit::sampleKey()};
         QCOMPARE(qdbus_cast<ListKey>((*m_echo)(QVariant::fromValue(keys))), keys);
@@ -116,21 +116,21 @@ private slots:
         QCOMPARE(m_echo->signature(), QStringLiteral("a(xsisssss)"));
     }
 
-    void anEmptyListOfKeysIsAnEmptyArrayOfKeys()
+    void anEmptyListOfKeysIsSentAsAnEmptyArrayOfKeys()
     {
         QCOMPARE(qdbus_cast<ListKey>((*m_echo)(QVariant::fromValue(ListKey()))), ListKey());
         QCOMPARE(m_echo->signature(), QStringLiteral("a(xsxsisiii)"));
     }
 
-    void aMapOfPositionsComesBack()
+    void aMapOfPositionsIsReceivedUnchanged()
     {
         const QMapIntInt positions{{IntMin, 30}, {-2, 20}, {3, IntMax}};
         QCOMPARE(qdbus_cast<QMapIntInt>((*m_echo)(QVariant::fromValue(positions))), positions);
         QCOMPARE(m_echo->signature(), QStringLiteral("a{ii}"));
     }
 
-    // The service has no capability, so no system test sees one.
-    void aMapOfCapabilitiesComesBack()
+    // The service has no capabilities, so no system test covers them.
+    void aMapOfCapabilitiesIsReceivedUnchanged()
     {
         const MapQStringCapability capabilities{{QStringLiteral("a"), {QStringLiteral("text"), 1}},
                                                 {QStringLiteral("b"), {QString(), -2}}};
@@ -139,12 +139,12 @@ private slots:
         QCOMPARE(m_echo->signature(), QStringLiteral("a{s(si)}"));
     }
 
-    void recordsAreEqualOnlyIfAllFieldsAre()
+    void recordsAreEqualOnlyIfAllFieldsAreEqual()
     {
         QVERIFY(unit::sampleKey() == unit::sampleKey());
-        QCOMPARE(fieldsThatAreNotCompared(unit::sampleKey()), QStringList());
+        QCOMPARE(ignoredFields(unit::sampleKey()), QStringList());
         QVERIFY(unit::sampleAction() == unit::sampleAction());
-        QCOMPARE(fieldsThatAreNotCompared(unit::sampleAction()), QStringList());
+        QCOMPARE(ignoredFields(unit::sampleAction()), QStringList());
     }
 
 private:

@@ -50,7 +50,7 @@ QDBusMessage Echo::send(const QVariantList &values)
     m_received = QDBusMessage();
     const auto hasReceived = [this] { return m_received.type() == QDBusMessage::SignalMessage; };
     if (!m_client.send(signal) || !QTest::qWaitFor(hasReceived))
-        qFatal("The signal does not come back");
+        qFatal("The signal was not received");
     return m_received;
 }
 

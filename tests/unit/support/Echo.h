@@ -8,7 +8,8 @@
 
 namespace unit {
 
-/// Sends values through the bus library and back, over a direct connection that needs no bus.
+/// Sends values to this process itself through the bus library, over a direct connection without a
+/// bus.
 class Echo : public QObject
 {
     Q_OBJECT
@@ -17,12 +18,12 @@ public:
     Echo();
     ~Echo() override;
 
-    /// Sends the value and returns it as the receiver gets it.
+    /// Sends the value and returns the received one.
     QVariant operator()(const QVariant &value);
-    /// Sends a signal of these values and returns it as the receiver gets it.
+    /// Sends a signal with these values and returns the received one.
     QDBusMessage send(const QVariantList &values);
 
-    /// The type of the last message on the wire.
+    /// The signature of the last received message.
     QString signature() const { return m_received.signature(); }
 
 private slots:

@@ -43,7 +43,7 @@ LogCapture::~LogCapture()
 QStringList LogCapture::takeRaw()
 {
     QStringList lines = QString::fromUtf8(m_reader.readAll()).split(QLatin1Char('\n'));
-    lines.removeLast(); // what follows the last newline: nothing
+    lines.removeLast(); // the empty text after the last newline
     return lines;
 }
 

@@ -7,12 +7,12 @@
 
 namespace unit {
 
-/// Log lines as "level: text", without time, name and process. A line of any other form is kept
-/// whole, so that it shows in a comparison.
+/// Log lines as "level: text", without time, name and process. Lines in another format are not
+/// changed.
 QStringList withoutPrefixes(const QStringList &lines);
 
-/// While it lives, what this process writes to its error output goes into a file, and the
-/// configured log level is the given one.
+/// While this object exists, it redirects the error output of this process to a file and sets the
+/// log level.
 class LogCapture
 {
 public:

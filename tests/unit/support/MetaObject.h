@@ -6,7 +6,7 @@
 
 namespace unit {
 
-/// A method as one text: "access kind type name(types) names".
+/// A method as a text: "access kind type name(types) names".
 inline QString describe(const QMetaMethod &method)
 {
     static const char *const accesses[] = {"private", "protected", "public"};
@@ -19,7 +19,7 @@ inline QString describe(const QMetaMethod &method)
            (names.isEmpty() ? QString() : QLatin1Char(' ') + names);
 }
 
-/// The methods that the class itself declares, in the order of their indexes.
+/// The methods that the class itself declares, in index order.
 inline QStringList ownMethods(const QMetaObject &type)
 {
     QStringList texts;

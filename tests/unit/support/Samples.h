@@ -5,8 +5,8 @@
 
 #include <QtTest>
 
-/// Records in which each field has a different value, so that a swap of two fields shows, and how
-/// the test library prints a record.
+/// Records whose fields have different values, so that tests detect swapped fields, and the text of
+/// a record in test output.
 
 inline QString describe(const Key &key)
 {

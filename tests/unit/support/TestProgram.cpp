@@ -30,16 +30,15 @@ bool isTestClass(const QString &name)
         [&name](const TestClass &testClass) { return name == QLatin1String(testClass.name); });
 }
 
-/// Gives the process its own data, no bus and nothing else of the environment that it is started
-/// in.
+/// Sets a private data directory, no bus, and no variables of a service manager.
 void setUpEnvironment(const QTemporaryDir &directory)
 {
     if (!directory.isValid()) {
-        std::fputs("There is no temporary directory for the test.\n", stderr);
+        std::fputs("Cannot create a temporary directory for the test.\n", stderr);
         std::exit(EXIT_FAILURE);
     }
     qputenv("ZEL_DATA_ROOT", directory.filePath(QStringLiteral("data/")).toUtf8());
-    qputenv("ZEL_LOG_LEVEL", "0"); // a test that reads the log raises it
+    qputenv("ZEL_LOG_LEVEL", "0"); // LogCapture sets a higher level
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
     for (const char *variable :
          {"JOURNAL_STREAM", "NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"})
@@ -64,11 +63,6 @@ int runTests(QStringList arguments)
 Registration::Registration(const char *className, Factory factory)
 {
     testClasses().push_back({className, factory});
-}
-
-QString dataRoot()
-{
-    return qEnvironmentVariable("ZEL_DATA_ROOT");
 }
 
 } // namespace unit

@@ -16,14 +16,10 @@ public:
     Registration(const char *className, Factory factory);
 };
 
-/// The root of the data of this process, below a temporary directory. It ends with a slash and does
-/// not exist at first.
-QString dataRoot();
-
 } // namespace unit
 
-/// Lets the program run the tests of a class. One program holds all classes of a folder; its
-/// optional first argument is the name of one class, and all others are QtTest's.
+/// Adds the tests of a class to the program. A program contains the classes of a folder. Its first
+/// argument can be the name of a class; the other arguments are those of QtTest.
 #define PROGKEYS_TEST(Test)                                                                        \
     static const unit::Registration registrationOf##Test(                                          \
         #Test, []() -> std::unique_ptr<QObject> { return std::make_unique<Test>(); });

@@ -55,10 +55,10 @@ Records randomRecords(unit::Random &random)
         for (int field = 1; field <= provisioning::FieldCount; ++field)
             fields.append(
                 randomField(random, record == count && field == provisioning::FieldCount));
-        // Empty rows of a spreadsheet are skipped.
+        // Reading CSV skips empty rows.
         if (fields.join(QString()).trimmed().isEmpty())
             fields.first().prepend(QLatin1Char('a'));
-        // At the start of a text it would be taken for a byte order mark.
+        // At the start of a text, this character is a byte order mark.
         if (record == 1 && fields.first().startsWith(QChar(0xfeff)))
             fields.first().prepend(QLatin1Char('b'));
         records.records.append(fields);
@@ -66,8 +66,8 @@ Records randomRecords(unit::Random &random)
     return records;
 }
 
-// As the phone reads it.
-QList<QStringList> recordsAsThePhoneReadsThem(QByteArray text)
+// The records that the service reads.
+QList<QStringList> recordsOfService(QByteArray text)
 {
     text.chop(1);
     QList<QStringList> records;
@@ -90,29 +90,29 @@ Records viaJson(const Records &records)
 
 } // namespace
 
-/// Nothing is lost between the formats, for any content of the fields.
+/// Conversion between the formats keeps random records unchanged.
 class RoundTripTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void everyFormatGivesTheSameText_data();
-    void everyFormatGivesTheSameText();
+    void everyFormatHasTheSameRecords_data();
+    void everyFormatHasTheSameRecords();
 };
 
-void RoundTripTest::everyFormatGivesTheSameText_data()
+void RoundTripTest::everyFormatHasTheSameRecords_data()
 {
     unit::addSeeds();
 }
 
-void RoundTripTest::everyFormatGivesTheSameText()
+void RoundTripTest::everyFormatHasTheSameRecords()
 {
     QFETCH(unsigned, seed);
     unit::Random random(seed);
     for (int round = 0; round < Rounds; ++round) {
         const Records records = randomRecords(random);
         const QByteArray text = defaults::writeText(records);
-        QCOMPARE(recordsAsThePhoneReadsThem(text), records.records);
+        QCOMPARE(recordsOfService(text), records.records);
         const Records read = defaults::readText(text, File, records.kind);
         for (const Records &converted : {viaCsv(read), viaJson(read)}) {
             QCOMPARE(converted.kind, records.kind);

@@ -16,7 +16,7 @@ QJsonObject object(const char *json)
 
 } // namespace
 
-/// Records by the names of their fields.
+/// Records as JSON objects.
 class FieldsTest : public QObject
 {
     Q_OBJECT
@@ -73,10 +73,10 @@ void FieldsTest::invalidJsonIsRejected_data()
     const auto refuse = [](const char *what, const char *json, const char *message) {
         QTest::newRow(what) << QByteArray(json) << QString::fromLatin1(message);
     };
-    refuse("an unknown field", R"({"colour": 1})", "key 3: unknown field \"colour\"");
-    refuse("a text for a number", R"({"position": "1"})",
+    refuse("an unknown field", R"({"color": 1})", "key 3: unknown field \"color\"");
+    refuse("a text instead of a number", R"({"position": "1"})",
            "key 3: the field position is not a 32-bit integer");
-    refuse("a number for a text", R"({"icon": 1})",
+    refuse("a number instead of a text", R"({"icon": 1})",
            "key 3: the field icon is not a text without null characters");
     refuse("a null character", R"({"icon": "a\u0000b"})",
            "key 3: the field icon is not a text without null characters");
@@ -84,9 +84,9 @@ void FieldsTest::invalidJsonIsRejected_data()
            "key 3: the field icon is not a text without null characters");
     refuse("a fraction", R"({"position": 1.5})",
            "key 3: the field position is not a 32-bit integer");
-    refuse("more than 32 bits", R"({"type": 2147483648})",
+    refuse("a number of more than 32 bits", R"({"type": 2147483648})",
            "key 3: the field type is not a 32-bit integer");
-    refuse("more than 64 bits", R"({"idKey": 1e19})",
+    refuse("a number of more than 64 bits", R"({"idKey": 1e19})",
            "key 3: the field idKey is not a 64-bit integer");
     refuse("2^63", R"({"idKey": 9223372036854775808})",
            "key 3: the field idKey is not a 64-bit integer");
