@@ -27,10 +27,10 @@ sd_bus_message *answer(struct caller *caller, sd_bus_message *call)
     return reply;
 }
 
-void expect(bool is_right, const char *what)
+void expect(bool condition, const char *what)
 {
-    if (!is_right)
-        fail(what, "the answer is wrong");
+    if (!condition)
+        fail(what, "the reply is wrong");
 }
 
 void expect_key(const struct key *key, const struct key *expected, const char *what)
@@ -93,7 +93,7 @@ sd_bus_message *next_event(struct caller *caller, const char *name)
     const char *found = NULL;
     check(sd_bus_message_read(event, "s", &found), name);
     if (strcmp(found, name) != 0)
-        fail(name, "another event came");
+        fail(name, "another event arrived");
     check(sd_bus_message_enter_container(event, 'a', "(svb)"), name);
     return event;
 }
@@ -152,5 +152,5 @@ void expect_no_event(struct caller *caller)
 {
     while (check(sd_bus_process(caller->bus, NULL), "the bus") > 0)
         ;
-    expect(caller->event_count == 0, "an event that nothing caused");
+    expect(caller->event_count == 0, "an unexpected event");
 }

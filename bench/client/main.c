@@ -1,9 +1,9 @@
-// The client of all servers. It checks each answer, so that only correct work is timed: replies
-// while the clock runs, events during the warm-up, and what was stored at the end.
+// The client for all servers. It checks the replies during the measurement, the events during the
+// warm-up, and the stored records at the end, so that it times only correct operations.
 
+#include "operations.h"
 #include "start.h"
 #include "wire/fail.h"
-#include "works.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 
 struct arguments
 {
-    const struct work *work;
+    const struct operation *operation;
     long count;  ///< timed operations
     long warmup; ///< operations before them, whose events are checked
     long rows;   ///< stored keys and actions
@@ -26,36 +26,36 @@ static long parse_number(const char *text)
     return number;
 }
 
-static double measure_work(const struct arguments *arguments)
+static double measure_operation(const struct arguments *arguments)
 {
-    const struct work *const work = arguments->work;
+    const struct operation *const operation = arguments->operation;
     const long all = arguments->warmup + arguments->count;
     struct caller caller = {.rows = arguments->rows};
-    caller.made = calloc((size_t)all, sizeof *caller.made);
-    if (!caller.made)
+    caller.created = calloc((size_t)all, sizeof *caller.created);
+    if (!caller.created)
         fail("the ids of created keys", "out of memory");
     check(sd_bus_open_system(&caller.bus), "the bus");
 
     subscribe(&caller);
     for (long number = 0; number < arguments->warmup; ++number)
-        work->perform(&caller, number);
+        operation->perform(&caller, number);
     expect_no_event(&caller);
-    if (!work->needs_events)
+    if (!operation->needs_events)
         unsubscribe(&caller);
     const double begin = now();
     for (long number = arguments->warmup; number < all; ++number)
-        work->perform(&caller, number);
+        operation->perform(&caller, number);
     const double seconds = now() - begin;
-    if (work->finish)
-        work->finish(&caller, all);
+    if (operation->finish)
+        operation->finish(&caller, all);
 
     unsubscribe(&caller);
     sd_bus_flush_close_unref(caller.bus);
-    free(caller.made);
+    free(caller.created);
     return seconds / (double)arguments->count;
 }
 
-// bench_client WORK COUNT WARMUP ROWS prints the seconds of one operation.
+// bench_client OPERATION COUNT WARMUP ROWS prints the seconds of one operation.
 // bench_client start COMMAND... prints the seconds until the command owns the service's name.
 int main(int argc, char **argv)
 {
@@ -64,13 +64,13 @@ int main(int argc, char **argv)
         return EXIT_SUCCESS;
     }
     if (argc != 5)
-        fail("usage", "bench_client WORK COUNT WARMUP ROWS, or bench_client start COMMAND...");
-    const struct arguments arguments = {.work = find_work(argv[1]),
+        fail("usage", "bench_client OPERATION COUNT WARMUP ROWS, or bench_client start COMMAND...");
+    const struct arguments arguments = {.operation = find_operation(argv[1]),
                                         .count = parse_number(argv[2]),
                                         .warmup = parse_number(argv[3]),
                                         .rows = parse_number(argv[4])};
-    if (!arguments.work)
-        fail(argv[1], "unknown work");
-    printf("%.9f\n", measure_work(&arguments));
+    if (!arguments.operation)
+        fail(argv[1], "unknown operation");
+    printf("%.9f\n", measure_operation(&arguments));
     return EXIT_SUCCESS;
 }

@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 static const double LimitSeconds = 30;
-static const uint64_t LookMicroseconds = 100000; // between looks whether the process runs
+static const uint64_t PollMicroseconds = 100000; // between checks whether the process runs
 
 double now(void)
 {
@@ -37,7 +37,7 @@ static int see_owner(sd_bus_message *change, void *data, sd_bus_error *error)
     return 0;
 }
 
-// The kernel ends the process together with this one.
+// The kernel kills the process when this one ends.
 static pid_t launch(char **command)
 {
     const pid_t child = fork();
@@ -55,7 +55,7 @@ static void wait_for_owner(sd_bus *bus, const bool *is_owned, bool wanted, pid_t
     const double limit = now() + LimitSeconds;
     while (*is_owned != wanted) {
         if (check(sd_bus_process(bus, NULL), "the bus") == 0)
-            check(sd_bus_wait(bus, LookMicroseconds), "the bus");
+            check(sd_bus_wait(bus, PollMicroseconds), "the bus");
         if (wanted && waitpid(child, NULL, WNOHANG) == child)
             fail("starting the service", "the process ended before it owned its name");
         if (now() > limit)

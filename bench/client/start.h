@@ -1,6 +1,6 @@
 #pragma once
 
-/// Seconds of a clock that is never set.
+/// Seconds of a monotonic clock.
 double now(void);
 
 /// Starts the command and returns the seconds until the service's name has an owner. Then ends the

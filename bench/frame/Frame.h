@@ -2,7 +2,7 @@
 
 #include <QDBusAbstractAdaptor>
 
-/// The least that can be called over the bus.
+/// An interface with one method that does nothing.
 class FrameAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT

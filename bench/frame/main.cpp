@@ -1,5 +1,5 @@
-// What the service's frame costs by itself: an application object, the bus, an open database, and
-// one method that returns at once.
+// The frame: an application object, a bus connection, an open database, and a method that does
+// nothing. The benchmarks compare the service with it.
 
 #include "Frame.h"
 
@@ -9,7 +9,7 @@
 
 int main(int argc, char **argv)
 {
-    // As the platform has it.
+    // The platform also sets this.
     qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));

@@ -15,12 +15,12 @@ from typing import Any, Optional, Sequence
 from limits import LIMITS
 from measurements import MEASUREMENTS, ROUNDS, Bench, Comparison
 from report import show, update_docs, write_json
-from stand import MeasurementFailed
+from testbed import MeasurementFailed
 
 CHECKOUT = Path(__file__).resolve().parents[2]
 EXCEEDED, MISUSE, NOT_MEASURED = 1, 2, 3
 BUSY = 0.5
-"""The load average from which on the machine counts as busy."""
+"""The load average above which the machine counts as busy."""
 
 EPILOG = f"""\
 measurements:
@@ -35,8 +35,8 @@ measurements:
 The rival does the same work with libsystemd and SQLite. The frame is an empty Qt program.
 The limits are in bench/harness/limits.py. A limit is compared with the median of all rounds.
 Compared with the base, the verdict is "more" or "less" if all {ROUNDS} rounds agree.
-The status is 0 if all limits hold, {EXCEEDED} if one is exceeded, {MISUSE} if an argument is wrong,
-and {NOT_MEASURED} if something could not be measured or a server gave a wrong answer.
+The status is 0 if no limit is exceeded, {EXCEEDED} if one is, {MISUSE} if an argument is invalid,
+and {NOT_MEASURED} if a measurement failed or a server sent a wrong reply.
 """
 
 
@@ -58,18 +58,18 @@ def parser() -> argparse.ArgumentParser:
     )
     add("--quick", action="store_true", help="3 rounds with fewer calls; the verdicts are rough")
     add("--base", metavar="COMMIT", help="also build this commit and compare the service with it")
-    add("--json", type=Path, metavar="FILE", help="write the figures of each round to a file")
+    add("--json", type=Path, metavar="FILE", help="write the values of each round to a file")
     add(
         "--update-docs",
         action="store_true",
-        help="write the figures, tables and plots of docs/performance.md",
+        help="update the values, tables and plots of docs/performance.md",
     )
     add("--build", type=Path, metavar="DIR", help="use the programs of this build; build nothing")
     return options
 
 
 def check_options(options: argparse.Namespace, refuse: Any) -> None:
-    """Refuses what argparse accepts but what cannot work."""
+    """Refuses invalid options that argparse accepts."""
     if options.update_docs and (options.only or options.quick or options.base):
         refuse("--update-docs measures everything: omit --only, --quick and --base")
     if options.json and not os.access(options.json.absolute().parent, os.W_OK):
@@ -87,12 +87,12 @@ def main(arguments: Sequence[str]) -> int:
     load = os.getloadavg()[0]
     try:
         commands = build(options)
-        # All processes share one core: a switch between cores would scatter the figures.
+        # All processes run on one core, because switches between cores change the times.
         os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
         bench = Bench(commands, memory_directory(), disk_directory(), options.quick)
         print(f"{bench.rounds} rounds; load average {load:.2f}.")
         if load > BUSY:
-            print("The machine is busy, so the figures may scatter.")
+            print("The machine is busy, so the values may vary.")
         comparisons = measure(bench, options.only or list(MEASUREMENTS))
     except (MeasurementFailed, OSError) as error:
         print(f"scripts/bench: {error}", file=sys.stderr)
@@ -112,20 +112,20 @@ def main(arguments: Sequence[str]) -> int:
 
 
 def measure(bench: Bench, names: Sequence[str]) -> list[Comparison]:
-    """Measures and prints one after the other. Each limit must have been compared."""
+    """Takes the measurements and prints their tables. Each limit must have a row."""
     comparisons = []
     for name in names:
         rows = list(MEASUREMENTS[name](bench))
         compared = {row.name for row in rows if row.limit is not None}
         if compared != set(LIMITS.get(name, {})):
-            raise MeasurementFailed(f"{name}: the limits do not fit the rows: {compared}")
+            raise MeasurementFailed(f"{name}: the limits do not match the rows: {compared}")
         show(rows)
         comparisons += rows
     return comparisons
 
 
 def build(options: argparse.Namespace) -> dict[str, list[str]]:
-    """Builds what is measured and returns the command of each program."""
+    """Builds the programs and returns the command of each."""
     directory = options.build
     if not directory:
         directory = CHECKOUT / "build/bench"
@@ -148,7 +148,7 @@ def build(options: argparse.Namespace) -> dict[str, list[str]]:
 
 
 def build_base(commit: str) -> Path:
-    """Builds the service of a commit below build/, where a later run finds it."""
+    """Builds the service of a commit in a directory that later runs reuse."""
     directory = CHECKOUT / "build" / f"bench-base-{commit[:12]}"
     program = directory / "build/bin/zelprogrammablekeys"
     if not program.exists():
@@ -169,7 +169,7 @@ def build_base(commit: str) -> Path:
 
 
 def run(*command: Any) -> None:
-    """Runs a step of the build. Its output is shown if it fails."""
+    """Runs a step of the build, and shows its output if it fails."""
     words = [str(word) for word in command]
     print(f"+ {' '.join(words)}", file=sys.stderr)
     done = subprocess.run(
@@ -180,7 +180,7 @@ def run(*command: Any) -> None:
 
 
 def output(*command: str) -> Optional[str]:
-    """What a command prints; None if it fails."""
+    """The output of a command, or None if it fails."""
     try:
         done = subprocess.run(command, cwd=CHECKOUT, capture_output=True, text=True, check=True)
     except (OSError, subprocess.CalledProcessError):
@@ -210,7 +210,7 @@ def first(candidates: Sequence[Path], in_memory: bool, otherwise: str) -> Path:
 def describe(
     commands: dict[str, list[str]], options: argparse.Namespace, rounds: int, load: float
 ) -> dict[str, Any]:
-    """What the figures depend on."""
+    """The machine, the versions and the options of this run."""
     processor = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text("utf-8"))
     qt = re.search(r"=> (\S*libQt\dCore\.so\S*)", output("ldd", *commands["service"]) or "")
     bus = re.search(r"[\d.]+", output("dbus-daemon", "--version") or "")
@@ -235,7 +235,7 @@ def describe(
 
 
 def end(number: int, _frame: object) -> None:
-    """Ends by an exception, which stops all processes and removes their data."""
+    """Raises SystemExit, so that all contexts end their processes and remove their data."""
     sys.exit(128 + number)
 
 

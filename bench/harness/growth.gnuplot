@@ -1,8 +1,8 @@
 # The time of a call by the number of stored keys: gnuplot -c growth.gnuplot DATA SVG
 data = ARG1
-works = "get-action get-all-keys press create-key"
+operations = "get-action get-all-keys press create-key"
 servers = "service rival"
-array colours[2] = ["#0072b2", "#d55e00"]
+array colors[2] = ["#0072b2", "#d55e00"]
 array points[2] = [7, 5]
 least = 1e9
 most = 0
@@ -29,10 +29,10 @@ set key top left samplen 2 reverse Left textcolor "#333333"
 set multiplot layout 2,2 title "Time of a call by the number of stored keys" font ",16" \
     margins 0.09, 0.97, 0.06, 0.87 spacing 0.12, 0.15
 do for [panel = 1:4] {
-    set title word(works, panel)
+    set title word(operations, panel)
     if (panel > 1) { unset key }
     plot for [server = 1:2] data index panel - 1 using 1:(column(server + 1)) with linespoints \
-        linecolor rgb colours[server] linewidth 2 pointtype points[server] pointsize 0.7 \
+        linecolor rgb colors[server] linewidth 2 pointtype points[server] pointsize 0.7 \
         title word(servers, server)
 }
 unset multiplot

@@ -1,4 +1,4 @@
-"""The limits, by measurement and row. Each is compared with the median of all rounds."""
+"""The limits, by measurement and row. The median of all rounds must not exceed the limit."""
 
 LIMITS: dict[str, dict[str, float]] = {
     # Time of a call, service over rival, data in memory.
@@ -15,7 +15,7 @@ LIMITS: dict[str, dict[str, float]] = {
         "modify-action": 0.7,
         "create-key": 0.7,
     },
-    # Milliseconds until the name is on the bus, service minus frame.
+    # Milliseconds until the server owns its name, service minus frame.
     "start": {
         "100 stored keys": 25.0,
     },
@@ -24,7 +24,7 @@ LIMITS: dict[str, dict[str, float]] = {
         "60 provisioned keys": 1.5,
         "1,000 provisioned keys": 1.5,
     },
-    # Time of the merge of provisioned keys at a start, 1,000 keys over 100.
+    # Time of the merge of provisioned keys at a start, 1,000 keys over 100 keys.
     "growth": {
         "module keys": 13.0,
         "set keys": 13.0,

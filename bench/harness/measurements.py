@@ -1,4 +1,4 @@
-"""What is measured. Servers that are compared take turns within each round."""
+"""The measurements. The compared servers take turns within each round."""
 
 import statistics
 import sys
@@ -9,19 +9,19 @@ from pathlib import Path
 from typing import Any, Iterator, Mapping, Optional, Sequence, TypeVar
 
 from limits import LIMITS
-from stand import Stand
+from testbed import Testbed
 
 T = TypeVar("T")
 Series = tuple[str, str]
-"""What is measured, and of which server."""
+"""The name of a measured value, and the server."""
 Figures = dict[Series, list[float]]
-"""The figure of each round."""
+"""The value of each round."""
 
 ROUNDS, QUICK_ROUNDS = 11, 3
 QUICK_PART = 5
-"""By how much --quick divides the number of calls."""
+"""The divisor of the number of calls with --quick."""
 SHORT_STARTS = 4
-"""The mean of so many short starts is one figure, because a single one scatters."""
+"""The value of a round is the mean of this number of short starts, because single starts vary."""
 
 STORED = 100
 PROVISIONED = (60, 1000)
@@ -42,12 +42,12 @@ SIZES = {
     1000: {"get-action": 800, "get-all-keys": 50, "press": 400, "create-key": 150},
     10000: {"get-action": 800, "get-all-keys": 6, "press": 100, "create-key": 60},
 }
-"""How often the client makes each call in one round."""
+"""The number of calls in one round."""
 
 
 @dataclass(frozen=True)
 class Comparison:
-    """One row of a table: two figures of each round, and their ratio or difference."""
+    """A row of a table: two values for each round, and their ratio or difference."""
 
     measurement: str
     name: str
@@ -70,7 +70,7 @@ class Comparison:
 
     @property
     def verdict(self) -> str:
-        """Whether the limit holds; against the base, whether all rounds agree."""
+        """Whether the limit is exceeded or, for the base, whether all rounds agree."""
         if self.limit is not None:
             return "holds" if self.median <= self.limit else "exceeded"
         if self.against != "base" or len(self.results) < ROUNDS:
@@ -92,7 +92,7 @@ class Comparison:
 
 
 class Bench:
-    """Measures the programs whose commands it has."""
+    """Takes the measurements of the given programs."""
 
     def __init__(
         self, commands: Mapping[str, Sequence[str]], memory: Path, disk: Path, is_quick: bool
@@ -112,53 +112,53 @@ class Bench:
         yield from self._calls("disk", "on a disk", {STORED: WRITES})
 
     def sizes(self) -> Iterator[Comparison]:
-        """Calls with few and with many stored keys. They have no limits."""
+        """Calls with few and with many stored keys, without limits."""
         sizes = {rows: SIZES[rows] for rows in SIZES if rows <= 1000 or not self._is_quick}
         yield from self._calls("sizes", "in memory", sizes)
 
     def start(self) -> Iterator[Comparison]:
-        """From the start of the process to its name on the bus."""
+        """The time from the start of the process until it owns its name."""
         name = f"{STORED} stored keys"
-        with ExitStack() as up:
-            stands = {
-                (name, server): up.enter_context(self._stand(server, with_server=False))
+        with ExitStack() as running:
+            testbeds = {
+                (name, server): running.enter_context(self._testbed(server, with_server=False))
                 for server in (*self._services, "frame")
             }
-            figures = self._starts("start", stands)
+            figures = self._starts("start", testbeds)
         pair = ((name, "service"), (name, "frame"))
         yield self._row("start", name, figures, pair, "ms", is_difference=True)
         yield from self._against_base("start", figures, "ms")
 
     def provisioned_start(self) -> Iterator[Comparison]:
-        """The same with provisioned keys, which each start merges into the stored ones."""
+        """The time of a start with provisioned keys, which each start merges."""
         title = "provisioned-start"
         for keys in PROVISIONED:
             name = f"{keys:,} provisioned keys"
-            with ExitStack() as up:
-                stands = {
-                    (f"{name} {place}", server): up.enter_context(
-                        self._stand(server, place, rows=0, keys=keys, with_server=False)
+            with ExitStack() as running:
+                testbeds = {
+                    (f"{name} {place}", server): running.enter_context(
+                        self._testbed(server, place, rows=0, keys=keys, with_server=False)
                     )
                     for place in self._places
                     for server in self._services
                 }
-                figures = self._starts(f"{title}, {name}", stands)
+                figures = self._starts(f"{title}, {name}", testbeds)
             pair = ((f"{name} on a disk", "service"), (f"{name} in memory", "service"))
             yield self._row(title, name, figures, pair, "ms", ("on a disk", "in memory"))
             yield from self._against_base(title, figures, "ms")
 
     def growth(self) -> Iterator[Comparison]:
-        """The merge: what a start with provisioned keys takes longer than one without."""
+        """The time of the merge: a start with provisioned keys minus a start without."""
         for kind in ("module keys", "set keys"):
-            with ExitStack() as up:
-                stands = {
-                    (f"{keys:,} {kind}", server): up.enter_context(
-                        self._stand(server, rows=0, keys=keys, kind=kind, with_server=False)
+            with ExitStack() as running:
+                testbeds = {
+                    (f"{keys:,} {kind}", server): running.enter_context(
+                        self._testbed(server, rows=0, keys=keys, kind=kind, with_server=False)
                     )
                     for keys in (0, FEW, MANY)
                     for server in self._services
                 }
-                starts = self._starts(f"growth, {kind}", stands)
+                starts = self._starts(f"growth, {kind}", testbeds)
             merges = {
                 (name, server): [
                     start - without
@@ -172,16 +172,16 @@ class Bench:
             yield from self._against_base("growth", merges, "ms")
 
     def memory(self) -> Iterator[Comparison]:
-        """The memory of the idle process, with its share of the pages of shared libraries."""
+        """The memory of the idle process, including its share of shared pages."""
         few, many = "1 key", f"{MANY:,} keys"
         rows = {few: 1, many: MANY}
         series = [(few, "frame"), *((name, server) for name in rows for server in self._services)]
         figures: Figures = defaultdict(list)
         for name, server in self._turns("memory", [series]):
-            # One stand at a time, because the share depends on how many processes there are.
-            with self._stand(server, rows=rows[name]) as stand:
-                stand.do("do-nothing" if server == "frame" else "get-action")
-                figures[name, server].append(stand.memory())
+            # One server at a time, because the share depends on the number of processes.
+            with self._testbed(server, rows=rows[name]) as testbed:
+                testbed.run("do-nothing" if server == "frame" else "get-action")
+                figures[name, server].append(testbed.memory())
         pair = ((few, "service"), (few, "frame"))
         yield self._row("memory", "idle", figures, pair, "MiB", is_difference=True)
         pair = ((many, "service"), (few, "service"))
@@ -195,43 +195,43 @@ class Bench:
         """Calls, by the number of stored keys."""
         figures: Figures = defaultdict(list)
         servers = (*self._services, "rival")
-        with ExitStack() as up:
-            stands = {
-                (rows, server): up.enter_context(self._stand(server, place, rows=rows))
+        with ExitStack() as running:
+            testbeds = {
+                (rows, server): running.enter_context(self._testbed(server, place, rows=rows))
                 for rows in counts
                 for server in servers
             }
-            for stand in stands.values():
-                stand.check_limit_of_keys()
+            for testbed in testbeds.values():
+                testbed.check_key_limit()
             groups = [
-                [(rows, work, server) for server in servers]
+                [(rows, operation, server) for server in servers]
                 for rows in counts
-                for work in counts[rows]
+                for operation in counts[rows]
             ]
-            for rows, work, server in self._turns(title, groups):
-                count = max(counts[rows][work] // (QUICK_PART if self._is_quick else 1), 2)
-                name = work if len(counts) == 1 else f"{work}, {rows:,} keys"
-                seconds = stands[rows, server].do(work, count, max(count // 5, 2))
+            for rows, operation, server in self._turns(title, groups):
+                count = max(counts[rows][operation] // (QUICK_PART if self._is_quick else 1), 2)
+                name = operation if len(counts) == 1 else f"{operation}, {rows:,} keys"
+                seconds = testbeds[rows, server].run(operation, count, max(count // 5, 2))
                 figures[name, server].append(seconds * 1e6)
         for name in dict.fromkeys(name for name, _ in figures):
             yield self._row(title, name, figures, ((name, "service"), (name, "rival")), "µs")
         yield from self._against_base(title, figures, "µs")
 
-    def _starts(self, title: str, stands: Mapping[Series, Stand]) -> Figures:
-        """Milliseconds of the start on each stand."""
+    def _starts(self, title: str, testbeds: Mapping[Series, Testbed]) -> Figures:
+        """The time of a start on each test bed in milliseconds."""
         figures: Figures = defaultdict(list)
-        for series in self._turns(title, [list(stands)]):
-            stand = stands[series]
-            starts = SHORT_STARTS if stand.keys < MANY else 1
-            mean = statistics.mean(stand.start() for _ in range(starts))
+        for series in self._turns(title, [list(testbeds)]):
+            testbed = testbeds[series]
+            starts = SHORT_STARTS if testbed.keys < MANY else 1
+            mean = statistics.mean(testbed.start() for _ in range(starts))
             figures[series].append(mean * 1e3)
         return figures
 
-    def _stand(self, server: str, place: str = "in memory", **options: Any) -> Stand:
-        return Stand(self._commands, server, self._places[place], **options)
+    def _testbed(self, server: str, place: str = "in memory", **options: Any) -> Testbed:
+        return Testbed(self._commands, server, self._places[place], **options)
 
     def _turns(self, title: str, groups: Sequence[Sequence[T]]) -> Iterator[T]:
-        """In each round the members of each group one after the other; the first one changes."""
+        """In each round, yields the members of each group. The first member changes each round."""
         for round_ in range(self.rounds):
             self._show(f"{title}: round {round_ + 1} of {self.rounds}")
             for group in groups:
@@ -254,7 +254,7 @@ class Bench:
         headings: Optional[tuple[str, str]] = None,
         is_difference: bool = False,
     ) -> Comparison:
-        """Compares two series. The headings of the columns are the servers if none are given."""
+        """Compares two series. The default headings of the columns are the servers."""
         subject, against = headings or (pair[0][1], pair[1][1])
         limit = None if against == "base" else LIMITS.get(measurement, {}).get(name)
         both = (figures[pair[0]], figures[pair[1]])

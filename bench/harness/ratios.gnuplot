@@ -1,4 +1,4 @@
-# The service's time over the rival's: gnuplot -c ratios.gnuplot DATA SVG
+# The time of the service divided by that of the rival: gnuplot -c ratios.gnuplot DATA SVG
 data = ARG1
 stats data index 0 using 1 name "bars" nooutput
 stats data index 0 using 5 name "high" nooutput

@@ -1,4 +1,4 @@
-"""Tables on the terminal; figures, tables and plots in docs/."""
+"""Tables on the terminal, and the values, tables and plots in docs/."""
 
 import json
 import re
@@ -27,13 +27,13 @@ TITLES = {
     "sizes": "Time of a call by the number of stored keys",
 }
 SPREAD = 4
-"""The column that is left out where the terminal is too narrow."""
+"""The column that is omitted on a narrow terminal."""
 
 Rows = list[list[str]]
 
 
 def tables(comparisons: Iterable[Comparison]) -> Iterable[tuple[str, Rows]]:
-    """The title and the rows of each table, with its headings as the first row."""
+    """The title and the rows of each table. The first row has the headings."""
     found: dict[tuple[str, str], Rows] = {}
     for row in comparisons:
         title = f"{TITLES[row.measurement]}, {row.unit}"
@@ -54,13 +54,13 @@ def cells(row: Comparison) -> list[str]:
 
 
 def amount(figure: float) -> str:
-    """A figure with at least three digits."""
+    """A number with at least three digits."""
     digits = 0 if figure >= 100 else 1 if figure >= 10 else 2
     return f"{figure:,.{digits}f}"
 
 
 def show(comparisons: Sequence[Comparison]) -> None:
-    """Prints the tables, on a terminal no wider than it is."""
+    """Prints the tables, and truncates them to the width of the terminal."""
     width = shutil.get_terminal_size().columns if sys.stdout.isatty() else 1000
     for title, rows in tables(comparisons):
         if _width_of(rows) > width:
@@ -79,7 +79,7 @@ def _width_of(rows: Rows) -> int:
 
 
 def write_json(file: Path, document: dict[str, Any]) -> None:
-    """One line for each comparison, so that a change of figures is a change of few lines."""
+    """Writes each comparison as one line, so that changes of values change few lines."""
     head = json.dumps({k: v for k, v in document.items() if k != "comparisons"}, indent=2)
     lines = (json.dumps(row, ensure_ascii=False) for row in document["comparisons"])
     rows = ",\n".join(f"    {line}" for line in lines)
@@ -87,7 +87,7 @@ def write_json(file: Path, document: dict[str, Any]) -> None:
 
 
 def update_docs(document: dict[str, Any], comparisons: Sequence[Comparison]) -> None:
-    """Writes the figures, draws the plots, and replaces the tables between the page's markers."""
+    """Writes the values, draws the plots, and replaces the tables between the markers."""
     write_json(MEASUREMENTS, document)
     _draw("ratios", _bars(comparisons))
     _draw("growth", _lines(comparisons))
@@ -121,7 +121,7 @@ def _machine(document: dict[str, Any]) -> str:
 
 
 def _bars(comparisons: Sequence[Comparison]) -> list[list[Rows]]:
-    """For each place: height, name, median, lowest, highest, limit; then the headings."""
+    """The bars (height, name, median, lowest, highest, limit) and the headings (height, text)."""
     bars: list[Any] = []
     headings: list[Any] = []
     height = 0
@@ -137,18 +137,18 @@ def _bars(comparisons: Sequence[Comparison]) -> list[list[Rows]]:
 
 
 def _lines(comparisons: Sequence[Comparison]) -> list[list[Any]]:
-    """For each work: number of keys, microseconds of the service, microseconds of the rival."""
+    """For each operation: rows with the number of keys and the µs of the service and the rival."""
     blocks: dict[str, list[Any]] = {}
     for row in comparisons:
         if row.measurement == "sizes":
-            work, keys = row.name.removesuffix(" keys").split(", ")
+            operation, keys = row.name.removesuffix(" keys").split(", ")
             medians = (median(row.figures), median(row.others))
-            blocks.setdefault(work, []).append([keys.replace(",", ""), *medians])
+            blocks.setdefault(operation, []).append([keys.replace(",", ""), *medians])
     return list(blocks.values())
 
 
 def _draw(name: str, blocks: Sequence[Sequence[Sequence[Any]]]) -> None:
-    """Passes the blocks, as tab-separated rows, to the gnuplot script of that name."""
+    """Passes the blocks as tab-separated rows to a gnuplot script."""
     with tempfile.NamedTemporaryFile("w", suffix=".data", encoding="utf-8") as data:
         for block in blocks:
             data.writelines("\t".join(map(str, row)) + "\n" for row in block)

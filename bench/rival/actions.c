@@ -38,9 +38,9 @@ static int change_action(sd_bus *bus, const struct action *action)
     sqlite3_reset(selection);
     if (!exists)
         return Refused;
-    // The client does not change a short label, which would have to be sent to the modules.
+    // The client changes no short labels, so the rival does not have to send them to the modules.
     if (!is_same_label)
-        fail("modifyAction", "another short label");
+        fail("modifyAction", "a changed short label");
     const int code = update_action(action);
     if (code == StoreOk)
         send_action_modified(bus, action);

@@ -10,7 +10,7 @@
     (action)->idAction, (action)->dmId, (action)->type, (action)->action, (action)->webAppName,    \
         (action)->arguments, (action)->label, (action)->shortLabel
 
-// Sends an event. The arguments are those of an "a(svb)", beginning with their number.
+// Sends an event. The arguments are those of an "a(svb)", preceded by their number.
 static void send(sd_bus *bus, const char *event, ...)
 {
     sd_bus_message *message = NULL;

@@ -67,21 +67,21 @@ static bool read_setting(sd_bus *bus, const char *name, int *value)
     return is_read;
 }
 
-static bool is_room(sd_bus *bus)
+static bool has_room(sd_bus *bus)
 {
     int limit = 0;
     const bool is_limited = read_setting(bus, "ProgKeysMax", &limit);
     return !is_limited || count_keys_of_type(SetKey) < limit;
 }
 
-static int64_t make_key(sd_bus *bus, struct key *key)
+static int64_t store_key(sd_bus *bus, struct key *key)
 {
-    // The client does not create module keys, whose icons would have to be sent to the modules.
+    // The client creates no module keys, so the rival does not have to send icons to the modules.
     if (key->type != SetKey)
-        fail("createProgrammableKey", "not a key of the set");
+        fail("createProgrammableKey", "not a key on the set");
     if (!action_exists(key->idAction))
         return Refused;
-    if (!is_room(bus)) {
+    if (!has_room(bus)) {
         send_keys_full(bus);
         return KeysFull;
     }
@@ -98,7 +98,7 @@ int create_key(sd_bus_message *call, void *data, sd_bus_error *error)
     const int result = read_key(call, &key);
     if (result < 0)
         return result;
-    return sd_bus_reply_method_return(call, "x", make_key(sd_bus_message_get_bus(call), &key));
+    return sd_bus_reply_method_return(call, "x", store_key(sd_bus_message_get_bus(call), &key));
 }
 
 static bool is_removable(int64_t idKey)

@@ -1,6 +1,6 @@
-// The rival: what the benchmark's client asks for, written directly on libsystemd's bus library and
-// SQLite. It runs the same statements, sends the same events and reads the same setting as the
-// service, without a framework, a lifecycle, provisioning or a log.
+// The rival: the operations of the benchmarks, written directly with sd-bus and SQLite. It executes
+// the same statements, sends the same events and reads the same setting as the service, without a
+// framework, a lifecycle, provisioning or a log.
 
 #include "operations.h"
 #include "store.h"

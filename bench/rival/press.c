@@ -15,7 +15,8 @@ struct place
     bool is_known[FieldCount];
 };
 
-// Reads one argument. Of several with the same name the first counts; other names are ignored.
+// Reads an argument. The first of several arguments with the same name counts. Other names are
+// ignored.
 static int read_argument(sd_bus_message *event, struct place *place)
 {
     const char *name = NULL;
@@ -47,7 +48,7 @@ static bool read_place(sd_bus_message *event, struct place *place)
            place->is_known[Addr];
 }
 
-// The client presses only stored keys with stored actions; other presses are not answered.
+// The client presses only stored keys with stored actions. Other presses are ignored.
 int key_pressed(sd_bus_message *event, void *data, sd_bus_error *error)
 {
     (void)data, (void)error;

@@ -29,7 +29,7 @@ static const char *const Schema =
     "INSERT OR IGNORE INTO ACTION (idAction, type, action, webAppName, arguments, label, "
     "shortLabel, dmId) VALUES (-1, -1, '', '', '', '', '', '')";
 
-// The same texts as the service's.
+// The same texts as those of the service.
 static const char *const Texts[StatementCount] = {
     [SelectKey] = "SELECT " KEY_COLUMNS " FROM KEY WHERE idKey=?",
     [SelectAllKeys] = "SELECT " KEY_COLUMNS " FROM KEY",
@@ -56,7 +56,7 @@ void store_open(const char *root)
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys", root);
     mkdir(path, 0777);
     snprintf(path, sizeof path, "%s/ZelProgrammableKeys/zelprogrammablekeys.data", root);
-    // The only thread needs no mutexes.
+    // There is only one thread, so no mutexes are necessary.
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(path, &database, flags, NULL) != SQLITE_OK ||
         sqlite3_busy_timeout(database, 5000) != SQLITE_OK ||
@@ -68,7 +68,7 @@ void store_open(const char *root)
             fail(Texts[i], sqlite3_errmsg(database));
 }
 
-// A bound text outlives the run of its statement, so that SQLite needs no copy.
+// Bound texts stay valid until their statement has run, so SQLite does not copy them.
 static void bind_text(sqlite3_stmt *statement, int index, const char *text)
 {
     sqlite3_bind_text(statement, index, text, -1, SQLITE_STATIC);

@@ -12,8 +12,8 @@ enum { StoreOk = 0, StoreNoSuchRow = -2, StoreFailed = -3 };
 /// Opens the database below `root`, creates missing tables, and prepares all statements.
 void store_open(const char *root);
 
-/// A selection is read row by row: step it while it has rows, then reset it. The texts of a row are
-/// valid until the next step.
+/// Read a selection row by row: call its step function until it returns false, and then reset it.
+/// The texts of a row are valid until the next step.
 sqlite3_stmt *select_key(int64_t idKey);
 sqlite3_stmt *select_all_keys(void);
 sqlite3_stmt *select_module_keys_at(int type, int position, int aom_type, int aom_addr);

@@ -1,4 +1,4 @@
-"""A small round of scripts/bench, judged by limits that all hold and by one that is exceeded."""
+"""A short run of scripts/bench, with high limits and with limits that are exceeded."""
 
 import json
 import os
@@ -12,15 +12,15 @@ HARNESS = Path(__file__).resolve().parents[1] / "harness"
 BUILD = os.environ.get("PROGKEYS_BUILD_DIR", str(HARNESS.parents[1] / "build/qt5"))
 
 
-@pytest.mark.parametrize("most, status", [(1000.0, 0), (0.001, 1)], ids=["hold", "are exceeded"])
-def test_the_status_tells_whether_the_limits(
-    most: float, status: int, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
+@pytest.mark.parametrize("limit, status", [(1000.0, 0), (0.001, 1)], ids=["no", "yes"])
+def test_the_status_depends_on_whether_a_limit_is_exceeded(
+    limit: float, status: int, tmp_path: Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:
     monkeypatch.syspath_prepend(str(HARNESS))
     import limits
 
-    for work in limits.LIMITS["disk"]:
-        monkeypatch.setitem(limits.LIMITS["disk"], work, most)
+    for operation in limits.LIMITS["disk"]:
+        monkeypatch.setitem(limits.LIMITS["disk"], operation, limit)
     figures = tmp_path / "figures.json"
     command = ["--quick", "--only", "disk", "--build", BUILD, "--json", str(figures)]
     monkeypatch.setattr(sys, "argv", ["scripts/bench", *command])

@@ -8,7 +8,7 @@
 #define KEY "xsxsisiii"
 #define ACTION "xsisssss"
 
-/// A text that was read from a message belongs to that message.
+/// The texts of a record that was read from a message belong to that message.
 struct key
 {
     int64_t idKey;
@@ -34,7 +34,7 @@ struct action
     const char *shortLabel;
 };
 
-/// Each returns a negative errno on failure. Reading returns 0 at the end of an array.
+/// All return a negative errno on failure. Reading returns 0 at the end of an array.
 int append_key(sd_bus_message *message, const struct key *key);
 int append_action(sd_bus_message *message, const struct action *action);
 int read_key(sd_bus_message *message, struct key *key);

@@ -1,4 +1,4 @@
-#include "works.h"
+#include "operations.h"
 
 #include "wire/fail.h"
 #include "wire/names.h"
@@ -10,10 +10,10 @@
 
 static const int KeysOfModule = 24;
 
-// Goes through the stored rows in an order that is not theirs.
+// Visits all stored rows, but not in the order of their ids.
 static int64_t row(const struct caller *caller, long number)
 {
-    const int64_t stride = 7919; // a prime, so that each row is reached
+    const int64_t stride = 7919; // a prime, so that each row is visited
     return 1 + number * stride % caller->rows;
 }
 
@@ -42,7 +42,7 @@ static const struct action *store_action(struct stored_action *stored, int64_t i
     return &stored->action;
 }
 
-// Each write of each run has a label of its own, because SQLite does not write an unchanged page.
+// Each write has a unique label, because SQLite does not write unchanged pages.
 static const struct action *modified_action(struct stored_action *stored, int64_t id, long number)
 {
     store_action(stored, id);
@@ -51,7 +51,7 @@ static const struct action *modified_action(struct stored_action *stored, int64_
     return &stored->action;
 }
 
-// Only the label may have been modified, by an earlier run.
+// An earlier run may have modified the label.
 static void expect_stored_action(struct action *action, int64_t id, const char *what)
 {
     struct stored_action stored;
@@ -138,7 +138,7 @@ static void modify_action(struct caller *caller, long number)
     expect_action_event(caller, "ACTION_MODIFY_NTF", action);
 }
 
-// Reads back what was written last to each row.
+// Checks the last modification of each row.
 static void expect_modified_actions(struct caller *caller, long count)
 {
     const long first = count > caller->rows ? count - (long)caller->rows : 0;
@@ -173,23 +173,23 @@ static void create_key(struct caller *caller, long number)
     struct key key = new_key(caller, number);
     key.idKey = call_create_key(caller, &key);
     expect(key.idKey > 0, "createProgrammableKey");
-    caller->made[number] = key.idKey;
+    caller->created[number] = key.idKey;
     expect_key_event(caller, "KEY_CREATE_NTF", &key);
 }
 
-// Reads each created key back and deletes it.
+// Checks and deletes each created key.
 static void delete_created_keys(struct caller *caller, long count)
 {
     for (long number = 0; number < count; ++number) {
         struct key key = new_key(caller, number);
-        key.idKey = caller->made[number];
+        key.idKey = caller->created[number];
         expect_key_at(caller, key.idKey, &key);
         expect_code(call_with_id(caller, "deleteProgrammableKey", key.idKey),
                     "deleteProgrammableKey");
     }
 }
 
-// For a phone whose limit of keys is reached.
+// Requires that the key limit is reached.
 static void create_key_above_limit(struct caller *caller, long number)
 {
     const struct key key = new_key(caller, number);
@@ -239,7 +239,7 @@ static void do_nothing(struct caller *caller, long number)
     sd_bus_message_unref(answer(caller, new_call(caller, "doNothing")));
 }
 
-static const struct work Works[] = {
+static const struct operation Operations[] = {
     {"get-action", get_action, NULL, false},
     {"get-key", get_key, NULL, false},
     {"get-all-keys", get_all_keys, NULL, false},
@@ -250,10 +250,10 @@ static const struct work Works[] = {
     {"do-nothing", do_nothing, NULL, false},
 };
 
-const struct work *find_work(const char *name)
+const struct operation *find_operation(const char *name)
 {
-    for (size_t i = 0; i < sizeof Works / sizeof *Works; ++i)
-        if (strcmp(Works[i].name, name) == 0)
-            return &Works[i];
+    for (size_t i = 0; i < sizeof Operations / sizeof *Operations; ++i)
+        if (strcmp(Operations[i].name, name) == 0)
+            return &Operations[i];
     return NULL;
 }

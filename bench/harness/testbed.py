@@ -1,4 +1,4 @@
-"""A server with everything it needs: a private bus, a SettingsManager, and data of its own."""
+"""A server with a private bus, a SettingsManager and its own data."""
 
 import os
 import shutil
@@ -31,22 +31,22 @@ REMOVED_VARIABLES = (
     *("DBUS_", "GLIBC_TUNABLES", "JOURNAL_", "LD_PRELOAD", "MALLOC_", "NOTIFY_"),
     *("QT_", "WATCHDOG_", "ZEL_"),
 )
-"""Variables with these beginnings would change how the measured processes behave."""
+"""Variables with these prefixes would change the behavior of the measured processes."""
 
 END_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL", "--")
 
-SECONDS_TO_START = 20
-SECONDS_OF_CLIENT = 120
+START_LIMIT = 20
+CLIENT_LIMIT = 120
 KEYS_OF_MODULE = 24
-ROOM = "1000000"
+MANY_KEYS = "1000000"
 
 
 class MeasurementFailed(Exception):
-    """Something could not be measured. The text says what and why."""
+    """A measurement failed. The text has the reason."""
 
 
 def provisioned(count: int, kind: str) -> dict[str, str]:
-    """Settings with `count` provisioned actions and a key for each; `kind` is that of the keys."""
+    """Settings with `count` provisioned actions, each with a key of this kind."""
     keys = (
         f"P{i},main,{i},phone,0,0,0"
         if kind == "set keys"
@@ -57,12 +57,12 @@ def provisioned(count: int, kind: str) -> dict[str, str]:
     return {
         "DefaultActions": "#".join(actions),
         "DefaultKeys": "#".join(keys),
-        "ProgKeysMax": ROOM,
+        "ProgKeysMax": MANY_KEYS,
     }
 
 
-class Stand:
-    """Up while its `with` block runs: `rows` stored keys and actions, `keys` provisioned ones.
+class Testbed:
+    """A context with a running server, `rows` stored keys and actions, and `keys` provisioned keys.
 
     `commands` has the command of each program by its name.
     """
@@ -87,7 +87,7 @@ class Stand:
         self._environment: dict[str, str] = {}
         self._resources = ExitStack()
 
-    def __enter__(self) -> "Stand":
+    def __enter__(self) -> "Testbed":
         with ExitStack() as resources:
             self._directory = Path(tempfile.mkdtemp(prefix="progkeys-bench-", dir=self._storage))
             resources.callback(shutil.rmtree, self._directory, ignore_errors=True)
@@ -106,18 +106,18 @@ class Stand:
     def __exit__(self, *_exception: object) -> None:
         self._resources.close()
 
-    def do(self, work: str, count: int = 1, warmup: int = 1) -> float:
-        """The seconds of one operation, when the client does it `count` times."""
-        return self._client(work, count, warmup, self._rows)
+    def run(self, operation: str, count: int = 1, warmup: int = 1) -> float:
+        """Runs an operation `count` times and returns the mean time in seconds."""
+        return self._client(operation, count, warmup, self._rows)
 
-    def check_limit_of_keys(self) -> None:
-        """Whether the server reads the limit when a key is created."""
+    def check_key_limit(self) -> None:
+        """Checks that the server reads the limit when a key is created."""
         self._set("ProgKeysMax", "0")
-        self.do("create-key-above-limit")
-        self._set("ProgKeysMax", ROOM)
+        self.run("create-key-above-limit")
+        self._set("ProgKeysMax", MANY_KEYS)
 
     def start(self) -> float:
-        """The seconds from the start of the server to its name on the bus. Ends it again."""
+        """Starts and ends the server. Returns the seconds until it owned its name."""
         seconds = self._client("start", *self._commands[self.server])
         with closing(sqlite3.connect(self._database)) as connection:
             (found,) = connection.execute("SELECT COUNT(*) FROM KEY").fetchone()
@@ -126,7 +126,7 @@ class Stand:
         return seconds
 
     def memory(self) -> float:
-        """The MiB of the server, with its share of the pages that other processes also use."""
+        """The memory of the server in MiB, including its share of shared pages."""
         rollup = Path(f"/proc/{self.pid}/smaps_rollup").read_text(encoding="ascii")
         (size,) = (line.split()[1] for line in rollup.splitlines() if line.startswith("Pss:"))
         return int(size) / 1024
@@ -138,7 +138,7 @@ class Stand:
         (directory / name).write_text(f"{value}\n", encoding="utf-8")
 
     def _start_bus(self, resources: ExitStack) -> None:
-        # The path of a socket is limited to 107 bytes, so it does not go below the storage.
+        # The path of a socket is limited to 107 bytes, so it is not below the storage directory.
         directory = Path(tempfile.mkdtemp(prefix="progkeys-bench-"))
         resources.callback(shutil.rmtree, directory, ignore_errors=True)
         address = f"unix:path={directory}/socket"
@@ -153,26 +153,26 @@ class Stand:
         }
         daemon = ("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
         process = self._launch(resources, (*daemon, "--print-address"))
-        deadline = time.monotonic() + SECONDS_TO_START
-        # It prints its address once it accepts connections.
+        deadline = time.monotonic() + START_LIMIT
+        # The daemon prints its address when it accepts connections.
         while address not in self._log.read_text(encoding="utf-8"):
             if process.poll() is not None or time.monotonic() > deadline:
-                raise MeasurementFailed(f"the bus does not start{self._last_lines()}")
+                raise MeasurementFailed(f"the bus did not start{self._last_lines()}")
             time.sleep(0.005)
 
     def _start_module(self, resources: ExitStack, server: str, module: str) -> int:
-        """Starts a server, waits for its name on the bus, and returns its process id."""
+        """Starts a server, waits until it owns its name, and returns its process id."""
         command = list(self._commands[server])
         if server == "settingsmanager":
             command.append(str(self._directory / "settings"))
         process = self._launch(resources, command)
         wait = ("gdbus", "wait", "--address", self._environment["DBUS_SYSTEM_BUS_ADDRESS"])
-        wait += ("--timeout", str(SECONDS_TO_START), f"com.velmora.Tessaro.{module}")
+        wait += ("--timeout", str(START_LIMIT), f"com.velmora.Tessaro.{module}")
         waiter = self._launch(resources, wait)
         while waiter.poll() is None and process.poll() is None:
             time.sleep(0.005)
         if waiter.poll() != 0 or process.poll() is not None:
-            raise MeasurementFailed(f"{server} does not start{self._last_lines()}")
+            raise MeasurementFailed(f"{server} did not start{self._last_lines()}")
         return process.pid
 
     def _launch(self, resources: ExitStack, command: Sequence[str]) -> "subprocess.Popen[bytes]":
@@ -190,10 +190,10 @@ class Stand:
         return process
 
     def _store_rows(self) -> None:
-        """Lets a server create its tables, then adds actions, and a module key for each."""
+        """Starts a server to create the tables, and adds actions, each with a module key."""
         # The frame does not create tables.
-        maker = "service" if self.server == "frame" else self.server
-        self._client("start", *self._commands[maker])
+        creator = "service" if self.server == "frame" else self.server
+        self._client("start", *self._commands[creator])
         ids = range(1, self._rows + 1)
         actions = ((i, str(500 + i), f"Office {i}", f"Off {i}") for i in ids)
         keys = ((i, i, (i - 1) % KEYS_OF_MODULE, (i - 1) // KEYS_OF_MODULE) for i in ids)
@@ -220,20 +220,20 @@ class Stand:
             start_new_session=True,
         )
         try:
-            printed, complaint = child.communicate(timeout=SECONDS_OF_CLIENT)
+            printed, errors = child.communicate(timeout=CLIENT_LIMIT)
         except BaseException as error:
-            # The client leads a process group, with the server that it may have started.
+            # A server that the client has started is in its process group.
             os.killpg(child.pid, signal.SIGKILL)
             child.wait()
             if isinstance(error, subprocess.TimeoutExpired):
-                raise MeasurementFailed(f"{words[0]} on {self.server}: no end") from None
+                raise MeasurementFailed(f"{words[0]} on {self.server}: timed out") from None
             raise
         if child.returncode != 0:
             what = f"{words[0]} on {self.server}"
-            raise MeasurementFailed(f"{what}: {complaint.strip()}{self._last_lines()}")
+            raise MeasurementFailed(f"{what}: {errors.strip()}{self._last_lines()}")
         return float(printed)
 
     def _last_lines(self) -> str:
-        """The end of the log of the processes, as further lines of a message."""
+        """The last lines of the log, to append to a message."""
         lines = self._log.read_text(encoding="utf-8", errors="replace").splitlines()[-10:]
         return "".join(f"\n  {line}" for line in lines)
