@@ -7,8 +7,8 @@
 
 #include <type_traits>
 
-/// The service's log lines: `%1` and `%2` in a line stand for the values, numbers in base 10. A
-/// line is built only if the configured level allows it.
+/// The log lines of the service. Values replace `%1` and `%2` in a line. A line is built only if
+/// the configured level includes it.
 namespace logging {
 namespace detail {
 
@@ -17,7 +17,7 @@ inline QString text(const QString &value)
     return value;
 }
 
-// A value that is expensive to compute is passed as a function, called only for a written line.
+// A value that is expensive to compute can be a function, which is called only for written lines.
 template <typename Value>
 QString text(const Value &value)
 {

@@ -5,7 +5,7 @@
 
 namespace {
 
-// The module, its parent, owns it.
+// The module is the parent of the adaptor and owns it.
 QDBusAbstractAdaptor *makeAdaptor(QObject *module)
 {
     return new ZelProgrammableKeysAdaptor(module);

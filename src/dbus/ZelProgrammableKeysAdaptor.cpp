@@ -8,13 +8,13 @@
 
 namespace {
 
-// The platform's number for a call that could not be passed on.
+// The platform's error type for a call that could not be invoked.
 constexpr int InvocationError = 4;
 
 [[noreturn]] void throwInvocationFailed(const QObject *parent, const char *method)
 {
     qCritical("Adaptor::invokeMethod failed: %s", method);
-    // The platform catches pointers, and deletes what it caught.
+    // The platform catches pointers and deletes the exceptions.
     throw new ZELException(
         qobject_cast<const ZELModule *>(parent), InvocationError,
         QStringLiteral("Adaptor::invokeMethod failed: %1").arg(QLatin1String(method)));

@@ -7,9 +7,9 @@
 
 #include <QDBusAbstractAdaptor>
 
-/// Publishes the module's operations on the bus. Holds no logic: each method calls the slot of the
-/// same name and types of its parent, the module, and returns its result. If the call fails,
-/// because there is no such slot or a type is not registered, it throws a ZELException pointer.
+/// Publishes the module's operations on the bus. Each method calls the slot with the same name and
+/// types of its parent, the module, and returns its result. If there is no such slot or a type is
+/// not registered, it throws a ZELException pointer.
 class ZelProgrammableKeysAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT

@@ -7,7 +7,7 @@
 
 class ZELModule;
 
-/// The place of a key: which key of which add-on module.
+/// The place of a key: an add-on module and a key number.
 struct KeyPlace
 {
     int addr;
@@ -18,19 +18,20 @@ struct KeyPlace
 /// The place of a stored key.
 KeyPlace placeOf(const Key &key);
 
-/// Builds and sends the events of a module. Each builder sets the name of the caller's event, adds
-/// the arguments and sends it. All return whether the platform accepted the event; a refused event
-/// is logged and not sent again.
+/// Builds and sends the events of a module. Each function sets the name of the caller's event, adds
+/// its arguments and sends it. All functions return whether the platform has sent the event. An
+/// event that cannot be sent is logged and not sent again.
 class Notifications
 {
 public:
     explicit Notifications(ZELModule &module) : m_module(module) {}
 
-    /// Sends a finished event and logs the outcome.
+    /// Sends a complete event and logs the result.
     bool sendNotification(const ZELEvent &event) const;
 
-    /// KEY_CREATE_NTF and KEY_MODIFY_NTF carry the whole key as "idKey". KEY_DELETE_NTF carries
-    /// only the identifier under the same name. Listeners rely on that; actions do the same.
+    /// The argument "idKey" of KEY_CREATE_NTF and KEY_MODIFY_NTF is the whole key, but that of
+    /// KEY_DELETE_NTF is only the identifier. Subscribers rely on this. The same applies to
+    /// "idAction".
     bool keyCreated(ZELEvent &event, const Key &key) const;
     bool keyModified(ZELEvent &event, const Key &key) const;
     bool keyDeleted(ZELEvent &event, qlonglong idKey) const;
@@ -42,12 +43,12 @@ public:
 
     bool databaseReset(ZELEvent &event) const;
 
-    /// Requests to an add-on module to show a label or an icon on one of its keys.
+    /// Requests that an add-on module show a label or an icon on one of its keys.
     bool setModuleLabel(ZELEvent &event, const KeyPlace &place, int labelState,
                         const QString &label) const;
     bool setModuleIcon(ZELEvent &event, const KeyPlace &place, int iconX, int iconY) const;
 
-    /// A key of an add-on module was pressed. `exists` tells whether the key is stored.
+    /// A key on an add-on module was pressed. `exists` is true if the key is stored.
     bool moduleKeyPressed(ZELEvent &event, const Key &key, const Action &action, bool exists) const;
 
 private:

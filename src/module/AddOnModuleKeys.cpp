@@ -8,11 +8,11 @@
 
 namespace {
 
-// The only kind of module whose icons and labels can be set. These operations test the kind of the
-// module, but a press tests the type of the key.
+// The only module type whose icons and labels can be set. These operations check the type of the
+// module, but a press checks the type of the key.
 constexpr int SettableModuleType = 1;
 
-// QVariant silently truncates a number that does not fit: 2^32 + 5 would be key 5.
+// QVariant truncates numbers that do not fit without an error: 2^32 + 5 would be key 5.
 std::optional<int> toInt(const QVariant &value)
 {
     bool isNumber = false;
@@ -30,7 +30,7 @@ std::optional<int> readArgument(const ZELEvent &event, const QString &name, cons
     return number;
 }
 
-// The key that the answer to a press of an unprogrammed key carries.
+// The key in the event for a press of an unprogrammed key.
 Key unprogrammedKey(int position, int aom_type, int aom_addr)
 {
     Key key;

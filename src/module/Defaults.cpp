@@ -6,7 +6,7 @@
 
 namespace {
 
-// Merges through the module's operations, so that their checks, events and log lines apply.
+// Uses the operations of the module, so that their checks, events and log lines apply to the merge.
 class ModuleOperations : public provisioning::MergeTarget
 {
 public:
@@ -33,8 +33,8 @@ private:
 
 } // namespace
 
-// A setting that cannot be read counts as an empty text. The merge is repeated at every start and
-// no caller is told about its single writes, so they are synced together at its end.
+// A setting that cannot be read counts as an empty text. The writes of the merge are synced
+// together at its end, because every start repeats the merge and no caller waits for single writes.
 void ZelProgrammableKeys::syncDmDefaults()
 {
     SettingsReader &settings = SettingsReader::instance(*this);

@@ -98,8 +98,8 @@ bool ZelProgrammableKeys::actionExists(qlonglong idAction)
     return false;
 }
 
-// For a key of any type: first count, then read the limit. Without a readable setting there is no
-// limit.
+// Counts the keys first and then reads the limit, for keys of all types. If the setting cannot be
+// read, there is no limit.
 bool ZelProgrammableKeys::hasRoomFor(const Key &key)
 {
     const int count = database().countKeysOfType(KeyType::Set);

@@ -48,7 +48,7 @@ bool ZelProgrammableKeys::init()
     logging::debug("ZelProgrammableKeys initialization...");
     registerDBusKey();
     registerDBusAction();
-    // The platform logs a failed subscription. The keys of the set work without add-on modules.
+    // The platform logs a failed subscription. Keys on the set work without add-on modules.
     subscribeEvent(QStringLiteral("AOM_KEY_PRESS_EVENT"), this, SLOT(aomKeyPressed(ZELEvent)));
     return true;
 }

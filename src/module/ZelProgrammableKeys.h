@@ -10,8 +10,8 @@
 class ProgKeysDatabase;
 class QDBusAbstractAdaptor;
 
-/// The service's one module. The D-Bus adaptor calls its slots by name, so their names, order and
-/// types are part of the bus interface. Everything runs on the thread of the event loop.
+/// The module of the service. The D-Bus adaptor calls its slots by name, so their names, order and
+/// types are part of the bus interface. All code runs on the thread of the event loop.
 class ZelProgrammableKeys : public ZELModule
 {
     Q_OBJECT
@@ -21,28 +21,28 @@ public:
     /// Creates the adaptor that publishes the module's operations, as a child of the module.
     using MakeAdaptor = QDBusAbstractAdaptor *(*)(QObject *module);
 
-    /// The single instance. The first call creates it; `main` deletes it at the end of the process.
-    /// `start` calls the function of the first call.
+    /// The single instance. The first call creates it, and `main` deletes it at the end of the
+    /// process. `start` calls the function that was passed to the first call.
     static ZelProgrammableKeys *instance(MakeAdaptor makeAdaptor);
     static QString moduleName();
 
     bool check() override;
-    /// Deletes all data: drops the tables and creates them again.
+    /// Deletes all data: drops and recreates the tables.
     bool deploy() override;
     bool init() override;
     bool start() override;
-    /// Returns false although it completes all its steps: the platform expects this result.
+    /// Returns false even if all steps succeed, because the platform expects this result.
     bool restoreDefault() override;
     bool restoreFactory() override;
 
-    /// False for a key or action that device management provisioned: clients cannot delete it.
+    /// False for a provisioned key or action, which clients cannot delete.
     static bool isProgrammableKeyRemovable(const Key &key);
     static bool isActionRemovable(const Action &action);
 
     /// Merges the defaults that device management provisions into the database.
     void syncDmDefaults();
 
-    /// Asks the add-on modules to show the label on each of their keys that triggers this action.
+    /// Requests that the add-on modules show the label on all keys that trigger this action.
     void updateAomLabelsForAction(qlonglong idAction, const QString &label);
 
 public slots:

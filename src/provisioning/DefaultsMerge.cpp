@@ -50,7 +50,7 @@ ListKey readKeys(const MergeTarget &target, const QList<Record> &records)
     return keys;
 }
 
-// Places in the list by identifier, in the order of the list: an identifier may occur twice.
+// The indexes of the actions by identifier, in order. Identifiers may be repeated.
 QHash<QString, QList<int>> placesByDmId(const ListAction &actions)
 {
     QHash<QString, QList<int>> places;

@@ -10,8 +10,8 @@
 
 namespace provisioning {
 
-/// What a merge reads and changes. In the service these are its operations, so that their checks,
-/// events and log lines apply to provisioned rows too; their results are not used.
+/// The operations that a merge uses. In the service these are its own operations, so that their
+/// checks, events and log lines also apply to provisioned rows. Their results are not used.
 class MergeTarget
 {
 public:
@@ -20,7 +20,7 @@ public:
     MergeTarget &operator=(const MergeTarget &) = delete;
     virtual ~MergeTarget() = default;
 
-    /// Whether the merge writes its log lines. False for a dry run.
+    /// Whether the merge writes log lines. False for a dry run.
     virtual bool isLogged() const { return true; }
 
     virtual ListAction allActions() = 0;
@@ -32,13 +32,13 @@ public:
     virtual void createKey(const Key &key) = 0;
 };
 
-/// Brings the target into line with the texts of the settings "DefaultActions" and "DefaultKeys".
+/// Merges the texts of the settings "DefaultActions" and "DefaultKeys" into the target.
 ///
-/// Provisioned actions are matched by dmId and keep their idAction. New ones are added. The target
-/// is asked to delete those that are no longer provisioned; the service refuses that, so they stay.
-/// All provisioned keys are deleted and created again, each with the first action of its dmId; a
-/// key without an action is dropped. User rows do not change. An invalid record is logged and
-/// skipped.
+/// Provisioned actions are matched by dmId and keep their idAction. New actions are added. The
+/// merge requests the deletion of actions that are no longer provisioned, but the service refuses
+/// this, so they stay. All provisioned keys are deleted and created again, each with the first
+/// action of its dmId. A key without an action is dropped. User rows do not change. Invalid records
+/// are logged and skipped.
 void mergeDefaults(MergeTarget &target, const QString &actionsText, const QString &keysText);
 
 } // namespace provisioning

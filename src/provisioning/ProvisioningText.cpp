@@ -29,9 +29,9 @@ bool isEscapeAt(const QString &text, int index)
     return next == FieldSeparator || next == RecordSeparator;
 }
 
-// Where the part that begins at `start` ends: at the next separator that is not escaped, or at
-// `end`. Two escapes cannot overlap, so skipping them here and hiding them in the parts has the
-// same result as hiding them in the whole text and then splitting it.
+// The end of the part that begins at `start`: the next separator that is not escaped, or `end`. Two
+// escapes cannot overlap, so skipping them here and hiding them in the parts has the same result as
+// hiding them in the whole text before splitting it.
 int partEnd(const QString &text, int start, int end, QLatin1Char separator)
 {
     int index = start;

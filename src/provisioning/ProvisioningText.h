@@ -3,9 +3,9 @@
 #include <QList>
 #include <QString>
 
-/// The text in which device management writes its defaults: records separated by `#`, fields by
-/// `,`; backslash-comma and backslash-hash stand for the characters themselves. Positions are QChar
-/// indexes into the original text; only programs that check a text use them.
+/// The format of the defaults: `#` separates records, and `,` separates fields. A comma or hash
+/// after a backslash is not a separator. Positions are QChar indexes into the original text. Only
+/// programs that check a text use them.
 namespace provisioning {
 
 /// The number of fields of an accepted record.
@@ -18,24 +18,23 @@ struct Field
     int length = 0;
 };
 
-/// One record. It is accepted if it has exactly FieldCount fields; otherwise `fault` has the
-/// reason.
+/// A record. It is accepted if it has exactly FieldCount fields. Otherwise `fault` has the reason.
 struct Record
 {
-    int number = 0; ///< from 1, counting invalid and empty records
+    int number = 0; ///< from 1, including invalid and empty records
     int start = 0;
     int length = 0;
-    QString hidden; ///< its text with the escapes hidden, for the log
+    QString hidden; ///< its text with placeholder words for escapes, for the log
     QList<Field> fields;
     QString fault; ///< empty if it is accepted
 
     bool isAccepted() const { return fault.isEmpty(); }
 };
 
-/// The records of a text, in order; at least one, because an empty text is one empty record.
+/// The records of a text, in order. An empty text is one empty record.
 ///
-/// Placeholder words stand for escapes while the text is parsed, so a field that contains `escComa`
-/// or `escSharp` comes out with a comma or a hash in its place.
+/// The parser temporarily replaces escapes with the placeholder words `escComa` and `escSharp`. If
+/// a field contains these words itself, they also become a comma or a hash.
 QList<Record> parseText(const QString &text);
 
 } // namespace provisioning

@@ -9,7 +9,7 @@
 
 SettingsReader &SettingsReader::instance(ZELModule &module)
 {
-    // Never freed: settings may be read until the end of the process.
+    // Never deleted, because settings may be read until the end of the process.
     static auto *const reader = new SettingsReader(module);
     return *reader;
 }

@@ -7,17 +7,17 @@
 #include <QMetaType>
 #include <QString>
 
-/// The empty action. It is created with the tables, can be modified, and is never deleted.
+/// The empty action. It is created with the tables. It can be modified, but not deleted.
 constexpr qlonglong ReservedActionId = -1;
 
-/// What a key does when it is pressed, `(xsisssss)` on the bus.
+/// The action that a key triggers, `(xsisssss)` on the bus.
 struct Action
 {
-    qlonglong idAction = -1; ///< assigned by the database, from 1 upward; -1 is the reserved action
-    QString dmId;            ///< the provisioned entry it comes from; empty: created by a user
+    qlonglong idAction = -1; ///< assigned by the database, starting at 1; -1: the reserved action
+    QString dmId;            ///< the provisioned entry; empty if a user created the action
     int type = 0;
     QString action;
-    QString webAppName; ///< the web application that the action addresses, if any
+    QString webAppName; ///< the web application that the action uses, if any
     QString arguments;
     QString label;
     QString shortLabel; ///< the label that an add-on module shows
@@ -43,6 +43,6 @@ bool operator==(const Action &left, const Action &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Action &action);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Action &action);
 
-/// Registers `Action` and `ListAction` by name with the meta-type system and the bus. Call it
-/// before any call or event carries them. Further calls change nothing.
+/// Registers `Action` and `ListAction` by name with the meta-type system and the bus library. Call
+/// this before a call or an event uses these types. Further calls have no effect.
 void registerDBusAction();

@@ -1,4 +1,4 @@
 #pragma once
 
-/// `Capability`, `MapQStringCapability` and `QMapIntInt` belong to the module framework.
+/// The module framework defines `Capability`, `MapQStringCapability` and `QMapIntInt`.
 #include <zelcore/ZELTypes.h>

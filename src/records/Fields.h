@@ -4,10 +4,10 @@
 
 #include <tuple>
 
-/// One field of a record: its name, which is also the name of its column, and its member.
+/// A field of a record: its name, which is also the name of its column, and its member.
 ///
-/// A record lists its fields once, in `fields()`, in the order of its bus signature. Comparison,
-/// marshalling and the reading of rows go through that list.
+/// A record lists its fields in `fields()`, in the order of its bus signature. Comparison,
+/// marshalling and reading rows use this list.
 template <typename Record, typename Value>
 struct Field
 {

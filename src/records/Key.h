@@ -7,23 +7,23 @@
 #include <QMetaType>
 #include <QString>
 
-/// The values of `Key::type` that this service tests. It stores other values unchanged.
+/// The values of `Key::type` that this service checks. It stores other values unchanged.
 namespace KeyType {
-constexpr int Set = 0;         ///< a key of the set itself; only these count against the limit
+constexpr int Set = 0;         ///< a key on the set; only these count towards the limit
 constexpr int AddOnModule = 1; ///< a key on an add-on module
 } // namespace KeyType
 
-/// One programmable key, `(xsxsisiii)` on the bus.
+/// A programmable key, `(xsxsisiii)` on the bus.
 struct Key
 {
-    qlonglong idKey = -1;    ///< assigned by the database, from 1 upward
-    QString dmId;            ///< the provisioned entry it comes from; empty: created by a user
-    QString container;       ///< the container of the user interface that holds it
-    qlonglong idAction = -1; ///< the action it triggers
+    qlonglong idKey = -1;    ///< assigned by the database, starting at 1
+    QString dmId;            ///< the provisioned entry; empty if a user created the key
+    QString container;       ///< the container of the user interface with this key
+    qlonglong idAction = -1; ///< the action that the key triggers
     int position = -1;       ///< within the container; on an add-on module, the number of the key
     QString icon;
     int type = -1;     ///< see KeyType
-    int aom_type = -1; ///< the kind of add-on module
+    int aom_type = -1; ///< the type of the add-on module
     int aom_addr = -1; ///< the address of the add-on module
 
     /// In the order of the bus signature, in which idAction precedes container.
@@ -47,6 +47,6 @@ bool operator==(const Key &left, const Key &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Key &key);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Key &key);
 
-/// Registers `Key` and `ListKey` by name with the meta-type system and the bus. Call it before any
-/// call or event carries them. Further calls change nothing.
+/// Registers `Key` and `ListKey` by name with the meta-type system and the bus library. Call this
+/// before a call or an event uses these types. Further calls have no effect.
 void registerDBusKey();

@@ -16,13 +16,13 @@ namespace {
 
 bool hasWriteAheadLog = false;
 
-// A write-ahead log needs memory that is shared through a file. Some file systems, such as JFFS2,
-// do not support that: SQLite still accepts the log there, and then fails at every statement.
+// A write-ahead log requires memory that is shared through a file. Some file systems, such as
+// JFFS2, do not support that. SQLite accepts the log there, but then all statements fail.
 bool canShareMemory(const QString &fileName)
 {
     const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CLOEXEC);
     if (descriptor < 0)
-        return true; // the file cannot be written, which the statements report
+        return true; // the file cannot be written; the statements report this
     void *const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     const bool isShared = page != MAP_FAILED;
     if (isShared)
@@ -39,7 +39,7 @@ bool setJournal(const QLatin1String &mode)
     return execute(QStringLiteral("PRAGMA journal_mode=%1").arg(mode)) == QString(mode);
 }
 
-// Without shared memory, a file that already has a log can be read only under an exclusive lock.
+// Without shared memory, a file with a write-ahead log can be read only with an exclusive lock.
 bool keepJournalAlone()
 {
     execute(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
@@ -51,15 +51,16 @@ bool keepJournalAlone()
 // Returns whether the file now has a durable journal.
 bool chooseJournal()
 {
-    // Tested before the database takes its first lock: closing the file drops all locks on it.
+    // Check this before the database takes its first lock, because closing the file releases all
+    // locks on it.
     static const bool isShareable = canShareMemory(current().databaseName());
     if (!isShareable)
         return keepJournalAlone();
     hasWriteAheadLog = setJournal(WriteAheadLog);
     if (hasWriteAheadLog)
         return true;
-    // A process that reads prevents the change to a log, but not a persistent journal. The first
-    // pragma has already waited for a process that holds an exclusive lock.
+    // A process that reads prevents the change to a write-ahead log, but not to a persistent
+    // journal. The first pragma has already waited for processes with an exclusive lock.
     waitForLocks(0);
     const bool isKept = setJournal(PersistentJournal);
     waitForLocks(BusyMilliseconds);
@@ -127,9 +128,9 @@ bool open(const QString &directory, const QString &fileName)
     return true;
 }
 
-// With SQLite's default journal a power cut can undo an acknowledged write, because SQLite does not
-// sync the directory after it deletes the journal. A write-ahead log and a persistent journal do
-// not have this fault.
+// With SQLite's default journal, a power cut can undo an acknowledged write, because SQLite does
+// not sync the directory after it deletes the journal. A write-ahead log and a persistent journal
+// do not have this problem.
 void ensureDurable()
 {
     static bool isDurable = false;

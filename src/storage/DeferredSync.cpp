@@ -4,7 +4,7 @@
 
 namespace {
 
-// Each copy of the log into the database costs two or three syncs, so it is done less often while
+// Copying the log into the database costs two or three syncs, so this happens less often while
 // syncs are deferred. 1000 pages (4 MiB) is SQLite's default.
 constexpr int PagesWhileDeferred = 1000;
 
@@ -13,14 +13,14 @@ bool setSynchronous(const QString &mode)
     return connection::execute(QStringLiteral("PRAGMA synchronous=%1").arg(mode)).has_value();
 }
 
-// How many rows the connection has inserted, updated or deleted so far.
+// The number of rows that the connection has inserted, updated or deleted so far.
 std::optional<QString> changesSoFar()
 {
     return connection::execute(QStringLiteral("SELECT total_changes()"));
 }
 
-// Copies the log into the database, which syncs both, and empties it. False if another process uses
-// the database, or after a log line.
+// Copies the log into the database, which syncs both, and empties the log. Returns false if another
+// process uses the database, or after an error, which is logged.
 bool copyLog()
 {
     connection::waitForLocks(0);
@@ -30,7 +30,7 @@ bool copyLog()
     return isBusy && *isBusy == QLatin1String("0");
 }
 
-// A write that is synced also syncs the log before it. This one writes a number back unchanged.
+// A synced write also syncs the earlier contents of the log. This writes an unchanged number.
 void syncLog()
 {
     const std::optional<QString> version =
@@ -50,9 +50,9 @@ DeferredSync::DeferredSync()
     m_changes = changesSoFar();
 }
 
-// The log is copied first, because that also repairs what a sync lost that failed meanwhile: the
-// kernel reports such a failure only once, and the pages would never reach the disk. The copy is
-// made from memory. A second try does so after a failure that the first one has met.
+// The log is copied first. This also writes the pages of an earlier failed sync again: the kernel
+// reports such a failure only once and would not write the pages again. The copy is made from
+// memory. If the first copy reports the failure, the second one writes the pages.
 DeferredSync::~DeferredSync()
 {
     if (!m_isDeferred)

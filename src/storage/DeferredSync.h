@@ -4,11 +4,11 @@
 
 #include <optional>
 
-/// While it exists, writes are not synced one by one. Its destructor syncs them together. If no row
-/// was changed, it writes nothing. A failure is logged.
+/// While this object exists, single writes are not synced. Its destructor syncs them together. If
+/// no row was changed, it writes nothing. A failure is logged.
 ///
-/// A power cut in between loses some of the last writes, but damages nothing. That holds only with
-/// a write-ahead log; with a rollback journal, every write is still synced.
+/// A power cut before the sync can lose the last writes, but does not damage the database. This
+/// requires a write-ahead log. With a rollback journal, every write is still synced.
 class DeferredSync
 {
 public:

@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-/// The outcome of an insertion: a ResultCode and, on success, the id of the new row.
+/// The result of an insertion: a ResultCode and, on success, the id of the new row.
 struct Insertion
 {
     qlonglong id;

@@ -30,8 +30,8 @@ int ProgKeysDatabase::updateKey(const Key &key)
 bool ProgKeysDatabase::updateKeyPositions(const QMapIntInt &positions)
 {
     static Statement statement("UPDATE KEY SET position=? WHERE idKey=?");
-    // Qt 5 keeps every entry of an id that was sent more than once, the last one first. Only the
-    // last one applies.
+    // Qt 5 keeps all entries of a repeated id, with the last one first. Only the last entry
+    // applies.
     const auto isRepeated = [&positions](QMapIntInt::const_iterator entry) {
         return entry != positions.cbegin() && std::prev(entry).key() == entry.key();
     };
@@ -53,7 +53,7 @@ int ProgKeysDatabase::deleteKey(qlonglong idKey)
 void ProgKeysDatabase::deleteProvisionedKeys()
 {
     static Statement statement("DELETE FROM KEY WHERE DMID<>''");
-    statement.change({}); // a failure is in the log
+    statement.change({}); // logs a failure
 }
 
 ListKey ProgKeysDatabase::key(qlonglong idKey)

@@ -15,7 +15,8 @@
 
 namespace {
 
-// The stand-in framework has the data directory as a property. The phone's framework has none.
+// The replacement of the framework has a property for the data directory. The phone's framework
+// does not have it.
 QString dataRoot()
 {
     const QString root = QCoreApplication::instance()->property("dataRoot").toString();
@@ -29,7 +30,7 @@ bool failedForLock(const QSqlQuery &query)
     return (query.lastError().nativeErrorCode().toInt() & kindOfError) == busy;
 }
 
-// The application object calls this in its destructor, while the SQL library is still usable.
+// The destructor of the application object calls this, while the SQL library is still usable.
 void closeConnection()
 {
     Statement::forgetAll();
@@ -40,12 +41,12 @@ void closeConnection()
 
 ProgKeysDatabase &ProgKeysDatabase::instance(const ZELModule &module)
 {
-    // Never freed: statements may run until the end of the process.
+    // Never deleted, because statements may run until the end of the process.
     static auto *const database = new ProgKeysDatabase(module);
     return *database;
 }
 
-// If the file cannot be opened, every statement fails and logs. Opening is not tried again.
+// If the file cannot be opened, all statements fail and log this. The file is not opened again.
 ProgKeysDatabase::ProgKeysDatabase(const ZELModule &module)
 {
     qAddPostRoutine(closeConnection);
@@ -76,10 +77,10 @@ bool ProgKeysDatabase::checkTables()
     return true;
 }
 
-// One transaction, because a reset that a power cut interrupts would leave tables that pass the
-// next check without the reserved action. If a step fails because of the lock of another process,
-// the whole reset is rolled back: the lock may be gone at the next step. After any other failure
-// the remaining steps still run; SQLite may have rolled back the first ones by then.
+// One transaction. Otherwise, an interrupted reset could leave tables that pass the next check but
+// do not contain the reserved action. If a step fails because of a lock of another process, the
+// whole reset is rolled back, because the next step may succeed. After another failure, the
+// remaining steps still run, although SQLite may have rolled back the first steps.
 void ProgKeysDatabase::resetTables()
 {
     connection::ensureDurable();
@@ -99,8 +100,8 @@ bool ProgKeysDatabase::dropTables()
     return runSteps({schema::DropKeys, schema::DropActions});
 }
 
-// Once one step has waited for a lock, the others do not wait: a caller of restoreDefault usually
-// waits 25 s for the reply.
+// After one step has waited for a lock, the other steps do not wait, because callers of
+// restoreDefault usually wait only 25 s for the reply.
 bool ProgKeysDatabase::runSteps(std::initializer_list<const char *> steps)
 {
     bool isLocked = false;

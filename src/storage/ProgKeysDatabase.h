@@ -14,10 +14,10 @@
 class QSqlQuery;
 class ZELModule;
 
-/// The one store of keys and actions: an SQLite file on Qt's default connection.
+/// The keys and actions, in an SQLite file on Qt's default connection.
 ///
-/// A statement that fails is logged. Writes then return ResultCode::Failed, reads return nothing.
-/// If the file could not be opened, every statement fails that way.
+/// A failed statement is logged. Writes then return ResultCode::Failed, and reads return nothing.
+/// If the file could not be opened, all statements fail in this way.
 class ProgKeysDatabase
 {
 public:
@@ -28,19 +28,19 @@ public:
     /// Whether both tables exist with all their columns. Empty tables pass.
     bool checkTables();
 
-    /// Drops both tables and creates them again, with only the reserved action. A step that fails
-    /// is logged and the next steps still run.
+    /// Drops both tables and creates them again, with only the reserved action. A failed step is
+    /// logged, and the next steps still run.
     void resetTables();
 
     Insertion insertKey(const Key &key);
     int updateKey(const Key &key);
     /// Sets the positions by idKey, in ascending order, and stops at the first failure. An unknown
-    /// id is not a failure. An empty map does not touch the database.
+    /// id is not a failure. With an empty map, it does not use the database.
     bool updateKeyPositions(const QMapIntInt &positions);
     int deleteKey(qlonglong idKey);
     void deleteProvisionedKeys();
 
-    ListKey key(qlonglong idKey); ///< zero or one
+    ListKey key(qlonglong idKey); ///< at most one
     ListKey keysInContainer(const QString &container);
     ListKey allKeys();
     ListKey keysOfTypeWithAction(int type, qlonglong idAction);
@@ -53,7 +53,7 @@ public:
     int updateAction(const Action &action);
     int deleteAction(qlonglong idAction);
 
-    ListAction action(qlonglong idAction); ///< zero or one
+    ListAction action(qlonglong idAction); ///< at most one
     /// The first match.
     std::optional<Action> actionWithDmId(const QString &dmId);
     ListAction allActions();
@@ -62,7 +62,7 @@ private:
     explicit ProgKeysDatabase(const ZELModule &module);
 
     static bool openConnection(const ZELModule &module);
-    /// Both return whether the lock of another process made a step fail. All steps run.
+    /// Both run all steps, and return whether one failed because of a lock of another process.
     bool dropTables();
     bool runSteps(std::initializer_list<const char *> steps);
     QSqlQuery runStatement(const QString &sql);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The texts that make and probe the two tables. Their spacing is part of the format: it is what a
-/// database file shows in its `sqlite_master`.
+/// The statements that create and check the two tables. Their spacing is part of the file format,
+/// because SQLite stores them in `sqlite_master`.
 namespace schema {
 
 constexpr const char *DropKeys = "DROP TABLE IF EXISTS KEY";

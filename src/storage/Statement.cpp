@@ -21,8 +21,7 @@ QVariant stored(const QString &text)
 {
     if (text.isNull())
         return QStringLiteral("");
-    // SQLite removes a byte order mark from the beginning of a text. A second mark in front of it
-    // keeps the text unchanged.
+    // SQLite removes a leading byte order mark. An additional mark keeps the text unchanged.
     constexpr QChar mark(0xFEFF);
     constexpr QChar swapped(0xFFFE);
     return text.startsWith(mark) || text.startsWith(swapped) ? mark + text : text;

@@ -15,29 +15,30 @@
 #include <optional>
 #include <tuple>
 
-/// The value to store for a text: a null text is stored as an empty one, never as NULL.
+/// The value to store for a text. A null text is stored as an empty text, not as NULL.
 QVariant stored(const QString &text);
 
-/// One statement. It is prepared at its first use and kept; a statement that could not be prepared
-/// is tried again at its next use. It is finished after each use, so that it holds no lock, and it
-/// stays usable after a schema reset.
+/// A statement. It is prepared at its first use and kept. If this fails, the next use prepares it
+/// again. It is finished after each use, so that it holds no lock, and it can be used after the
+/// tables have been recreated.
 class Statement
 {
 public:
     explicit Statement(const char *text);
 
-    /// Binds the values in order and executes. Returns false, after a log line, if that fails. On
-    /// success `query` has the rows, and the caller finishes it.
+    /// Binds the values in order and executes the statement. A failure is logged and returns false.
+    /// After success, `query` has the rows, and the caller must finish it.
     bool execute(std::initializer_list<QVariant> values);
     QSqlQuery &query();
 
     /// Executes an insertion.
     Insertion insert(std::initializer_list<QVariant> values);
 
-    /// Executes an update or deletion. Returns a ResultCode; NoSuchRow if it matched no row.
+    /// Executes an update or deletion. Returns a ResultCode, which is NoSuchRow if it matched no
+    /// row.
     int change(std::initializer_list<QVariant> values);
 
-    /// Drops every prepared statement, so that the connection can close.
+    /// Deletes all prepared statements, so that the connection can be closed.
     static void forgetAll();
 
 private:
@@ -47,8 +48,8 @@ private:
     std::optional<QSqlQuery> m_query;
 };
 
-/// The columns of a record. They are found by name once per statement; rows are then read by index,
-/// which costs half as much as by name.
+/// The columns of a record. Each statement looks them up by name once and then reads rows by index,
+/// which takes half the time.
 template <typename Record>
 class Columns
 {
@@ -93,7 +94,7 @@ public:
     Value read(const QSqlQuery &row) const { return row.value(0).template value<Value>(); }
 };
 
-/// A list of the record, or an empty list.
+/// A list with the record, or an empty list.
 template <typename Record>
 QList<Record> zeroOrOne(const std::optional<Record> &record)
 {
@@ -107,7 +108,7 @@ class SelectStatement
 public:
     explicit SelectStatement(const char *text) : m_statement(text) {}
 
-    /// The rows for these values. Returns none if the statement or the reading fails.
+    /// The rows for these values, or an empty list after a failure.
     QList<Record> read(std::initializer_list<QVariant> values)
     {
         QList<Record> records;
@@ -119,8 +120,8 @@ public:
         return finish() ? records : QList<Record>();
     }
 
-    /// The first row for these values, if there is one. The rows after it are not looked up, which
-    /// saves the rest of a table scan.
+    /// The first row for these values, if there is one. Stops after this row, which saves the rest
+    /// of a table scan.
     std::optional<Record> readFirst(std::initializer_list<QVariant> values)
     {
         std::optional<Record> record;
