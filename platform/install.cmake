@@ -1,4 +1,4 @@
-# What a peer module is built against: `cmake --install BUILD --prefix DIR --component development`.
+# The files for building peer modules: `cmake --install BUILD --prefix DIR --component development`.
 include(CMakePackageConfigHelpers)
 set(zelcore_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zelcore)
 
@@ -16,11 +16,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zelcoreConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/zelcoreConfigVersion.cmake
         DESTINATION ${zelcore_package_dir} COMPONENT development)
 
-# Up from the file's own directory, wherever the prefix is.
+# The path from the directory of zelcore.pc to the prefix, so that the prefix can be moved.
 file(RELATIVE_PATH ZELCORE_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" ZELCORE_PREFIX ${ZELCORE_PREFIX})
 string(REPLACE ";" " " ZELCORE_LINK_OPTIONS "${PROGKEYS_INSTRUMENTATION}")
-# Each Qt has its moc in another place, which only CMake knows.
+# The path of moc depends on the Qt version, and only CMake knows it.
 set(ZELCORE_MOC $<TARGET_FILE:Qt${QT_VERSION_MAJOR}::moc>)
 configure_file(zelcore.pc.in zelcore.pc.in @ONLY)
 file(GENERATE OUTPUT zelcore.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/zelcore.pc.in)

@@ -12,8 +12,8 @@
 namespace zel {
 namespace {
 
-// The library's own limit is 63 MiB; beyond it, it stops reading for good. 1 GiB is more than a bus
-// queues for one connection, and fits the 32-bit long of the phone.
+// The default limit is 63 MiB; when it is exceeded, the library never reads again. 1 GiB is more
+// than a bus queues for one connection, and fits into the 32-bit long of the phone.
 constexpr long MaxWaitingBytes = 1L << 30;
 
 QString lostMessage()
@@ -21,14 +21,14 @@ QString lostMessage()
     return QStringLiteral("The connection to the system bus is lost; ending");
 }
 
-// A lost connection makes everything fail, and is then the reason.
+// If the connection is lost, that is the reason why other operations fail.
 bool refuse(const QString &why)
 {
     logger().error(QDBusConnection::systemBus().isConnected() ? why : lostMessage());
     return false;
 }
 
-bool refuseForTaken(const QString &serviceName)
+bool refuseBecauseTaken(const QString &serviceName)
 {
     return refuse(QStringLiteral("The name %1 is taken on the bus; is the module running already?")
                       .arg(serviceName));
@@ -57,7 +57,7 @@ bool BusConnection::isFree(const QString &serviceName)
 {
     const QDBusReply<bool> isTaken =
         QDBusConnection::systemBus().interface()->isServiceRegistered(serviceName);
-    return (isTaken.isValid() && !isTaken.value()) || refuseForTaken(serviceName);
+    return (isTaken.isValid() && !isTaken.value()) || refuseBecauseTaken(serviceName);
 }
 
 bool BusConnection::claim(const QString &serviceName)
@@ -67,7 +67,7 @@ bool BusConnection::claim(const QString &serviceName)
         return refuse(
             QStringLiteral("The bus does not give this process the name %1").arg(serviceName));
     return reply.value() == QDBusConnectionInterface::ServiceRegistered ||
-           refuseForTaken(serviceName);
+           refuseBecauseTaken(serviceName);
 }
 
 void BusConnection::release(const QString &serviceName)

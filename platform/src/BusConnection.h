@@ -5,11 +5,11 @@
 
 namespace zel {
 
-/// The process's connection to the system bus, and the module's name and objects there. It has room
-/// for all that peers send while the thread is blocked. When the connection is lost, the process
-/// ends with status 1.
+/// The connection of the process to the system bus, with the module's name and objects. Its receive
+/// queue can hold all messages that arrive while the thread is blocked. If the connection is lost,
+/// the process ends with status 1.
 ///
-/// A function that returns false has logged why.
+/// A function that returns false has logged the reason.
 class BusConnection : public QObject
 {
     Q_OBJECT
@@ -19,13 +19,13 @@ public:
 
     bool open();
 
-    /// Whether no process owns the name. If the bus does not tell, the name is not free.
+    /// Whether no process owns the name. Returns false if the bus does not reply.
     static bool isFree(const QString &serviceName);
 
-    /// Claims the name, without waiting for another owner to give it up.
+    /// Claims the name without waiting in the queue of the name.
     static bool claim(const QString &serviceName);
 
-    /// Gives the name back. Returns when the bus has handled this and all that was sent before.
+    /// Releases the name. Returns when the bus has handled this and all messages sent before.
     static void release(const QString &serviceName);
 
     /// Publishes the object's adaptors at the path.

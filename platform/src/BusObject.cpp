@@ -10,14 +10,15 @@
 namespace zel {
 namespace {
 
-// How old the last look for a termination signal may be. A look at every call would slow down
-// every call.
-constexpr std::chrono::milliseconds AgeOfLook(10);
+// The maximum age of the last check for a termination signal. A check at every call would slow down
+// the calls.
+constexpr std::chrono::milliseconds MaxSignalCheckAge(10);
 
-// Stands in for an adaptor on the bus: it shows the adaptor's meta-object and passes each call on.
+// A proxy for an adaptor: it has the adaptor's meta-object and forwards all calls.
 //
-// An exception must not pass through the bus library. The library would keep its record of the
-// current call, which then points to freed memory, and would answer that there is no such object.
+// An exception must not pass through the bus library. The library would not clear its pointer to
+// the current call, which would then point to freed memory, and would reply that there is no such
+// object.
 class CallGuard : public QDBusAbstractAdaptor
 {
 public:
@@ -37,7 +38,7 @@ private:
 int CallGuard::qt_metacall(QMetaObject::Call call, int id, void **arguments)
 {
     constexpr int handled = -1;
-    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding(AgeOfLook)) {
+    if (call == QMetaObject::InvokeMetaMethod && ZELApplication::isEnding(MaxSignalCheckAge)) {
         m_object.answerWithError(invocationFailedError(), QStringLiteral("The module is ending"));
         return handled;
     }

@@ -9,8 +9,8 @@ class QDBusAbstractAdaptor;
 
 namespace zel {
 
-/// The object at a path on the bus, which owns the adaptors of its interfaces. The bus library
-/// tells it, and not the adaptors, which call is being answered.
+/// The object at a path on the bus, which owns the adaptors of its interfaces. Only this object,
+/// but not the adaptors, has access to the current call.
 class BusObject : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -18,13 +18,14 @@ class BusObject : public QObject, protected QDBusContext
 public:
     using QObject::QObject;
 
-    /// Publishes the adaptor's operations at this object. The adaptor keeps its parent.
+    /// Publishes the adaptor's operations at this object. The parent of the adaptor does not
+    /// change.
     ///
-    /// A ZELException pointer that leaves an operation is logged, deleted and answered with an
-    /// error. When the process is ending, calls that still wait are refused.
+    /// If an operation throws a ZELException pointer, this object logs and deletes it, and replies
+    /// with an error. While the process is ending, it refuses waiting calls.
     void publish(QDBusAbstractAdaptor *adaptor);
 
-    /// Answers the current call with an error instead of its normal reply.
+    /// Replies to the current call with an error instead of the result.
     void answerWithError(const QString &errorName, const QString &message);
     void answerWithError(QDBusError::ErrorType error, const QString &message);
 };

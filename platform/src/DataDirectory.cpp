@@ -44,11 +44,11 @@ bool discard(const QString &path)
 
 struct Names
 {
-    QString last; // empty if none is taken
+    QString last; // empty if no name exists
     QString free;
 };
 
-// Of `first`, `first.1`, `first.2`, ...
+// The last existing name and the first unused name of `first`, `first.1`, `first.2`, ...
 Names namesAfter(const QString &first)
 {
     Names names{QString(), first};
@@ -86,15 +86,15 @@ bool DataDirectory::isWritable() const
            ::fsync(probe.handle()) == 0;
 }
 
-// Another process copies, because the module has its database open: to close the same file here
-// would drop every lock that this process holds on it.
+// Another process makes the copy, because the module has its database open. If this process closed
+// the same file, it would lose all its locks on it.
 QString DataDirectory::copyAside() const
 {
     const Names names = namesAfter(m_path + QStringLiteral(".before-deploy"));
     const QStringList comparison{QStringLiteral("-rq"), m_path, names.last};
     if (!names.last.isEmpty() && succeeds(QStringLiteral("diff"), comparison))
         return names.last;
-    // The copy gets its name when it is complete, so that a process that is killed leaves no part.
+    // The copy gets its name when it is complete, because the process may be killed meanwhile.
     const QString part = m_path + QStringLiteral(".copying");
     discard(part);
     const bool isCopied = succeeds(QStringLiteral("cp"), {QStringLiteral("-aL"), m_path, part});

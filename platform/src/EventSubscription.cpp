@@ -20,7 +20,7 @@ EventSubscription::EventSubscription(QString eventName, QObject *receiver, const
 
 bool EventSubscription::connectToBus()
 {
-    // Without a signature in the match, a malformed event arrives, too, and is reported.
+    // The match has no signature, so that events with another signature also arrive and are logged.
     return QDBusConnection::systemBus().connect(QString(), QString(), eventsInterface(),
                                                 eventSignal(), {m_eventName}, QString(), this,
                                                 SLOT(receive(QDBusMessage)));

@@ -10,7 +10,7 @@
 
 namespace zel {
 
-/// The subscription of one slot to one event. It calls the slot for each event of that name.
+/// The subscription of a slot to an event. It calls the slot for each event with that name.
 class EventSubscription : public QObject
 {
     Q_OBJECT

@@ -9,7 +9,7 @@
 namespace zel {
 namespace {
 
-// The kernel does not report the locks of this process.
+// F_GETLK does not report the locks of this process.
 std::optional<pid_t> holderOf(const QString &file, Afterwards afterwards)
 {
     const int descriptor = ::open(QFile::encodeName(file).constData(), O_RDONLY | O_CLOEXEC);

@@ -4,10 +4,10 @@
 
 namespace zel {
 
-/// Keeps two processes from using the data of the same module: a lock on the module's directory.
+/// A lock on a module's directory, which prevents two processes from using the same data.
 ///
-/// The lock needs no file and no write access, and the kernel drops it when the process ends. Only
-/// a user who can read the directory can take it.
+/// The lock requires no file and no write permission, but read permission for the directory. The
+/// kernel releases it when the process ends.
 class InstanceLock
 {
 public:
@@ -16,9 +16,9 @@ public:
     InstanceLock(const InstanceLock &) = delete;
     InstanceLock &operator=(const InstanceLock &) = delete;
 
-    /// Locks the directory that has this path now. Call it again when the directory may have been
-    /// created or replaced. False if another process has the lock; true also if there is no
-    /// directory, or none that can be locked.
+    /// Locks the directory. Call this again when the directory may have been created or replaced.
+    /// Returns false if another process has the lock. Returns true if there is no directory, or if
+    /// it cannot be locked.
     bool acquire(const QString &directory);
     void release();
 

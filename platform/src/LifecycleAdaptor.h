@@ -7,8 +7,8 @@
 
 namespace zel {
 
-/// Runs a module's lifecycle hooks for other programs: each method runs the hook of the same
-/// meaning and returns its result.
+/// The lifecycle interface of a module on the bus. Each method runs the corresponding hook and
+/// returns its result.
 class LifecycleAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ public slots:
     bool preSaveForSaveRestore() { return m_module.preSaveForSaveRestore(); }
     bool postRestoreForSaveRestore() { return m_module.postRestoreForSaveRestore(); }
 
-    /// Ends the event loop with status 0, whatever the hook returned.
+    /// Ends the event loop with status 0, even if the hook returned false.
     bool stop()
     {
         const bool result = m_module.stop();

@@ -24,7 +24,7 @@ const QStringList LevelNames{QStringLiteral("emerg"),   QStringLiteral("alert"),
 
 QVariantMap propertiesOf(const QString &interface)
 {
-    // The empty name stands for every interface.
+    // The empty name means all interfaces.
     if (!interface.isEmpty() && interface != QLatin1String("org.freedesktop.LogControl1"))
         return {};
     return {{LevelProperty, LevelNames.value(ZELLogger::getConfiguredLevel())},
@@ -79,19 +79,20 @@ void LogControl::Set(const QString &interface, const QString &property, const QD
 
 void LogControl::setLevel(const QVariant &name)
 {
-    // A list of one text would convert to that text.
+    // QVariant would convert a list with one text to that text.
     const bool isText = name.userType() == QMetaType::QString;
     const int level = isText ? static_cast<int>(LevelNames.indexOf(name.toString())) : -1;
     if (level < 0)
         return m_object.answerWithError(QDBusError::InvalidArgs,
                                         QStringLiteral("The log level must be one of ") +
                                             LevelNames.join(QStringLiteral(", ")));
-    const int former = ZELLogger::getConfiguredLevel();
-    // Logged at the higher of the two levels: the line must appear also when less is logged now.
-    ZELLogger::setConfiguredLevel(std::max(former, level));
-    if (level != former)
+    const int oldLevel = ZELLogger::getConfiguredLevel();
+    // The higher of both levels applies to this line, so that it is logged even if the level
+    // decreases.
+    ZELLogger::setConfiguredLevel(std::max(oldLevel, level));
+    if (level != oldLevel)
         logger().info(QStringLiteral("The log level changes from %1 to %2")
-                          .arg(LevelNames.value(former), LevelNames.value(level)));
+                          .arg(LevelNames.value(oldLevel), LevelNames.value(level)));
     ZELLogger::setConfiguredLevel(level);
 }
 

@@ -8,12 +8,13 @@ namespace zel {
 
 class BusObject;
 
-/// The object of `org.freedesktop.LogControl1`, by which an administrator reads and sets the log
+/// The interface `org.freedesktop.LogControl1`, with which an administrator reads and sets the log
 /// level of a running process.
 ///
-/// It implements the properties itself, as methods of `org.freedesktop.DBus.Properties`. A setter
-/// of Qt's properties cannot refuse a value. Qt's errors also repeat the name that the caller sent:
-/// a long one makes the reply larger than the bus allows, and the bus then disconnects the process.
+/// It implements the methods of `org.freedesktop.DBus.Properties` itself, because setters of Qt
+/// properties cannot refuse a value. In addition, Qt's errors repeat the name that the caller sent.
+/// With a long name, the reply would exceed the size limit, and the bus would disconnect the
+/// process.
 class LogControl : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -32,10 +33,10 @@ class LogControl : public QDBusAbstractAdaptor
                 "  </interface>\n")
 
 public:
-    /// The adaptor belongs to `object`.
+    /// `object` becomes the owner of the adaptor.
     explicit LogControl(BusObject &object);
 
-    /// The path that clients expect, in every process.
+    /// The object path that the interface requires in all processes.
     static QString path();
 
 public slots:

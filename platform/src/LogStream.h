@@ -7,8 +7,8 @@
 
 namespace zel {
 
-/// Whether stderr is the journal's stream, as found at the first call. systemd names that stream by
-/// device and inode, because stderr may have been redirected since.
+/// Whether stderr is the journal stream. The first call determines this. systemd identifies the
+/// stream by device and inode, because a program can redirect stderr.
 inline bool isStderrTheJournal()
 {
     static const bool isTheJournal = [] {

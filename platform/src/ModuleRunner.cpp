@@ -22,7 +22,7 @@ bool refuse(const QString &why)
     return false;
 }
 
-bool refuseForLock(pid_t holder)
+bool refuseBecauseLocked(pid_t holder)
 {
     const QString who =
         holder > 0 ? QStringLiteral("process %1").arg(holder) : QStringLiteral("another process");
@@ -36,8 +36,8 @@ bool refuseForLock(pid_t holder)
 ModuleRunner::ModuleRunner(ZELModule &module)
     : m_module(module), m_directory(ZELApplication::dataRoot() + module.getModuleName())
 {
-    // Opened here, so that the bus library dispatches before `run` is called. A hook that waits for
-    // a peer would otherwise not notice that the bus is gone.
+    // Open the connection now, so that the bus library dispatches messages before `run`. Otherwise
+    // a hook that waits for a peer would not detect that the bus is lost.
     QDBusConnection::systemBus();
     QMetaObject::invokeMethod(this, &ModuleRunner::run, Qt::QueuedConnection);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
@@ -56,8 +56,8 @@ void ModuleRunner::run()
         QCoreApplication::exit(EXIT_FAILURE);
 }
 
-// A second process must not touch the data of the first, so it gives up before any hook runs. The
-// name is claimed last, so that every caller who sees it can use the module.
+// A second process must not use the data of the first one, so it ends before any hook runs. The
+// name is claimed last, so that calls succeed as soon as the name has an owner.
 bool ModuleRunner::bringUp()
 {
     return m_connection.open() && BusConnection::isFree(serviceName(m_module.getModuleName())) &&
@@ -77,8 +77,8 @@ bool ModuleRunner::lockData()
 
 bool ModuleRunner::ensureData()
 {
-    // Asked before `check`: that may leave new files without content, and may fail because of a
-    // lock that is released before it returns.
+    // Determine this before `check`, which may create empty files, and may fail because of a lock
+    // that is released before it returns.
     const bool heldData = m_directory.holdsData();
     const std::optional<pid_t> holder = exclusiveLockHolder(m_directory.path(), Afterwards::Close);
     const bool isSound = m_module.check();
@@ -89,12 +89,12 @@ bool ModuleRunner::ensureData()
     if (!heldData)
         return runHook("deploy", &ZELModule::deploy);
     if (holder)
-        return refuseForLock(*holder);
+        return refuseBecauseLocked(*holder);
     return deployOver();
 }
 
-// Sound data also fails its check while another process has it locked, or while it cannot be
-// written. Such data is left as it is.
+// Intact data also fails its check if another process has locked it, or if it cannot be written.
+// Such data is not changed.
 bool ModuleRunner::deployOver()
 {
     if (!isFreeToWrite())
@@ -112,7 +112,7 @@ bool ModuleRunner::deployOver()
 bool ModuleRunner::isFreeToWrite() const
 {
     if (const auto holder = exclusiveLockHolder(m_directory.path(), Afterwards::KeepOpen))
-        return refuseForLock(*holder);
+        return refuseBecauseLocked(*holder);
     return m_directory.isWritable() ||
            refuse(QStringLiteral("The data failed its check while its directory cannot be written; "
                                  "it is left as it is"));
@@ -162,9 +162,9 @@ bool ModuleRunner::appearOnBus()
 
 void ModuleRunner::leaveBus()
 {
-    // Before the name, because a process that waits for the name needs the lock to start.
+    // Release the lock before the name, because a process that waits for the name needs the lock.
     m_lock.release();
-    // This also waits until the bus has taken the replies that were sent before.
+    // Releasing the name also waits until the bus has received all replies.
     QDBusConnection bus = QDBusConnection::systemBus();
     if (bus.isConnected())
         BusConnection::release(serviceName(m_module.getModuleName()));

@@ -12,8 +12,8 @@ class ZELModule;
 
 namespace zel {
 
-/// Starts a module when the event loop runs, and takes it off the bus when the loop ends. If the
-/// start fails, one line in the log says why, and the loop ends with status 1.
+/// Starts a module when the event loop runs, and removes it from the bus when the loop ends. If the
+/// start fails, it logs the reason in one line and ends the loop with status 1.
 class ModuleRunner : public QObject
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ class ModuleRunner : public QObject
 public:
     explicit ModuleRunner(ZELModule &module);
 
-    /// Call it from code that makes the event loop wait for long.
+    /// Call this after operations that block the event loop for a long time.
     void feedWatchdog() { m_watchdog.feed(); }
 
 private:

@@ -2,18 +2,18 @@
 
 #include <QString>
 
-/// Notifications to the service manager, see sd_notify(3). They do nothing if NOTIFY_SOCKET is not
-/// set. The first of several failures in a row is logged as a warning. They wait while the socket
-/// is full.
+/// Notifications to the service manager, see sd_notify(3). They have no effect if NOTIFY_SOCKET is
+/// not set. They block while the socket is full. After consecutive failures, only the first one is
+/// logged, as a warning.
 namespace zel {
 
-/// The process is up; `status` is a short text for people.
+/// The process has started. `status` is a short text for users.
 void tellReady(const QString &status);
 
-/// The process has begun to end.
+/// The process is ending.
 void tellStopping();
 
-/// The process is alive; a watchdog expects this at regular intervals.
+/// The process is alive. A watchdog expects this at regular intervals.
 void tellAlive();
 
 } // namespace zel

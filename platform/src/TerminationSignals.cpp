@@ -20,11 +20,11 @@ sigset_t terminationSignals()
 
 } // namespace
 
-// The signals are blocked before the bus library starts its thread, which inherits the mask. They
-// then arrive only at the descriptor.
+// The signals are blocked before the bus library starts its thread, which inherits the mask. Thus
+// they arrive only at the descriptor.
 TerminationSignals::TerminationSignals()
 {
-    // The call that writes to such a pipe or file returns an error instead.
+    // Without these signals, the failed write returns an error.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     const sigset_t mask = terminationSignals();
@@ -40,7 +40,8 @@ TerminationSignals::TerminationSignals()
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { poll(); });
 }
 
-// The signals stay blocked: a second one must not interrupt the rest, such as closing a database.
+// The signals stay blocked, so that a second signal does not interrupt the rest, such as closing a
+// database.
 TerminationSignals::~TerminationSignals()
 {
     m_notifier.reset();
@@ -51,9 +52,9 @@ TerminationSignals::~TerminationSignals()
 void TerminationSignals::poll(Clock::duration age)
 {
     const Clock::time_point now = Clock::now();
-    if (now - m_lastLook < age)
+    if (now - m_lastCheck < age)
         return;
-    m_lastLook = now;
+    m_lastCheck = now;
     bool hasArrived = false;
     signalfd_siginfo received = {};
     while (read(m_descriptor, &received, sizeof received) == sizeof received)

@@ -20,8 +20,8 @@ public:
 
     using Clock = std::chrono::steady_clock;
 
-    /// Looks for a signal now; otherwise the event loop does. A look costs a system call, so it is
-    /// left out if the last one is no older than `age`.
+    /// Checks for a signal now, not when the event loop continues. Because this costs a system
+    /// call, it does nothing if the last check is not older than `age`.
     void poll(Clock::duration age = {});
 
 signals:
@@ -29,7 +29,7 @@ signals:
 
 private:
     int m_descriptor;
-    Clock::time_point m_lastLook;
+    Clock::time_point m_lastCheck;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

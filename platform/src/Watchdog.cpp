@@ -14,7 +14,7 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-// Zero if there is no watchdog, or if it is for another process.
+// Zero if there is no watchdog for this process.
 microseconds intervalFromEnvironment()
 {
     uint64_t interval = 0;
@@ -25,7 +25,7 @@ microseconds intervalFromEnvironment()
     return microseconds(result > 0 ? static_cast<int64_t>(interval) : 0);
 }
 
-// Within the range of a timer.
+// Half of the interval, limited to the range of a timer.
 milliseconds halfOf(microseconds interval)
 {
     const auto half = std::chrono::duration_cast<milliseconds>(interval / 2);

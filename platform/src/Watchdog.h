@@ -7,9 +7,9 @@
 
 namespace zel {
 
-/// Feeds the service manager's watchdog for this process: from the event loop, at half the
-/// watchdog's interval, and from code that blocks the loop for long. It runs on the loop's thread,
-/// so that the watchdog notices a loop that hangs.
+/// Feeds the service manager's watchdog for this process. A timer of the event loop feeds it at
+/// half its interval, so that the watchdog detects a blocked loop. Code that blocks the loop for a
+/// long time calls `feed`.
 class Watchdog : public QObject
 {
 public:
@@ -21,7 +21,7 @@ public:
     /// The interval at which the event loop feeds.
     std::chrono::milliseconds period() const { return m_timer.intervalAsDuration(); }
 
-    /// Feeds, unless the last feeding is less than a quarter of the interval ago.
+    /// Feeds the watchdog, unless it was fed within the last quarter of the interval.
     void feed();
 
 private:

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The bus and SQL libraries report through Qt. Their lines go to the same log.
+// The bus and SQL libraries log through Qt. Their messages go to the same log.
 void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     switch (type) {
@@ -23,7 +23,7 @@ void logQtMessage(QtMsgType type, const QMessageLogContext &, const QString &tex
     }
 }
 
-// Qt's own event loop is faster than GLib's, which shows in every call.
+// Qt's own event loop is faster than GLib's, and this speeds up every call.
 int &withoutGLib(int &argc)
 {
     if (!qEnvironmentVariableIsSet("QT_NO_GLIB"))
@@ -44,7 +44,7 @@ ZELApplication::ZELApplication(int &argc, char **argv)
 {
     qInstallMessageHandler(logQtMessage);
     connect(m_signals.get(), &zel::TerminationSignals::arrived, this, &ZELApplication::end);
-    // For an end without end(): after a failed start, or when the bus is lost.
+    // For a process that ends without end(): after a failed start, or when the bus is lost.
     connect(this, &QCoreApplication::aboutToQuit, this, [this] {
         if (!m_isEnding)
             zel::tellStopping();
@@ -71,7 +71,7 @@ void ZELApplication::end()
     ZELApplication *application = theApplication();
     if (application && !application->m_isEnding) {
         application->m_isEnding = true;
-        zel::tellStopping(); // now, because the current event may take long
+        zel::tellStopping(); // now, because the current event may take a long time
     }
     QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
                               Qt::QueuedConnection);

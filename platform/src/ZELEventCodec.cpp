@@ -40,8 +40,8 @@ bool areBusTypes(const Values &values)
     return std::all_of(values.cbegin(), values.cend(), isBusType);
 }
 
-// Checked before an event is marshalled. The bus library would leave out a value of another type,
-// and end the process because of the incomplete message.
+// Check this before marshalling an event. The bus library would omit a value of another type, and
+// then abort the process because of the incomplete message.
 bool isBusType(const QVariant &value)
 {
     if (!value.isValid() || qt::busSignature(value) == nullptr)

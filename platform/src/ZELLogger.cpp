@@ -72,8 +72,8 @@ void ZELLogger::write(Level level, const QString &text) const
     if (!m_category.isEmpty())
         line += m_category.toUtf8() + ": ";
     line += text.toUtf8() + '\n';
-    // One call for each line: stderr is not buffered, and lines of several processes must not mix.
-    // A failure cannot be reported anywhere.
+    // Write each line with one call, because stderr is not buffered and lines of several processes
+    // must not mix. A failure cannot be reported.
     static_cast<void>(std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr));
 }
 

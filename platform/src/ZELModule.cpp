@@ -16,8 +16,8 @@ namespace {
 
 constexpr int RemoteCallLimitMs = 5000;
 
-// SLOT() writes '1', the code of a slot, before the signature. The parameter's type is checked
-// here, because an invocation does not check it.
+// SLOT() adds '1', the code of a slot, before the signature. Check the type of the parameter here,
+// because QMetaMethod::invoke does not check it.
 QMetaMethod findSlot(const QObject *receiver, const char *slot)
 {
     if (!receiver || !slot || *slot != '1')
@@ -72,7 +72,7 @@ QDBusMessage ZELModule::syncRemoteCall(const QString &moduleName, const QString 
                                        zel::operationsInterface(), method);
     call.setArguments(arguments);
     QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, RemoteCallLimitMs);
-    // The call may have taken seconds: look for a termination signal now.
+    // The call may have taken seconds. Check for a termination signal.
     static_cast<void>(ZELApplication::isEnding());
     if (m_runner)
         m_runner->feedWatchdog();

@@ -13,7 +13,7 @@ class TerminationSignals;
 }
 
 /// The application object of a module's process. SIGTERM and SIGINT end its event loop with status
-/// 0. It catches every ZELException pointer that a module throws.
+/// 0. It catches all ZELException pointers that a module throws.
 class ZELApplication : public QCoreApplication
 {
     Q_OBJECT
@@ -23,15 +23,15 @@ public:
     ZELApplication(int &argc, char **argv);
     ~ZELApplication() override;
 
-    /// The directory that contains one directory for each module: ZEL_DATA_ROOT, or
+    /// The directory with the data directories of all modules: ZEL_DATA_ROOT, or
     /// `/data/ZELApplication/`. It ends with a slash.
     static QString dataRoot();
 
-    /// Ends the event loop with status 0 after the current event. Bus calls that still wait are
-    /// refused, because each may block for seconds.
+    /// Ends the event loop with status 0 after the current event. Waiting calls are refused,
+    /// because each call can block for seconds.
     static void end();
 
-    /// Whether the process is ending, or has received a termination signal. The last look for
+    /// Whether the process is ending or has received a termination signal. The last check for
     /// signals may be as old as `age`.
     static bool isEnding(std::chrono::milliseconds age = {});
 

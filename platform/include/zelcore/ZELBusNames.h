@@ -2,8 +2,7 @@
 
 #include <QString>
 
-/// The names of the platform on the bus, for programs that call modules but are none themselves.
-/// Modules do not need them.
+/// The names of the platform on the bus, for programs that call modules. Modules do not need them.
 namespace zel {
 
 /// `com.velmora.Tessaro.<module name>`
@@ -41,7 +40,7 @@ inline QString eventSignal()
     return QStringLiteral("event");
 }
 
-/// The error that answers a call which the module could not answer.
+/// The error reply to a call that a module could not handle.
 inline QString invocationFailedError()
 {
     return QStringLiteral("com.velmora.Tessaro.Error.InvocationFailed");

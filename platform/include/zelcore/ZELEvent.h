@@ -21,15 +21,15 @@ public:
     void setEvtName(const QString &name) { m_name = name; }
     QString getEvtName() const { return m_name; }
 
-    /// Appends an argument. The event can only be sent if the bus knows the type of each value. The
-    /// meaning of the flag depends on the event.
+    /// Appends an argument. An event can be sent only if the types of all values have a D-Bus
+    /// signature. The meaning of the flag depends on the event.
     void addArgument(const QVariant &value, const QString &name, bool flag)
     {
         m_arguments.append({name, value, flag});
     }
 
-    /// The value of the first argument of that name, or an invalid QVariant if there is none. In a
-    /// received event, a structure or list is a QDBusArgument.
+    /// The value of the first argument with that name, or an invalid QVariant if there is none. In
+    /// a received event, structures and lists are QDBusArgument objects.
     QVariant getArgument(const QString &name) const
     {
         for (const Argument &argument : m_arguments) {
@@ -39,7 +39,7 @@ public:
         return {};
     }
 
-    /// All arguments in their order.
+    /// All arguments in order.
     const QVector<Argument> &getArguments() const { return m_arguments; }
     void setArguments(QVector<Argument> arguments) { m_arguments = std::move(arguments); }
 

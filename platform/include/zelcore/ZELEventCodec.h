@@ -7,7 +7,7 @@
 #include <optional>
 
 /// Platform events as signals on the bus, for programs that are not modules. The signature is
-/// `sa(svb)`: the event's name, then its arguments in order, each as (name, value, flag).
+/// `sa(svb)`: the event's name and its arguments in order, each as (name, value, flag).
 namespace zel {
 
 /// The signal for the event, sent from the object at `path`. Nothing if the bus does not know the

@@ -6,8 +6,9 @@
 
 class ZELModule;
 
-/// What a module throws, on the heap and as a pointer, when it cannot answer a call. The framework
-/// logs and deletes it; the caller gets an error reply with its message.
+/// A module throws a pointer to such an object, allocated with `new`, if it cannot handle a call.
+/// The framework logs and deletes the exception, and the caller gets an error reply with its
+/// message.
 class ZELException
 {
 public:
@@ -16,7 +17,7 @@ public:
     {
     }
 
-    /// The module that could not answer, or null.
+    /// The module that threw the exception, or null.
     const ZELModule *getModule() const { return m_module; }
     int getErrorType() const { return m_errorType; }
     QString getMessage() const { return m_message; }

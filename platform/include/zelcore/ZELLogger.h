@@ -13,7 +13,7 @@ public:
     explicit ZELLogger(QString category);
 
     /// The highest level that is written, 0 to 7. The default is ZEL_LOG_LEVEL, or 6 if that is not
-    /// such a number. Ask for it before you build a text that would not be written.
+    /// a valid level. Check the level before you build an expensive text.
     static int getConfiguredLevel();
     static void setConfiguredLevel(int level);
 
@@ -29,5 +29,5 @@ private:
     QString m_category;
 };
 
-/// The logger of a category. The empty category is the module itself.
+/// The logger of a category. The empty category is that of the module.
 ZELLogger logger(const QString &category = QString());

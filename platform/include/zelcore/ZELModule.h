@@ -16,11 +16,11 @@ namespace zel {
 class ModuleRunner;
 }
 
-/// A module of the phone: a lifecycle that the framework drives, events, and calls to peers.
+/// A module of the phone: lifecycle hooks that the framework calls, events, and calls to peers.
 ///
 /// Under a ZELApplication, the framework starts the module when the event loop runs: `check`,
-/// `deploy` if `check` returned false, `init`, `start`. Then the module's object appears on the
-/// bus, and last its name. Under any other application object, the framework calls no hook.
+/// `deploy` if `check` returned false, `init`, `start`. Then the framework registers the module's
+/// object on the bus and claims its name. Under another application object, it calls no hooks.
 class ZELModule : public QObject
 {
     Q_OBJECT
@@ -29,14 +29,14 @@ public:
     explicit ZELModule(QString name);
     ~ZELModule() override;
 
-    /// The first hook: whether the module can use its data as it is. If not, the framework calls
-    /// `deploy`. A module does not open its data before this call.
+    /// The first hook: whether the module can use its existing data. If not, the framework calls
+    /// `deploy`. A module must not open its data before this call.
     virtual bool check() { return true; }
-    /// Creates the module's data. The framework copies existing data aside first.
+    /// Creates the module's data. The framework makes a copy of existing data before.
     virtual bool deploy() { return true; }
     /// Prepares types and subscriptions. The module is not on the bus yet.
     virtual bool init() { return true; }
-    /// Creates the adaptor and the rest of what the module needs to answer calls.
+    /// Creates the adaptor and everything else that the module needs to handle calls.
     virtual bool start() { return true; }
     virtual void presentation_loaded() {}
     virtual void presentation_stop() {}
@@ -55,17 +55,17 @@ public:
         return {};
     }
 
-    /// Calls `slot` of `receiver` for each event of that name, from any sender. Write the slot with
-    /// SLOT(); it takes a ZELEvent. Returns false and logs an error if there is no such slot, or if
-    /// the bus refuses the subscription.
+    /// Calls `slot` of `receiver` for each event with that name, from any sender. Specify the slot
+    /// with SLOT(). Its parameter is a ZELEvent. Returns false and logs an error if there is no
+    /// such slot, or if the bus refuses the subscription.
     bool subscribeEvent(const QString &eventName, QObject *receiver, const char *slot);
 
     /// Sends an event to all subscribers. Returns false if there is no bus, or if the bus does not
     /// know the type of an argument.
     bool notifyEvent(const ZELEvent &event);
 
-    /// Calls a method of a peer module and waits up to 5 s for the reply. Returns the reply, or an
-    /// error message of the peer or the bus.
+    /// Calls a method of a peer module and waits up to 5 s for the reply. Returns the reply or an
+    /// error message.
     QDBusMessage syncRemoteCall(const QString &moduleName, const QString &method,
                                 const QList<QVariant> &arguments);
 

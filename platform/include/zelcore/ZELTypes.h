@@ -27,6 +27,6 @@ bool operator==(const Capability &left, const Capability &right);
 QDBusArgument &operator<<(QDBusArgument &argument, const Capability &capability);
 const QDBusArgument &operator>>(const QDBusArgument &argument, Capability &capability);
 
-/// Registers the types above with Qt's meta-type system and with the bus. A module does this when
-/// it is constructed. Further calls do nothing.
+/// Registers the types above with Qt's meta-type system and with the bus library. The constructor
+/// of a module calls this. Further calls have no effect.
 void registerZELTypes();
