@@ -4,21 +4,22 @@
 
 #include <optional>
 
-/// Settings as files: one a setting, its name the file's name, its whole text the value. One
-/// newline at the end of the file is not part of the value.
+/// A directory with one file for each setting. The name of the file is the name of the setting, and
+/// its text is the value. One newline at the end of the file is not part of the value.
 class SettingsDirectory
 {
 public:
     explicit SettingsDirectory(QString path);
 
-    /// Can a setting have this name? Not if it would lead out of the directory or to a hidden file.
+    /// Whether a setting can have this name. Names of hidden files and of files in other
+    /// directories are invalid.
     static bool isName(const QString &name);
 
-    /// The value as the file holds it now; nothing if there is no such setting.
+    /// The current value, or nothing if there is no such setting.
     std::optional<QString> read(const QString &name) const;
 
-    /// Writes the file, whole or not at all; the setting need not be there yet. False if it is no
-    /// name or writing failed.
+    /// Writes the file atomically, and creates it if necessary. Returns false if the name is
+    /// invalid or if writing failed.
     bool write(const QString &name, const QString &value) const;
 
 private:

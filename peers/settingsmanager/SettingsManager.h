@@ -4,7 +4,7 @@
 
 #include <zelcore/ZELModule.h>
 
-/// The phone's SettingsManager, for everything but the phone: serves the settings of a directory.
+/// A replacement for the phone's SettingsManager that serves the settings in a directory.
 class SettingsManager : public ZELModule
 {
     Q_OBJECT

@@ -16,7 +16,7 @@ void answerWithError(const QDBusMessage &call, const QString &error, const QStri
     if (!call.isReplyRequired())
         return;
     if (!QDBusConnection::systemBus().send(call.createErrorReply(error, text)))
-        logger().error(QStringLiteral("Cannot answer a call: %1").arg(text));
+        logger().error(QStringLiteral("Cannot reply to a call: %1").arg(text));
 }
 
 void answerUnknown(const QDBusMessage &call, const QString &name)

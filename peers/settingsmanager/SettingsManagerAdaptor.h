@@ -7,7 +7,7 @@
 class SettingsDirectory;
 class SettingsManager;
 
-/// The settings on the bus. An unknown name is answered with the bus error
+/// The settings on the bus. The reply for an unknown name is the error
 /// `com.velmora.Tessaro.Error.UnknownSetting`.
 class SettingsManagerAdaptor : public QDBusAbstractAdaptor
 {

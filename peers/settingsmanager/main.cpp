@@ -6,7 +6,7 @@
 
 #include <string>
 
-// What is not an error of usage may end the process.
+// Exceptions other than usage errors may end the process.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char **argv)
 {
