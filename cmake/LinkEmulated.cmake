@@ -1,5 +1,5 @@
-# Run by the target `emulated`; see ProgkeysEmulator.cmake. It creates hard links, because the emulator
-# resolves symbolic links before it tells a program its path.
+# The target `emulated` runs this script; see ProgkeysEmulator.cmake. It creates hard links, because the
+# emulator resolves symbolic links in the path that it passes to a program.
 file(STRINGS ${BINARY_DIR}/emulated/programs programs)
 foreach(program ${programs})
   file(RELATIVE_PATH name ${BINARY_DIR} ${program})

@@ -29,8 +29,8 @@ add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
 # Compile options of the service and the platform for coverage.
 set(PROGKEYS_COVERAGE_OPTIONS)
 if(PROGKEYS_COVERAGE)
-  # Omit branches that are not in the source: guards of static variables, and the marks of the
-  # sanitizer at the end of each scope.
+  # Do not generate branches that are not in the source: guards of static variables, and the code of
+  # the sanitizer at the end of each scope.
   set(PROGKEYS_COVERAGE_OPTIONS --coverage -fprofile-abs-path -fprofile-update=atomic
                                 -fno-threadsafe-statics -fno-sanitize-address-use-after-scope)
   list(APPEND PROGKEYS_INSTRUMENTATION --coverage)

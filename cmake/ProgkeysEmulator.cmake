@@ -1,7 +1,7 @@
-# Makes programs of another architecture executable on this machine. build/ARCH/emulated/ has the same
-# directories as the build. For each program it contains a script with the program's name, which runs
-# the program under the emulator, and the program itself as NAME.target. Programs that start others
-# from their own directory start the scripts.
+# Runs programs of another architecture on the host. build/ARCH/emulated/ has the same directories as the
+# build. For each program it contains a script with the program's name, which runs the program under the
+# emulator, and the program itself as NAME.target. Programs that start others from their own directory
+# start the scripts.
 set(PROGKEYS_EMULATED_DIR ${CMAKE_BINARY_DIR}/emulated)
 
 # progkeys_executables(<variable> <directory>): all executables below a directory of sources.
@@ -39,5 +39,5 @@ function(progkeys_emulate_executables)
     COMMAND ${CMAKE_COMMAND} -D BINARY_DIR=${CMAKE_BINARY_DIR}
             -P ${PROJECT_SOURCE_DIR}/cmake/LinkEmulated.cmake
     DEPENDS ${executables}
-    COMMENT "Making the programs startable in the emulator" VERBATIM)
+    COMMENT "Creating the scripts that run the programs under the emulator" VERBATIM)
 endfunction()

@@ -2,8 +2,7 @@ if(CMAKE_CROSSCOMPILING)
   include(ProgkeysEmulator)
 endif()
 
-# How much slower than usual the processes may be: a factor for the limits in the tests, and one for
-# those of whole tests.
+# Factors for the time limits inside of tests and for the time limits of whole CTest tests.
 set(PROGKEYS_WAIT_FACTOR 1)
 set(PROGKEYS_TIMEOUT_FACTOR 1)
 if(PROGKEYS_SANITIZERS)
@@ -13,7 +12,8 @@ elseif(CMAKE_CROSSCOMPILING)
   set(PROGKEYS_TIMEOUT_FACTOR 8)
 endif()
 
-# progkeys_started_in(<variable> <directory>): where tests start the executables of a directory.
+# progkeys_started_in(<variable> <directory>): the directory from which tests start the executables of a
+# build directory.
 function(progkeys_started_in variable directory)
   if(CMAKE_CROSSCOMPILING)
     file(RELATIVE_PATH name ${CMAKE_BINARY_DIR} ${directory})
@@ -22,8 +22,8 @@ function(progkeys_started_in variable directory)
   set(${variable} ${directory} PARENT_SCOPE)
 endfunction()
 
-# progkeys_python_tests(<label> <seconds>): one CTest test for each test_*.py of the directory, so
-# that they run side by side.
+# progkeys_python_tests(<label> <seconds>): adds a CTest test for each test_*.py of the directory, so that
+# they run in parallel.
 function(progkeys_python_tests label seconds)
   progkeys_started_in(bin_dir ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
   math(EXPR limit "${seconds} * ${PROGKEYS_TIMEOUT_FACTOR}")
@@ -37,8 +37,8 @@ function(progkeys_python_tests label seconds)
     list(APPEND environment PROGKEYS_EMULATED=1)
   endif()
   if(PROGKEYS_COVERAGE AND NOT label STREQUAL "system")
-    # Only the unit and system tests count. Others kill processes at any moment, or let their writes
-    # fail, which could damage the files with the counts. Their counts go where nothing reads them.
+    # Only the coverage of unit and system tests counts. Other tests kill processes or make their writes
+    # fail, which could damage the coverage files. Therefore they write to a directory that is not read.
     list(APPEND environment
       GCOV_PREFIX=${CMAKE_BINARY_DIR}/uncounted GCOV_ERROR_FILE=/dev/null)
   endif()

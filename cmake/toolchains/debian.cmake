@@ -1,9 +1,9 @@
-# Debian's cross compilers against a root of the target's packages, PROGKEYS_TARGET_ROOT.
+# Uses Debian's cross compilers, with the packages of the target in PROGKEYS_TARGET_ROOT.
 set(CMAKE_SYSTEM_NAME Linux)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PROGKEYS_TARGET_ROOT)
-set(PROGKEYS_TARGET_ROOT "" CACHE PATH "The root of the target's packages")
+set(PROGKEYS_TARGET_ROOT "" CACHE PATH "The directory with the packages of the target")
 if(NOT PROGKEYS_TARGET_ROOT OR NOT EXISTS "${PROGKEYS_TARGET_ROOT}/usr/include")
-  message(FATAL_ERROR "PROGKEYS_TARGET_ROOT names no root of a target; scripts/maintain/cross makes one")
+  message(FATAL_ERROR "PROGKEYS_TARGET_ROOT does not contain the packages of a target; scripts/maintain/cross unpacks them")
 endif()
 
 set(CMAKE_C_COMPILER ${PROGKEYS_TRIPLET}-gcc)
@@ -15,7 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# pkg-config runs only while CMake configures, so this variable need not be set at build time.
+# pkg-config runs only while CMake configures, so these variables are not necessary at build time.
 set(ENV{PKG_CONFIG_DIR} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${PROGKEYS_TARGET_ROOT})
 set(ENV{PKG_CONFIG_LIBDIR}

@@ -16,7 +16,7 @@ fail() {
     exit 1
 }
 
-# The words, quoted for a shell.
+# Prints the words, quoted for a shell.
 as_typed() {
     local word
     for word; do
@@ -51,12 +51,12 @@ is() {
     [[ $2 == "$3" ]] || fail "$1: $3, not $2"
 }
 
-# A field of "progkeysctl status".
+# Prints a field of "progkeysctl status".
 status_of() {
     progkeysctl status --terse --fields "$1"
 }
 
-# The keys and actions of users, one per line.
+# Prints the keys and actions of users, one per line.
 rows_of_users() {
     progkeysctl action list --terse --fields dmId,idAction,type,action,arguments,label | grep '^:' | grep -v '^:-1:'
     progkeysctl key list --terse --fields dmId,idKey,idAction,container,position,icon | grep '^:'
@@ -64,16 +64,16 @@ rows_of_users() {
 
 # Starts a monitor, whose output `heard` reads.
 listen() {
-    local lines=$PROGKEYS_SANDBOX/events told=$PROGKEYS_SANDBOX/listening
-    progkeysctl monitor >"$lines" 2>"$told" &
-    until [[ -s $told ]]; do
+    local lines=$PROGKEYS_SANDBOX/events messages=$PROGKEYS_SANDBOX/listening
+    progkeysctl monitor >"$lines" 2>"$messages" &
+    until [[ -s $messages ]]; do
         kill -0 $! 2>/dev/null || fail 'the monitor did not start'
         sleep 0.02
     done
     exec {events}<"$lines"
 }
 
-# Waits for the next event. Its line has the time, the name and the arguments, separated by two blanks.
+# Waits for the next event. Its line has the time, the name and the arguments, separated by two spaces.
 next_event() {
     local part tries
     event=

@@ -17,13 +17,13 @@ help_if_asked() {
     done
 }
 
-# Exits because of an argument: refuse REASON.
+# refuse REASON: reports an invalid argument and exits.
 refuse() {
     printf '%s: %s\nTry %s --help.\n' "$0" "$1" "$0" >&2
     exit 2
 }
 
-# Exits because of an argument that the script does not know.
+# refuse_argument ARGUMENT: reports an unknown argument and exits.
 refuse_argument() {
     case $1 in
         -*) refuse "unknown option: $1" ;;
