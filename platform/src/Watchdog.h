@@ -30,7 +30,7 @@ private:
     void feedNow();
 
     std::chrono::microseconds m_interval;
-    Clock::time_point m_lastFed;
+    Clock::time_point m_lastFed = Clock::now();
     QTimer m_timer;
 };
 
