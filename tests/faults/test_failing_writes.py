@@ -78,7 +78,7 @@ class Outcome(NamedTuple):
 def try_all(
     phone: Phone, snapshot: Snapshot, operation: Operation, faults: list[tuple[str, bool]]
 ) -> Iterator[Outcome]:
-    """Makes each write and sync of the operation fail in turn."""
+    """Repeats the operation, each time with a different write or sync that fails."""
     for call, (error, permanent) in itertools.product(CALLS, faults):
         for number in itertools.count(1):
             outcome = try_once(phone, snapshot, operation, failing(call, number, error, permanent))

@@ -45,7 +45,7 @@ def _trigger(operation: str, table: str, condition: str, what: str) -> str:
 
 
 class Database:
-    """A SQLite file. Each operation opens and closes it."""
+    """An SQLite file. Each operation opens and closes it."""
 
     def __init__(self, path: Path) -> None:
         self.path = path

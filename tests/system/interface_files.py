@@ -86,7 +86,7 @@ def parse_comment(text: str) -> Comment:
 
 
 def comments_of(interface: ElementTree.Element) -> list[tuple[ElementTree.Element, Comment]]:
-    """Every method and signal, with the comment that stands right before it."""
+    """Every method and signal, with the comment directly before it."""
     children = list(interface)
     found = []
     for before, element in zip([None, *children], children):
@@ -98,7 +98,7 @@ def comments_of(interface: ElementTree.Element) -> list[tuple[ElementTree.Elemen
 
 
 def dtd_of_introspection() -> Path:
-    """Where the bus library's development files have put the DTD."""
+    """The path of the introspection DTD that the bus library installs."""
     data = subprocess.run(
         ["pkg-config", "--variable=datadir", "dbus-1"],
         capture_output=True,

@@ -44,7 +44,6 @@ class User:
     # Many writes
 
     def write(self) -> None:
-        """Sends one write."""
         self._ledger.send(self._client, self._next())
 
     def write_all(self, count: int) -> float:
