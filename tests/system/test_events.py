@@ -1,5 +1,8 @@
 """Events on the bus: names, arguments, types, order, and log lines."""
 
+import re
+from pathlib import Path
+
 import pytest
 
 from samples import CALL, MODULE_KEY, SET_KEY
@@ -92,6 +95,17 @@ def test_an_event_has_ordered_arguments_with_true_flags_and_one_debug_line(
     assert all(argument.flag for argument in sent[-1].arguments)
     lines = [line for line in service.log.take("debug") if line.startswith("event ")]
     assert lines == [f"event {event.name} sent" for event in sent]
+
+
+def test_the_documentation_lists_the_events_with_their_arguments():
+    page = Path(__file__).resolve().parents[2] / "docs" / "events.md"
+    _, _, rest = page.read_text(encoding="utf-8").partition("\n## Sent by the service\n")
+    section, _, _ = rest.partition("\n## ")
+    documented = {}
+    for name, cell in re.findall(r"^\| `([A-Z_]+)` \| (.*?) \|", section, re.M):
+        words = re.findall(r"`(.+?)`", cell)
+        documented[name] = list(zip(words[::2], words[1::2]))
+    assert documented == {name: arguments for name, (_, arguments) in EVENTS_SENT.items()}
 
 
 def test_a_sent_event_is_not_logged_at_level_6(start, client, events, settings):

@@ -10,6 +10,7 @@ import pytest
 from dbus.lowlevel import HANDLER_RESULT_NOT_YET_HANDLED, MESSAGE_TYPE_SIGNAL
 
 from interface_files import (
+    CHECKOUT,
     FILES,
     comments_of,
     dtd_of_introspection,
@@ -51,6 +52,21 @@ def test_a_file_has_the_methods_that_the_service_publishes(service, client, name
     methods = methods_of(interface_in(client.introspect(), name))
     assert len(methods) == count
     assert methods_of(interface_of_file(name)) == methods
+
+
+def test_the_documentation_lists_the_methods_with_their_arguments():
+    page = (CHECKOUT / "docs" / "bus-interface.md").read_text(encoding="utf-8")
+    _, _, rest = page.partition("\n## Methods\n")
+    section, _, _ = rest.partition("\n## ")
+    rows = re.findall(r"^\| `(\w+)` \| (.*?) ?\| `(.+?)` \|", section, re.M)
+    documented = [
+        (name, tuple(map(tuple, re.findall(r"`(.+?)` (\w+)", inputs))), output)
+        for name, inputs, output in rows
+    ]
+    assert sorted(documented) == sorted(
+        (method.name, tuple((type_, name) for name, type_ in method.inputs), *method.outputs)
+        for method in methods_of(interface_of_file(INTERFACE))
+    )
 
 
 def test_an_event_is_the_signal_in_the_file_and_the_match_rule_in_the_file_selects_it(
