@@ -15,10 +15,11 @@ const ACTION = { idAction: 5, dmId: "", type: 1, action: "call", webAppName: "",
 /** A service that answers as told and notes what it was asked. */
 function service(answers) {
   const asked = [];
-  const bus = new Proxy({}, { get: (_, name) => async (...values) => {
-    asked.push([name, ...values]);
-    return answers[name];
-  } });
+  const answer = async (...words) => {
+    asked.push(words);
+    return answers[words[0]];
+  };
+  const bus = { change: answer, moveKeys: (positions) => answer("moveKeys", positions) };
   const state = new State();
   state.limit = 24;
   state.read([KEY, OTHER].map((key) => Object.values(key)), [Object.values(ACTION)]);
@@ -26,29 +27,29 @@ function service(answers) {
 }
 
 test("the limit is told with what to do", async () => {
-  const { requests } = service({ createKey: -1 });
+  const { requests } = service({ createProgrammableKey: -1 });
   await assert.rejects(requests.createKey(NEW, null), /limit of 24 keys.*Delete a key of the set, or raise the setting ProgKeysMax/);
 });
 
 test("a missing action is told", async () => {
-  const { requests } = service({ createKey: -2 });
-  await assert.rejects(requests.createKey({ ...NEW, idAction: 9 }, null), /no action 9/);
+  const { requests } = service({ createProgrammableKey: -2 });
+  await assert.rejects(requests.createKey({ ...NEW, idAction: 9 }, null), /Action 9 does not exist/);
 });
 
 test("a new action is deleted again when its key is refused", async () => {
-  const { requests, asked } = service({ addAction: 77, createKey: -1, deleteAction: 0 });
+  const { requests, asked } = service({ addAction: 77, createProgrammableKey: -1, deleteAction: 0 });
   await assert.rejects(requests.createKey(NEW, ACTION));
-  assert.deepEqual(asked.map(([name]) => name), ["addAction", "createKey", "deleteAction"]);
+  assert.deepEqual(asked.map(([name]) => name), ["addAction", "createProgrammableKey", "deleteAction"]);
   assert.equal(asked[1][1].idAction, 77);
-  assert.equal(asked[2][1], 77);
+  assert.equal(asked[2][1].idAction, 77);
 });
 
 test("provisioned and reserved rows are told from each other", async () => {
-  const { requests } = service({ deleteKey: -2, deleteAction: -2 });
-  await assert.rejects(requests.deleteKey({ ...KEY, dmId: "post" }), /provisioned, as "post".*DefaultKeys/);
-  await assert.rejects(requests.deleteAction({ ...ACTION, idAction: -1 }), /reserved/);
-  await assert.rejects(requests.deleteAction({ ...ACTION, dmId: "post" }), /DefaultActions/);
-  await assert.rejects(requests.deleteKey({ ...KEY, idKey: 99 }), /deleted meanwhile/);
+  const { requests } = service({ deleteProgrammableKey: -2, deleteAction: -2 });
+  await assert.rejects(requests.change("deleteProgrammableKey", { ...KEY, dmId: "post" }), /provisioned as “post”.*DefaultKeys/);
+  await assert.rejects(requests.change("deleteAction", { ...ACTION, idAction: -1 }), /reserved/);
+  await assert.rejects(requests.change("deleteAction", { ...ACTION, dmId: "post" }), /DefaultActions/);
+  await assert.rejects(requests.change("deleteProgrammableKey", { ...KEY, idKey: 99 }), /someone else has deleted it/);
 });
 
 test("a key that moves onto another is exchanged with it", async () => {
@@ -65,21 +66,21 @@ function changedMeanwhile(keys, answers = {}) {
 }
 
 test("a key that is edited stays where others have moved it", async () => {
-  const { requests, asked } = changedMeanwhile([{ ...KEY, position: 8 }], { modifyKey: 0 });
+  const { requests, asked } = changedMeanwhile([{ ...KEY, position: 8 }], { modifyProgrammableKey: 0 });
   await requests.changeKey({ ...KEY, icon: "bell" }, null);
-  assert.deepEqual(asked, [["modifyKey", { ...KEY, icon: "bell", position: 8 }]]);
+  assert.deepEqual(asked, [["modifyProgrammableKey", { ...KEY, icon: "bell", position: 8 }]]);
 });
 
 test("a key that others have deleted is neither edited nor moved", async () => {
   const { requests, asked } = changedMeanwhile([OTHER]);
-  await assert.rejects(requests.changeKey(KEY, ACTION), /Key 1 was not changed. It has been deleted meanwhile/);
-  await assert.rejects(requests.move(KEY, spot(7)), /Key 1 was not changed. It has been deleted meanwhile/);
+  await assert.rejects(requests.changeKey(KEY, ACTION), /Key 1 was not changed. It no longer exists/);
+  await assert.rejects(requests.move(KEY, spot(7)), /Key 1 was not changed. It no longer exists/);
   assert.deepEqual(asked, []);
 });
 
 test("a key is not created at a place that others have taken", async () => {
   const { requests, asked } = changedMeanwhile([{ ...OTHER, position: 9 }]);
-  await assert.rejects(requests.createKey(NEW, ACTION), /key 2 has been created at home, position 9 meanwhile/);
+  await assert.rejects(requests.createKey(NEW, ACTION), /Key 2 is now at home, position 9/);
   assert.deepEqual(asked, []);
 });
 

@@ -2,7 +2,11 @@
 
 import assert from "node:assert/strict";
 import test from "node:test";
-import { State, argumentsText, clip, countsOf, eventFrom, keyFrom, planOf, spokenName } from "../../tools/page/state.js";
+import { argumentsText, eventFrom, matching } from "../../tools/page/events.js";
+import { countsOf, planOf } from "../../tools/page/plan.js";
+import { clip } from "../../tools/page/records.js";
+import { State } from "../../tools/page/state.js";
+import { spokenName } from "../../tools/page/units.js";
 
 const PATH = "/com/velmora/Tessaro/ZelProgrammableKeys";
 const KEY = "(xsxsisiii)";
@@ -36,8 +40,8 @@ test("a phone without keys has empty places", () => {
 
 test("keys at odd positions are drawn without the places between", () => {
   const state = new State();
-  const at = (id, position) => keyFrom([id, "", 5, "home", position, "", 0, 0, 0]);
-  state.read([at(1, -3), at(2, 2147483647), at(3, 4), at(4, 4)].map((key) => Object.values(key)), [CALL]);
+  const at = (id, position) => [id, "", 5, "home", position, "", 0, 0, 0];
+  state.read([at(1, -3), at(2, 2147483647), at(3, 4), at(4, 4)], [CALL]);
   const [home] = state.units();
   assert.ok(home.places.length < 300);
   assert.equal(home.places[0].number, -3);
@@ -86,7 +90,7 @@ test("the log keeps the last 1000 events and shortens long texts", () => {
   state.take(event("ACTION_CREATE_NTF", ["idAction", ACTION, [7, "", 1, "", "", "", "x".repeat(1 << 20), ""]]), "");
   assert.ok(JSON.stringify(state.log.at(-1)).length < 10000);
   assert.equal(state.actions.get(7).label.length, 1 << 20);
-  assert.equal(state.logWith("action_create").length, 1);
+  assert.equal(matching(state.log, "action_create").length, 1);
 });
 
 test("events are written as the command line writes them", () => {

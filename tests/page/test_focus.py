@@ -43,7 +43,7 @@ def test_the_panel_is_closed_with_escape(browser: Browser) -> None:
     browser.click('[data-place="home/0"]')
     browser.run("document.querySelector('.panel .close').focus()")
     send(browser, Keys.ESCAPE)
-    assert browser.text(".panel h2") == "No key chosen"
+    assert browser.text(".panel h2") == "No key selected"
     assert is_focused(browser, '[data-place="home/0"]')
 
 
@@ -65,7 +65,7 @@ def test_a_refusal_is_shown_above_the_form_which_keeps_its_text(browser: Browser
     phone.client.delete_action(action)
     browser.fill("dialog [name=label]", "Too late")
     send(browser, Keys.ENTER)
-    assert "deleted meanwhile" in browser.alert()
+    assert "someone else has deleted it" in browser.alert()
     browser.press_button("Close", 'dialog [role="alert"]')
     browser.lacks('[role="alert"]')
     assert browser.one("dialog [name=label]").get_attribute("value") == "Too late"

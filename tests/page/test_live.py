@@ -65,7 +65,7 @@ def test_the_service_is_killed_and_started_again(browser: Browser, phone: Phone,
         [phone.bin_dir / "zelprogrammablekeys"], env=environment, stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL
     )
     browser.has(".service.running")
-    browser.wait(lambda: not browser.one(".notice").is_displayed(), "no notice")
+    browser.wait(lambda: not browser.text(".notice"), "no notice")
     assert browser.one(".panel [name=label]").get_attribute("value") == "Half typed"
     assert browser.one('.panel [type="submit"]').is_enabled()
     later = user_key("home/14")
@@ -86,7 +86,7 @@ def test_the_log_is_filtered_paused_and_copied(browser: Browser, phone: Phone) -
         "Browser.grantPermissions", {"permissions": ["clipboardReadWrite", "clipboardSanitizedWrite"]}
     )
     browser.press_button("Copy as JSON")
-    browser.wait(lambda: "1 events copied" in browser.text(".saying"), "the copy")
+    browser.wait(lambda: "Copied 1 event." == browser.text(".saying"), "the copy")
     copied = json.loads(browser.driver.execute_async_script("navigator.clipboard.readText().then(arguments[0])"))
     assert [(event["event"], event["module"], event["arguments"][3]) for event in copied] == [
         ("AOM_SET_ICON_PROPERTY_REC", "ZelProgrammableKeys", {"name": "icon_x", "value": 1})

@@ -1,70 +1,48 @@
 // The view of all actions.
 
-import { arrange, button, el, foreign, whenChanged } from "./dom.js";
-import { RESERVED_ACTION, clip } from "./state.js";
-
-const TITLES = ["Id", "Label", "Short label", "Does", "Keys", "Origin"];
+import { drawList, foreign, one, template } from "./dom.js";
+import { RESERVED_ACTION, clip, functionText } from "./records.js";
 
 export class ActionsView {
-  /** @param {import("./app.js").App} app */
+  /** @param {App} app */
   constructor(app) {
     this.app = app;
-    /** @type {Map<number, {element: any, draw: (row: any) => void}>} */
-    this.rowOf = new Map();
-    this.rows = el("tbody", { role: "rowgroup" });
-    this.create = button("New action…", () => app.editAction(null), { writes: true, className: "primary" });
-    const heads = [...TITLES, "Change"].map((title) => el("th", { scope: "col", role: "columnheader" }, title));
-    this.element = el("div", { className: "page" },
-      el("div", { className: "toolbar" }, el("h2", {}, "Actions"), this.create),
-      el("div", { className: "scroll" }, el("table", { role: "table" },
-        el("thead", { role: "rowgroup" }, el("tr", { role: "row" }, ...heads)), this.rows)));
-    this.drawRows = whenChanged((rows) => this.#drawRows(rows));
+    this.element = template("actions-view");
+    this.rows = one("tbody", this.element);
+    this.create = one(".create", this.element);
+    this.create.onclick = () => app.editAction(null);
   }
 
   draw() {
     const { state } = this.app;
+    const hadFocus = this.rows.contains(document.activeElement);
     /** @type {Map<number, number>} */
     const counts = new Map();
-    for (const key of state.keys.values())
-      counts.set(key.idAction, (counts.get(key.idAction) ?? 0) + 1);
-    this.drawRows([...state.actions.values()].map(({ idAction, dmId, label, shortLabel, action, webAppName, arguments: values }) => ({
-      idAction, keys: counts.get(idAction) ?? 0, dmId: clip(dmId, 40), label: clip(label), shortLabel: clip(shortLabel, 40),
-      does: clip([action, webAppName, values].filter(Boolean).join(" · ")) })));
-  }
-
-  /** Draws the rows. Those that stay keep their buttons, and with them the focus.
-   * @param {any[]} rows */
-  #drawRows(rows) {
-    const focused = this.rows.contains(document.activeElement) ? document.activeElement : null;
-    const before = this.rowOf;
-    this.rowOf = new Map(rows.map((row) => [row.idAction, before.get(row.idAction) ?? this.#newRow(row.idAction)]));
-    for (const row of rows)
-      this.rowOf.get(row.idAction)?.draw(row);
-    arrange(this.rows, [...this.rowOf.values()].map(({ element }) => element));
-    if (focused && !focused.isConnected)
+    for (const { idAction } of state.keys.values())
+      counts.set(idAction, (counts.get(idAction) ?? 0) + 1);
+    const rows = [...state.actions.values()].map((action) => ({ action, keys: counts.get(action.idAction) ?? 0 }));
+    drawList(this.rows, rows, ({ action }) => action.idAction, () => this.#newRow(), drawRow);
+    if (hadFocus && !this.rows.contains(document.activeElement))
       this.create.focus();
   }
 
-  /** @param {number} idAction */
-  #newRow(idAction) {
-    const act = (/** @type {(action: any) => void} */ what) => () => {
-      const action = this.app.state.actions.get(idAction);
-      if (action)
-        what(action);
-    };
-    const edit = button("Edit", act((action) => this.app.editAction(action)), { writes: true });
-    const remove = button("Delete", act((action) => this.app.deleteAction(action)), { writes: true, className: "danger" });
-    const cells = TITLES.map((title) => el("td", { role: "cell", "data-title": title }));
-    const element = el("tr", { role: "row", "data-action-id": String(idAction) }, ...cells,
-      el("td", { role: "cell" }, el("div", { className: "buttons" }, edit, remove)));
-    const draw = whenChanged(({ keys, dmId, label, shortLabel, does }) => {
-      const origin = idAction === RESERVED_ACTION ? ["reserved"] : dmId ? ["provisioned as ", foreign(dmId)] : ["made by a user"];
-      const contents = [[String(idAction)], [foreign(label || "(no label)", label ? "" : "none")], [foreign(shortLabel)],
-        [foreign(does)], [String(keys)], [el("span", {}, ...origin)]];
-      contents.forEach((content, index) => cells[index].replaceChildren(...content));
-      edit.setAttribute("aria-label", `Edit ${label || `action ${idAction}`}`);
-      remove.setAttribute("aria-label", `Delete ${label || `action ${idAction}`}`);
-    });
-    return { element, draw };
+  #newRow() {
+    const row = template("action-row");
+    one(".edit", row).onclick = () => this.app.editAction(row.item.action);
+    one(".delete", row).onclick = () => this.app.deleteAction(row.item.action);
+    return row;
   }
+}
+
+/** @param {any} row @param {{action: Action, keys: number}} item */
+function drawRow(row, { action, keys }) {
+  const { idAction, dmId } = action;
+  const label = clip(action.label);
+  const origin = idAction === RESERVED_ACTION ? "reserved" : dmId ? `provisioned as ${clip(dmId, 40)}` : "created by a user";
+  const contents = [idAction, foreign(label || "(no label)", label ? "" : "none"), foreign(clip(action.shortLabel, 40)),
+    foreign(functionText(action)), keys, foreign(origin)];
+  contents.forEach((content, index) => row.cells[index].replaceChildren(content));
+  row.dataset.actionId = idAction;
+  one(".edit", row).setAttribute("aria-label", `Edit ${label || `action ${idAction}`}`);
+  one(".delete", row).setAttribute("aria-label", `Delete ${label || `action ${idAction}`}`);
 }

@@ -2,16 +2,15 @@
 
 import { ActionsView } from "./actions.js";
 import { Bus } from "./bus.js";
-import { button, confirmed, el, foreign, openDialog } from "./dom.js";
-import { actionForm, keyNames } from "./forms.js";
+import { button, confirmed, el, foreign, one, openDialog, whenChanged, write } from "./dom.js";
+import { actionForm } from "./forms.js";
 import { LabelsView } from "./labels.js";
 import { PhoneView } from "./phone.js";
+import { clip, placeText, spotOf } from "./records.js";
 import { Requests } from "./requests.js";
 import { RolloutView } from "./rollout.js";
-import { State, clip } from "./state.js";
+import { State } from "./state.js";
 import { errorText } from "./texts.js";
-
-/** @typedef {import("./state.js").Action} Action */
 
 const READ_AGAIN_MS = 1500; // Moves are not announced as events, so the keys are read again and again.
 const MOST_STALE_READS = 5;
@@ -19,18 +18,18 @@ const DRAW_AFTER_MS = 40;
 const SAYING_MS = 4000;
 const SERVICE_TEXTS = { waiting: "Connecting…", running: "Connected", gone: "The service is not running",
   lost: "The connection to the bus is lost" };
+const READ_ONLY = "You have read-only access, because you are not a member of the group progkeys-admin. You cannot change or " +
+  "press keys, and you do not receive events. To get access, ask an administrator to add you to the group, then log in again.";
 
 export class App {
   constructor() {
     this.state = new State();
-    this.status = el("p", { className: "service", role: "status" });
-    this.notice = el("div", { className: "notice", role: "status", hidden: true });
-    this.messages = el("div", { className: "messages" });
-    this.saying = el("p", { className: "saying", role: "status" });
-    this.main = el("main", {});
+    this.main = one("main");
+    this.messages = one(".messages");
     this.hasOwner = false;
-    this.isReading = false;
     this.isDrawPlanned = false;
+    this.drawNotice = whenChanged(([text, mayClose]) => one(".notice").replaceChildren(text, ...(mayClose
+      ? [button("Close", () => this.#closeNotice())] : [])));
     this.bus = new Bus({
       onOwner: (isThere) => this.#takeOwner(isThere),
       onEvent: (event) => this.#take(event),
@@ -43,34 +42,36 @@ export class App {
     this.requests = new Requests(this.state, this.bus, () => this.refresh());
     this.views = /** @type {Record<string, any>} */ ({ "#/phone": new PhoneView(this), "#/actions": new ActionsView(this),
       "#/rollout": new RolloutView(this), "#/labels": new LabelsView(this) });
-    document.body.append(this.#header(), this.notice, this.messages, this.main, this.saying);
-    window.addEventListener("hashchange", () => this.#route());
+    window.addEventListener("hashchange", () => {
+      this.#route();
+      this.main.focus();
+    });
     document.addEventListener("visibilitychange", () => this.#readAgain());
     this.#route();
     this.#readAgain();
   }
 
-  #header() {
-    const titles = { "#/phone": "Phone", "#/actions": "Actions", "#/rollout": "Rollout", "#/labels": "Labels" };
-    this.links = Object.entries(titles).map(([href, title]) => el("a", { href }, title));
-    return el("header", {}, el("h1", {}, "Programmable keys"), el("nav", { "aria-label": "Views" }, ...this.links), this.status);
-  }
-
   #route() {
     const name = Object.hasOwn(this.views, location.hash) ? location.hash : "#/phone";
     this.view = this.views[name];
-    for (const link of this.links ?? [])
-      link.getAttribute("href") === name ? link.setAttribute("aria-current", "page") : link.removeAttribute("aria-current");
+    one("nav a[aria-current]")?.removeAttribute("aria-current");
+    const link = one(`nav a[href="${name}"]`);
+    link.setAttribute("aria-current", "page");
+    this.main.setAttribute("aria-label", link.textContent);
     this.main.replaceChildren(this.view.element);
     this.draw();
   }
 
   draw() {
+    const { service, mayWrite } = this.state;
+    const isAway = service === "gone" || service === "lost";
     this.isDrawPlanned = false;
-    this.status.textContent = SERVICE_TEXTS[this.state.service];
-    this.status.className = `service ${this.state.service}`;
-    document.body.classList.toggle("away", this.state.service !== "running");
-    this.#drawNotice();
+    write(one(".service"), SERVICE_TEXTS[service]);
+    one(".service").className = `service ${service}`;
+    document.body.classList.toggle("away", service !== "running");
+    const notice = isAway ? `${SERVICE_TEXTS[service]}. The page shows the last known state. It reconnects automatically.`
+      : mayWrite || this.hasClosedNotice ? "" : READ_ONLY;
+    this.drawNotice([notice, notice === READ_ONLY]);
     this.view.draw();
     this.applyRights();
   }
@@ -92,22 +93,10 @@ export class App {
       /** @type {any} */ (control).disabled = !this.mayWrite();
   }
 
-  #drawNotice() {
-    const { service, mayWrite } = this.state;
-    const text = service === "gone" || service === "lost"
-      ? `${SERVICE_TEXTS[service]}. What you see was read before. The page continues when it returns.`
-      : !mayWrite && !this.hasDismissed
-        ? "You can look at everything, but not change or press keys or receive events: you are not a member of the group " +
-          "progkeys-admin. Ask an administrator to add you to it, then log in again."
-        : "";
-    this.notice.hidden = !text;
-    if (this.notice.dataset.text === text)
-      return;
-    this.notice.dataset.text = text;
-    this.notice.replaceChildren(text, ...(service === "running" ? [button("Close", () => {
-      this.hasDismissed = true;
-      this.draw();
-    })] : []));
+  #closeNotice() {
+    this.hasClosedNotice = true;
+    this.draw();
+    this.main.focus();
   }
 
   // The service
@@ -131,18 +120,15 @@ export class App {
   /** @param {"gone"|"lost"} how */
   #leave(how) {
     this.hasOwner = false;
-    this.state.leave();
-    this.state.service = how;
+    this.state.leave(how);
     this.draw();
   }
 
-  /** @param {import("./state.js").Event} event */
+  /** @param {PhoneEvent} event */
   #take(event) {
     this.state.take(event, now());
-    if (event.event === "DB_RESET_NTF")
+    if (event.event === "DB_RESET_NTF" || event.event === "KO_PROGKEYS_DB_FULL")
       this.refresh().catch((error) => this.refuse(error));
-    if (event.event === "KO_PROGKEYS_DB_FULL")
-      this.bus.limit().then((limit) => { this.state.limit = limit; });
     this.planDrawing();
   }
 
@@ -153,23 +139,24 @@ export class App {
 
   /** Reads keys and actions. Events that arrive meanwhile are newer than what is read: then it is read again. */
   async #read() {
-    for (let stale = 0; stale <= MOST_STALE_READS; ++stale) {
-      const changes = this.state.changeCount;
-      const [keys, actions] = await Promise.all([this.bus.allKeys(), this.bus.allActions()]);
-      if (changes !== this.state.changeCount && stale < MOST_STALE_READS)
-        continue;
-      this.state.read(keys, actions);
-      break;
-    }
+    let changes;
+    let stale = 0;
+    let records;
+    do {
+      changes = this.state.changeCount;
+      records = await this.bus.readAll();
+    } while (changes !== this.state.changeCount && stale++ < MOST_STALE_READS);
+    this.state.read(...records);
     this.draw();
   }
 
+  /** Reads again, now and later. If the service has gone, that is announced; if it did not answer, it is asked again. */
   async #readAgain() {
     if (this.isReading || document.hidden)
       return;
     this.isReading = true;
     const start = performance.now();
-    if (this.hasOwner) // If the service has gone, that is announced. If it did not answer, it is asked again.
+    if (this.hasOwner)
       await (this.state.service === "running" ? this.#read() : this.#arrive()).catch(() => {});
     setTimeout(() => {
       this.isReading = false;
@@ -183,17 +170,13 @@ export class App {
    * @param {() => Promise<any>} request */
   async attempt(request) {
     this.messages.replaceChildren();
-    try {
-      await request();
-    } catch (error) {
-      this.refuse(error);
-    }
+    await request().catch((error) => this.refuse(error));
   }
 
   /** Tells why a request failed, above a dialog if one is open. The text stays until the next request.
    * @param {any} error */
   refuse(error) {
-    (document.querySelector("dialog[open]") ?? document.body).append(this.messages);
+    (one("dialog[open]") ?? document.body).append(this.messages);
     const focused = /** @type {HTMLElement|null} */ (document.activeElement);
     const message = el("div", { className: "alert", role: "alert" }, foreign(errorText(error)), button("Close", () => {
       message.remove();
@@ -204,19 +187,17 @@ export class App {
 
   /** @param {string} text */
   say(text) {
-    this.saying.textContent = text;
-    setTimeout(() => this.saying.textContent === text && (this.saying.textContent = ""), SAYING_MS);
+    write(one(".saying"), text);
+    setTimeout(() => one(".saying").textContent === text && write(one(".saying"), ""), SAYING_MS);
   }
 
   /** @param {Action|null} action */
   editAction(action) {
-    const dialog = openDialog(action ? `Edit action ${action.idAction}` : "New action", actionForm({
-      action,
+    const dialog = openDialog(action ? `Edit action ${action.idAction}` : "New action", actionForm(action, {
       cancel: () => dialog.close(),
       refuse: (error) => this.refuse(error),
       save: async (value) => {
-        await (action ? this.requests.changeAction(value) : this.requests.addAction(value));
-        await this.refresh();
+        await this.requests.change(action ? "modifyAction" : "addAction", value);
         this.messages.replaceChildren();
         dialog.close();
         this.say(action ? "The action was saved." : "The action was created.");
@@ -226,15 +207,21 @@ export class App {
 
   /** @param {Action} action */
   async deleteAction(action) {
-    const keys = this.state.keysOf(action.idAction);
-    const what = keys.length ? `This also deletes ${keys.length === 1 ? "its key" : `its ${keys.length} keys`}: ${keyNames(keys)}.` : "No key is bound to it.";
-    const content = [el("p", {}, foreign(clip(action.label) || "(no label)")), el("p", { className: "names" }, foreign(clip(what, 2000)))];
-    if (await confirmed(`Delete action ${action.idAction}?`, content, "Delete action"))
-      await this.attempt(() => this.requests.deleteAction(action));
+    const keys = [...this.state.keys.values()].filter(({ idAction }) => idAction === action.idAction);
+    const names = keys.map((key) => `key ${key.idKey} (${placeText(spotOf(key))})`).join(", ");
+    const question = `“${clip(action.label) || "(no label)"}” is deleted` + (keys.length === 0 ? ". No key is bound to it."
+      : `, and also ${keys.length === 1 ? "its key" : `its ${keys.length} keys`}: ${names}.`);
+    if (await confirmed(`Delete action ${action.idAction}?`, clip(question, 2000), "Delete action"))
+      await this.attempt(async () => {
+        await this.requests.change("deleteAction", action);
+        this.say("The action was deleted.");
+      });
   }
 }
 
 const now = () => new Date(Date.now() - new Date().getTimezoneOffset() * 60000).toISOString().slice(0, 23);
 
-document.documentElement.dataset.theme = localStorage.getItem("shell:style") ?? "auto";
+const applyTheme = () => { document.documentElement.dataset.theme = localStorage.getItem("shell:style") ?? "auto"; };
+window.addEventListener("storage", applyTheme);
+applyTheme();
 /** @type {any} */ (window).app = new App();

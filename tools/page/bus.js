@@ -1,10 +1,8 @@
 // The phone on the bus, through Cockpit. Every method has an explicit signature, so that no introspection
 // is needed.
 
-import { ACTION, KEY, actionToWire, eventFrom, keyToWire } from "./state.js";
-
-/** @typedef {import("./state.js").Key} Key @typedef {import("./state.js").Action} Action
- * @typedef {import("./state.js").Event} Event */
+import { eventFrom } from "./events.js";
+import { ACTION, KEY, toWire } from "./records.js";
 
 const SERVICE = "com.velmora.Tessaro.ZelProgrammableKeys";
 const PATH = "/com/velmora/Tessaro/ZelProgrammableKeys";
@@ -27,9 +25,13 @@ progkeysctl defaults check --json=short \${2:+--limit "$2"} $check || [ $? = 4 ]
 progkeysctl defaults plan --json=short --all $plan
 `;
 
+/** Runs a command with the rights of the user.
+ * @param {string[]} command */
+const run = (...command) => cockpit.spawn(command, { err: "message" });
+
 export class Bus {
-  /** @param {{onOwner: (isThere: boolean) => void, onEvent: (event: Event) => void,
-   *   onForeignEvent: (event: Event) => void, onLost: () => void}} handlers */
+  /** @param {{onOwner: (isThere: boolean) => void, onEvent: (event: PhoneEvent) => void,
+   *   onForeignEvent: (event: PhoneEvent) => void, onLost: () => void}} handlers */
   constructor(handlers) {
     this.handlers = handlers;
     this.client = this.#connected();
@@ -42,7 +44,7 @@ export class Bus {
       this.handlers.onLost();
       setTimeout(() => { this.client = this.#connected(); }, RECONNECT_MS);
     });
-    client.subscribe(EVENTS, (/** @type {string} */ path, /** @type {string} */ _interface, /** @type {string} */ _signal, /** @type {any[]} */ body) => {
+    client.subscribe(EVENTS, (path, _interface, _signal, body) => {
       const event = eventFrom(path, body);
       if (event)
         this.handlers.onEvent(event);
@@ -55,8 +57,8 @@ export class Bus {
     if (this.monitor)
       return;
     let rest = "";
-    this.monitor = cockpit.spawn(["progkeysctl", "monitor", "--json=short", "--match", "AOM_KEY_PRESS_EVENT"], { err: "message" });
-    this.monitor.stream((/** @type {string} */ output) => {
+    this.monitor = run("progkeysctl", "monitor", "--json=short", "--match", "AOM_KEY_PRESS_EVENT");
+    this.monitor.stream((output) => {
       const lines = (rest + output).split("\n");
       rest = lines.pop() ?? "";
       for (const line of lines)
@@ -66,55 +68,28 @@ export class Bus {
     this.monitor.then(end, end);
   }
 
-  /** @param {string} method @param {string} type @param {any[]} values @returns {Promise<any>} */
+  /** @param {string} method @param {string} [type] @param {any[]} values @returns {Promise<any>} */
   async #call(method, type = "", ...values) {
     const [result] = await this.client.call(PATH, INTERFACE, method, values, { type });
     return result;
   }
 
-  allKeys() {
-    return this.#call("getAllProgrammableKeys");
+  /** All keys and all actions, in the form of the bus. */
+  readAll() {
+    return Promise.all([this.#call("getAllProgrammableKeys"), this.#call("getAllActions")]);
   }
 
-  allActions() {
-    return this.#call("getAllActions");
-  }
-
-  /** @param {Key} key @returns {Promise<number>} */
-  createKey(key) {
-    return this.#call("createProgrammableKey", KEY, keyToWire(key));
-  }
-
-  /** @param {Key} key @returns {Promise<number>} */
-  modifyKey(key) {
-    return this.#call("modifyProgrammableKey", KEY, keyToWire(key));
+  /** Asks for a change of a key or an action; the result is its id or a code.
+   * @param {string} method @param {Key|Action} record @returns {Promise<number>} */
+  change(method, record) {
+    const [type, id] = "idKey" in record ? [KEY, record.idKey] : [ACTION, record.idAction];
+    return method.startsWith("delete") ? this.#call(method, "x", id) : this.#call(method, type, toWire(type, record));
   }
 
   /** Not by a call: the bridge of newer versions cannot send maps whose keys are numbers.
    * @param {Record<number, number>} positions */
-  async moveKeys(positions) {
-    const moves = Object.entries(positions).map(([idKey, position]) => `${idKey}=${position}`);
-    await cockpit.spawn(["progkeysctl", "key", "move", "--", ...moves], { err: "message" });
-  }
-
-  /** @param {number} idKey @returns {Promise<number>} */
-  deleteKey(idKey) {
-    return this.#call("deleteProgrammableKey", "x", idKey);
-  }
-
-  /** @param {Action} action @returns {Promise<number>} */
-  addAction(action) {
-    return this.#call("addAction", ACTION, actionToWire(action));
-  }
-
-  /** @param {Action} action @returns {Promise<number>} */
-  modifyAction(action) {
-    return this.#call("modifyAction", ACTION, actionToWire(action));
-  }
-
-  /** @param {number} idAction @returns {Promise<number>} */
-  deleteAction(idAction) {
-    return this.#call("deleteAction", "x", idAction);
+  moveKeys(positions) {
+    return run("progkeysctl", "key", "move", "--", ...Object.entries(positions).map((move) => move.join("=")));
   }
 
   /** Whether the bus lets this user change keys: it is asked with a change of nothing. */
@@ -145,19 +120,18 @@ export class Bus {
   }
 
   /** Presses a key of a module, as the module would; the answer is that of the service.
-   * @param {string} place @param {number} moduleType @returns {Promise<any>} */
-  async press(place, moduleType) {
-    return JSON.parse(await cockpit.spawn(
-      ["progkeysctl", "press", "--json=short", `--module-type=${moduleType}`, "--", place], { err: "message" }));
+   * @param {Spot} spot @returns {Promise<{exists: boolean, key: Key, action: Action}>} */
+  async press({ address, number, moduleType }) {
+    return JSON.parse(await run("progkeysctl", "press", "--json=short", `--module-type=${moduleType}`, "--", `${address}/${number}`));
   }
 
   /** The problems of a rollout, and what it would change.
    * @param {string} actions @param {string} keys @param {number|null} limit
-   * @returns {Promise<{problems: any[], rows: any[]}>} */
+   * @returns {Promise<{problems: any[], rows: PlanRow[]}>} */
   async plan(actions, keys, limit) {
     const size = new TextEncoder().encode(actions).length;
-    const run = cockpit.spawn(["sh", "-c", CHECK_AND_PLAN, "sh", String(size), String(limit ?? "")], { err: "message" });
-    const [problems, rows] = (await run.input(actions + keys)).trim().split("\n");
-    return { problems: JSON.parse(problems), rows: JSON.parse(rows) };
+    const output = await run("sh", "-c", CHECK_AND_PLAN, "sh", String(size), String(limit ?? "")).input(actions + keys);
+    const [problems, rows] = output.trim().split("\n").map((line) => JSON.parse(line));
+    return { problems, rows };
   }
 }

@@ -1,103 +1,125 @@
-// Draws the telephone: the set with its display, and the add-on modules beside it. Elements are kept
-// and changed, so that the focus stays and large phones are drawn quickly.
+// Draws the telephone: the set with its display, and the add-on modules beside it.
 
-import { arrange, el, foreign } from "./dom.js";
-import { drawing } from "./icons.js";
-import { KEYS_OF_MODULE, KEYS_OF_SET, clip, spokenName } from "./state.js";
-
-/** @typedef {import("./state.js").Unit} Unit @typedef {import("./state.js").Place} Place */
+import { drawList, el, foreign, one, template } from "./dom.js";
+import { clip, placeName } from "./records.js";
+import { KEYS_OF_MODULE, KEYS_OF_SET, spokenName } from "./units.js";
 
 const LIT_MS = 900;
+const SVG = "http://www.w3.org/2000/svg";
+/** @type {Map<string, string>} other names for icons */
+const ALIASES = new Map([["mail", "envelope"], ["home", "house"], ["user", "person"], ["users", "people"],
+  ["group", "people"], ["warning", "bell"]]);
 
-/** The parts of a telephone that do nothing here. */
-function handset() {
-  return el("div", { className: "handset", "aria-hidden": "true" },
-    el("div", { className: "receiver" }, el("i"), el("b"), el("i")), el("div", { className: "cord" }));
+/** The names of the icons that have a drawing. */
+export const iconNames = () => [...document.querySelectorAll(".icons symbol")].map((symbol) => symbol.id.slice("icon-".length));
+
+/** The drawing of an icon, or its name.
+ * @param {string} name */
+function picture(name) {
+  const id = `icon-${ALIASES.get(name) ?? name}`;
+  if (!document.getElementById(id))
+    return el("span", { className: "icon-name" }, foreign(clip(name, 12)));
+  const svg = document.createElementNS(SVG, "svg");
+  svg.append(document.createElementNS(SVG, "use"));
+  svg.firstElementChild?.setAttribute("href", `#${id}`);
+  svg.setAttribute("aria-hidden", "true");
+  return svg;
 }
 
-function dialPad() {
-  const digits = ["1", "2", "3", "4", "5", "6", "7", "8", "9", "*", "0", "#"];
-  const letters = ["", "abc", "def", "ghi", "jkl", "mno", "pqrs", "tuv", "wxyz", "", "", ""];
-  return el("div", { className: "controls", "aria-hidden": "true" },
-    el("div", { className: "volume" }, el("i", {}, "–"), el("i", {}, "+")),
-    el("div", { className: "pad" }, ...digits.map((digit, index) => el("i", {}, digit, el("small", {}, letters[index])))),
-    el("div", { className: "cross" }, el("i"), el("i"), el("b"), el("i"), el("i")));
+/** @param {string} text @param {string} title @param {string} [className] */
+const badge = (text, title, className = "") => el("span", { className: `badge ${className}`, title }, text);
+
+/** A place in a grid of two columns.
+ * @typedef {Place & {row: number, column: number}} Cell */
+
+/** @param {any} element @param {Cell} cell */
+function drawPlace(element, cell) {
+  const { key, display, column, row } = cell;
+  const kept = element.classList.contains("lit") ? "lit" : "";
+  const kind = key ? (key.dmId ? "bound provisioned" : "bound own") : "empty";
+  element.className = `place ${kind} ${column === 2 ? "right" : ""} ${cell.mark && `mark-${cell.mark}`} ${kept}`;
+  element.style.gridArea = `${row} / ${column}`;
+  element.dataset.place = cell.place;
+  delete element.dataset.keyId;
+  delete element.dataset.actionId;
+  if (key)
+    Object.assign(element.dataset, { keyId: key.idKey, actionId: key.idAction });
+  element.setAttribute("aria-label", spokenName(cell));
+  element.title = cell.shown.length > 14 ? spokenName(cell) : "";
+  const label = key ? foreign(cell.shown, cell.label.trim() ? "" : "none") : el("span", { className: "none" }, "+");
+  element.replaceChildren(
+    el("span", { className: "cap" }, key ? picture(key.icon) : ""),
+    el("span", { className: "text" }, label,
+      cell.isShared ? badge("shared", "Several keys are stored at this place", "warn") : "",
+      display.icon ? badge(`▣ ${display.icon}`, `Icon state ${display.icon}`) : "",
+      display.labelState ? badge(`Aa ${display.labelState}`, `Label state ${display.labelState}`) : "",
+      cell.mark ? badge(cell.mark, "", "mark") : ""),
+    el("span", { className: "number" }, String(cell.number)));
 }
 
-/** @param {Place} place */
-function contentOf(place) {
-  const icon = place.key?.icon ?? "";
-  const picture = place.key ? drawing(icon) ?? el("span", { className: "icon-name" }, foreign(clip(icon, 12))) : null;
-  const { icon: iconState, labelState } = place.display;
-  return [
-    el("span", { className: "cap" }, picture),
-    el("span", { className: "text" }, place.key ? foreign(place.shown, place.label.trim() ? "" : "none") : el("span", { className: "none" }, "+"),
-      place.isShared && el("span", { className: "badge warn", title: "Several keys have this place" }, "shared"),
-      iconState && el("span", { className: "badge", title: `Icon state ${iconState}` }, `▣ ${iconState}`),
-      labelState && el("span", { className: "badge", title: `Label state ${labelState}` }, `Aa ${labelState}`),
-      place.mark && el("span", { className: "badge mark" }, place.mark)),
-    el("span", { className: "number" }, String(place.number)),
-  ];
+/** Draws blocks of two columns, as the keys of a telephone are arranged.
+ * @param {Element} grid @param {Unit} unit */
+function drawPlaces(grid, { onModule, places }) {
+  const block = onModule ? KEYS_OF_MODULE : KEYS_OF_SET;
+  const rows = block / 2;
+  const cells = places.map((place, index) => ({ ...place, row: Math.floor(index / block) * rows + index % rows + 1,
+    column: index % block < rows ? 1 : 2 }));
+  drawList(grid, cells, (cell) => cell.slot, () => el("button", { type: "button", tabIndex: -1 }), drawPlace);
 }
 
-/** @param {any} element @param {Place} place */
-function drawPlace(element, place) {
-  const { key } = place;
-  const kept = ["chosen", "lit"].filter((name) => element.classList.contains(name));
-  element.className = [...kept, "place", key ? "bound" : "empty", key && (key.dmId ? "provisioned" : "own"),
-    place.mark && `mark-${place.mark}`].filter(Boolean).join(" ");
-  element.dataset.place = place.place;
-  element.setAttribute("aria-label", spokenName(place));
-  element.title = place.shown.length > 14 ? spokenName(place) : "";
-  for (const [name, value] of [["keyId", key?.idKey], ["actionId", key?.idAction]])
-    value === undefined ? delete element.dataset[name ?? ""] : (element.dataset[name ?? ""] = String(value));
-  element.replaceChildren(...contentOf(place));
+function newSection() {
+  return el("section", { role: "group" }, el("h3"), el("div", { className: "grid" }));
+}
+
+/** @param {any} section @param {Unit} unit */
+function drawSection(section, unit) {
+  const title = clip(unit.name, 60) || "(no name)";
+  section.className = unit.onModule ? "module" : "container";
+  section.setAttribute("aria-label", title);
+  one("h3", section).replaceChildren(foreign(title));
+  drawPlaces(one(".grid", section), unit);
 }
 
 export class Desk {
   /** @param {string} name the accessible name of the whole */
   constructor(name) {
-    /** @type {Map<string, {section: any, grid: any, places: Map<string, any>}>} */
-    this.sections = new Map();
-    /** @type {WeakMap<Element, Place>} */
-    this.placeOf = new WeakMap();
-    this.status = el("div", { className: "screen-status" });
-    this.screen = el("div", { className: "screen" });
-    this.set = el("div", { className: "set" }, handset(),
-      el("div", { className: "face" }, el("div", { className: "bezel" }, this.status, this.screen), dialPad()));
-    this.modules = el("div", { className: "modules" });
-    this.element = el("div", { className: "desk", role: "group", "aria-label": name }, this.set, this.modules);
+    this.element = template("desk");
+    this.element.setAttribute("aria-label", name);
+    this.status = one(".screen-status", this.element);
+    this.screen = one(".screen", this.element);
+    this.modules = one(".modules", this.element);
   }
 
   /** @param {Unit[]} units */
   draw(units) {
-    const drawn = units.map((unit) => ({ unit, ...this.#section(unit) }));
-    const names = new Set(units.map((unit) => `${unit.onModule} ${unit.name}`));
-    for (const name of this.sections.keys())
-      names.has(name) || this.sections.delete(name);
-    arrange(this.screen, drawn.filter(({ unit }) => !unit.onModule).map(({ section }) => section));
-    arrange(this.modules, drawn.filter(({ unit }) => unit.onModule).map(({ section }) => section));
-    if (!this.element.querySelector('[data-place][tabindex="0"]'))
-      this.element.querySelector("[data-place]")?.setAttribute("tabindex", "0");
+    const hadFocus = this.element.contains(document.activeElement);
+    for (const host of [this.screen, this.modules]) {
+      const shown = units.filter(({ onModule }) => onModule === (host === this.modules));
+      drawList(host, shown, ({ name }) => name, newSection, drawSection);
+    }
+    const first = one('[data-place][tabindex="0"]', this.element) ?? one("[data-place]", this.element);
+    first.tabIndex = 0;
+    if (hadFocus && !this.element.contains(document.activeElement))
+      first.focus();
   }
 
   /** Lights the keys of a module for a moment.
    * @param {string} place */
   light(place) {
-    for (const element of this.elementsAt(place, true)) {
+    for (const element of this.elementsAt(true, place)) {
       element.classList.add("lit");
       clearTimeout(element.darken);
       element.darken = setTimeout(() => element.classList.remove("lit"), LIT_MS);
     }
   }
 
-  /** Marks the place that the user has chosen.
-   * @param {{place: string, onModule: boolean}|null} chosen */
-  choose(chosen) {
-    for (const element of this.element.querySelectorAll(".chosen"))
-      element.classList.remove("chosen");
-    for (const element of chosen ? this.elementsAt(chosen.place, chosen.onModule) : [])
-      element.classList.add("chosen");
+  /** Marks the place that the user has selected.
+   * @param {Spot|null} spot */
+  select(spot) {
+    for (const element of this.element.querySelectorAll("[aria-current]"))
+      element.removeAttribute("aria-current");
+    for (const element of spot ? this.elementsAt(spot.onModule, placeName(spot)) : [])
+      element.setAttribute("aria-current", "true");
   }
 
   /** Makes an element the one that the Tab key reaches, and focuses it.
@@ -115,64 +137,18 @@ export class Desk {
     const places = [...element.parentElement.children];
     if (key === "Home" || key === "End")
       return places.at(key === "Home" ? 0 : -1);
-    const forward = key === "ArrowDown" || key === "ArrowRight";
-    const beside = places.find((other) => other.style.gridRow === element.style.gridRow &&
-      other.style.gridColumn === (forward ? "2" : "1"));
+    const isForward = key === "ArrowDown" || key === "ArrowRight";
+    const beside = places.find(({ item }) => item.row === element.item.row && item.column === (isForward ? 2 : 1));
     const isSideways = key === "ArrowLeft" || key === "ArrowRight";
-    const next = isSideways ? (beside === element ? null : beside) : places[places.indexOf(element) + (forward ? 1 : -1)];
-    if (next)
-      return next;
+    if (isSideways && beside && beside !== element)
+      return beside;
+    const step = isForward ? 1 : -1;
     const grids = [...this.element.querySelectorAll(".grid")];
-    return grids[grids.indexOf(element.parentElement) + (forward ? 1 : -1)]?.children[0];
+    return (!isSideways && places[places.indexOf(element) + step]) || grids[grids.indexOf(element.parentElement) + step]?.children[0];
   }
 
-  /** @param {string} place @param {boolean} onModule @returns {any[]} */
-  elementsAt(place, onModule) {
+  /** @param {boolean} onModule @param {string} place @returns {any[]} */
+  elementsAt(onModule, place) {
     return [...(onModule ? this.modules : this.screen).querySelectorAll(`[data-place="${CSS.escape(place)}"]`)];
-  }
-
-  /** @param {Unit} unit */
-  #section(unit) {
-    const name = `${unit.onModule} ${unit.name}`;
-    const title = clip(unit.name, 60) || "(no name)";
-    const known = this.sections.get(name) ?? this.#newSection(unit, title);
-    this.sections.set(name, known);
-    this.#drawPlaces(known, unit.places, unit.onModule ? KEYS_OF_MODULE : KEYS_OF_SET);
-    return known;
-  }
-
-  /** @param {Unit} unit @param {string} title */
-  #newSection(unit, title) {
-    const grid = el("div", { className: "grid" });
-    const section = el("section", { className: unit.onModule ? "module" : "container", "aria-label": title },
-      el("h3", {}, foreign(title)), grid);
-    return { section, grid, places: new Map() };
-  }
-
-  /** Draws blocks of two columns, as the keys of a telephone are arranged.
-   * @param {{grid: any, places: Map<string, any>}} section @param {Place[]} places @param {number} block */
-  #drawPlaces(section, places, block) {
-    const before = section.places;
-    section.places = new Map();
-    const rows = block / 2;
-    const elements = places.map((place, index) => {
-      let name = `${place.number}`;
-      while (section.places.has(name))
-        name += "+";
-      const element = before.get(name) ?? el("button", { type: "button", tabIndex: -1 });
-      const isRight = index % block >= rows;
-      const content = `${index} ${JSON.stringify(place)}`;
-      if (element.content !== content) {
-        drawPlace(element, place);
-        element.classList.toggle("right", isRight);
-        element.style.gridRow = String(Math.floor(index / block) * rows + index % rows + 1);
-        element.style.gridColumn = isRight ? "2" : "1";
-      }
-      element.content = content;
-      section.places.set(name, element);
-      this.placeOf.set(element, place);
-      return element;
-    });
-    arrange(section.grid, elements);
   }
 }

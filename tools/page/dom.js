@@ -1,17 +1,24 @@
 // Small helpers for the elements of the page. Texts always become text nodes or attributes.
 
+/** The first element that matches.
+ * @param {string} css @param {ParentNode} [host] @returns {any} */
+export const one = (css, host = document) => host.querySelector(css);
+
+/** A copy of what a template of the page holds.
+ * @param {string} id @returns {any} */
+export const copyOf = (id) => one(`template#${id}`).content.cloneNode(true);
+
+/** A copy of a template that holds one element.
+ * @param {string} id @returns {any} */
+export const template = (id) => copyOf(id).firstElementChild;
+
 /** An element with properties (`onclick`, `className`), attributes (`data-...`, `aria-...`) and children.
- * @param {string} tag @param {Record<string, any>} [properties] @param {...(Node|string|null|false|undefined)} children
- * @returns {any} */
+ * @param {string} tag @param {Record<string, any>} [properties] @param {...(Node|string)} children @returns {any} */
 export function el(tag, properties = {}, ...children) {
   const element = document.createElement(tag);
-  for (const [name, value] of Object.entries(properties)) {
-    if (name.includes("-") || name === "role" || name === "for" || name === "list")
-      value === null || element.setAttribute(name, value);
-    else
-      /** @type {any} */ (element)[name] = value;
-  }
-  element.append(...children.filter((child) => child || child === "").map((child) => /** @type {Node|string} */ (child)));
+  for (const [name, value] of Object.entries(properties))
+    name.includes("-") || name === "role" ? element.setAttribute(name, value) : (/** @type {any} */ (element)[name] = value);
+  element.append(...children);
   return element;
 }
 
@@ -26,18 +33,38 @@ export function button(label, onclick, options) {
   return el("button", { type: "button", className, onclick, ...(writes ? { "data-writes": "" } : {}) }, label);
 }
 
-/** Makes these the children of an element, and moves only those that are not yet at their place.
- * @param {Element} host @param {Element[]} children */
-export function arrange(host, children) {
-  children.forEach((child, index) => {
-    if (host.children[index] !== child)
-      host.insertBefore(child, host.children[index] ?? null);
-  });
-  while (host.children.length > children.length)
-    host.lastElementChild?.remove();
+/** Writes a text into an element, unless it is there: a screen reader would speak it again.
+ * @param {Element} element @param {string} text */
+export function write(element, text) {
+  if (element.textContent !== text)
+    element.textContent = text;
 }
 
-/** Calls a function that draws only when what it draws has changed.
+/** Makes the children of an element show a list. Each has its item as a property. A child whose item stays is
+ * kept, and drawn again only if the item has changed: the focus stays, and long lists are drawn quickly.
+ * @template T @param {Element} host @param {T[]} items @param {(item: T) => any} nameOf
+ * @param {() => any} create @param {(child: any, item: T) => void} draw */
+export function drawList(host, items, nameOf, create, draw) {
+  const before = new Map([...host.children].map((/** @type {any} */ child) => [nameOf(child.item), child]));
+  const children = items.map((item) => {
+    const child = before.get(nameOf(item)) ?? create();
+    before.delete(nameOf(item));
+    const content = child.item === item ? child.content : JSON.stringify(item);
+    if (content !== child.content)
+      draw(child, item);
+    return Object.assign(child, { item, content });
+  });
+  for (const child of before.values())
+    child.remove();
+  let next = host.firstElementChild;
+  for (const child of children) {
+    if (child !== next)
+      host.insertBefore(child, next);
+    next = child.nextElementSibling;
+  }
+}
+
+/** Makes a function that draws only when what it draws has changed.
  * @param {(value: any) => void} draw @returns {(value: any) => void} */
 export function whenChanged(draw) {
   let last = "";
@@ -52,20 +79,19 @@ export function whenChanged(draw) {
 /** Shows a question or a form above the page.
  * @param {string} title @param {Element} content @returns {any} the dialog */
 export function openDialog(title, content) {
-  const heading = el("h2", { id: "dialog-title" }, title);
-  const dialog = el("dialog", { "aria-labelledby": "dialog-title" }, heading, content);
-  dialog.addEventListener("close", () => dialog.remove());
+  const dialog = el("dialog", { "aria-labelledby": "dialog-title", onclose: () => dialog.remove() },
+    el("h2", { id: "dialog-title" }, title), content);
   document.body.append(dialog);
   dialog.showModal();
   return dialog;
 }
 
 /** Asks before something is deleted.
- * @param {string} title @param {(Node|string)[]} content @param {string} yes @returns {Promise<boolean>} */
-export function confirmed(title, content, yes) {
-  return new Promise((resolve) => {
-    const dialog = openDialog(title, el("div", {}, ...content, el("div", { className: "buttons" },
-      button(yes, () => dialog.close("yes"), { className: "danger" }), button("Cancel", () => dialog.close("")))));
-    dialog.addEventListener("close", () => resolve(dialog.returnValue === "yes"));
-  });
+ * @param {string} title @param {string} question @param {string} yes @returns {Promise<boolean>} */
+export function confirmed(title, question, yes) {
+  const dialog = openDialog(title, el("form", { method: "dialog" },
+    el("p", { className: "question", id: "dialog-question" }, foreign(question)),
+    el("div", { className: "buttons" }, el("button", { value: "yes", className: "danger" }, yes), el("button", {}, "Cancel"))));
+  dialog.setAttribute("aria-describedby", "dialog-question");
+  return new Promise((resolve) => dialog.addEventListener("close", () => resolve(dialog.returnValue === "yes")));
 }

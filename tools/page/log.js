@@ -1,61 +1,50 @@
-// The log of events. Only the rows that are new are drawn.
+// The log of events.
 
-import { button, el, foreign } from "./dom.js";
-import { clip } from "./state.js";
+import { drawList, el, foreign, one } from "./dom.js";
+import { matching } from "./events.js";
+import { clip } from "./records.js";
 
 const LONGEST_ROW = 1500;
 
+/** @param {any} row @param {LogEntry} entry */
+function drawRow(row, entry) {
+  row.dataset.event = entry.event;
+  row.replaceChildren(el("time", {}, entry.time.slice(11, 23)), el("b", {}, foreign(clip(entry.event, 80))),
+    foreign(clip(entry.text, LONGEST_ROW), "arguments"));
+}
+
 export class LogView {
-  /** @param {import("./app.js").App} app */
-  constructor(app) {
+  /** @param {App} app @param {any} element */
+  constructor(app, element) {
     this.app = app;
+    this.element = element;
     this.isPaused = false;
-    /** @type {import("./state.js").LogEntry[]} the log as it was at the pause */
-    this.paused = [];
-    /** @type {import("./state.js").LogEntry[]} the entries that are shown */
-    this.entries = [];
-    this.filter = el("input", { type: "search", placeholder: "Filter", "aria-label": "Filter events", oninput: () => this.draw(true) });
-    this.pause = el("button", { type: "button", "aria-pressed": "false", onclick: () => this.#toggle() }, "Pause");
-    this.rows = el("ol", { className: "rows", tabIndex: 0, "aria-label": "Events" });
-    this.count = el("span", { className: "counts" });
-    this.element = el("section", { className: "log", "aria-label": "Log of events" },
-      el("div", { className: "toolbar" }, el("h2", {}, "Events"), this.count, this.filter, this.pause,
-        button("Copy as JSON", () => this.#copy())), this.rows);
+    /** @type {LogEntry[]} the log, as it was at a pause */
+    this.log = [];
+    /** @type {LogEntry[]} */
+    this.shown = [];
+    this.filter = one("input", element);
+    this.filter.oninput = () => this.draw();
+    one(".pause", element).onclick = () => this.#toggle();
+    one(".copy", element).onclick = () => this.#copy();
   }
 
-  draw(always = false) {
-    if (this.isPaused && !always)
-      return;
-    const entries = this.app.state.logWith(this.filter.value, this.isPaused ? this.paused : undefined);
-    this.count.textContent = String(entries.length);
-    const first = entries[0]?.number ?? Infinity;
-    const newest = this.entries.at(-1)?.number ?? 0;
-    if (always)
-      this.rows.replaceChildren();
-    while (this.rows.lastElementChild && Number(this.rows.lastElementChild.value) < first)
-      this.rows.lastElementChild.remove();
-    const fresh = always ? entries : entries.filter((entry) => entry.number > newest);
-    this.rows.prepend(...fresh.map((entry) => this.#row(entry)).reverse());
-    this.entries = entries.slice();
+  draw() {
+    if (!this.isPaused)
+      this.log = this.app.state.log.slice();
+    this.shown = matching(this.log, this.filter.value);
+    one(".counts", this.element).textContent = String(this.shown.length);
+    drawList(one(".rows", this.element), [...this.shown].reverse(), ({ number }) => number, () => el("li"), drawRow);
   }
 
   #toggle() {
     this.isPaused = !this.isPaused;
-    this.paused = this.isPaused ? this.app.state.log.slice() : [];
-    this.pause.setAttribute("aria-pressed", String(this.isPaused));
-    this.pause.textContent = this.isPaused ? "Resume" : "Pause";
-    if (!this.isPaused)
-      this.draw(true);
-  }
-
-  /** @param {import("./state.js").LogEntry} entry */
-  #row(entry) {
-    return el("li", { value: entry.number, "data-event": entry.event }, el("time", {}, entry.time.slice(11, 23)),
-      el("b", {}, foreign(clip(entry.event, 80))), foreign(clip(entry.text, LONGEST_ROW), "arguments"));
+    one(".pause", this.element).textContent = this.isPaused ? "Resume" : "Pause";
+    this.draw();
   }
 
   async #copy() {
-    const entries = this.entries.map(({ time, event, module, arguments: values }) => ({ time, event, module, arguments: values }));
+    const entries = this.shown.map(({ time, event, module, arguments: values }) => ({ time, event, module, arguments: values }));
     const text = JSON.stringify(entries, null, 2);
     try {
       await navigator.clipboard.writeText(text);
@@ -66,6 +55,6 @@ export class LogView {
       document.execCommand("copy");
       area.remove();
     }
-    this.app.say(`${entries.length} events copied.`);
+    this.app.say(`Copied ${entries.length} ${entries.length === 1 ? "event" : "events"}.`);
   }
 }

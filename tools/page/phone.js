@@ -1,91 +1,71 @@
-// The view of the phone: the telephone, what is known about the chosen key, and the log.
+// The view of the phone: the telephone, what is known about the selected key, and the log.
 
 import { Desk } from "./desk.js";
-import { button, confirmed, el, foreign, openDialog, whenChanged } from "./dom.js";
+import { button, confirmed, copyOf, el, foreign, one, openDialog, template, whenChanged, write } from "./dom.js";
 import { enableDragging } from "./drag.js";
-import { keyForm, keyNames, newKeyAt, spotForm } from "./forms.js";
+import { keyForm, newKeyAt, placeForm } from "./forms.js";
 import { LogView } from "./log.js";
-import { clip, placeName, placeText, spotOf } from "./state.js";
+import { clip, functionText, isSamePlace, placeName, placeText, spotOf } from "./records.js";
 import { answerText } from "./texts.js";
 
-/** @typedef {import("./state.js").Place} Place @typedef {import("./state.js").Spot} Spot
- * @typedef {import("./state.js").Key} Key */
+const NO_ANSWER_YET = "\u00a0"; // It keeps the height of the line.
 
 export class PhoneView {
-  /** @param {import("./app.js").App} app */
+  /** @param {App} app */
   constructor(app) {
     this.app = app;
-    /** @type {(Spot & {place: string})|null} */
-    this.chosen = null;
-    this.mode = "details"; // or "create", "edit"
+    /** @type {Spot|null} */
+    this.selected = null;
+    this.hasForm = false; // for the selected key, or a new one
     /** @type {Key|null} the key that the user moves by keyboard or button */
     this.moving = null;
     this.answer = "";
     this.desk = new Desk("Telephone");
-    this.panel = el("section", { className: "panel", "aria-label": "Chosen key" });
-    this.status = el("p", { className: "answer", role: "status" });
-    this.counts = el("span", { className: "counts" });
-    this.log = new LogView(app);
-    const tools = el("div", { className: "toolbar" }, this.counts,
-      el("span", { className: "legend own" }, "made by users"), el("span", { className: "legend provisioned" }, "provisioned"),
-      button("New key…", () => this.#askForPlace(), { writes: true }));
-    this.element = el("div", { className: "phone-view" }, el("div", { className: "stage" }, tools, this.desk.element),
-      el("div", { className: "side" }, this.panel, this.log.element));
+    this.element = template("phone-view");
+    this.panel = one(".panel", this.element);
+    this.content = one(".content", this.panel);
+    this.log = new LogView(app, one(".log", this.element));
     this.drawPanel = whenChanged(() => this.#drawPanel());
-    this.#listen();
-    enableDragging(this.desk, () => app.mayWrite(), (from, to) => from.key && this.#move(from.key, to));
+    one(".stage", this.element).append(this.desk.element);
+    one(".create", this.element).onclick = () => this.#askForPlace();
+    one(".close", this.panel).onclick = () => this.#close();
+    this.panel.addEventListener("keydown", (/** @type {KeyboardEvent} */ { key }) => key === "Escape" && !this.hasForm && this.#close());
+    this.desk.element.onclick = (/** @type {any} */ event) => this.#activate(event.target.closest(".place"));
+    this.desk.element.onkeydown = (/** @type {any} */ event) => this.#onKey(event, event.target.closest(".place"));
+    enableDragging(this.desk, () => app.mayWrite(), (key, to) => this.#move(key, to));
   }
 
   draw() {
     const { state } = this.app;
     const units = state.units();
     this.desk.draw(units);
-    this.desk.choose(this.chosen);
-    for (const place of state.pressed.splice(0))
-      this.desk.light(place);
-    const modules = units.filter((unit) => unit.onModule).length;
-    this.counts.textContent = `${state.setKeyCount()}${state.limit === null ? "" : ` of ${state.limit}`} keys on the set, ` +
-      `${state.keys.size - state.setKeyCount()} on ${modules} add-on ${modules === 1 ? "module" : "modules"}`;
+    this.desk.select(this.selected);
+    state.pressed.splice(0).forEach((place) => this.desk.light(place));
+    const modules = units.filter(({ onModule }) => onModule).length;
+    const onSet = [...state.keys.values()].filter(({ type }) => type === 0).length;
+    one(".counts", this.element).textContent = `${onSet}${state.limit === null ? "" : ` of ${state.limit}`} keys on the set, ` +
+      `${state.keys.size - onSet} on ${modules} add-on ${modules === 1 ? "module" : "modules"}`;
     this.desk.status.textContent = state.service === "running" ? `${state.keys.size} keys` : "No service";
-    const key = this.#chosenKey();
-    const isForm = this.mode !== "details";
-    this.drawPanel([this.chosen, this.mode, isForm || [key, key && state.actions.get(key.idAction), this.answer, this.moving]]);
+    const key = this.#selectedKey();
+    this.drawPanel([this.selected, this.hasForm || [key, key && state.actions.get(key.idAction), this.answer, this.moving]]);
     this.log.draw();
-  }
-
-  #listen() {
-    this.panel.addEventListener("keydown", (/** @type {KeyboardEvent} */ event) => {
-      if (event.key === "Escape" && this.mode === "details")
-        this.#close();
-    });
-    const { element } = this.desk;
-    element.addEventListener("click", (/** @type {Event} */ event) => {
-      const target = /** @type {any} */ (event.target).closest("[data-place]");
-      if (target)
-        this.#activate(target);
-    });
-    element.addEventListener("keydown", (/** @type {KeyboardEvent} */ event) => {
-      const target = /** @type {any} */ (event.target).closest("[data-place]");
-      if (target && !event.ctrlKey && !event.altKey && !event.metaKey)
-        this.#onKey(event, target);
-    });
   }
 
   /** @param {KeyboardEvent} event @param {any} target */
   #onKey(event, target) {
-    const place = this.desk.placeOf.get(target);
+    const key = target?.item.key;
+    if (!target || event.ctrlKey || event.altKey || event.metaKey)
+      return;
     if (/^Arrow|^Home$|^End$/.test(event.key)) {
-      const next = this.desk.neighbour(target, event.key);
-      if (next)
-        this.desk.focus(next);
+      this.desk.focus(this.desk.neighbour(target, event.key) ?? target);
     } else if (event.key === "Escape" && this.moving) {
       this.#startMoving(null);
-    } else if (place?.key && this.app.mayWrite() && /^[em]$|^Delete$/.test(event.key)) {
-      this.#choose(place, "");
+    } else if (key && this.app.mayWrite() && /^[em]$|^Delete$/.test(event.key)) {
+      this.#select(target.item);
       if (event.key === "e")
-        this.#setMode("edit");
+        this.#openForm();
       else
-        event.key === "m" ? this.#startMoving(place.key) : this.#delete(place.key);
+        event.key === "m" ? this.#startMoving(key) : this.#delete(key);
     } else {
       return;
     }
@@ -94,59 +74,59 @@ export class PhoneView {
 
   /** @param {any} target */
   #activate(target) {
-    const place = this.desk.placeOf.get(target);
-    if (!place)
+    if (!target)
       return;
+    const place = target.item;
     this.desk.focus(target);
     if (this.moving) {
       this.#move(this.moving, place);
       return;
     }
-    this.#choose(place, "");
-    if (place.onModule && this.app.mayWrite())
+    this.#select(place);
+    if (!this.app.mayWrite())
+      return;
+    if (place.onModule)
       this.#press(place);
+    else if (!place.key)
+      this.#openForm();
   }
 
-  /** @param {Spot & {place: string, key?: Key|null}} spot @param {string} answer */
-  #choose(spot, answer) {
-    const { onModule, container, address, number, moduleType, place } = spot;
-    this.chosen = { onModule, container, address, number, moduleType, place };
+  /** @param {Spot|null} spot @param {string} answer */
+  #select(spot, answer = "") {
+    this.selected = spot && spotOf(newKeyAt(spot));
     this.answer = answer;
-    this.mode = "details";
-    if (!spot.key && !onModule && this.app.mayWrite())
-      this.mode = "create";
+    this.hasForm = false;
     this.draw();
   }
 
-  /** @param {"details"|"create"|"edit"} mode */
-  #setMode(mode) {
-    this.mode = mode;
+  #openForm() {
+    this.hasForm = true;
     this.draw();
-    this.panel.querySelector("select, input")?.focus();
+    one("select", this.panel).focus();
   }
 
-  #focusChosen() {
-    const [element] = this.chosen ? this.desk.elementsAt(this.chosen.place, this.chosen.onModule) : [];
+  #focusSelected() {
+    const [element] = this.selected ? this.desk.elementsAt(this.selected.onModule, placeName(this.selected)) : [];
     if (element)
       this.desk.focus(element);
   }
 
   #close() {
-    this.#focusChosen();
-    this.chosen = null;
-    this.mode = "details";
+    this.#focusSelected();
+    this.#select(null);
+  }
+
+  #selectedKey() {
+    return this.selected ? this.app.state.keyAt(this.selected) ?? null : null;
+  }
+
+  /** @param {Spot} spot */
+  async #press(spot) {
+    this.answer = NO_ANSWER_YET;
     this.draw();
-  }
-
-  #chosenKey() {
-    return this.chosen ? this.app.state.keyAt(this.chosen) ?? null : null;
-  }
-
-  /** @param {Spot & {place: string}} place */
-  async #press(place) {
     await this.app.attempt(async () => {
-      const answer = await this.app.bus.press(place.place, place.moduleType);
-      if (this.chosen?.place === place.place && this.chosen.onModule)
+      const answer = await this.app.bus.press(spot);
+      if (this.selected && isSamePlace(this.selected, spot))
         this.answer = answerText(answer);
       this.draw();
     });
@@ -156,11 +136,11 @@ export class PhoneView {
   #startMoving(key) {
     this.moving = key;
     this.desk.element.classList.toggle("moving", Boolean(key));
-    this.answer = key ? "Choose the new place: click it, or go there with the arrow keys and press Enter. Escape cancels." : "";
-    this.mode = "details";
+    this.answer = key ? "Select the new place: click it, or go to it with the arrow keys and press Enter. Press Escape to cancel." : "";
+    this.hasForm = false;
     this.draw();
     if (key)
-      this.desk.element.querySelector(`[data-key-id="${key.idKey}"]`)?.focus();
+      one(`[data-key-id="${key.idKey}"]`, this.desk.element)?.focus();
   }
 
   /** @param {Key} key @param {Spot} spot */
@@ -168,99 +148,84 @@ export class PhoneView {
     this.#startMoving(null);
     await this.app.attempt(async () => {
       await this.app.requests.move(key, spot);
-      this.#choose({ ...spot, place: placeName(spot), key }, `Key ${key.idKey} is now on ${placeText(spot)}.`);
+      this.#select(spot, `Key ${key.idKey} is now at ${placeText(spot)}.`);
     });
   }
 
   /** @param {Key} key */
   async #delete(key) {
-    if (await confirmed("Delete this key?", [el("p", {}, `This deletes ${keyNames([key])}. Its action stays.`)], "Delete key"))
-      await this.app.attempt(() => this.app.requests.deleteKey(key));
-    this.draw();
+    const question = `This deletes key ${key.idKey} (${placeText(spotOf(key))}), but not its action.`;
+    if (await confirmed("Delete this key?", question, "Delete key"))
+      await this.app.attempt(async () => {
+        await this.app.requests.change("deleteProgrammableKey", key);
+        this.#select(spotOf(key), `Key ${key.idKey} was deleted.`);
+      });
   }
 
   #askForPlace() {
-    const dialog = openDialog("New key", spotForm({
-      go: (spot) => {
-        dialog.close();
-        this.#choose({ ...spot, place: placeName(spot), key: this.app.state.keyAt(spot) }, "");
-        this.#setMode(this.#chosenKey() ? "details" : "create");
-      },
-      cancel: () => dialog.close(),
-    }));
+    const dialog = openDialog("New key", placeForm((spot) => {
+      dialog.close();
+      this.#select(spot);
+      if (!this.#selectedKey())
+        this.#openForm();
+    }, () => dialog.close()));
   }
 
   /** Draws the panel again. The focus stays on the same button, or returns to the phone if that is gone. */
   #drawPanel() {
-    const focused = this.panel.contains(document.activeElement) ? document.activeElement : null;
-    this.#fillPanel();
-    this.app.applyRights();
-    if (!focused || focused.isConnected)
-      return;
-    const buttons = [...this.panel.querySelectorAll("button:enabled")];
-    const same = buttons.find((other) => other.textContent === focused.textContent);
-    same ? same.focus() : this.#focusChosen();
-  }
-
-  #fillPanel() {
-    const { chosen, app } = this;
-    this.panel.classList.toggle("chosen", Boolean(chosen));
-    if (!chosen) {
-      this.panel.replaceChildren(el("h2", {}, "No key chosen"), el("p", { className: "hint" },
-        "Choose a key to see what it does. A key of an add-on module is also pressed. An empty place offers to create a key."),
-      el("p", { className: "hint" }, "Arrow keys go from key to key. E edits a key, M moves it, Delete deletes it."));
-      return;
-    }
-    const key = this.#chosenKey();
-    this.status.textContent = this.answer;
-    this.status.hidden = !this.answer;
-    const content = this.mode === "details" ? this.#details(key, chosen) : [this.#form(key, chosen)];
+    const focused = this.content.contains(document.activeElement) ? document.activeElement : null;
+    const { selected, app } = this;
+    const key = this.#selectedKey();
     const action = key && app.state.actions.get(key.idAction);
-    const title = key ? foreign(clip(action?.label ?? "") || "(no label)") : "Empty place";
-    const close = button("×", () => this.#close(), { className: "close" });
-    close.setAttribute("aria-label", "Close");
-    this.panel.replaceChildren(close, el("h2", {}, title), el("p", { className: "where" }, foreign(placeText(chosen))), this.status, ...content);
+    this.panel.classList.toggle("selected", Boolean(selected));
+    one("h2", this.panel).replaceChildren(!selected ? "No key selected" : !key ? "Empty place"
+      : foreign(clip(action?.label ?? "") || "(no label)"));
+    one(".where", this.panel).replaceChildren(foreign(selected ? placeText(selected) : ""));
+    write(one(".answer", this.panel), this.hasForm ? "" : this.answer);
+    this.content.replaceChildren(...(!selected ? [copyOf("hints")] : this.hasForm ? [this.#form(key, selected)] : this.#details(key, selected)));
+    app.applyRights();
+    if (!focused)
+      return;
+    const same = [...this.content.querySelectorAll("button:enabled")].find((other) => other.textContent === focused.textContent);
+    same ? same.focus() : this.#focusSelected();
   }
 
-  /** @param {Key|null} key @param {Spot & {place: string}} chosen */
-  #form(key, chosen) {
-    return keyForm({
-      state: this.app.state,
-      key: key ?? newKeyAt(chosen),
-      cancel: () => this.#setMode("details"),
-      refuse: (error) => this.app.refuse(error),
-      save: async (value, newAction) => {
-        if (value.idKey < 0)
-          await this.app.requests.createKey(value, newAction);
-        else
-          await this.app.requests.changeKey(value, newAction);
-        await this.app.refresh();
-        this.app.messages.replaceChildren();
-        const saved = this.app.state.keys.get(value.idKey);
-        const spot = saved ? spotOf(saved) : chosen;
-        this.#choose({ ...spot, place: placeName(spot), key: value }, value.idKey < 0 ? "The key was created." : "The key was saved.");
+  /** @param {Key|null} stored @param {Spot} selected */
+  #form(stored, selected) {
+    const { app } = this;
+    const isNew = !stored;
+    return keyForm(app.state, stored ?? newKeyAt(selected), {
+      cancel: () => this.#select(selected),
+      refuse: (error) => app.refuse(error),
+      save: async (key, newAction) => {
+        await (isNew ? app.requests.createKey(key, newAction) : app.requests.changeKey(key, newAction));
+        app.messages.replaceChildren();
+        const saved = app.state.keys.get(key.idKey);
+        this.#select(saved ? spotOf(saved) : selected, isNew ? "The key was created." : "The key was saved.");
       },
     });
   }
 
-  /** @param {Key|null} key @param {Spot & {place: string}} chosen */
-  #details(key, chosen) {
-    const press = chosen.onModule ? [button("Press", () => this.#press(chosen), { writes: true, className: "primary" })] : [];
+  /** @param {Key|null} key @param {Spot} selected */
+  #details(key, selected) {
+    const press = selected.onModule ? [button("Press", () => this.#press(selected), { writes: true, className: "primary" })] : [];
     if (!key)
-      return [el("div", { className: "buttons" }, ...press, button("Create a key here", () => this.#setMode("create"), { writes: true }))];
+      return [el("div", { className: "buttons" }, ...press, button("Create a key here", () => this.#openForm(), { writes: true }))];
     const action = this.app.state.actions.get(key.idAction);
-    const rows = [["Key", `${key.idKey}${key.dmId ? `, provisioned as “${clip(key.dmId, 60)}”` : ", made by a user"}`],
-      ["Icon", clip(key.icon, 60) || "none"],
-      ["Action", action ? `${key.idAction}, type ${action.type}` : `${key.idAction}, which does not exist`],
-      ["Does", clip([action?.action, action?.webAppName, action?.arguments].filter(Boolean).join(" · ")) || "nothing"],
-      ["Short label", clip(action?.shortLabel ?? "") || "none"]];
+    const rows = {
+      "Key": `${key.idKey}, ${key.dmId ? `provisioned as “${clip(key.dmId, 60)}”` : "created by a user"}`,
+      "Icon": clip(key.icon, 60) || "none",
+      "Action": action ? `${key.idAction}, type ${action.type}` : `${key.idAction} (does not exist)`,
+      "Function": functionText(action) || "none",
+      "Short label": clip(action?.shortLabel ?? "") || "none",
+    };
     return [
-      el("dl", {}, ...rows.flatMap(([name, value]) => [el("dt", {}, name), el("dd", {}, foreign(value))])),
+      el("dl", {}, ...Object.entries(rows).flatMap(([name, value]) => [el("dt", {}, name), el("dd", {}, foreign(value))])),
       el("div", { className: "buttons" }, ...press,
-        button("Edit", () => this.#setMode("edit"), { writes: true }),
+        button("Edit", () => this.#openForm(), { writes: true }),
         button("Move", () => this.#startMoving(key), { writes: true }),
         button("Delete", () => this.#delete(key), { writes: true, className: "danger" }),
-        button("Edit action", () => action && this.app.editAction(action), { writes: true })),
+        ...(action ? [button("Edit action", () => this.app.editAction(action), { writes: true })] : [])),
     ];
   }
 }

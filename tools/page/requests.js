@@ -1,10 +1,7 @@
 // What a user asks of the service. A request that was not carried out throws a Refusal with the reason.
 
-import * as texts from "./texts.js";
-import { placeName, spotOf } from "./state.js";
-
-/** @typedef {import("./state.js").Key} Key @typedef {import("./state.js").Action} Action
- * @typedef {import("./state.js").Spot} Spot */
+import { MODULE_KEY, isSamePlace, spotOf } from "./records.js";
+import { placeTaken, refusalOf } from "./texts.js";
 
 /** Whether two places belong to the same unit, so that keys move between them by position alone.
  * @param {Spot} one @param {Spot} other */
@@ -14,13 +11,13 @@ const inSameUnit = (one, other) => one.onModule === other.onModule &&
 /** The key as it is at another place. Its type follows the place, unless it was on the set already.
  * @param {Key} key @param {Spot} spot @returns {Key} */
 export function movedTo(key, spot) {
-  const onSet = { type: key.type === 1 ? 0 : key.type, aom_type: 0, aom_addr: 0 };
-  const onModule = { type: 1, aom_type: spot.moduleType, aom_addr: spot.address };
+  const onSet = { type: key.type === MODULE_KEY ? 0 : key.type, aom_type: 0, aom_addr: 0 };
+  const onModule = { type: MODULE_KEY, aom_type: spot.moduleType, aom_addr: spot.address };
   return { ...key, container: spot.container, position: spot.number, ...(spot.onModule ? onModule : onSet) };
 }
 
 export class Requests {
-  /** @param {import("./state.js").State} state @param {any} bus @param {() => Promise<void>} refresh */
+  /** @param {State} state @param {any} bus @param {() => Promise<void>} refresh */
   constructor(state, bus, refresh) {
     this.state = state;
     this.bus = bus;
@@ -29,29 +26,31 @@ export class Requests {
     this.lastMove = Promise.resolve();
   }
 
+  /** Asks for a change, and reads the phone again.
+   * @param {string} method @param {Key|Action} record @returns {Promise<number>} */
+  async change(method, record) {
+    const code = await this.bus.change(method, record);
+    await this.refresh();
+    if (code < 0)
+      throw refusalOf(method, record, code, this.state);
+    return code;
+  }
+
   /** Creates a key, and its action if that is new.
-   * @param {Key} key @param {Action|null} newAction @returns {Promise<number>} */
+   * @param {Key} key @param {Action|null} newAction */
   async createKey(key, newAction) {
     await this.refresh();
     const other = this.state.keyAt(spotOf(key));
     if (other)
-      throw texts.placeTaken(other);
-    return this.#withAction(key, newAction, async (bound) => {
-      const id = await this.bus.createKey(bound);
-      if (id < 0) {
-        await this.refresh();
-        throw texts.keyNotCreated(id, bound, this.state.actions.has(bound.idAction), this.state.limit);
-      }
-      return id;
-    });
+      throw placeTaken(other);
+    await this.#withAction("createProgrammableKey", key, newAction);
   }
 
   /** Changes the icon and the action of a key. It stays at its place, also if that is new since the key was read.
    * @param {Key} key @param {Action|null} newAction */
   async changeKey(key, newAction) {
     const { icon, idAction } = key;
-    const changed = { ...await this.#stored(key), icon, idAction };
-    await this.#withAction(changed, newAction, (bound) => this.#modify(bound));
+    await this.#withAction("modifyProgrammableKey", { ...await this.#stored(key), icon, idAction }, newAction);
   }
 
   /** Moves a key to a place, and the key that is there to the place of the first. One move at a time,
@@ -68,48 +67,16 @@ export class Requests {
     const key = await this.#stored(asked);
     const other = this.state.keyAt(spot);
     const from = spotOf(key);
-    if (placeName(from) === placeName(spot) && from.onModule === spot.onModule)
+    if (isSamePlace(from, spot))
       return;
     if (inSameUnit(from, spot)) {
       await this.bus.moveKeys({ [key.idKey]: spot.number, ...(other ? { [other.idKey]: from.number } : {}) });
+      await this.refresh();
     } else {
-      await this.#modify(movedTo(key, spot));
+      await this.change("modifyProgrammableKey", movedTo(key, spot));
       if (other)
-        await this.#modify(movedTo(other, from));
+        await this.change("modifyProgrammableKey", movedTo(other, from));
     }
-    await this.refresh();
-  }
-
-  /** @param {Key} key */
-  async deleteKey(key) {
-    const code = await this.bus.deleteKey(key.idKey);
-    await this.refresh();
-    if (code < 0)
-      throw texts.keyNotDeleted(key, this.state.keys.has(key.idKey));
-  }
-
-  /** @param {Action} action @returns {Promise<number>} */
-  async addAction(action) {
-    const id = await this.bus.addAction(action);
-    if (id < 0)
-      throw texts.actionNotCreated();
-    return id;
-  }
-
-  /** @param {Action} action */
-  async changeAction(action) {
-    const code = await this.bus.modifyAction(action);
-    await this.refresh();
-    if (code < 0)
-      throw texts.actionNotChanged(action.idAction, this.state.actions.has(action.idAction));
-  }
-
-  /** @param {Action} action */
-  async deleteAction(action) {
-    const code = await this.bus.deleteAction(action.idAction);
-    await this.refresh();
-    if (code < 0)
-      throw texts.actionNotDeleted(action, this.state.actions.has(action.idAction));
   }
 
   /** A key as the service has it now.
@@ -118,29 +85,22 @@ export class Requests {
     await this.refresh();
     const stored = this.state.keys.get(key.idKey);
     if (!stored)
-      throw texts.keyNotChanged(key, true, false);
+      throw refusalOf("modifyProgrammableKey", key, 0, this.state);
     return stored;
   }
 
-  /** @param {Key} key */
-  async #modify(key) {
-    const code = await this.bus.modifyKey(key);
-    if (code < 0) {
-      await this.refresh();
-      throw texts.keyNotChanged(key, this.state.actions.has(key.idAction), this.state.keys.has(key.idKey));
+  /** Asks for a key that is bound to a new action, which is deleted again if the key is refused.
+   * @param {string} method @param {Key} key @param {Action|null} newAction */
+  async #withAction(method, key, newAction) {
+    if (!newAction) {
+      await this.change(method, key);
+      return;
     }
-  }
-
-  /** Binds a key to a new action, which is deleted again if the key is refused.
-   * @template T @param {Key} key @param {Action|null} newAction @param {(bound: Key) => Promise<T>} ask */
-  async #withAction(key, newAction, ask) {
-    if (!newAction)
-      return ask(key);
-    const idAction = await this.addAction(newAction);
+    const idAction = await this.change("addAction", newAction);
     try {
-      return await ask({ ...key, idAction });
+      await this.change(method, { ...key, idAction });
     } catch (error) {
-      await this.bus.deleteAction(idAction);
+      await this.bus.change("deleteAction", { ...newAction, idAction });
       throw error;
     }
   }
