@@ -36,10 +36,10 @@ def test_changes_by_another_client_appear(browser: Browser, phone: Phone, user_k
 def test_a_form_is_kept_while_others_change_the_phone(browser: Browser, phone: Phone, user_key: Callable[..., int]) -> None:
     user_key("home/12")
     browser.click('[data-place="home/13"]')
-    browser.fill(".panel [name=label]", "Half typed")
+    browser.fill("dialog [name=label]", "Half typed")
     other = user_key("home/14")
     browser.has(f'[data-key-id="{other}"]')
-    assert browser.one(".panel [name=label]").get_attribute("value") == "Half typed"
+    assert browser.one("dialog [name=label]").get_attribute("value") == "Half typed"
 
 
 def test_a_restore_is_read_again(browser: Browser, phone: Phone, user_key: Callable[..., int]) -> None:
@@ -53,10 +53,10 @@ def test_a_restore_is_read_again(browser: Browser, phone: Phone, user_key: Calla
 def test_the_service_is_killed_and_started_again(browser: Browser, phone: Phone, user_key: Callable[..., int]) -> None:
     user_key("home/12")
     browser.click('[data-place="home/13"]')
-    browser.fill(".panel [name=label]", "Half typed")
+    browser.fill("dialog [name=label]", "Half typed")
     os.kill(process_of_service(phone), signal.SIGKILL)
     browser.has(".service.gone")
-    assert not browser.one('.panel [type="submit"]').is_enabled()
+    assert not browser.one('dialog [type="submit"]').is_enabled()
     assert "not running" in browser.text(".notice")
     assert browser.one(".toolbar [data-writes]").get_attribute("disabled")
     environment = {**clean_environment(), "DBUS_SYSTEM_BUS_ADDRESS": phone.address, "PROGKEYS_SANDBOX": phone.directory,
@@ -66,8 +66,8 @@ def test_the_service_is_killed_and_started_again(browser: Browser, phone: Phone,
     )
     browser.has(".service.running")
     browser.wait(lambda: not browser.text(".notice"), "no notice")
-    assert browser.one(".panel [name=label]").get_attribute("value") == "Half typed"
-    assert browser.one('.panel [type="submit"]').is_enabled()
+    assert browser.one("dialog [name=label]").get_attribute("value") == "Half typed"
+    assert browser.one('dialog [type="submit"]').is_enabled()
     later = user_key("home/14")
     browser.has(f'[data-place="home/14"][data-key-id="{later}"]')
     assert browser.one(".toolbar [data-writes]").is_enabled()

@@ -15,7 +15,7 @@ def place_of(phone: Phone, key: int) -> str:
 
 
 def choose(browser: Browser, field: str, value: str) -> None:
-    browser.run("arguments[0].value = arguments[1]; arguments[0].dispatchEvent(new Event('change'))", browser.one(field), value)
+    browser.run("arguments[0].value = arguments[1]; arguments[0].dispatchEvent(new Event('change', {bubbles: true}))", browser.one(field), value)
 
 
 def focus(browser: Browser, place: str) -> None:
@@ -30,9 +30,9 @@ def send(browser: Browser, *keys: str) -> None:
 def test_an_empty_place_gets_a_key_with_a_new_action(browser: Browser, phone: Phone, user_key: Callable[..., int]) -> None:
     user_key("home/12")
     browser.click('[data-place="home/20"]')
-    browser.fill(".panel [name=label]", "Night desk")
-    browser.fill(".panel [name=arguments]", "777")
-    browser.fill(".panel [name=icon]", "moon")
+    browser.fill("dialog [name=label]", "Night desk")
+    browser.fill("dialog [name=arguments]", "777")
+    browser.fill("dialog [name=icon]", "moon")
     browser.press_button("Create key")
     browser.has('[data-place="home/20"][data-key-id]')
     (key,) = [key for key in phone.client.get_programmable_keys_by_container("home") if key.position == 20]
@@ -48,7 +48,7 @@ def test_an_empty_place_of_a_module_gets_a_key_with_a_stored_action(
     user_key("3/1")
     browser.click('[data-place="3/2"]')
     browser.press_button("Create a key here")
-    choose(browser, ".panel [name=idAction]", "11")
+    choose(browser, "dialog [name=idAction]", "11")
     browser.press_button("Create key")
     browser.has('[data-place="3/2"][data-action-id="11"]')
     (key,) = [key for key in phone.client.get_all_programmable_keys() if (key.aom_addr, key.position) == (3, 2)]
@@ -61,8 +61,7 @@ def test_a_key_is_created_at_a_place_of_a_unit_that_is_not_shown(browser: Browse
     choose(browser, "dialog [name=unit]", "module")
     browser.fill("dialog [name=address]", "7")
     browser.fill("dialog [name=position]", "3")
-    browser.press_button("Continue")
-    choose(browser, ".panel [name=idAction]", "12")
+    choose(browser, "dialog [name=idAction]", "12")
     browser.press_button("Create key")
     key = int(browser.one('[data-place="7/3"][data-key-id]').get_attribute("data-key-id"))
     assert phone.client.delete_programmable_key(key) == 0
@@ -72,7 +71,7 @@ def test_a_key_is_edited(browser: Browser, phone: Phone, user_key: Callable[...,
     key = user_key("home/12")
     browser.click(f'[data-key-id="{key}"]')
     browser.press_button("Edit")
-    choose(browser, ".panel [name=idAction]", "16")
+    choose(browser, "dialog [name=idAction]", "16")
     browser.press_button("Save key")
     browser.has(f'[data-key-id="{key}"][data-action-id="16"]')
     assert phone.client.get_programmable_key(key)[0].idAction == 16
@@ -179,8 +178,7 @@ def test_a_full_phone_refuses_a_key_and_keeps_no_action(browser: Browser, phone:
     try:
         browser.press_button("New key…")
         browser.fill("dialog [name=position]", "14")
-        browser.press_button("Continue")
-        browser.fill(".panel [name=label]", "One too many")
+        browser.fill("dialog [name=label]", "One too many")
         browser.press_button("Create key")
         assert "12 keys" in browser.alert() and "ProgKeysMax" in browser.alert()
     finally:

@@ -167,10 +167,28 @@ export class App {
   // Requests of the user
 
   /** Carries out a request, and tells why if it is refused.
-   * @param {() => Promise<any>} request */
+   * @param {() => Promise<any>} request @returns {Promise<boolean>} whether it was carried out */
   async attempt(request) {
     this.messages.replaceChildren();
-    await request().catch((error) => this.refuse(error));
+    return request().then(() => true, (error) => this.refuse(error));
+  }
+
+  /** Shows a form in a dialog until its request is carried out.
+   * @param {string} title @param {any} form @param {() => Promise<any>} request */
+  openForm(title, form, request) {
+    const dialog = openDialog(title, form);
+    let isBusy = false;
+    one(".cancel", form).onclick = () => dialog.close();
+    form.onsubmit = async (/** @type {SubmitEvent} */ event) => {
+      event.preventDefault();
+      if (isBusy)
+        return;
+      isBusy = true;
+      if (await this.attempt(request))
+        dialog.close();
+      isBusy = false;
+    };
+    this.applyRights();
   }
 
   /** Tells why a request failed, above a dialog if one is open. The text stays until the next request.
@@ -183,6 +201,7 @@ export class App {
       focused?.focus();
     }));
     this.messages.replaceChildren(message);
+    return false;
   }
 
   /** @param {string} text */
@@ -193,16 +212,11 @@ export class App {
 
   /** @param {Action|null} action */
   editAction(action) {
-    const dialog = openDialog(action ? `Edit action ${action.idAction}` : "New action", actionForm(action, {
-      cancel: () => dialog.close(),
-      refuse: (error) => this.refuse(error),
-      save: async (value) => {
-        await this.requests.change(action ? "modifyAction" : "addAction", value);
-        this.messages.replaceChildren();
-        dialog.close();
-        this.say(action ? "The action was saved." : "The action was created.");
-      },
-    }));
+    const { form, value } = actionForm(action);
+    this.openForm(action ? `Edit action ${action.idAction}` : "New action", form, async () => {
+      await this.requests.change(action ? "modifyAction" : "addAction", value());
+      this.say(action ? "The action was saved." : "The action was created.");
+    });
   }
 
   /** @param {Action} action */

@@ -46,15 +46,7 @@ export class LogView {
   async #copy() {
     const entries = this.shown.map(({ time, event, module, arguments: values }) => ({ time, event, module, arguments: values }));
     const text = JSON.stringify(entries, null, 2);
-    try {
-      await navigator.clipboard.writeText(text);
-    } catch {
-      const area = el("textarea", { value: text });
-      document.body.append(area);
-      area.select();
-      document.execCommand("copy");
-      area.remove();
-    }
-    this.app.say(`Copied ${entries.length} ${entries.length === 1 ? "event" : "events"}.`);
+    if (await this.app.attempt(() => navigator.clipboard.writeText(text)))
+      this.app.say(`Copied ${entries.length} ${entries.length === 1 ? "event" : "events"}.`);
   }
 }

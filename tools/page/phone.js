@@ -1,9 +1,9 @@
 // The view of the phone: the telephone, what is known about the selected key, and the log.
 
 import { Desk } from "./desk.js";
-import { button, confirmed, copyOf, el, foreign, one, openDialog, template, whenChanged, write } from "./dom.js";
+import { button, confirmed, copyOf, el, foreign, one, template, whenChanged, write } from "./dom.js";
 import { enableDragging } from "./drag.js";
-import { keyForm, newKeyAt, placeForm } from "./forms.js";
+import { keyForm, newKeyAt } from "./forms.js";
 import { LogView } from "./log.js";
 import { clip, functionText, isSamePlace, placeName, placeText, spotOf } from "./records.js";
 import { answerText } from "./texts.js";
@@ -16,7 +16,6 @@ export class PhoneView {
     this.app = app;
     /** @type {Spot|null} */
     this.selected = null;
-    this.hasForm = false; // for the selected key, or a new one
     /** @type {Key|null} the key that the user moves by keyboard or button */
     this.moving = null;
     this.answer = "";
@@ -27,9 +26,9 @@ export class PhoneView {
     this.log = new LogView(app, one(".log", this.element));
     this.drawPanel = whenChanged(() => this.#drawPanel());
     one(".stage", this.element).append(this.desk.element);
-    one(".create", this.element).onclick = () => this.#askForPlace();
+    one(".create", this.element).onclick = () => this.#edit(null);
     one(".close", this.panel).onclick = () => this.#close();
-    this.panel.addEventListener("keydown", (/** @type {KeyboardEvent} */ { key }) => key === "Escape" && !this.hasForm && this.#close());
+    this.panel.addEventListener("keydown", (/** @type {KeyboardEvent} */ { key }) => key === "Escape" && this.#close());
     this.desk.element.onclick = (/** @type {any} */ event) => this.#activate(event.target.closest(".place"));
     this.desk.element.onkeydown = (/** @type {any} */ event) => this.#onKey(event, event.target.closest(".place"));
     enableDragging(this.desk, () => app.mayWrite(), (key, to) => this.#move(key, to));
@@ -47,7 +46,7 @@ export class PhoneView {
       `${state.keys.size - onSet} on ${modules} add-on ${modules === 1 ? "module" : "modules"}`;
     this.desk.status.textContent = state.service === "running" ? `${state.keys.size} keys` : "No service";
     const key = this.#selectedKey();
-    this.drawPanel([this.selected, this.hasForm || [key, key && state.actions.get(key.idAction), this.answer, this.moving]]);
+    this.drawPanel([this.selected, key, key && state.actions.get(key.idAction), this.answer, this.moving]);
     this.log.draw();
   }
 
@@ -63,7 +62,7 @@ export class PhoneView {
     } else if (key && this.app.mayWrite() && /^[em]$|^Delete$/.test(event.key)) {
       this.#select(target.item);
       if (event.key === "e")
-        this.#openForm();
+        this.#edit(key);
       else
         event.key === "m" ? this.#startMoving(key) : this.#delete(key);
     } else {
@@ -88,21 +87,28 @@ export class PhoneView {
     if (place.onModule)
       this.#press(place);
     else if (!place.key)
-      this.#openForm();
+      this.#edit(newKeyAt(place));
   }
 
   /** @param {Spot|null} spot @param {string} answer */
   #select(spot, answer = "") {
     this.selected = spot && spotOf(newKeyAt(spot));
     this.answer = answer;
-    this.hasForm = false;
     this.draw();
   }
 
-  #openForm() {
-    this.hasForm = true;
-    this.draw();
-    one("select", this.panel).focus();
+  /** Shows the form for a key.
+   * @param {Key|null} key stored or new; without one, the form asks for the place */
+  #edit(key) {
+    const { requests, state } = this.app;
+    const isNew = !key || key.idKey < 0;
+    const { form, value } = keyForm(state, key);
+    const place = key ? ` at ${placeText(spotOf(key))}` : "";
+    this.app.openForm(isNew ? `New key${place}` : `Edit key ${key.idKey}${place}`, form, async () => {
+      const [changed, newAction] = value();
+      await (isNew ? requests.createKey(changed, newAction) : requests.changeKey(changed, newAction));
+      this.#select(spotOf(state.keys.get(changed.idKey) ?? changed), isNew ? "The key was created." : "The key was saved.");
+    });
   }
 
   #focusSelected() {
@@ -137,7 +143,6 @@ export class PhoneView {
     this.moving = key;
     this.desk.element.classList.toggle("moving", Boolean(key));
     this.answer = key ? "Select the new place: click it, or go to it with the arrow keys and press Enter. Press Escape to cancel." : "";
-    this.hasForm = false;
     this.draw();
     if (key)
       one(`[data-key-id="${key.idKey}"]`, this.desk.element)?.focus();
@@ -162,15 +167,6 @@ export class PhoneView {
       });
   }
 
-  #askForPlace() {
-    const dialog = openDialog("New key", placeForm((spot) => {
-      dialog.close();
-      this.#select(spot);
-      if (!this.#selectedKey())
-        this.#openForm();
-    }, () => dialog.close()));
-  }
-
   /** Draws the panel again. The focus stays on the same button, or returns to the phone if that is gone. */
   #drawPanel() {
     const focused = this.content.contains(document.activeElement) ? document.activeElement : null;
@@ -181,8 +177,8 @@ export class PhoneView {
     one("h2", this.panel).replaceChildren(!selected ? "No key selected" : !key ? "Empty place"
       : foreign(clip(action?.label ?? "") || "(no label)"));
     one(".where", this.panel).replaceChildren(foreign(selected ? placeText(selected) : ""));
-    write(one(".answer", this.panel), this.hasForm ? "" : this.answer);
-    this.content.replaceChildren(...(!selected ? [copyOf("hints")] : this.hasForm ? [this.#form(key, selected)] : this.#details(key, selected)));
+    write(one(".answer", this.panel), this.answer);
+    this.content.replaceChildren(...(!selected ? [copyOf("hints")] : this.#details(key, selected)));
     app.applyRights();
     if (!focused)
       return;
@@ -190,27 +186,11 @@ export class PhoneView {
     same ? same.focus() : this.#focusSelected();
   }
 
-  /** @param {Key|null} stored @param {Spot} selected */
-  #form(stored, selected) {
-    const { app } = this;
-    const isNew = !stored;
-    return keyForm(app.state, stored ?? newKeyAt(selected), {
-      cancel: () => this.#select(selected),
-      refuse: (error) => app.refuse(error),
-      save: async (key, newAction) => {
-        await (isNew ? app.requests.createKey(key, newAction) : app.requests.changeKey(key, newAction));
-        app.messages.replaceChildren();
-        const saved = app.state.keys.get(key.idKey);
-        this.#select(saved ? spotOf(saved) : selected, isNew ? "The key was created." : "The key was saved.");
-      },
-    });
-  }
-
   /** @param {Key|null} key @param {Spot} selected */
   #details(key, selected) {
     const press = selected.onModule ? [button("Press", () => this.#press(selected), { writes: true, className: "primary" })] : [];
     if (!key)
-      return [el("div", { className: "buttons" }, ...press, button("Create a key here", () => this.#openForm(), { writes: true }))];
+      return [el("div", { className: "buttons" }, ...press, button("Create a key here", () => this.#edit(newKeyAt(selected)), { writes: true }))];
     const action = this.app.state.actions.get(key.idAction);
     const rows = {
       "Key": `${key.idKey}, ${key.dmId ? `provisioned as “${clip(key.dmId, 60)}”` : "created by a user"}`,
@@ -222,7 +202,7 @@ export class PhoneView {
     return [
       el("dl", {}, ...Object.entries(rows).flatMap(([name, value]) => [el("dt", {}, name), el("dd", {}, foreign(value))])),
       el("div", { className: "buttons" }, ...press,
-        button("Edit", () => this.#openForm(), { writes: true }),
+        button("Edit", () => this.#edit(key), { writes: true }),
         button("Move", () => this.#startMoving(key), { writes: true }),
         button("Delete", () => this.#delete(key), { writes: true, className: "danger" }),
         ...(action ? [button("Edit action", () => this.app.editAction(action), { writes: true })] : [])),
