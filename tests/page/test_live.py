@@ -100,7 +100,7 @@ def test_the_log_is_filtered_paused_and_copied(browser: Browser, phone: Phone) -
     browser.lacks('[data-event="AOMKEY_PRESS_NTF"]')
     browser.run("const f = document.querySelector('.log input'); f.value = ''; f.dispatchEvent(new Event('input'))")
     assert len(browser.all('[data-event="AOMKEY_PRESS_NTF"]')) == 1
-    browser.press_button("Resume")
+    browser.press_button("Pause")
     browser.wait(lambda: len(browser.all('[data-event="AOMKEY_PRESS_NTF"]')) == 2, "the events of the pause")
 
 

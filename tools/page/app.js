@@ -2,7 +2,7 @@
 
 import { ActionsView } from "./actions.js";
 import { Bus } from "./bus.js";
-import { button, confirmed, el, foreign, one, openDialog, whenChanged, write } from "./dom.js";
+import { button, confirmed, el, foreign, one, openDialog, whenChanged } from "./dom.js";
 import { actionForm } from "./forms.js";
 import { LabelsView } from "./labels.js";
 import { PhoneView } from "./phone.js";
@@ -66,8 +66,7 @@ export class App {
     const { service, mayWrite } = this.state;
     const isAway = service === "gone" || service === "lost";
     this.isDrawPlanned = false;
-    write(one(".service"), SERVICE_TEXTS[service]);
-    one(".service").className = `service ${service}`;
+    Object.assign(one(".service"), { className: `service ${service}`, textContent: SERVICE_TEXTS[service] });
     document.body.classList.toggle("away", service !== "running");
     const notice = isAway ? `${SERVICE_TEXTS[service]}. The page shows the last known state. It reconnects automatically.`
       : mayWrite || this.hasClosedNotice ? "" : READ_ONLY;
@@ -115,6 +114,7 @@ export class App {
     if (this.state.mayWrite)
       this.bus.hearPresses();
     await this.refresh();
+    this.speak(SERVICE_TEXTS.running);
   }
 
   /** @param {"gone"|"lost"} how */
@@ -204,10 +204,18 @@ export class App {
     return false;
   }
 
-  /** @param {string} text */
-  say(text) {
-    write(one(".saying"), text);
-    setTimeout(() => one(".saying").textContent === text && write(one(".saying"), ""), SAYING_MS);
+  /** Shows a text for a moment.
+   * @param {string} text */
+  say(text, place = one(".saying")) {
+    place.textContent = text;
+    clearTimeout(place.timer);
+    place.timer = setTimeout(() => { place.textContent = ""; }, SAYING_MS);
+  }
+
+  /** Has a screen reader say what is seen elsewhere.
+   * @param {string} text */
+  speak(text) {
+    this.say(text, one(".spoken"));
   }
 
   /** @param {Action|null} action */

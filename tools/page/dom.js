@@ -33,13 +33,6 @@ export function button(label, onclick, options) {
   return el("button", { type: "button", className, onclick, ...(writes ? { "data-writes": "" } : {}) }, label);
 }
 
-/** Writes a text into an element, unless it is there: a screen reader would speak it again.
- * @param {Element} element @param {string} text */
-export function write(element, text) {
-  if (element.textContent !== text)
-    element.textContent = text;
-}
-
 /** Makes the children of an element show a list. Each has its item as a property. A child whose item stays is
  * kept, and drawn again only if the item has changed: the focus stays, and long lists are drawn quickly.
  * @template T @param {Element} host @param {T[]} items @param {(item: T) => any} nameOf
@@ -91,7 +84,7 @@ export function openDialog(title, content) {
 export function confirmed(title, question, yes) {
   const dialog = openDialog(title, el("form", { method: "dialog" },
     el("p", { className: "question", id: "dialog-question" }, foreign(question)),
-    el("div", { className: "buttons" }, el("button", { value: "yes", className: "danger" }, yes), el("button", {}, "Cancel"))));
+    el("div", { className: "buttons" }, el("button", { value: "yes", className: "danger" }, yes), el("button", { autofocus: true }, "Cancel"))));
   dialog.setAttribute("aria-describedby", "dialog-question");
   return new Promise((resolve) => dialog.addEventListener("close", () => resolve(dialog.returnValue === "yes")));
 }

@@ -39,7 +39,7 @@ export class LogView {
 
   #toggle() {
     this.isPaused = !this.isPaused;
-    one(".pause", this.element).textContent = this.isPaused ? "Resume" : "Pause";
+    one(".pause", this.element).setAttribute("aria-pressed", this.isPaused);
     this.draw();
   }
 

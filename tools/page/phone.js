@@ -1,7 +1,7 @@
 // The view of the phone: the telephone, what is known about the selected key, and the log.
 
 import { Desk } from "./desk.js";
-import { button, confirmed, copyOf, el, foreign, one, template, whenChanged, write } from "./dom.js";
+import { button, confirmed, copyOf, el, foreign, one, template, whenChanged } from "./dom.js";
 import { enableDragging } from "./drag.js";
 import { keyForm, newKeyAt } from "./forms.js";
 import { LogView } from "./log.js";
@@ -23,6 +23,7 @@ export class PhoneView {
     this.element = template("phone-view");
     this.panel = one(".panel", this.element);
     this.content = one(".content", this.panel);
+    this.answerLine = one(".answer", this.panel);
     this.log = new LogView(app, one(".log", this.element));
     this.drawPanel = whenChanged(() => this.#drawPanel());
     one(".stage", this.element).append(this.desk.element);
@@ -82,12 +83,12 @@ export class PhoneView {
       return;
     }
     this.#select(place);
-    if (!this.app.mayWrite())
-      return;
-    if (place.onModule)
+    if (place.onModule && this.app.mayWrite())
       this.#press(place);
-    else if (!place.key)
+    else if (!place.key && this.app.mayWrite())
       this.#edit(newKeyAt(place));
+    else if (place.key)
+      this.app.speak(answerText({ exists: true, key: place.key, action: this.app.state.actions.get(place.key.idAction) }));
   }
 
   /** @param {Spot|null} spot @param {string} answer */
@@ -177,7 +178,8 @@ export class PhoneView {
     one("h2", this.panel).replaceChildren(!selected ? "No key selected" : !key ? "Empty place"
       : foreign(clip(action?.label ?? "") || "(no label)"));
     one(".where", this.panel).replaceChildren(foreign(selected ? placeText(selected) : ""));
-    write(one(".answer", this.panel), this.answer);
+    if (this.answerLine.textContent !== this.answer) // A screen reader speaks it when it is written.
+      this.answerLine.textContent = this.answer;
     this.content.replaceChildren(...(!selected ? [copyOf("hints")] : this.#details(key, selected)));
     app.applyRights();
     if (!focused)

@@ -57,11 +57,11 @@ export function errorText(error) {
 }
 
 /** What the service answered to a press.
- * @param {{exists: boolean, key: Key, action: Action}} answer */
+ * @param {{exists: boolean, key: Key, action?: Action}} answer */
 export function answerText({ exists, key, action }) {
   if (!exists)
     return "Not programmed: no key is stored at this place.";
-  if (action.idAction === RESERVED_ACTION && key.idAction !== RESERVED_ACTION)
+  if (!action || (action.idAction === RESERVED_ACTION && key.idAction !== RESERVED_ACTION))
     return `Key ${key.idKey}: its action ${key.idAction} does not exist.`;
   return [`Key ${key.idKey}: action ${action.idAction} “${clip(action.label)}”`, functionText(action)].filter(Boolean).join(", ");
 }
