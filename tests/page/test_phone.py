@@ -84,11 +84,21 @@ def test_arrow_keys_go_from_key_to_key(browser: Browser) -> None:
     assert len(browser.all('[data-place][tabindex="0"]')) == 1
 
 
+def brightness(browser: Browser) -> float:
+    color = browser.run("return getComputedStyle(document.body).backgroundColor")
+    return sum(int(part) for part in color[4:-1].split(",")) / 3
+
+
 @pytest.mark.parametrize("scheme", ["light", "dark"])
 def test_the_page_follows_the_color_scheme(browser: Browser, scheme: str) -> None:
     media = {"features": [{"name": "prefers-color-scheme", "value": scheme}]}
     browser.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", media)
-    color = browser.run("return getComputedStyle(document.body).backgroundColor")
-    brightness = sum(int(part) for part in color[4:-1].split(",")) / 3
-    assert (brightness > 128) == (scheme == "light")
+    assert (brightness(browser) > 128) == (scheme == "light")
     browser.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
+
+
+def test_the_style_that_is_selected_in_cockpit_is_used(browser: Browser) -> None:
+    for style in ("dark", "light"):
+        browser.run("localStorage.setItem('shell:style', arguments[0]); window.dispatchEvent(new StorageEvent('storage'))", style)
+        assert (brightness(browser) > 128) == (style == "light")
+    browser.run("localStorage.removeItem('shell:style')")

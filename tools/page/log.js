@@ -4,7 +4,7 @@ import { drawList, el, foreign, one } from "./dom.js";
 import { matching } from "./events.js";
 import { clip } from "./records.js";
 
-const LONGEST_ROW = 1500;
+const LONGEST_ROW = 800;
 
 /** @param {any} row @param {LogEntry} entry */
 function drawRow(row, entry) {

@@ -96,6 +96,7 @@ export class PhoneView {
     this.selected = spot && spotOf(newKeyAt(spot));
     this.answer = answer;
     this.draw();
+    this.#selectedElement()?.scrollIntoView({ block: "nearest" });
   }
 
   /** Shows the form for a key.
@@ -112,8 +113,12 @@ export class PhoneView {
     });
   }
 
+  #selectedElement() {
+    return this.selected && this.desk.elementsAt(this.selected.onModule, placeName(this.selected))[0];
+  }
+
   #focusSelected() {
-    const [element] = this.selected ? this.desk.elementsAt(this.selected.onModule, placeName(this.selected)) : [];
+    const element = this.#selectedElement();
     if (element)
       this.desk.focus(element);
   }

@@ -111,9 +111,9 @@ export class RolloutView {
   /** @param {Record<string, Record<string, number>>} counts @param {PlanRow[]} dropped */
   #drawCounts(counts, dropped) {
     one(".summary", this.result).replaceChildren(...Object.entries(counts).map(([kind, count]) =>
-      el("div", {}, el("b", {}, kind === "key" ? "Keys: " : "Actions: "), ...Object.entries(count).map(([what, number]) =>
+      el("div", {}, el("b", {}, kind === "key" ? "Keys: " : "Actions: "), ...Object.entries(count).sort().map(([what, number]) =>
         el("span", { className: `count mark-${what}`, "data-count": `${kind}-${what}` }, `${number} ${what}`)))));
     one(".dropped", this.result).replaceChildren(...dropped.map(({ what, kind, dmId, record, detail }) =>
-      el("li", { className: "error" }, foreign(`${what}: ${kind} ${clip(dmId, 60)}, record ${record}: ${clip(detail, 300)}`))));
+      el("li", { className: "error" }, foreign(`Record ${record}: ${kind} ${clip(dmId, 60)} ${what}: ${clip(detail, 300)}`))));
   }
 }
