@@ -28,7 +28,7 @@ function service(answers) {
 
 test("the limit is told with what to do", async () => {
   const { requests } = service({ createProgrammableKey: -1 });
-  await assert.rejects(requests.createKey(NEW, null), /limit of 24 keys.*Delete a key of the set, or raise the setting ProgKeysMax/);
+  await assert.rejects(requests.createKey(NEW, null), /limit of 24 keys.*Delete a key of the set, or increase the setting ProgKeysMax/);
 });
 
 test("a missing action is told", async () => {
@@ -80,7 +80,7 @@ test("a key that others have deleted is neither edited nor moved", async () => {
 
 test("a key is not created at a place that others have taken", async () => {
   const { requests, asked } = changedMeanwhile([{ ...OTHER, position: 9 }]);
-  await assert.rejects(requests.createKey(NEW, ACTION), /Key 2 is now at home, position 9/);
+  await assert.rejects(requests.createKey(NEW, ACTION), /Key 2 is already at home, position 9/);
   assert.deepEqual(asked, []);
 });
 

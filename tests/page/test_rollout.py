@@ -27,12 +27,12 @@ def test_the_next_rollout_is_shown_before_and_after(browser: Browser, phone: Pho
     browser.has(".problems .good")
     found = [count(browser, what) for what in ("action-added", "action-changed", "action-withdrawn", "key-added", "key-changed", "key-removed")]
     assert found == ["4 added", "5 changed", "5 withdrawn", "4 added", "2 changed", "5 removed"]
-    added = browser.one('.still [data-place="home/8"]')
+    added = browser.one('.result [data-place="home/8"]')
     assert "mark-added" in added.get_attribute("class") and "Join my next meeting" in added.text
     browser.picture("rollout", 1150)
     stage = browser.one(".result select")
     browser.run("arguments[0].value = 'before'; arguments[0].dispatchEvent(new Event('change'))", stage)
-    removed = browser.one('.still [data-place="home/8"]')
+    removed = browser.one('.result [data-place="home/8"]')
     assert "mark-removed" in removed.get_attribute("class") and "Park a call" in removed.text
     assert (phone.client.get_all_programmable_keys(), phone.client.get_all_actions()) == before
 

@@ -70,6 +70,14 @@ def test_a_key_is_a_button_of_a_tool_bar(browser: Browser) -> None:
     assert [name for name in found["within"] if name[0] in ("group", "toolbar")] == [("group", "home"), ("toolbar", "Telephone")]
 
 
+def test_a_key_of_a_rollout_is_a_picture_that_cannot_be_focused(browser: Browser) -> None:
+    browser.go("#/rollout")
+    browser.paste("[name=DefaultActions]", "X1,1,call,,501,Smith,Smith")
+    key = browser.one('.result [data-place="home/0"]')
+    assert (key.aria_role, key.accessible_name) == ("image", "Voice mail: home, position 0, provisioned, withdrawn")
+    assert not browser.all(".result [data-place][tabindex], .result button")
+
+
 def test_a_selected_key_of_the_set_is_described(browser: Browser) -> None:
     focus(browser, '[data-place="home/0"]')
     send(browser, Keys.ENTER)

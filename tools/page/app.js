@@ -12,7 +12,7 @@ import { RolloutView } from "./rollout.js";
 import { State } from "./state.js";
 import { errorText } from "./texts.js";
 
-const READ_AGAIN_MS = 1500; // Moves are not announced as events, so the keys are read again and again.
+const READ_AGAIN_MS = 1500; // The service announces no moves, so the page reads all keys repeatedly.
 const MOST_STALE_READS = 5;
 const DRAW_AFTER_MS = 40;
 const SAYING_MS = 4000;
@@ -46,7 +46,6 @@ export class App {
       this.#route();
       this.main.focus();
     });
-    document.addEventListener("visibilitychange", () => this.#readAgain());
     this.#route();
     this.#readAgain();
   }
@@ -150,23 +149,17 @@ export class App {
     this.draw();
   }
 
-  /** Reads again, now and later. If the service has gone, that is announced; if it did not answer, it is asked again. */
+  /** Reads everything now and then. A service that did not answer is asked again. */
   async #readAgain() {
-    if (this.isReading || document.hidden)
-      return;
-    this.isReading = true;
     const start = performance.now();
-    if (this.hasOwner)
+    if (this.hasOwner && !document.hidden)
       await (this.state.service === "running" ? this.#read() : this.#arrive()).catch(() => {});
-    setTimeout(() => {
-      this.isReading = false;
-      this.#readAgain();
-    }, Math.max(READ_AGAIN_MS, 10 * (performance.now() - start)));
+    setTimeout(() => this.#readAgain(), Math.max(READ_AGAIN_MS, 10 * (performance.now() - start)));
   }
 
   // Requests of the user
 
-  /** Carries out a request, and tells why if it is refused.
+  /** Carries out a request, or shows why it failed.
    * @param {() => Promise<any>} request @returns {Promise<boolean>} whether it was carried out */
   async attempt(request) {
     this.messages.replaceChildren();
@@ -191,7 +184,7 @@ export class App {
     this.applyRights();
   }
 
-  /** Tells why a request failed, above a dialog if one is open. The text stays until the next request.
+  /** Shows why a request failed, in the dialog if one is open. The text stays until the next request.
    * @param {any} error */
   refuse(error) {
     (one("dialog[open]") ?? document.body).append(this.messages);
@@ -212,7 +205,7 @@ export class App {
     place.timer = setTimeout(() => { place.textContent = ""; }, SAYING_MS);
   }
 
-  /** Has a screen reader say what is seen elsewhere.
+  /** Announces to screen readers what others see elsewhere on the page.
    * @param {string} text */
   speak(text) {
     this.say(text, one(".spoken"));
@@ -231,8 +224,8 @@ export class App {
   async deleteAction(action) {
     const keys = [...this.state.keys.values()].filter(({ idAction }) => idAction === action.idAction);
     const names = keys.map((key) => `key ${key.idKey} (${placeText(spotOf(key))})`).join(", ");
-    const question = `“${clip(action.label) || "(no label)"}” is deleted` + (keys.length === 0 ? ". No key is bound to it."
-      : `, and also ${keys.length === 1 ? "its key" : `its ${keys.length} keys`}: ${names}.`);
+    const question = `This deletes “${clip(action.label) || "(no label)"}”` + (keys.length === 0 ? ". No keys are bound to it."
+      : ` and ${keys.length === 1 ? "its key" : `its ${keys.length} keys`}: ${names}.`);
     if (await confirmed(`Delete action ${action.idAction}?`, clip(question, 2000), "Delete action"))
       await this.attempt(async () => {
         await this.requests.change("deleteAction", action);

@@ -3,6 +3,7 @@
 
 import { eventFrom } from "./events.js";
 import { ACTION, KEY, toWire } from "./records.js";
+import { isDenied } from "./texts.js";
 
 const SERVICE = "com.velmora.Tessaro.ZelProgrammableKeys";
 const PATH = "/com/velmora/Tessaro/ZelProgrammableKeys";
@@ -52,7 +53,7 @@ export class Bus {
     return client;
   }
 
-  /** Hears the presses that modules send, for as long as the page is open. */
+  /** Receives the presses that modules send, as long as the page is open. */
   hearPresses() {
     if (this.monitor)
       return;
@@ -92,14 +93,13 @@ export class Bus {
     return run("progkeysctl", "key", "move", "--", ...Object.entries(positions).map((move) => move.join("=")));
   }
 
-  /** Whether the bus lets this user change keys: it is asked with a change of nothing. */
+  /** Whether the bus lets this user change keys: tried with a change of nothing. */
   async mayWrite() {
     try {
       await this.#call("changeProgrammableKeysPosition", "a{ii}", {});
       return true;
-    } catch (caught) {
-      const error = /** @type {any} */ (caught);
-      if (/AccessDenied|access-denied/.test(`${error.name} ${error.problem}`))
+    } catch (error) {
+      if (isDenied(error))
         return false;
       throw error;
     }

@@ -57,34 +57,26 @@ function drawPlace(element, cell) {
     el("span", { className: "number" }, String(cell.number)));
 }
 
-/** Draws blocks of two columns, as the keys of a telephone are arranged.
- * @param {Element} grid @param {Unit} unit */
-function drawPlaces(grid, { onModule, places }) {
+/** Places in blocks of two columns, as the keys of a telephone are arranged.
+ * @param {Unit} unit @returns {Cell[]} */
+function cellsOf({ onModule, places }) {
   const block = onModule ? KEYS_OF_MODULE : KEYS_OF_SET;
   const rows = block / 2;
-  const cells = places.map((place, index) => ({ ...place, row: Math.floor(index / block) * rows + index % rows + 1,
+  return places.map((place, index) => ({ ...place, row: Math.floor(index / block) * rows + index % rows + 1,
     column: index % block < rows ? 1 : 2 }));
-  drawList(grid, cells, (cell) => cell.slot, () => el("button", { type: "button", tabIndex: -1 }), drawPlace);
 }
 
-function newSection() {
-  return el("section", { role: "group" }, el("h3"), el("div", { className: "grid" }));
-}
-
-/** @param {any} section @param {Unit} unit */
-function drawSection(section, unit) {
-  const title = clip(unit.name, 60) || "(no name)";
-  section.className = unit.onModule ? "module" : "container";
-  section.setAttribute("aria-label", title);
-  one("h3", section).replaceChildren(foreign(title));
-  drawPlaces(one(".grid", section), unit);
-}
+const newSection = () => el("section", { role: "group" }, el("h3"), el("div", { className: "grid" }));
+const newButton = () => el("button", { type: "button", tabIndex: -1 });
+const newPicture = () => el("div", { role: "img" });
 
 export class Desk {
-  /** @param {string} name the accessible name of the whole */
-  constructor(name) {
+  /** @param {string} name the accessible name of the whole @param {boolean} isPicture whether its keys do nothing */
+  constructor(name, isPicture = false) {
+    this.isPicture = isPicture;
     this.element = template("desk");
     this.element.setAttribute("aria-label", name);
+    this.element.setAttribute("role", isPicture ? "group" : "toolbar");
     this.status = one(".screen-status", this.element);
     this.screen = one(".screen", this.element);
     this.modules = one(".modules", this.element);
@@ -95,12 +87,23 @@ export class Desk {
     const hadFocus = this.element.contains(document.activeElement);
     for (const host of [this.screen, this.modules]) {
       const shown = units.filter(({ onModule }) => onModule === (host === this.modules));
-      drawList(host, shown, ({ name }) => name, newSection, drawSection);
+      drawList(host, shown, ({ name }) => name, newSection, (section, unit) => this.#drawSection(section, unit));
     }
+    if (this.isPicture)
+      return;
     const first = one('[data-place][tabindex="0"]', this.element) ?? one("[data-place]", this.element);
     first.tabIndex = 0;
     if (hadFocus && !this.element.contains(document.activeElement))
       first.focus();
+  }
+
+  /** @param {any} section @param {Unit} unit */
+  #drawSection(section, unit) {
+    const title = clip(unit.name, 60) || "(no name)";
+    section.className = unit.onModule ? "module" : "container";
+    section.setAttribute("aria-label", title);
+    one("h3", section).replaceChildren(foreign(title));
+    drawList(one(".grid", section), cellsOf(unit), (cell) => cell.slot, this.isPicture ? newPicture : newButton, drawPlace);
   }
 
   /** Lights the keys of a module for a moment.

@@ -93,7 +93,7 @@ export class PhoneView {
 
   /** @param {Spot|null} spot @param {string} answer */
   #select(spot, answer = "") {
-    this.selected = spot && spotOf(newKeyAt(spot));
+    this.selected = spot;
     this.answer = answer;
     this.draw();
     this.#selectedElement()?.scrollIntoView({ block: "nearest" });

@@ -1,4 +1,4 @@
-// What a user asks of the service. A request that was not carried out throws a Refusal with the reason.
+// What a user asks of the service. A request that the service refuses throws a Refusal with the reason.
 
 import { MODULE_KEY, isSamePlace, spotOf } from "./records.js";
 import { placeTaken, refusalOf } from "./texts.js";

@@ -20,8 +20,7 @@ export class RolloutView {
     this.result = one(".result", this.element);
     this.stage = one("select", this.result);
     this.stage.onchange = () => this.#show();
-    this.desk = new Desk("Telephone of the rollout");
-    this.desk.element.classList.add("still");
+    this.desk = new Desk("Preview of the telephone", true);
     this.result.append(this.desk.element);
     for (const area of this.element.querySelectorAll("textarea")) {
       area.oninput = () => this.#plan();

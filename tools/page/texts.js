@@ -11,8 +11,8 @@ export class Refusal extends Error {}
 function reasonOf(done, record, code, state) {
   const isKey = "idKey" in record;
   if (isKey && done === "created" && code === LIMIT_REACHED)
-    return `The limit of ${state.limit ?? "the"} keys on the set is reached. ` +
-      "Delete a key of the set, or raise the setting ProgKeysMax. Keys on add-on modules do not count.";
+    return `The set has reached its limit${state.limit === null ? "" : ` of ${state.limit} keys`}. ` +
+      "Delete a key of the set, or increase the setting ProgKeysMax. Keys of add-on modules do not count.";
   if (done === "deleted" && !isKey && record.idAction === RESERVED_ACTION)
     return "It is the reserved action. You can change it, but not delete it.";
   if (done !== "created" && !(isKey ? state.keys.has(record.idKey) : state.actions.has(record.idAction)))
@@ -23,7 +23,7 @@ function reasonOf(done, record, code, state) {
     return `It is provisioned as “${clip(record.dmId, 60)}”. ` + (isKey
       ? "Remove it from the setting DefaultKeys. The service then deletes it the next time it starts."
       : 'Remove it from the setting DefaultActions. It stays in the database until you run "progkeysctl restore default".');
-  return "The service could not write to the database. Check the log of the service, and the free space and the " +
+  return "The service could not write to the database. Check the log of the service, and the free space and " +
     "permissions of its data directory.";
 }
 
@@ -37,16 +37,20 @@ export function refusalOf(method, record, code, state) {
 }
 
 /** @param {Key} other the key that is at the place */
-export const placeTaken = (other) => new Refusal(`The key was not created. Key ${other.idKey} is now at ` +
+export const placeTaken = (other) => new Refusal(`The key was not created. Key ${other.idKey} is already at ` +
   `${placeText(spotOf(other))}. Select another place.`);
 
-/** The words for an error of a call or a command.
+/** Whether the bus refused a call.
+ * @param {any} error */
+export const isDenied = (error) => /AccessDenied|access-denied|not-authorized/.test(`${error?.name} ${error?.problem}`);
+
+/** What to say about an error of a call or a command.
  * @param {any} error @returns {string} */
 export function errorText(error) {
   if (error instanceof Refusal)
     return error.message;
   const names = `${error?.name ?? ""} ${error?.problem ?? ""}`;
-  if (/AccessDenied|access-denied|not-authorized/.test(names) || error?.exit_status === 5)
+  if (isDenied(error) || error?.exit_status === 5)
     return "You are not allowed to do this. Ask an administrator to add you to the group progkeys-admin, then log in again.";
   if (/ServiceUnknown|NameHasNoOwner|NoReply|Disconnected|disconnected/.test(names) || error?.exit_status === 8)
     return "The service is not running. Try again when it has started.";
