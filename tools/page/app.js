@@ -149,7 +149,7 @@ export class App {
     this.draw();
   }
 
-  /** Reads everything now and then. A service that did not answer is asked again. */
+  /** Reads everything repeatedly. A service that did not answer is asked again. */
   async #readAgain() {
     const start = performance.now();
     if (this.hasOwner && !document.hidden)
@@ -163,7 +163,12 @@ export class App {
    * @param {() => Promise<any>} request @returns {Promise<boolean>} whether it was carried out */
   async attempt(request) {
     this.messages.replaceChildren();
-    return request().then(() => true, (error) => this.refuse(error));
+    try {
+      await request();
+      return true;
+    } catch (error) {
+      return this.refuse(error);
+    }
   }
 
   /** Shows a form in a dialog until its request is carried out.

@@ -93,7 +93,7 @@ export class Bus {
     return run("progkeysctl", "key", "move", "--", ...Object.entries(positions).map((move) => move.join("=")));
   }
 
-  /** Whether the bus lets this user change keys: tried with a change of nothing. */
+  /** Whether the bus lets this user change keys: tested with an empty change. */
   async mayWrite() {
     try {
       await this.#call("changeProgrammableKeysPosition", "a{ii}", {});

@@ -73,7 +73,7 @@ export function whenChanged(draw) {
  * @param {string} title @param {Element} content @returns {any} the dialog */
 export function openDialog(title, content) {
   const dialog = el("dialog", { "aria-labelledby": "dialog-title", onclose: () => dialog.remove() },
-    el("h2", { id: "dialog-title" }, title), content);
+    el("h2", { id: "dialog-title" }, foreign(title)), content);
   document.body.append(dialog);
   dialog.showModal();
   return dialog;
