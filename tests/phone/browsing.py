@@ -92,17 +92,28 @@ class Browser:
         return self.wait(lambda: next(iter(self.all(css)), None), css)
 
     def click(self, css: str) -> None:
-        self.one(css).click()
+        self._click(lambda: next(iter(self.all(css)), None), css)
 
     def press_button(self, name: str, within: str = "body") -> None:
         """Clicks the button with this text."""
-        self.wait(lambda: self._button(name, within), f"a button {name}").click()
+        self._click(lambda: self._button(name, within), f"a button {name}")
+
+    def _click(self, find: Callable[[], Optional[WebElement]], what: str) -> None:
+        """Clicks an element. Finds it again if the page replaces it before the click."""
+
+        def click() -> bool:
+            element = find()
+            if element:
+                element.click()
+            return element is not None
+
+        self.wait(click, what)
 
     def _button(self, name: str, within: str) -> Optional[WebElement]:
         return next((button for button in self.all(f"{within} button:not(.place)") if button.text == name), None)
 
     def text(self, css: str) -> str:
-        return self.one(css).text
+        return self.wait(lambda: [element.text for element in self.all(css)], css)[0]
 
     def alert(self) -> str:
         """Waits for an error message and returns its text."""
