@@ -4,14 +4,16 @@
 #include "records/Action.h"
 #include "records/Key.h"
 
+#include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELTypes.h>
+
+#include <QDBusReply>
 
 #include <optional>
 
 namespace client {
 
-/// The service. Calls block and return the results of the service, including its result codes. They
-/// throw a Failure for an error of the bus.
+/// The service. Calls block. They throw a Failure for an error of the bus.
 class ProgrammableKeys
 {
 public:
@@ -20,34 +22,31 @@ public:
     static QString moduleName();
     bool isRunning() const;
 
-    ListKey keys() const;
-    std::optional<Key> key(qlonglong idKey) const;
-    qlonglong createKey(const Key &key);
-    int modifyKey(const Key &key);
-    bool moveKeys(const QMapIntInt &positions);
-    int deleteKey(qlonglong idKey);
+    /// Calls a method of the operations interface and returns its result, which may be a result
+    /// code.
+    template <typename Value, typename... Arguments>
+    Value call(const char *method, const Arguments &...arguments) const
+    {
+        const QDBusReply<Value> reply =
+            m_bus.call(moduleName(), zel::operationsInterface(), QString::fromLatin1(method),
+                       {QVariant::fromValue(arguments)...});
+        if (!reply.isValid())
+            throwCallFailure(m_bus, moduleName(), reply.error());
+        return reply.value();
+    }
 
-    ListAction actions() const;
-    std::optional<Action> action(qlonglong idAction) const;
-    qlonglong addAction(const Action &action);
-    int modifyAction(const Action &action);
-    int deleteAction(qlonglong idAction);
-
-    int setIconState(qlonglong idKey, int x, int y);
-    int setLabelState(qlonglong idKey, int state);
+    ListKey keys() const { return call<ListKey>("getAllProgrammableKeys"); }
+    ListAction actions() const { return call<ListAction>("getAllActions"); }
 
     /// Runs a lifecycle hook, such as `restoreDefault`. Its result is ignored, because it does not
     /// depend on the data.
-    void runHook(const QString &method);
+    void runHook(const QString &method) const;
 
     /// The text of a setting of the phone. As in the service, it is missing if the SettingsManager
     /// does not answer or has no such setting.
     std::optional<QString> setting(const QString &name) const;
 
 private:
-    template <typename Value, typename... Arguments>
-    Value call(const char *method, const Arguments &...arguments) const;
-
     const Bus &m_bus;
 };
 

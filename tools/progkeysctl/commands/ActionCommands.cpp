@@ -63,7 +63,7 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
         throw deletionRefused(action, -2);
     announce(session, action, bound);
     if (!isDryRun) {
-        const int code = session.service().deleteAction(idAction);
+        const int code = session.service().call<int>("deleteAction", idAction);
         if (code != 0)
             throw deletionRefused(action, code);
         session.out().say(format("Deleted action %1.", idAction));

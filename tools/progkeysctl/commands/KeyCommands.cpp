@@ -83,7 +83,7 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
     const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
         existing<Key>(session.service(), move.key());
-    if (!session.service().moveKeys(positions))
+    if (!session.service().call<bool>("changeProgrammableKeysPosition", positions))
         throw Failure{
             ExitStatus::Failed, "A position could not be stored"_s,
             "Keys with smaller identifiers have been moved: see \"progkeysctl key list\". See "
@@ -104,7 +104,7 @@ ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
     const auto deleteOne = [&session](qlonglong idKey) {
         const auto key = existing<Key>(session.service(), idKey);
-        const int code = session.service().deleteKey(idKey);
+        const int code = session.service().call<int>("deleteProgrammableKey", idKey);
         if (code != 0)
             throw deletionRefused(key, code);
         session.out().say(format("Deleted key %1.", idKey));

@@ -28,7 +28,7 @@ Failure refusal(const client::ProgrammableKeys &service, const Key &key, int cod
                    key.idKey, key.aom_type, code),
             format("If the module has displays, run \"progkeysctl key set %1 aom_type=1\".",
                    key.idKey)};
-    if (!service.action(key.idAction))
+    if (service.call<ListAction>("getAction", key.idAction).isEmpty())
         return missingAction(format("Key %1 has no label", key.idKey), key.idAction);
     return {ExitStatus::Failed, format("The service refused the request (%1)", code),
             "See the log of the service."_s};
@@ -54,7 +54,7 @@ ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
     const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
-    return finish(session, key, session.service().setIconState(key.idKey, x, y),
+    return finish(session, key, session.service().call<int>("setIconStateForKey", key.idKey, x, y),
                   format("icon %1, %2", x, y), {{"icon_x"_s, x}, {"icon_y"_s, y}});
 }
 
@@ -63,7 +63,8 @@ ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
     session.out().requireFields(columns());
     const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
-    return finish(session, key, session.service().setLabelState(key.idKey, state),
+    return finish(session, key,
+                  session.service().call<int>("setLabelStateForKey", key.idKey, state),
                   format("label state %1", state), {{"label_state"_s, state}});
 }
 

@@ -17,9 +17,9 @@ struct Kind<Key>
     static constexpr const char *IdName = "idKey";
     static constexpr const char *IdArgument = "KEY_ID";
     static constexpr auto Id = &Key::idKey;
-    static constexpr auto Find = &client::ProgrammableKeys::key;
-    static constexpr auto Create = &client::ProgrammableKeys::createKey;
-    static constexpr auto Modify = &client::ProgrammableKeys::modifyKey;
+    static constexpr const char *Get = "getProgrammableKey";
+    static constexpr const char *Create = "createProgrammableKey";
+    static constexpr const char *Modify = "modifyProgrammableKey";
 };
 
 template <>
@@ -29,9 +29,9 @@ struct Kind<Action>
     static constexpr const char *IdName = "idAction";
     static constexpr const char *IdArgument = "ACTION_ID";
     static constexpr auto Id = &Action::idAction;
-    static constexpr auto Find = &client::ProgrammableKeys::action;
-    static constexpr auto Create = &client::ProgrammableKeys::addAction;
-    static constexpr auto Modify = &client::ProgrammableKeys::modifyAction;
+    static constexpr const char *Get = "getAction";
+    static constexpr const char *Create = "addAction";
+    static constexpr const char *Modify = "modifyAction";
 };
 
 template <typename Record>
@@ -95,10 +95,10 @@ bool isOfOneRecord(const Failure &failure)
 template <typename Record>
 Record existing(const client::ProgrammableKeys &service, qlonglong id)
 {
-    const std::optional<Record> record = (service.*Kind<Record>::Find)(id);
-    if (!record)
+    const auto records = service.call<QList<Record>>(Kind<Record>::Get, id);
+    if (records.isEmpty())
         throw noSuchRecord(noun<Record>(), id);
-    return *record;
+    return records.first();
 }
 
 template <typename Record>
@@ -124,7 +124,7 @@ ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
             format("Omit %1.", idName<Record>())};
     requireComplete(record);
     warnOfDmId(Record(), record);
-    const qlonglong result = (session.service().*Kind<Record>::Create)(record);
+    const qlonglong result = session.service().call<qlonglong>(Kind<Record>::Create, record);
     if (result < 0)
         throw writeRefused(session.service(), record,
                            format("The %1 was not created", noun<Record>()), result);
@@ -145,7 +145,7 @@ ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
         throw Failure{ExitStatus::Usage, format("%1 cannot be changed", idName<Record>()),
                       format("Create another %1 and delete this one.", noun<Record>())};
     warnOfDmId(before, record);
-    const int code = (session.service().*Kind<Record>::Modify)(record);
+    const int code = session.service().call<int>(Kind<Record>::Modify, record);
     if (code != 0)
         throw writeRefused(session.service(), record,
                            format("The %1 was not changed", noun<Record>()), code);

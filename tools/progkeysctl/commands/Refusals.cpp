@@ -45,7 +45,7 @@ Failure writeRefused(const client::ProgrammableKeys &service, const Key &key, co
         return {ExitStatus::Failed, format("%1: the key limit is reached (-1)", what),
                 "Delete a key of type 0, or raise the setting ProgKeysMax. \"progkeysctl status\" "
                 "shows both numbers."_s};
-    if (code == Refused && !service.action(key.idAction))
+    if (code == Refused && service.call<ListAction>("getAction", key.idAction).isEmpty())
         return missingAction(what, key.idAction);
     return notStored(what, code);
 }

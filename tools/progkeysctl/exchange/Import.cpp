@@ -101,16 +101,16 @@ std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
 qlonglong Importer::call(const Step &step)
 {
     if (step.action) {
-        const qlonglong id = m_service.addAction(*step.action);
+        const qlonglong id = m_service.call<qlonglong>("addAction", *step.action);
         m_newIds.insert(step.action->idAction, id);
         return id;
     }
     Key key = step.key;
     key.idAction = step.target ? *step.target : m_newIds.value(key.idAction);
     if (step.kind == StepKind::Add)
-        return m_service.createKey(key);
+        return m_service.call<qlonglong>("createProgrammableKey", key);
     key.idKey = step.here;
-    return m_service.modifyKey(key);
+    return m_service.call<int>("modifyProgrammableKey", key);
 }
 
 } // namespace
