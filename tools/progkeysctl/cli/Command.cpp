@@ -59,15 +59,16 @@ Parameter required(Parameter parameter)
     return parameter;
 }
 
-Command command(const char *words, const char *summary, const QList<Parameter> &parameters, Run run)
+Command command(const char *words, const char *summary, const QList<Parameter> &parameters,
+                const QStringList &columns, Run run)
 {
     return {QString::fromLatin1(words).split(QLatin1Char(' ')), QString::fromUtf8(summary),
-            parameters, run};
+            parameters, columns, run};
 }
 
 Command group(const char *word, const char *summary)
 {
-    return {{QString::fromLatin1(word)}, QString::fromUtf8(summary), {}};
+    return {{QString::fromLatin1(word)}, QString::fromUtf8(summary), {}, {}};
 }
 
 const QList<Parameter> &commonOptions()

@@ -58,7 +58,9 @@ struct Command
     QStringList words;
     QString summary;
     QList<Parameter> parameters;
+    QStringList columns; ///< the fields of the rows that it prints; empty if it prints none
     Run run = nullptr;
+    QStringList details = {}; ///< columns that a table omits unless they are selected
     QList<FieldHelp> fields = {};
     QString notes = {}; ///< shown after its options
 
@@ -67,7 +69,7 @@ struct Command
 };
 
 Command command(const char *words, const char *summary, const QList<Parameter> &parameters,
-                Run run);
+                const QStringList &columns, Run run);
 Command group(const char *word, const char *summary);
 
 /// The options that every command has.

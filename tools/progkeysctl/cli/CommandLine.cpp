@@ -51,7 +51,7 @@ ExitStatus CommandLine::run(const QList<QByteArray> &words) const
         return ExitStatus::Done;
     }
     requireComplete(line);
-    Session session(line.arguments, *this);
+    Session session(*line.command, line.arguments, *this);
     const ExitStatus status = line.command->run(session, line.arguments);
     session.out().flush();
     return status;

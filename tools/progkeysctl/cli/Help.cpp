@@ -88,7 +88,7 @@ QString capitalized(QString sentence)
 
 QString helpText(const QList<Command> &commands, const Command *command, int width)
 {
-    const Command tool{{}, "manage the programmable keys of the phone"_s, {}};
+    const Command tool{{}, "manage the programmable keys of the phone"_s, {}, {}};
     const Command &shown = command ? *command : tool;
     QString text = wrapped("Usage: "_s + synopsis(shown).simplified(), width, Indent);
     text += QLatin1Char('\n') + wrapped(capitalized(shown.summary), width, 0);

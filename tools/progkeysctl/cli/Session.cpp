@@ -1,9 +1,10 @@
 #include "cli/Session.h"
 
+#include "outcome/Failure.h"
 #include "text/Format.h"
+#include "text/Suggestion.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <unistd.h>
 
 namespace cli {
@@ -32,20 +33,42 @@ output::Form formFrom(const Arguments &arguments)
     return isPretty ? output::Form::JsonPretty : output::Form::JsonShort;
 }
 
-output::Manner mannerFrom(const Arguments &arguments)
+QStringList selectedFields(const Command &command, const QString &selection)
 {
-    output::Manner manner;
-    manner.form = formFrom(arguments);
-    if (arguments.has("--fields"))
-        manner.fields = arguments.text("--fields").split(QLatin1Char(','));
-    manner.hasLegend = !arguments.has("--no-legend");
-    return manner;
+    QStringList fields = selection.split(QLatin1Char(','));
+    for (const QString &field : fields)
+        if (!command.columns.contains(field))
+            throw Failure{ExitStatus::Usage, format("--fields: unknown field %1", field),
+                          text::adviceOnField(field, command.columns)};
+    return fields;
+}
+
+QStringList usualFields(const Command &command, output::Form form)
+{
+    QStringList fields = command.columns;
+    if (form == output::Form::Human)
+        for (const QString &detail : command.details)
+            fields.removeAll(detail);
+    return fields;
+}
+
+output::Manner mannerFrom(const Command &command, const Arguments &arguments)
+{
+    const bool isSelection = arguments.has("--fields");
+    const output::Form form = formFrom(arguments);
+    if (command.columns.isEmpty() && (isSelection || form == output::Form::Terse))
+        throw Failure{ExitStatus::Usage,
+                      "This command prints no rows: --terse and --fields do not apply"_s};
+    return {form,
+            isSelection ? selectedFields(command, arguments.text("--fields"))
+                        : usualFields(command, form),
+            !isSelection, !arguments.has("--no-legend")};
 }
 
 } // namespace
 
-Session::Session(const Arguments &arguments, const CommandLine &line)
-    : m_arguments(arguments), m_line(line), m_out(mannerFrom(arguments))
+Session::Session(const Command &command, const Arguments &arguments, const CommandLine &line)
+    : m_arguments(arguments), m_line(line), m_out(mannerFrom(command, arguments))
 {
 }
 
@@ -61,13 +84,6 @@ client::ProgrammableKeys &Session::service()
     if (!m_service)
         m_service.emplace(bus());
     return *m_service;
-}
-
-void Session::note(const QString &line)
-{
-    m_out.flush();
-    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stderr);
-    std::fflush(stderr);
 }
 
 int Session::timeoutMs(double defaultSeconds) const

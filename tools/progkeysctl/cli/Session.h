@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/Arguments.h"
+#include "cli/Command.h"
 #include "client/Bus.h"
 #include "client/ProgrammableKeys.h"
 #include "output/Output.h"
@@ -16,16 +17,14 @@ class CommandLine;
 class Session
 {
 public:
-    /// The arguments have the common options.
-    Session(const Arguments &arguments, const CommandLine &line);
+    /// The arguments have the common options. Throws a Failure of status Usage if --fields has a
+    /// name that is not a column of the command.
+    Session(const Command &command, const Arguments &arguments, const CommandLine &line);
 
     const CommandLine &line() const { return m_line; }
     output::Output &out() { return m_out; }
     client::Bus &bus();
     client::ProgrammableKeys &service();
-
-    /// Prints a line on stderr, where it does not mix with results.
-    void note(const QString &line);
 
     /// How long to wait for an answer or an event, at least 1 ms: --timeout, or else
     /// `defaultSeconds`.

@@ -1,7 +1,6 @@
 #include "commands/Commands.h"
 
 #include "commands/RecordCommands.h"
-#include "commands/Refusals.h"
 #include "text/Format.h"
 #include "text/Text.h"
 
@@ -13,7 +12,6 @@ namespace {
 ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     output::Listing listing;
-    listing.columns = fields::columns<Action>();
     const ListAction actions = session.service().actions();
     for (const Action &action : actions)
         listing.rows.append(fields::toJson(action));
@@ -55,17 +53,28 @@ void announce(cli::Session &session, const Action &action, const BoundKeys &boun
     session.out().flush();
 }
 
+void requireDeleted(const Action &action, int code)
+{
+    if (code == ResultCode::Success)
+        return;
+    const QString what = format("Action %1", action.idAction);
+    if (action.idAction == ReservedActionId)
+        throw Failure{ExitStatus::Failed,
+                      what + " cannot be deleted: it is the reserved action (-2)"_s,
+                      "You can change it."_s};
+    throw notDeleted(what, action.dmId, code,
+                     "It stays even if it is removed from the setting DefaultActions; after that, "
+                     "\"progkeysctl restore\" deletes it."_s);
+}
+
 QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 {
     const auto action = existing<Action>(session.service(), idAction);
     const BoundKeys bound = boundKeys(session, idAction);
-    if (!fields::isUsers(action))
-        throw deletionRefused(action, -2);
+    requireDeleted(action, fields::isUsers(action) ? ResultCode::Success : ResultCode::Refused);
     announce(session, action, bound);
     if (!isDryRun) {
-        const int code = session.service().call<int>("deleteAction", idAction);
-        if (code != 0)
-            throw deletionRefused(action, code);
+        requireDeleted(action, session.service().call<int>("deleteAction", idAction));
         session.out().say(format("Deleted action %1.", idAction));
     }
     QJsonObject row = fields::toJson(action);
@@ -77,14 +86,15 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
-    const auto deleteOne = [&](qlonglong id) { return removeOne(session, id, isDryRun); };
-    return deleteEach(session, arguments.values("ACTION_ID"), fields::columns<Action>(), deleteOne);
+    return deleteEach(session, arguments.values("ACTION_ID"),
+                      [&](qlonglong id) { return removeOne(session, id, isDryRun); });
 }
 
 } // namespace
 
 QList<cli::Command> actionCommands()
 {
+    const QStringList columns = fields::namesOf(fields::of<Action>());
     const cli::Parameter action =
         cli::parameter("ACTION_ID", "identifier of the action", cli::check::id);
     const cli::Parameter actions =
@@ -94,16 +104,16 @@ QList<cli::Command> actionCommands()
     const cli::Parameter dryRun =
         cli::parameter("--dry-run", "show which keys would be deleted, but delete nothing");
     return {cli::group("action", "list, add, change and delete actions"),
-            cli::command("action list", "list actions", {}, list),
-            cli::command("action show", "show an action", {action}, showRecord<Action>),
-            withFields<Action>(
-                cli::command("action add", "add an action", {assignments}, addRecord<Action>),
-                "type=1 action=call arguments=501 label=Reception shortLabel=Rec"),
+            cli::command("action list", "list actions", {}, columns, list),
+            cli::command("action show", "show an action", {action}, columns, showRecord<Action>),
+            withFields<Action>(cli::command("action add", "add an action", {assignments}, columns,
+                                            addRecord<Action>),
+                               "type=1 action=call arguments=501 label=Reception shortLabel=Rec"),
             withFields<Action>(cli::command("action set", "change fields of an action",
-                                            {action, assignments}, setRecord<Action>),
+                                            {action, assignments}, columns, setRecord<Action>),
                                "7 label=Reception"),
             cli::command("action delete", "delete actions and the keys that trigger them",
-                         {actions, dryRun}, remove)};
+                         {actions, dryRun}, columns, remove)};
 }
 
 } // namespace commands

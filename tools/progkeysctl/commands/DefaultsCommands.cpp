@@ -79,7 +79,6 @@ QByteArray written(const defaults::Records &records, const QString &form)
 
 ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().requireDocumentForm();
     const QByteArray bytes = written(read(arguments), arguments.text("--to"));
     const QString target = fileOrStream(arguments.path("--output"));
     if (target == files::StandardStream)
@@ -168,6 +167,8 @@ cli::Command checkCommand()
                       cli::parameter("--kind actions|keys",
                                      "content of the files, if their names do not imply it"),
                       limitOption(), cli::parameter("--strict", "treat warnings as errors")},
+                     {"file"_s, "record"_s, "field"_s, "fieldName"_s, "column"_s, "severity"_s,
+                      "code"_s, "message"_s, "character"_s},
                      check);
     command.notes =
         "Each problem begins with FILE:RECORD:FIELD:COLUMN:, counted from 1, and error: or "
@@ -188,7 +189,7 @@ cli::Command convertCommand()
                         cli::check::notEmpty),
          cli::parameter("[FILE]", "input file; standard input if it is - or omitted",
                         cli::check::notEmpty)},
-        convert);
+        {}, convert);
 }
 
 cli::Command planCommand()
@@ -206,7 +207,10 @@ cli::Command planCommand()
          cli::parameter("--detailed-exitcode",
                         "exit with status 4 if records are refused, else with status 20 if there "
                         "are changes")},
+        {"what"_s, "kind"_s, "id"_s, "dmId"_s, "field"_s, "old"_s, "new"_s, "record"_s, "reason"_s,
+         "detail"_s},
         plan);
+    command.details = QStringList{"field"_s, "old"_s, "new"_s, "record"_s, "reason"_s};
     command.notes =
         "Settings that you specify neither as a file nor by a directory are read from the phone. "
         "This command changes nothing."_s;

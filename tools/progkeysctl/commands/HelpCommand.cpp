@@ -35,7 +35,6 @@ QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
 void listCommands(cli::Session &session)
 {
     output::Listing listing;
-    listing.columns = {{"command"_s}, {"summary"_s}};
     for (const cli::Command &command : session.line().commands())
         if (!command.isGroup())
             listing.rows.append({{"command"_s, command.name()},
@@ -63,7 +62,7 @@ cli::Command helpCommand()
         "help", "show help on a command",
         {cli::parameter("[COMMAND...]", "a command, such as key add"),
          cli::parameter("--list", "list all commands; with --json, including their options")},
-        help);
+        {"command"_s, "summary"_s}, help);
 }
 
 } // namespace commands

@@ -2,7 +2,6 @@
 
 #include "commands/KeyFilter.h"
 #include "commands/RecordCommands.h"
-#include "commands/Refusals.h"
 #include "text/Format.h"
 #include "text/Text.h"
 
@@ -11,44 +10,19 @@
 namespace commands {
 namespace {
 
-const QString Label = "label"_s;
-
-// The fields of a key, and the label of its action. A table without --fields has room for the
-// essential ones only.
-QList<output::Column> listColumns()
-{
-    const QStringList details = {"dmId"_s, "aom_type"_s};
-    QList<output::Column> columns;
-    const QList<output::Column> all = fields::columns<Key>();
-    for (const output::Column &column : all) {
-        columns.append(column);
-        columns.last().isShown = !details.contains(column.name);
-        if (column.name == "idAction"_s)
-            columns.append({Label});
-    }
-    return columns;
-}
-
-QHash<qlonglong, QString> labelsOf(const ListAction &actions)
-{
-    QHash<qlonglong, QString> labels;
-    for (const Action &action : actions)
-        labels.insert(action.idAction, action.label);
-    return labels;
-}
-
 ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
 {
     const ListKey keys = session.service().keys();
-    const QHash<qlonglong, QString> labels = labelsOf(session.service().actions());
+    const ListAction actions = session.service().actions();
+    QHash<qlonglong, QJsonValue> labels;
+    for (const Action &action : actions)
+        labels.insert(action.idAction, action.label);
     output::Listing listing;
-    listing.columns = listColumns();
     for (const Key &key : keys) {
         if (!isSelected(key, arguments))
             continue;
         QJsonObject row = fields::toJson(key);
-        const auto label = labels.find(key.idAction);
-        row.insert(Label, label == labels.end() ? QJsonValue() : QJsonValue(*label));
+        row.insert("label"_s, labels.value(key.idAction));
         listing.rows.append(row);
     }
     listing.legend = text::counted(static_cast<int>(listing.rows.size()), "key"_s);
@@ -79,7 +53,6 @@ QMapIntInt positionsOf(const QStringList &moves)
 // The service ignores unknown identifiers, so they are checked first.
 ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().requireFields(fields::columns<Key>());
     const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
         existing<Key>(session.service(), move.key());
@@ -89,7 +62,6 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
             "Keys with smaller identifiers have been moved: see \"progkeysctl key list\". See "
             "also the log of the service."_s};
     output::Listing moved;
-    moved.columns = fields::columns<Key>();
     for (auto move = positions.begin(); move != positions.end(); ++move)
         moved.rows.append(fields::toJson(existing<Key>(session.service(), move.key())));
     if (session.out().isForPeople())
@@ -102,21 +74,33 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 
 ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
-    const auto deleteOne = [&session](qlonglong idKey) {
+    return deleteEach(session, arguments.values("KEY_ID"), [&session](qlonglong idKey) {
         const auto key = existing<Key>(session.service(), idKey);
         const int code = session.service().call<int>("deleteProgrammableKey", idKey);
-        if (code != 0)
-            throw deletionRefused(key, code);
+        if (code != ResultCode::Success)
+            throw notDeleted(format("Key %1", idKey), key.dmId, code,
+                             "Remove it from the setting DefaultKeys: then the next start of the "
+                             "service deletes it."_s);
         session.out().say(format("Deleted key %1.", idKey));
         return fields::toJson(key);
-    };
-    return deleteEach(session, arguments.values("KEY_ID"), fields::columns<Key>(), deleteOne);
+    });
+}
+
+// With the label of the action. A table has room for the essential fields only.
+cli::Command listCommand()
+{
+    QStringList columns = fields::namesOf(fields::of<Key>());
+    columns.insert(columns.indexOf("idAction"_s) + 1, "label"_s);
+    cli::Command command = cli::command("key list", "list keys", keyFilterOptions(), columns, list);
+    command.details = QStringList{"dmId"_s, "aom_type"_s};
+    return command;
 }
 
 } // namespace
 
 QList<cli::Command> keyCommands()
 {
+    const QStringList columns = fields::namesOf(fields::of<Key>());
     const cli::Parameter key = cli::parameter("KEY_ID", "identifier of the key", cli::check::id);
     const cli::Parameter keys =
         cli::parameter("KEY_ID...", "identifiers of the keys", cli::check::id);
@@ -125,15 +109,16 @@ QList<cli::Command> keyCommands()
     const cli::Parameter moves =
         cli::parameter("KEY_ID=POSITION...", "identifier of a key and its new position");
     return {cli::group("key", "list, add, change, move and delete keys"),
-            cli::command("key list", "list keys", keyFilterOptions(), list),
-            cli::command("key show", "show a key", {key}, showRecord<Key>),
-            withFields<Key>(cli::command("key add", "add a key", {assignments}, addRecord<Key>),
-                            "idAction=7 container=home position=3 icon=phone"),
+            listCommand(),
+            cli::command("key show", "show a key", {key}, columns, showRecord<Key>),
+            withFields<Key>(
+                cli::command("key add", "add a key", {assignments}, columns, addRecord<Key>),
+                "idAction=7 container=home position=3 icon=phone"),
             withFields<Key>(cli::command("key set", "change fields of a key", {key, assignments},
-                                         setRecord<Key>),
+                                         columns, setRecord<Key>),
                             "12 position=4 icon=star"),
-            cli::command("key move", "change the positions of keys", {moves}, move),
-            cli::command("key delete", "delete keys", {keys}, remove)};
+            cli::command("key move", "change the positions of keys", {moves}, columns, move),
+            cli::command("key delete", "delete keys", {keys}, columns, remove)};
 }
 
 } // namespace commands

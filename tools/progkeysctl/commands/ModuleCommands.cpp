@@ -1,18 +1,12 @@
 #include "commands/Commands.h"
 
 #include "commands/RecordCommands.h"
-#include "commands/Refusals.h"
 #include "text/Format.h"
 
 namespace commands {
 namespace {
 
 constexpr int ModuleWithDisplays = 1;
-
-QList<output::Column> columns()
-{
-    return {{"idKey"_s, true}, {"addr"_s, true}, {"key_num"_s, true}};
-}
 
 Failure refusal(const client::ProgrammableKeys &service, const Key &key, int code)
 {
@@ -44,13 +38,12 @@ ExitStatus finish(cli::Session &session, const Key &key, int code, const QString
     row.insert("addr"_s, key.aom_addr);
     row.insert("key_num"_s, key.position);
     session.out().done(format("Sent %1 for key %2 to module %3.", what, key.position, key.aom_addr),
-                       columns(), row);
+                       row);
     return ExitStatus::Done;
 }
 
 ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().requireFields(columns());
     const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
@@ -60,7 +53,6 @@ ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
 
 ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().requireFields(columns());
     const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
     return finish(session, key,
@@ -76,12 +68,14 @@ QList<cli::Command> moduleCommands()
     const auto number = [](const char *name, const char *help) {
         return cli::parameter(name, help, cli::check::integer());
     };
+    const QStringList columns = {"idKey"_s, "addr"_s, "key_num"_s};
     return {cli::command("icon", "send an icon to the add-on module of a key",
                          {key, number("X", "icon_x, as the module defines it"),
                           number("Y", "icon_y, as the module defines it")},
-                         icon),
+                         columns, icon),
             cli::command("label", "send the short label of a key's action to its add-on module",
-                         {key, number("STATE", "label_state, as the module defines it")}, label)};
+                         {key, number("STATE", "label_state, as the module defines it")}, columns,
+                         label)};
 }
 
 } // namespace commands

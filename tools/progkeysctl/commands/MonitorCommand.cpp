@@ -27,11 +27,6 @@ QRegularExpression namesLike(const QStringList &patterns)
     return QRegularExpression(QRegularExpression::anchoredPattern(expression));
 }
 
-QList<output::Column> columns()
-{
-    return {{"time"_s}, {"event"_s}, {"module"_s}, {"arguments"_s}};
-}
-
 QJsonValue timeValue(const QElapsedTimer &sinceStart, bool isSinceStart)
 {
     if (isSinceStart)
@@ -57,7 +52,6 @@ QString lineText(const output::Terminal &terminal, const QJsonObject &row)
 
 ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
 {
-    session.out().requireFields(columns());
     const QRegularExpression names = namesLike(arguments.texts("--match"));
     const bool isSinceStart = arguments.has("--since-start");
     const std::optional<int> limit = arguments.optionalInteger("--limit");
@@ -66,14 +60,14 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
     sinceStart.start();
     events::EventListener listener(bus);
     // From now on no event is missed.
-    session.note(format("Listening on %1.", bus.description()));
+    output::note(format("Listening on %1.", bus.description()));
     int shown = 0;
     const auto take = [&](const events::ReceivedEvent &received) {
         if (!names.match(received.event.getEvtName()).hasMatch())
             return false;
         QJsonObject row = events::toJson(received);
         row.insert("time"_s, timeValue(sinceStart, isSinceStart));
-        session.out().stream(lineText(session.out().terminal(), row), columns(), row);
+        session.out().stream(lineText(session.out().terminal(), row), row);
         return ++shown == limit;
     };
     const int timeoutMs = arguments.has("--timeout") ? session.timeoutMs(0) : -1;
@@ -93,7 +87,7 @@ cli::Command monitorCommand()
                         cli::check::integer(1, LargestLimit)),
          cli::parameter("--since-start",
                         "show the seconds since the start instead of the time of day")},
-        monitor);
+        {"time"_s, "event"_s, "module"_s, "arguments"_s}, monitor);
 }
 
 } // namespace commands

@@ -91,25 +91,18 @@ QString sentence(const Answer &answer)
                   call.isEmpty() ? call : ", "_s + call);
 }
 
-QList<output::Column> answerColumns()
-{
-    return {{"exists"_s}, {"idKey"_s, true}, {"idAction"_s, true}};
-}
-
 void print(cli::Session &session, const Answer &answer)
 {
-    session.out().done(sentence(answer), answerColumns(),
-                       {{"exists"_s, answer.exists},
-                        {"idKey"_s, output::jsonNumber(answer.key.idKey)},
-                        {"idAction"_s, output::jsonNumber(answer.key.idAction)},
-                        {"key"_s, fields::toJson(answer.key)},
-                        {"action"_s, fields::toJson(answer.action)}});
+    session.out().done(sentence(answer), {{"exists"_s, answer.exists},
+                                          {"idKey"_s, output::jsonNumber(answer.key.idKey)},
+                                          {"idAction"_s, output::jsonNumber(answer.key.idAction)},
+                                          {"key"_s, fields::toJson(answer.key)},
+                                          {"action"_s, fields::toJson(answer.action)}});
 }
 
 ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
 {
     const Place place = placeFrom(arguments);
-    session.out().requireFields(answerColumns());
     client::Bus &bus = session.bus();
     const QString module = client::ProgrammableKeys::moduleName();
     const QString service = bus.ownerOf(zel::serviceName(module));
@@ -141,7 +134,7 @@ cli::Command pressCommand()
         {cli::parameter("ADDRESS/NUMBER", "address of the module and number of the key"),
          cli::parameter("--module-type NUMBER", "kind of add-on module (default: 1)",
                         cli::check::integer())},
-        press);
+        {"exists"_s, "idKey"_s, "idAction"_s}, press);
 }
 
 } // namespace commands

@@ -9,11 +9,6 @@
 namespace commands {
 namespace {
 
-QList<output::Column> columns()
-{
-    return {{"restored"_s}, {"keys"_s, true}, {"actions"_s, true}};
-}
-
 // The reserved action is not counted.
 QString contentOf(const client::ProgrammableKeys &service, QJsonObject &row)
 {
@@ -41,7 +36,6 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString what = arguments.text("default|factory");
     QJsonObject row = {{"restored"_s, what}};
-    session.out().requireFields(columns());
     if (!arguments.has("--yes"))
         throw Failure{
             ExitStatus::Usage,
@@ -49,7 +43,7 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
             "Confirm with --yes. \"progkeysctl export\" saves the keys and actions of users."_s};
     runRestore(session.service(), what == "factory"_s ? "restoreFactory"_s : "restoreDefault"_s);
     const QString content = contentOf(session.service(), row);
-    session.out().done(format("Restored the provisioned defaults: %1.", content), columns(), row);
+    session.out().done(format("Restored the provisioned defaults: %1.", content), row);
     return ExitStatus::Done;
 }
 
@@ -62,7 +56,7 @@ cli::Command restoreCommand()
                         {cli::parameter("default|factory",
                                         "the state to restore; both do the same in this service"),
                          cli::parameter("--yes", "confirm the deletion")},
-                        restore);
+                        {"restored"_s, "keys"_s, "actions"_s}, restore);
 }
 
 } // namespace commands

@@ -77,7 +77,7 @@ cli::Command sandboxCommand()
          cli::parameter("--port NUMBER", "serve the page on this port",
                         cli::check::integer(1, 65535)),
          cli::parameter("[COMMAND...]", "the command, after --; default: your shell")},
-        run);
+        {}, run);
     command.notes =
         "Without --settings, there are no defaults and the key limit is 100. Data and logs are "
         "temporary unless you specify a directory for them. The exit status is that of COMMAND."_s;

@@ -13,16 +13,6 @@
 namespace commands {
 namespace {
 
-QList<output::Column> columns()
-{
-    QList<output::Column> columns;
-    for (const char *name :
-         {"running", "bus", "busAddress", "setKeys", "moduleKeys", "otherKeys", "provisionedKeys",
-          "limit", "userActions", "provisionedActions", "peers"})
-        columns.append({QString::fromLatin1(name)});
-    return columns;
-}
-
 QJsonArray modulesOn(const client::Bus &bus)
 {
     const QString prefix = zel::serviceName(QString());
@@ -75,21 +65,16 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
     const client::Bus &bus = session.bus();
     const client::ProgrammableKeys &service = session.service();
     const bool isRunning = service.isRunning();
-    const QList<output::Column> all = columns();
-    QJsonObject row;
-    for (const output::Column &column : all)
-        row.insert(column.name, QJsonValue());
-    row.insert("running"_s, isRunning);
-    row.insert("bus"_s, bus.choice().kind);
+    QJsonObject row = {
+        {"running"_s, isRunning}, {"bus"_s, bus.choice().kind}, {"peers"_s, modulesOn(bus)}};
     if (!bus.choice().address.isEmpty())
         row.insert("busAddress"_s, bus.choice().address);
-    row.insert("peers"_s, modulesOn(bus));
     if (isRunning) {
         countKeys(row, service.keys());
         countActions(row, service.actions());
         row.insert("limit"_s, keyLimit(service));
     }
-    session.out().record(all, row);
+    session.out().record(row);
     return isRunning ? ExitStatus::Done : ExitStatus::NotRunning;
 }
 
@@ -97,7 +82,11 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
 
 cli::Command statusCommand()
 {
-    return cli::command("status", "show the state of the service", {}, status);
+    return cli::command("status", "show the state of the service", {},
+                        {"running"_s, "bus"_s, "busAddress"_s, "setKeys"_s, "moduleKeys"_s,
+                         "otherKeys"_s, "provisionedKeys"_s, "limit"_s, "userActions"_s,
+                         "provisionedActions"_s, "peers"_s},
+                        status);
 }
 
 } // namespace commands

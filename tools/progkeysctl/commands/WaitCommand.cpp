@@ -37,9 +37,9 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
                       "See its log, or allow more time with --timeout."_s};
     // In scripts, another command often prints its results next.
     if (session.out().isForPeople())
-        session.note(format("%1 is running.", module));
+        output::note(format("%1 is running.", module));
     else
-        session.out().record({{"running"_s}}, {{"running"_s, true}});
+        session.out().record({{"running"_s, true}});
     return ExitStatus::Done;
 }
 
@@ -51,7 +51,7 @@ cli::Command waitCommand()
         "wait", "wait until the service is running, for up to 30 s or --timeout",
         {cli::parameter("[MODULE]", "another module of the phone, such as SettingsManager",
                         cli::check::notEmpty)},
-        wait);
+        {"running"_s}, wait);
 }
 
 } // namespace commands

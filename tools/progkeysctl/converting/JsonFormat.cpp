@@ -26,7 +26,7 @@ Kind readKind(const QJsonObject &object, const QString &file, std::optional<Kind
     return *kind;
 }
 
-QString readField(const QJsonValue &value, const output::Column &field, const QString &where)
+QString readField(const QJsonValue &value, const fields::Field &field, const QString &where)
 {
     if (value.isString() && value.toString().isValidUtf16())
         return value.toString();
@@ -45,12 +45,12 @@ QStringList readRecord(const QJsonValue &value, Kind kind, const QString &where)
     const QJsonObject object = value.toObject();
     files::requireMembers(object, fieldNames(kind), where);
     QStringList record;
-    for (const output::Column &field : fieldsOf(kind))
+    for (const fields::Field &field : fieldsOf(kind))
         record.append(readField(object.value(field.name), field, where));
     return record;
 }
 
-QJsonValue toJson(const output::Column &field, const QString &text)
+QJsonValue toJson(const fields::Field &field, const QString &text)
 {
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
@@ -76,7 +76,7 @@ Records readJson(const QByteArray &bytes, const QString &file, std::optional<Kin
 
 QByteArray writeJson(const Records &records)
 {
-    const QList<output::Column> &fields = fieldsOf(records.kind);
+    const QList<fields::Field> &fields = fieldsOf(records.kind);
     QJsonArray list;
     for (const QStringList &record : records.records) {
         QJsonObject object;

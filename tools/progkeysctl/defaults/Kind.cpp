@@ -1,6 +1,5 @@
 #include "defaults/Kind.h"
 
-#include "fields/Fields.h"
 #include "text/Format.h"
 
 #include <QFileInfo>
@@ -10,32 +9,29 @@ namespace {
 
 // The texts have the fields in the order of the bus, without the ids.
 template <typename Record>
-QList<output::Column> fieldsWithoutIds()
+QList<fields::Field> fieldsWithoutIds()
 {
-    QList<output::Column> fields;
-    for (const output::Column &column : fields::columns<Record>()) {
-        if (column.name != "idKey"_s && column.name != "idAction"_s)
-            fields.append(column);
+    QList<fields::Field> fields;
+    for (const fields::Field &field : fields::of<Record>()) {
+        if (field.name != "idKey"_s && field.name != "idAction"_s)
+            fields.append(field);
     }
     return fields;
 }
 
 } // namespace
 
-const QList<output::Column> &fieldsOf(Kind kind)
+const QList<fields::Field> &fieldsOf(Kind kind)
 {
-    static const QList<output::Column> actions = fieldsWithoutIds<Action>();
-    static const QList<output::Column> keys = fieldsWithoutIds<Key>();
-    static const QList<output::Column> none;
+    static const QList<fields::Field> actions = fieldsWithoutIds<Action>();
+    static const QList<fields::Field> keys = fieldsWithoutIds<Key>();
+    static const QList<fields::Field> none;
     return kind == Kind::Actions ? actions : kind == Kind::Keys ? keys : none;
 }
 
 QStringList fieldNames(Kind kind)
 {
-    QStringList names;
-    for (const output::Column &field : fieldsOf(kind))
-        names.append(field.name);
-    return names;
+    return fields::namesOf(fieldsOf(kind));
 }
 
 QString nameOf(Kind kind)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "fields/Fields.h"
 #include "outcome/Failure.h"
-#include "output/Listing.h"
 
 #include <optional>
 
@@ -12,7 +12,7 @@ namespace defaults {
 enum class Kind { Actions, Keys, Limit };
 
 /// The fields of a record, in the order of the text; none for the limit, which is one number.
-const QList<output::Column> &fieldsOf(Kind kind);
+const QList<fields::Field> &fieldsOf(Kind kind);
 QStringList fieldNames(Kind kind);
 
 /// "actions" or "keys".

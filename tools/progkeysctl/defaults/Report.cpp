@@ -127,9 +127,6 @@ QString contentOf(const Setting &setting)
 output::Listing listingOf(const Rollout &rollout)
 {
     output::Listing listing;
-    for (const char *name : {"file", "record", "field", "fieldName", "column", "severity", "code",
-                             "message", "character"})
-        listing.columns.append({QString::fromLatin1(name)});
     for (const auto &[kind, setting] : rollout.settings) {
         for (const Problem &problem : setting.problems) {
             const QString field = fieldNames(setting.kind).value(problem.field - 1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "defaults/Rollout.h"
+#include "output/Listing.h"
 #include "output/Terminal.h"
 
 namespace defaults {

@@ -17,11 +17,10 @@ const QString Arguments = "arguments"_s;
 
 QString valueText(const QJsonValue &value);
 
-template <typename Record>
-QString recordText(const QJsonObject &object)
+QString recordText(const QJsonObject &object, const QList<fields::Field> &fields)
 {
     QStringList parts;
-    for (const fields::Field<Record> &field : fields::of<Record>()) {
+    for (const fields::Field &field : fields) {
         const QJsonValue value = object.value(field.name);
         if (value != QJsonValue(QString()))
             parts.append(field.name + QLatin1Char('=') + valueText(value));
@@ -35,9 +34,9 @@ QString valueText(const QJsonValue &value)
         return QLatin1Char('"') + text::printable(value.toString()) + QLatin1Char('"');
     const QJsonObject object = value.toObject();
     if (object.contains("idKey"_s))
-        return recordText<Key>(object);
+        return recordText(object, fields::of<Key>());
     if (object.contains("idAction"_s))
-        return recordText<Action>(object);
+        return recordText(object, fields::of<Action>());
     return text::printable(output::displayText(value));
 }
 

@@ -12,7 +12,6 @@ namespace exchange {
 namespace {
 
 const QString StepMember = "step"_s;
-const QString FileIdMember = "fileId"_s;
 const QString IdMember = "id"_s;
 const QString OutcomeMember = "outcome"_s;
 
@@ -40,7 +39,7 @@ QJsonObject rowOf(const Step &step)
                      : step.kind == StepKind::Change ? "change"_s
                                                      : "add"_s},
         {"what"_s, step.action ? "action"_s : "key"_s},
-        {FileIdMember, output::jsonNumber(fileId)},
+        {"fileId"_s, output::jsonNumber(fileId)},
         {IdMember, step.here > 0 ? output::jsonNumber(step.here) : QJsonValue()},
         {"content"_s, step.action ? fields::described(*step.action) : fields::described(step.key)},
         {OutcomeMember, isSkipped ? "skipped"_s : "planned"_s},
@@ -118,10 +117,6 @@ qlonglong Importer::call(const Step &step)
 output::Listing listingOf(const QList<Step> &steps)
 {
     output::Listing listing;
-    for (const char *name : {"step", "what", "fileId", "id", "content", "outcome", "reason"}) {
-        const QString column = QString::fromLatin1(name);
-        listing.columns.append({column, column == FileIdMember || column == IdMember});
-    }
     for (const Step &step : steps)
         listing.rows.append(rowOf(step));
     return listing;

@@ -1,10 +1,10 @@
 #include "fields/Fields.h"
 
 #include "outcome/Failure.h"
+#include "output/Listing.h"
 #include "text/Format.h"
 #include "text/Suggestion.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <tuple>
@@ -13,52 +13,50 @@
 namespace fields {
 namespace {
 
-template <typename Record>
-const Field<Record> *find(const QString &name)
+// Calls a function with the name and the member of each field, in the order of the bus.
+template <typename Record, typename Function>
+void forEach(Function function)
 {
-    const QList<Field<Record>> &all = of<Record>();
-    const auto found = std::find_if(all.begin(), all.end(),
-                                    [&](const Field<Record> &field) { return field.name == name; });
-    return found == all.end() ? nullptr : &*found;
+    const auto callAll = [&](const auto &...field) {
+        (function(QString::fromLatin1(field.name), field.member), ...);
+    };
+    std::apply(callAll, Record::fields());
+}
+
+template <typename Record>
+QList<Field> withHelp(const QStringList &helps)
+{
+    QList<Field> all;
+    forEach<Record>([&](const QString &name, auto member) {
+        const bool isNumber = !std::is_same_v<decltype(member), QString Record::*>;
+        all.append({name, isNumber, helps.at(all.size())});
+    });
+    return all;
 }
 
 template <typename Record>
 QString adviceOn(const QString &name)
 {
-    QStringList names;
-    for (const Field<Record> &field : of<Record>())
-        names.append(field.name);
-    return text::withSuggestion(name, names, format("The fields are %1.", names.join(", "_s)));
-}
-
-// The fields that the record declares, with a help text for each.
-template <typename Record>
-QList<Field<Record>> withHelp(const QStringList &helps)
-{
-    QList<Field<Record>> all;
-    const auto append = [&](const auto &field) {
-        all.append({QString::fromLatin1(field.name), field.member, helps.at(all.size())});
-    };
-    std::apply([&](const auto &...field) { (append(field), ...); }, Record::fields());
-    return all;
+    return text::adviceOnField(name, namesOf(of<Record>()));
 }
 
 // What a member can hold, for messages.
-QString rangeOf(const QString & /*of*/)
+template <typename Member>
+QString rangeOf(const Member & /*of*/)
 {
-    return "a text without null characters"_s;
+    if constexpr (std::is_same_v<Member, QString>)
+        return "a text without null characters"_s;
+    else
+        return format("a %1-bit integer", 8 * sizeof(Member));
 }
 
-template <typename Number>
-QString rangeOf(const Number & /*of*/)
-{
-    return format("a %1-bit integer", 8 * sizeof(Number));
-}
-
+// The bus ends a text at its first null character and cannot encode half a surrogate pair.
 bool setFrom(const QString &text, QString &member)
 {
-    member = text;
-    return true;
+    const bool canBeSent = text.isValidUtf16() && !text.contains(QChar(QChar::Null));
+    if (canBeSent)
+        member = text;
+    return canBeSent;
 }
 
 template <typename Number>
@@ -73,18 +71,42 @@ bool setFrom(const QString &text, Number &member)
     return fits;
 }
 
-// The bus ends a text at its first null character and cannot encode half a surrogate pair.
-bool canBeSent(const QString &text)
+// The parser yields integers up to 64 bits, and a double for any other number.
+bool isExactInteger(const QJsonValue &value)
 {
-    return text.isValidUtf16() && !text.contains(QChar(QChar::Null));
+    constexpr double ExactUpTo = 9007199254740992.0;
+    const double number = value.toDouble();
+    return value.isDouble() && (value.toVariant().userType() == QMetaType::LongLong ||
+                                (std::trunc(number) == number && std::abs(number) <= ExactUpTo));
 }
 
-bool setFrom(const QJsonValue &value, QString &member)
+// Integers of 64 bits may be texts, because many readers round them.
+template <typename Member>
+bool setFrom(const QJsonValue &value, Member &member)
 {
-    const bool isText = value.isString() && canBeSent(value.toString());
-    if (isText)
-        member = value.toString();
-    return isText;
+    if (value.isString())
+        return !std::is_same_v<Member, int> && setFrom(value.toString(), member);
+    return !std::is_same_v<Member, QString> && isExactInteger(value) &&
+           setFrom(QString::number(value.toVariant().toLongLong()), member);
+}
+
+// The value is a text or from JSON.
+template <typename Record, typename Value>
+void setField(Record &record, const QString &name, const Value &value, ExitStatus status,
+              const QString &where)
+{
+    bool isKnown = false;
+    forEach<Record>([&](const QString &each, auto member) {
+        if (each != name)
+            return;
+        isKnown = true;
+        if (!setFrom(value, record.*member))
+            throw Failure{
+                status, format("%1: the field %2 is not %3", where, name, rangeOf(record.*member))};
+    });
+    if (!isKnown)
+        throw Failure{status, format("%1: unknown field \"%2\"", where, name),
+                      adviceOn<Record>(name)};
 }
 
 QJsonValue jsonOf(const QString &text)
@@ -97,39 +119,6 @@ QJsonValue jsonOf(qlonglong number)
     return output::jsonNumber(number);
 }
 
-// The parser yields integers up to 64 bits, and a double for any other number.
-template <typename Number>
-bool setFrom(const QJsonValue &value, Number &member)
-{
-    if (value.isString() && std::is_same_v<Number, qlonglong>)
-        return setFrom(value.toString(), member);
-    constexpr double ExactUpTo = 9007199254740992.0;
-    const double number = value.toDouble();
-    const bool isExact = value.toVariant().userType() == QMetaType::LongLong ||
-                         (std::trunc(number) == number && std::abs(number) <= ExactUpTo);
-    return value.isDouble() && isExact &&
-           setFrom(QString::number(value.toVariant().toLongLong()), member);
-}
-
-// The value is a text or from JSON.
-template <typename Record, typename Value>
-void setField(Record &record, const QString &name, const Value &value, ExitStatus status,
-              const QString &where)
-{
-    const Field<Record> *field = find<Record>(name);
-    if (!field)
-        throw Failure{status, format("%1: unknown field \"%2\"", where, name),
-                      adviceOn<Record>(name)};
-    const auto set = [&](auto member) {
-        if (!setFrom(value, record.*member))
-            throw Failure{
-                status,
-                format("%1: the field %2 is not %3", where, name, rangeOf(record.*member)),
-                {}};
-    };
-    std::visit(set, field->member);
-}
-
 } // namespace
 
 bool isUsers(const Action &action)
@@ -137,8 +126,16 @@ bool isUsers(const Action &action)
     return action.dmId.isEmpty() && action.idAction != ReservedActionId;
 }
 
+QStringList namesOf(const QList<Field> &fields)
+{
+    QStringList names;
+    for (const Field &field : fields)
+        names.append(field.name);
+    return names;
+}
+
 template <>
-const QList<Field<Key>> &of<Key>()
+const QList<Field> &of<Key>()
 {
     static const auto all = withHelp<Key>({
         "identifier, assigned by the service"_s,
@@ -155,7 +152,7 @@ const QList<Field<Key>> &of<Key>()
 }
 
 template <>
-const QList<Field<Action>> &of<Action>()
+const QList<Field> &of<Action>()
 {
     static const auto all = withHelp<Action>({
         "identifier, assigned by the service"_s,
@@ -171,21 +168,11 @@ const QList<Field<Action>> &of<Action>()
 }
 
 template <typename Record>
-QList<output::Column> columns()
-{
-    QList<output::Column> result;
-    for (const Field<Record> &field : of<Record>())
-        result.append({field.name, !field.isText()});
-    return result;
-}
-
-template <typename Record>
 QJsonObject toJson(const Record &record)
 {
     QJsonObject object;
-    for (const Field<Record> &field : of<Record>())
-        std::visit([&](auto member) { object.insert(field.name, jsonOf(record.*member)); },
-                   field.member);
+    forEach<Record>(
+        [&](const QString &name, auto member) { object.insert(name, jsonOf(record.*member)); });
     return object;
 }
 
@@ -210,8 +197,6 @@ void assign(Record &record, const QStringList &assignments)
     }
 }
 
-template QList<output::Column> columns<Key>();
-template QList<output::Column> columns<Action>();
 template QJsonObject toJson(const Key &);
 template QJsonObject toJson(const Action &);
 template void setFromJson(Key &, const QJsonObject &, const QString &);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "output/Listing.h"
 #include "records/Action.h"
 #include "records/Key.h"
 
@@ -8,31 +7,24 @@
 #include <QString>
 #include <QStringList>
 
-#include <variant>
-
 /// Records by the names of their fields, which are the same in commands, tables and JSON.
 namespace fields {
 
 /// Whether a user created the action: it is neither provisioned nor the reserved action.
 bool isUsers(const Action &action);
 
-template <typename Record>
 struct Field
 {
     QString name;
-    std::variant<QString Record::*, int Record::*, qlonglong Record::*> member;
+    bool isNumber = false;
     QString help;
-
-    bool isText() const { return std::holds_alternative<QString Record::*>(member); }
 };
+
+QStringList namesOf(const QList<Field> &fields);
 
 /// The fields of `Key` or `Action`, in the order of the bus.
 template <typename Record>
-const QList<Field<Record>> &of();
-
-/// The fields as columns of a listing.
-template <typename Record>
-QList<output::Column> columns();
+const QList<Field> &of();
 
 /// The record as an object: numbers as numbers, texts as texts.
 template <typename Record>

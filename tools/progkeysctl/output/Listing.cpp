@@ -32,6 +32,7 @@ QString displayText(const QJsonValue &value)
     case QJsonValue::Object:
         return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
     case QJsonValue::Null:
+    case QJsonValue::Undefined:
         return "-"_s;
     default:
         return value.toString();

@@ -4,26 +4,16 @@
 #include <QList>
 #include <QMap>
 #include <QString>
-#include <QStringList>
 
 namespace output {
 
-/// One field of the rows of a listing.
-struct Column
-{
-    QString name;          ///< in tables, in JSON and in --fields
-    bool isNumber = false; ///< aligned to the right
-    bool isShown = true;   ///< in a table without --fields
-};
-
-/// The result of a command: rows with the same fields. A row is an object by the columns' names;
+/// Rows to print. A row is an object by the names of the command's fields. A missing field is null;
 /// other members are printed in JSON only.
 struct Listing
 {
-    QList<Column> columns;
     QList<QJsonObject> rows;
-    QString legend; ///< below a table, such as "3 keys"
-    /// Colours of rows by the text of their first column: "red", "green", "brown".
+    QString legend = {}; ///< below a table, such as "3 keys"
+    /// Colours of rows by the text of their first field: "red", "green", "brown".
     QMap<QString, QByteArray> colours = {};
 };
 

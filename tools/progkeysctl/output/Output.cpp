@@ -2,17 +2,14 @@
 
 #include "output/Table.h"
 #include "text/Format.h"
-#include "text/Suggestion.h"
 #include "text/Text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <unistd.h>
 
 namespace output {
@@ -27,42 +24,24 @@ QString terseText(const QJsonValue &value)
         .replace(QLatin1Char('\n'), "\\n"_s);
 }
 
-QByteArray terseLine(const QList<Column> &columns, const QJsonObject &row)
+QByteArray terseLine(const QJsonObject &row, const QStringList &fields)
 {
     QStringList values;
-    for (const Column &column : columns)
-        values.append(terseText(row.value(column.name)));
+    for (const QString &field : fields)
+        values.append(terseText(row.value(field)));
     return values.join(QLatin1Char(':')).toUtf8() + '\n';
 }
 
-QString adviceOn(const QString &name, const QList<Column> &columns)
+QByteArray jsonText(const QJsonDocument &document, Form form)
 {
-    QStringList names;
-    for (const Column &column : columns)
-        names.append(column.name);
-    return text::withSuggestion(name, names, format("The fields are %1.", names.join(", "_s)));
-}
-
-template <typename Document>
-QByteArray jsonText(const Document &content, bool isPretty)
-{
-    const QByteArray text =
-        QJsonDocument(content).toJson(isPretty ? QJsonDocument::Indented : QJsonDocument::Compact);
-    return isPretty ? text : text + '\n';
-}
-
-// A failure to write to stderr cannot be reported.
-void sayOnStderr(const QString &text)
-{
-    std::fputs((text + QLatin1Char('\n')).toUtf8().constData(), stderr);
+    return form == Form::JsonPretty ? document.toJson()
+                                    : document.toJson(QJsonDocument::Compact) + '\n';
 }
 
 [[noreturn]] void throwWriteFailure()
 {
-    throw Failure{
-        ExitStatus::Failed,
-        format("Cannot write the output: %1", QString::fromLocal8Bit(std::strerror(errno))),
-        {}};
+    throw Failure{ExitStatus::Failed, format("Cannot write the output: %1",
+                                             QString::fromLocal8Bit(std::strerror(errno)))};
 }
 
 } // namespace
@@ -71,68 +50,54 @@ Output::Output(Manner manner) : m_manner(std::move(manner)), m_terminal(Terminal
 {
 }
 
-bool Output::isJson() const
-{
-    return m_manner.form == Form::JsonPretty || m_manner.form == Form::JsonShort;
-}
-
-void Output::requireDocumentForm() const
-{
-    if (m_manner.form == Form::Terse || !m_manner.fields.isEmpty())
-        throw Failure{ExitStatus::Usage,
-                      "This command prints a document: --terse and --fields do not apply"_s,
-                      {}};
-}
-
 void Output::list(const Listing &listing)
 {
-    Listing shown = listing;
-    shown.columns = chosen(listing.columns);
-    if (isForPeople()) {
-        write(tableText(shown, m_terminal, m_manner.hasLegend).toUtf8());
-        return;
+    QJsonArray array;
+    switch (m_manner.form) {
+    case Form::Human:
+        write(tableText(listing, m_manner.fields, m_terminal, m_manner.hasLegend).toUtf8());
+        break;
+    case Form::Terse:
+        for (const QJsonObject &row : listing.rows)
+            write(terseLine(row, m_manner.fields));
+        break;
+    case Form::JsonShort:
+    case Form::JsonPretty:
+        for (const QJsonObject &row : listing.rows)
+            array.append(jsonOf(row));
+        write(jsonText(QJsonDocument(array), m_manner.form));
     }
-    QJsonArray rows;
-    for (const QJsonObject &row : listing.rows) {
-        if (isJson())
-            rows.append(selected(row, shown.columns));
-        else
-            write(terseLine(shown.columns, row));
-    }
-    if (isJson())
-        write(jsonText(rows, m_manner.form == Form::JsonPretty));
 }
 
-void Output::writeRow(const QList<Column> &columns, const QJsonObject &row, bool isPretty)
+void Output::writeRow(const QJsonObject &row, Form form)
 {
-    const QList<Column> shown = chosen(columns);
-    if (isForPeople())
-        write(recordText(shown, row, m_terminal).toUtf8());
-    else if (isJson())
-        write(jsonText(selected(row, shown), isPretty));
+    if (form == Form::Human)
+        write(recordText(row, m_manner.fields, m_terminal).toUtf8());
+    else if (form == Form::Terse)
+        write(terseLine(row, m_manner.fields));
     else
-        write(terseLine(shown, row));
+        write(jsonText(QJsonDocument(jsonOf(row)), form));
 }
 
-void Output::record(const QList<Column> &columns, const QJsonObject &row)
+void Output::record(const QJsonObject &row)
 {
-    writeRow(columns, row, m_manner.form == Form::JsonPretty);
+    writeRow(row, m_manner.form);
 }
 
-void Output::done(const QString &sentence, const QList<Column> &columns, const QJsonObject &row)
+void Output::done(const QString &sentence, const QJsonObject &row)
 {
     if (isForPeople())
         say(text::printable(sentence));
     else
-        record(columns, row);
+        record(row);
 }
 
-void Output::stream(const QString &line, const QList<Column> &columns, const QJsonObject &row)
+void Output::stream(const QString &line, const QJsonObject &row)
 {
     if (isForPeople())
         say(line);
     else
-        writeRow(columns, row, false);
+        writeRow(row, m_manner.form == Form::Terse ? Form::Terse : Form::JsonShort);
     flush();
 }
 
@@ -148,33 +113,12 @@ void Output::flush()
         throwWriteFailure();
 }
 
-QList<Column> Output::chosen(const QList<Column> &columns) const
+QJsonObject Output::jsonOf(const QJsonObject &row) const
 {
-    QList<Column> result;
-    if (m_manner.fields.isEmpty()) {
-        std::copy_if(columns.begin(), columns.end(), std::back_inserter(result),
-                     [this](const Column &each) { return each.isShown || !isForPeople(); });
-        return result;
-    }
-    for (const QString &name : m_manner.fields) {
-        const auto column = std::find_if(columns.begin(), columns.end(),
-                                         [&](const Column &each) { return each.name == name; });
-        if (column == columns.end())
-            throw Failure{ExitStatus::Usage, format("--fields: unknown field %1", name),
-                          adviceOn(name, columns)};
-        result.append(*column);
-    }
-    return result;
-}
-
-QJsonObject Output::selected(const QJsonObject &row, const QList<Column> &columns) const
-{
-    if (m_manner.fields.isEmpty())
-        return row;
-    QJsonObject result;
-    for (const Column &column : columns)
-        result.insert(column.name, row.value(column.name));
-    return result;
+    QJsonObject object = m_manner.hasOtherFields ? row : QJsonObject();
+    for (const QString &field : m_manner.fields)
+        object.insert(field, row.contains(field) ? row.value(field) : QJsonValue());
+    return object;
 }
 
 void Output::write(const QByteArray &bytes)
@@ -184,18 +128,24 @@ void Output::write(const QByteArray &bytes)
         throwWriteFailure();
 }
 
+// A failure to write to stderr cannot be reported.
+void note(const QString &line)
+{
+    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stderr);
+}
+
 void warn(const QString &text)
 {
     const QString label = Terminal::of(STDERR_FILENO).yellow("warning:"_s);
-    sayOnStderr(format("progkeysctl: %1 %2", label, text::printable(text)));
+    note(format("progkeysctl: %1 %2", label, text::printable(text)));
 }
 
 void sayFailure(const Failure &failure)
 {
     const QString label = Terminal::of(STDERR_FILENO).red("error:"_s);
-    sayOnStderr(format("progkeysctl: %1 %2.", label, text::printable(failure.message)));
+    note(format("progkeysctl: %1 %2.", label, text::printable(failure.message)));
     if (!failure.advice.isEmpty())
-        sayOnStderr(text::printable(failure.advice));
+        note(text::printable(failure.advice));
 }
 
 } // namespace output

@@ -7,8 +7,6 @@
 #include <QByteArray>
 #include <QStringList>
 
-#include <optional>
-
 namespace output {
 
 enum class Form { Human, Terse, JsonShort, JsonPretty };
@@ -17,7 +15,8 @@ enum class Form { Human, Terse, JsonShort, JsonPretty };
 struct Manner
 {
     Form form = Form::Human;
-    QStringList fields; ///< in this order; empty for those that the command shows
+    QStringList fields;         ///< those to print, in this order
+    bool hasOtherFields = true; ///< whether JSON has all members of a row
     bool hasLegend = true;
 };
 
@@ -27,25 +26,17 @@ class Output
 public:
     explicit Output(Manner manner);
 
-    /// Throws a Failure of status Usage if --fields has a name that is not a column. Commands that
-    /// change something call it before they do.
-    void requireFields(const QList<Column> &columns) const { chosen(columns); }
-
-    /// Throws a Failure of status Usage if --terse or --fields is given. For commands that print a
-    /// document instead of rows.
-    void requireDocumentForm() const;
-
     /// Rows: a table that fits the terminal, lines, or an array of objects.
     void list(const Listing &listing);
 
     /// One row: its fields in a line each, one line, or an object.
-    void record(const QList<Column> &columns, const QJsonObject &row);
+    void record(const QJsonObject &row);
 
     /// What was done: a sentence for people, else as `record`.
-    void done(const QString &sentence, const QList<Column> &columns, const QJsonObject &row);
+    void done(const QString &sentence, const QJsonObject &row);
 
     /// One of many rows, printed at once: a line for people, one line, or an object in one line.
-    void stream(const QString &line, const QList<Column> &columns, const QJsonObject &row);
+    void stream(const QString &line, const QJsonObject &row);
 
     /// A line for people only.
     void say(const QString &line);
@@ -61,14 +52,15 @@ public:
     void flush();
 
 private:
-    QList<Column> chosen(const QList<Column> &columns) const;
-    QJsonObject selected(const QJsonObject &row, const QList<Column> &columns) const;
-    void writeRow(const QList<Column> &columns, const QJsonObject &row, bool isPretty);
-    bool isJson() const;
+    QJsonObject jsonOf(const QJsonObject &row) const;
+    void writeRow(const QJsonObject &row, Form form);
 
     Manner m_manner;
     Terminal m_terminal;
 };
+
+/// Prints a line on stderr, where it does not mix with results.
+void note(const QString &line);
 
 /// Prints `progkeysctl: warning: text` on stderr.
 void warn(const QString &text);

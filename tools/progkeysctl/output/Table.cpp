@@ -7,7 +7,6 @@
 
 #include <QRegularExpression>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -81,57 +80,52 @@ private:
     std::unique_ptr<libscols_table, TableDeleter> m_table;
 };
 
-QString cellText(const QJsonObject &row, const Column &column)
+QString cellText(const QJsonObject &row, const QString &field)
 {
-    return text::printable(displayText(row.value(column.name)));
+    return text::printable(displayText(row.value(field)));
 }
 
 // Only long texts are wrapped: a wrapped short text is hard to read and saves little.
-int flagsOf(const Listing &listing, const Column &column)
+int flagsOf(const Listing &listing, const QString &field)
 {
     constexpr int LongestWhole = 12;
-    if (column.isNumber)
-        return SCOLS_FL_RIGHT;
-    const bool isLong =
-        std::any_of(listing.rows.cbegin(), listing.rows.cend(), [&](const QJsonObject &row) {
-            return text::textWidth(cellText(row, column)) > LongestWhole;
-        });
-    return isLong ? SCOLS_FL_WRAP : 0;
-}
-
-QString rowText(const Listing &listing, const Terminal &terminal, bool hasHeadings)
-{
-    Table table(terminal, hasHeadings);
-    for (const Column &column : listing.columns)
-        table.addColumn(hasHeadings ? column.name : QString(), flagsOf(listing, column));
+    int flags = 0;
     for (const QJsonObject &row : listing.rows) {
-        QStringList cells;
-        for (const Column &column : listing.columns)
-            cells.append(cellText(row, column));
-        table.addRow(cells, listing.colours.value(cells.value(0)));
+        if (row.value(field).isDouble())
+            return SCOLS_FL_RIGHT;
+        if (text::textWidth(cellText(row, field)) > LongestWhole)
+            flags = SCOLS_FL_WRAP;
     }
-    return table.text();
+    return flags;
 }
 
 } // namespace
 
-QString tableText(const Listing &listing, const Terminal &terminal, bool hasLegend)
+QString tableText(const Listing &listing, const QStringList &fields, const Terminal &terminal,
+                  bool hasLegend)
 {
-    QString text;
-    if (!listing.rows.isEmpty())
-        text = rowText(listing, terminal, hasLegend);
+    Table table(terminal, hasLegend);
+    for (const QString &field : fields)
+        table.addColumn(hasLegend ? field : QString(), flagsOf(listing, field));
+    for (const QJsonObject &row : listing.rows) {
+        QStringList cells;
+        for (const QString &field : fields)
+            cells.append(cellText(row, field));
+        table.addRow(cells, listing.colours.value(cells.value(0)));
+    }
+    QString text = listing.rows.isEmpty() ? QString() : table.text();
     if (hasLegend && !listing.legend.isEmpty())
         text += terminal.dim(listing.legend) + QLatin1Char('\n');
     return text;
 }
 
-QString recordText(const QList<Column> &columns, const QJsonObject &row, const Terminal &terminal)
+QString recordText(const QJsonObject &row, const QStringList &fields, const Terminal &terminal)
 {
     Table table(terminal, false);
     table.addColumn(QString(), 0);
     table.addColumn(QString(), SCOLS_FL_WRAP);
-    for (const Column &column : columns)
-        table.addRow({column.name, cellText(row, column)}, {});
+    for (const QString &field : fields)
+        table.addRow({field, cellText(row, field)}, {});
     return table.text();
 }
 

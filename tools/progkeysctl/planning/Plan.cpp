@@ -63,7 +63,7 @@ template <typename Row>
 QList<QJsonObject> changesBetween(const QJsonObject &before, const QJsonObject &after)
 {
     QList<QJsonObject> changes;
-    for (const output::Column &field : fields::columns<Row>()) {
+    for (const fields::Field &field : fields::of<Row>()) {
         const QJsonValue now = before.value(field.name);
         const QJsonValue then = after.value(field.name);
         if (now != then)
@@ -325,10 +325,6 @@ bool Plan::hasRefusedRecords() const
 output::Listing Plan::listing(bool hasAll) const
 {
     output::Listing listing;
-    for (const QString &name :
-         {What, RowKind, Id, DmId, FieldName, Old, New, RecordNumber, Reason, Detail})
-        listing.columns.append({name, name == Id || name == RecordNumber,
-                                QStringList{What, RowKind, Id, DmId, Detail}.contains(name)});
     for (QJsonObject row : rows) {
         row.insert(Detail, detailOf(row));
         if (hasAll || row.value(What) != Kept)

@@ -17,7 +17,7 @@ struct PlannedSettings
 };
 
 /// What a start of the service with other settings changes on a phone. Each row is about an action,
-/// a key or a record, and has these columns:
+/// a key or a record, and has these fields:
 ///
 /// - `what`: added, changed (one row for each field), kept or removed; withdrawn for an action that
 ///   is no longer provisioned but stays; dropped for a key that is not created; refused for a

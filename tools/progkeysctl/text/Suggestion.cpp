@@ -49,4 +49,9 @@ QString withSuggestion(const QString &word, const QStringList &known, const QStr
     return similar.isEmpty() ? advice : format("Did you mean \"%1\"? %2", similar, advice);
 }
 
+QString adviceOnField(const QString &name, const QStringList &fields)
+{
+    return withSuggestion(name, fields, format("The fields are %1.", fields.join(", "_s)));
+}
+
 } // namespace text

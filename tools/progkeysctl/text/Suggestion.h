@@ -9,4 +9,7 @@ namespace text {
 /// known words.
 QString withSuggestion(const QString &word, const QStringList &known, const QString &advice);
 
+/// The advice for an unknown field: a suggestion, if there is one, and all fields.
+QString adviceOnField(const QString &name, const QStringList &fields);
+
 } // namespace text
