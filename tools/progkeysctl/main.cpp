@@ -1,11 +1,13 @@
 #include "cli/CommandLine.h"
 #include "commands/Commands.h"
-#include "outcome/ExitStatus.h"
+#include "outcome/Failure.h"
+#include "output/Output.h"
 #include "text/Format.h"
 
 #include <QCoreApplication>
 
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
@@ -31,6 +33,11 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName("progkeysctl"_s);
     // The output is UTF-8 in every locale. wcwidth() depends on the locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    cli::CommandLine line(commands::all());
-    return line.execute(argc, argv);
+    try {
+        return static_cast<int>(cli::run(commands::all(), {argv + 1, argv + argc}));
+    } catch (const Failure &failure) {
+        std::fflush(stdout);
+        output::sayFailure(failure);
+        return static_cast<int>(failure.status);
+    }
 }

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace cli {
 namespace {
@@ -20,36 +21,25 @@ Check oneOf(const QStringList &choices)
     };
 }
 
-bool removeSuffix(QString &text, const QString &suffix)
-{
-    const bool hasSuffix = text.endsWith(suffix);
-    if (hasSuffix)
-        text.chop(suffix.size());
-    return hasSuffix;
-}
-
 } // namespace
 
 Parameter parameter(const char *term, const char *help, Check check)
 {
+    // "[", "-o, ", a name, a value and "..."; "--fields FIELD,..." is one value.
+    static const QRegularExpression form(
+        R"(^(\[)?(?:(-.), )?(\S+?)(?: (\S+?))?((?<!,)\.{3})?\]?$)"_s);
+    const QRegularExpressionMatch match = form.match(QString::fromLatin1(term));
     Parameter result;
-    result.term = QString::fromLatin1(term);
+    result.term = match.captured();
     result.help = QString::fromUtf8(help);
-    result.check = std::move(check);
-    QString form = result.term;
-    const bool isOptional = form.startsWith(QLatin1Char('['));
-    if (isOptional)
-        form = form.mid(1, form.size() - 2);
-    // "--fields FIELD,..." is one value.
-    result.isRepeatable = !form.endsWith(",..."_s) && removeSuffix(form, "..."_s);
-    QStringList words = form.split(QLatin1Char(' '));
-    if (removeSuffix(words.first(), ","_s))
-        result.shortName = words.takeFirst();
-    result.name = words.first();
-    result.valueName = result.isPositional() ? result.name : words.value(1);
-    result.isRequired = result.isPositional() && !isOptional;
-    if (result.valueName.contains(QLatin1Char('|')))
-        result.check = oneOf(result.valueName.split(QLatin1Char('|')));
+    result.shortName = match.captured(2);
+    result.name = match.captured(3);
+    result.valueName = result.isPositional() ? result.name : match.captured(4);
+    result.isRequired = result.isPositional() && match.captured(1).isEmpty();
+    result.isRepeatable = !match.captured(5).isEmpty();
+    result.check = result.valueName.contains(QLatin1Char('|'))
+                       ? oneOf(result.valueName.split(QLatin1Char('|')))
+                       : std::move(check);
     return result;
 }
 

@@ -1,8 +1,10 @@
 #include "cli/Help.h"
 
+#include "output/Terminal.h"
 #include "text/Format.h"
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace cli {
 namespace {
@@ -10,6 +12,7 @@ namespace {
 constexpr int Indent = 2;
 constexpr int Gap = 2;
 constexpr int NarrowestText = 20;
+constexpr int UsualWidth = 80;
 
 /// A term and its explanation, in two columns.
 using Entry = FieldHelp;
@@ -86,8 +89,10 @@ QString capitalized(QString sentence)
 
 } // namespace
 
-QString helpText(const QList<Command> &commands, const Command *command, int width)
+QString helpText(const QList<Command> &commands, const Command *command)
 {
+    const int ofTerminal = output::Terminal::of(STDOUT_FILENO).width();
+    const int width = ofTerminal > 0 ? ofTerminal : UsualWidth;
     const Command tool{{}, "manage the programmable keys of the phone"_s, {}, {}};
     const Command &shown = command ? *command : tool;
     QString text = wrapped("Usage: "_s + synopsis(shown).simplified(), width, Indent);

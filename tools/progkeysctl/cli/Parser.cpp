@@ -20,11 +20,6 @@ namespace {
     throw Failure{ExitStatus::Usage, message, text::withSuggestion(word, known, help)};
 }
 
-bool isOption(const QString &word)
-{
-    return word.size() > 1 && word.startsWith(QLatin1Char('-'));
-}
-
 QList<Parameter> parametersOf(const Command *command)
 {
     return command ? command->parameters + commonOptions() : commonOptions();
@@ -39,17 +34,30 @@ std::string nameOf(const Parameter &parameter)
                                     : name.toStdString();
 }
 
-// The library would take a word in brackets for a list, and "--limit=" for an option without its
-// value. A null character at the end prevents both. valueOf() removes it: no word has one.
-std::string marked(const QByteArray &word)
+// The words in reverse, as the library takes them. It would take "[1,2]" for a list and "--limit="
+// for an option without its value, and would interpret the words after "--". A null character,
+// which no word has, prevents this.
+std::vector<std::string> marked(const QList<QByteArray> &words)
 {
-    const bool isMarked = word.endsWith(']') || word.endsWith('=');
-    return word.toStdString() + (isMarked ? std::string(1, '\0') : std::string());
+    std::vector<std::string> marked;
+    bool areArguments = false;
+    for (const QByteArray &word : words) {
+        const std::string mark(1, '\0');
+        if (areArguments)
+            marked.push_back(mark + word.toStdString());
+        else if (word.endsWith(']') || word.endsWith('='))
+            marked.push_back(word.toStdString() + mark);
+        else if (word != "--")
+            marked.push_back(word.toStdString());
+        areArguments = areArguments || word == "--";
+    }
+    std::reverse(marked.begin(), marked.end());
+    return marked;
 }
 
 QByteArray valueOf(const std::string &word)
 {
-    return QByteArray(word.c_str());
+    return QByteArray::fromStdString(word).replace('\0', "");
 }
 
 void declare(CLI::App *app, const QList<Parameter> &parameters)
@@ -60,7 +68,7 @@ void declare(CLI::App *app, const QList<Parameter> &parameters)
             names.insert(0, parameter.shortName.toStdString() + ',');
         CLI::Option *option =
             parameter.isFlag()
-                ? app->add_flag(names)->disable_flag_override()
+                ? app->add_flag(names)
                 : app->add_option(names)->expected(1, parameter.isRepeatable ? -1 : 1);
         option->allow_extra_args(parameter.isRepeatable)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
@@ -83,18 +91,22 @@ public:
 
     ParsedLine parse(const QList<QByteArray> &words)
     {
-        // The library would change some of the words after "--".
-        const int mark = static_cast<int>(words.indexOf(QByteArrayLiteral("--")));
-        split(words.mid(0, mark));
+        try {
+            m_app.parse(marked(words));
+        } catch (const CLI::ArgumentMismatch &error) {
+            const QString message = QString::fromUtf8(error.what()); // "--limit: ..."
+            refuse(parsedCommand(),
+                   format("%1 requires a value", message.section(QLatin1Char(':'), 0, 0)));
+        }
         m_line.command = parsedCommand();
         refuseUnknown();
         for (const Parameter &parameter : parametersOf(m_line.command))
             for (const std::string &value : optionOf(parameter)->results())
                 add(parameter, valueOf(value));
-        for (const QByteArray &word : mark < 0 ? QList<QByteArray>() : words.mid(mark + 1))
-            addArgument(word);
         requireAtMostOne({"--system"_s, "--session"_s, "--address"_s});
         requireAtMostOne({"--json"_s, "-j"_s, "--terse"_s});
+        if (!m_line.arguments.has("--help") && !m_line.arguments.has("--version"))
+            requireComplete();
         return m_line;
     }
 
@@ -115,28 +127,6 @@ private:
         return app;
     }
 
-    void split(const QList<QByteArray> &words)
-    {
-        std::vector<std::string> reversed; // as the library takes them
-        std::transform(words.rbegin(), words.rend(), std::back_inserter(reversed), marked);
-        try {
-            m_app.parse(reversed);
-        } catch (const CLI::ArgumentMismatch &error) {
-            refuseValue(QString::fromUtf8(error.what()));
-        }
-    }
-
-    // The library's message is "--limit: ...", or "terse was given ..." for a flag with a value.
-    [[noreturn]] void refuseValue(const QString &message)
-    {
-        const Command *command = parsedCommand();
-        const QString flag = message.section(QLatin1Char(' '), 0, 0);
-        for (const Parameter &parameter : parametersOf(command))
-            if (parameter.isFlag() && parameter.name.mid(2) == flag)
-                refuse(command, format("%1 takes no value", parameter.name));
-        refuse(command, format("%1 requires a value", message.section(QLatin1Char(':'), 0, 0)));
-    }
-
     const Command *parsedCommand()
     {
         const Command *parsed = nullptr;
@@ -153,7 +143,7 @@ private:
         if (left.empty())
             return;
         const QString word = QString::fromUtf8(valueOf(left.front()));
-        if (isOption(word)) {
+        if (left.front().size() > 1 && left.front().front() == '-') {
             const QString name = word.section(QLatin1Char('='), 0, 0);
             if (namesOfOptions().contains(name))
                 refuse(m_line.command, format("%1 must follow the command", name));
@@ -192,20 +182,10 @@ private:
         return own ? own : m_app.get_option(nameOf(parameter));
     }
 
-    void addArgument(const QByteArray &word)
-    {
-        for (const Parameter &parameter : parametersOf(m_line.command)) {
-            const bool isFull = !parameter.isRepeatable && m_line.arguments.has(parameter.name);
-            if (parameter.isPositional() && !isFull) {
-                add(parameter, word);
-                return;
-            }
-        }
-        refuse(m_line.command, format("Unexpected argument \"%1\"", QString::fromUtf8(word)));
-    }
-
     void add(const Parameter &parameter, const QByteArray &value)
     {
+        if (parameter.isFlag() && value != "true")
+            refuse(m_line.command, format("%1 takes no value", parameter.name));
         if (!parameter.isRepeatable && !parameter.isFlag() && m_line.arguments.has(parameter.name))
             refuse(m_line.command, format("%1 is given more than once", parameter.name));
         const QString fault = parameter.check ? parameter.check(value) : QString();
@@ -226,6 +206,15 @@ private:
                    format("%1 cannot be combined with %2", given.at(1), given.at(0)));
     }
 
+    void requireComplete() const
+    {
+        if (!m_line.command || m_line.command->isGroup())
+            refuse(m_line.command, "A command is required"_s);
+        for (const Parameter &parameter : m_line.command->parameters)
+            if (parameter.isRequired && !m_line.arguments.has(parameter.name))
+                refuse(m_line.command, format("%1 is required", parameter.name));
+    }
+
     const QList<Command> &m_commands;
     CLI::App m_app;
     ParsedLine m_line;
@@ -236,15 +225,6 @@ private:
 ParsedLine parse(const QList<Command> &commands, const QList<QByteArray> &words)
 {
     return Parser(commands).parse(words);
-}
-
-void requireComplete(const ParsedLine &line)
-{
-    if (!line.command || line.command->isGroup())
-        refuse(line.command, "A command is required"_s);
-    for (const Parameter &parameter : line.command->parameters)
-        if (parameter.isRequired && !line.arguments.has(parameter.name))
-            refuse(line.command, format("%1 is required", parameter.name));
 }
 
 } // namespace cli

@@ -67,8 +67,8 @@ output::Manner mannerFrom(const Command &command, const Arguments &arguments)
 
 } // namespace
 
-Session::Session(const Command &command, const Arguments &arguments, const CommandLine &line)
-    : m_arguments(arguments), m_line(line), m_out(mannerFrom(command, arguments))
+Session::Session(const Command &command, const Arguments &arguments)
+    : m_arguments(arguments), m_out(mannerFrom(command, arguments))
 {
 }
 

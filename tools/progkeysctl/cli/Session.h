@@ -10,8 +10,6 @@
 
 namespace cli {
 
-class CommandLine;
-
 /// What a command works with: the output, and the bus. The bus is connected when it is first used,
 /// so that other commands do not need it.
 class Session
@@ -19,9 +17,8 @@ class Session
 public:
     /// The arguments have the common options. Throws a Failure of status Usage if --fields has a
     /// name that is not a column of the command.
-    Session(const Command &command, const Arguments &arguments, const CommandLine &line);
+    Session(const Command &command, const Arguments &arguments);
 
-    const CommandLine &line() const { return m_line; }
     output::Output &out() { return m_out; }
     client::Bus &bus();
     client::ProgrammableKeys &service();
@@ -32,7 +29,6 @@ public:
 
 private:
     const Arguments &m_arguments;
-    const CommandLine &m_line;
     output::Output m_out;
     std::optional<client::Bus> m_bus;
     std::optional<client::ProgrammableKeys> m_service;

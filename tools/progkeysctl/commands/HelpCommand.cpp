@@ -35,7 +35,7 @@ QJsonArray toJson(const QList<cli::Parameter> &parameters, bool arePositional)
 void listCommands(cli::Session &session)
 {
     output::Listing listing;
-    for (const cli::Command &command : session.line().commands())
+    for (const cli::Command &command : all())
         if (!command.isGroup())
             listing.rows.append({{"command"_s, command.name()},
                                  {"summary"_s, command.summary},
@@ -47,10 +47,9 @@ void listCommands(cli::Session &session)
 
 ExitStatus help(cli::Session &session, const cli::Arguments &arguments)
 {
-    if (arguments.has("--list"))
-        listCommands(session);
-    else
-        session.line().printHelp(arguments.values("COMMAND"));
+    if (!arguments.has("--list"))
+        return cli::run(all(), arguments.values("COMMAND") << "--help");
+    listCommands(session);
     return ExitStatus::Done;
 }
 
