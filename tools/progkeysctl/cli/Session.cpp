@@ -72,18 +72,11 @@ Session::Session(const Command &command, const Arguments &arguments)
 {
 }
 
-client::Bus &Session::bus()
+const client::Phone &Session::phone()
 {
-    if (!m_bus)
-        m_bus.emplace(busFrom(m_arguments), timeoutMs(CallSeconds));
-    return *m_bus;
-}
-
-client::ProgrammableKeys &Session::service()
-{
-    if (!m_service)
-        m_service.emplace(bus());
-    return *m_service;
+    if (!m_phone)
+        m_phone.emplace(busFrom(m_arguments), timeoutMs(CallSeconds));
+    return *m_phone;
 }
 
 int Session::timeoutMs(double defaultSeconds) const

@@ -2,16 +2,15 @@
 
 #include "cli/Arguments.h"
 #include "cli/Command.h"
-#include "client/Bus.h"
-#include "client/ProgrammableKeys.h"
+#include "client/Phone.h"
 #include "output/Output.h"
 
 #include <optional>
 
 namespace cli {
 
-/// What a command works with: the output, and the bus. The bus is connected when it is first used,
-/// so that other commands do not need it.
+/// What a command works with: the output and the phone. The bus of the phone is connected when it
+/// is first used, so that other commands do not need it.
 class Session
 {
 public:
@@ -20,8 +19,7 @@ public:
     Session(const Command &command, const Arguments &arguments);
 
     output::Output &out() { return m_out; }
-    client::Bus &bus();
-    client::ProgrammableKeys &service();
+    const client::Phone &phone();
 
     /// How long to wait for an answer or an event, at least 1 ms: --timeout, or else
     /// `defaultSeconds`.
@@ -30,8 +28,7 @@ public:
 private:
     const Arguments &m_arguments;
     output::Output m_out;
-    std::optional<client::Bus> m_bus;
-    std::optional<client::ProgrammableKeys> m_service;
+    std::optional<client::Phone> m_phone;
 };
 
 } // namespace cli

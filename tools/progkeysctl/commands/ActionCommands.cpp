@@ -12,7 +12,7 @@ namespace {
 ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     output::Listing listing;
-    const ListAction actions = session.service().actions();
+    const ListAction actions = session.phone().actions();
     for (const Action &action : actions)
         listing.rows.append(fields::toJson(action));
     listing.legend = text::counted(static_cast<int>(listing.rows.size()), "action"_s);
@@ -30,7 +30,7 @@ struct BoundKeys
 BoundKeys boundKeys(cli::Session &session, qlonglong idAction)
 {
     BoundKeys bound;
-    const ListKey keys = session.service().keys();
+    const ListKey keys = session.phone().keys();
     for (const Key &key : keys)
         if (key.idAction == idAction)
             (key.dmId.isEmpty() ? bound.deleted : bound.left).append(output::jsonNumber(key.idKey));
@@ -69,12 +69,12 @@ void requireDeleted(const Action &action, int code)
 
 QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 {
-    const auto action = existing<Action>(session.service(), idAction);
+    const auto action = existing<Action>(session.phone(), idAction);
     const BoundKeys bound = boundKeys(session, idAction);
     requireDeleted(action, fields::isUsers(action) ? ResultCode::Success : ResultCode::Refused);
     announce(session, action, bound);
     if (!isDryRun) {
-        requireDeleted(action, session.service().call<int>("deleteAction", idAction));
+        requireDeleted(action, session.phone().call<int>("deleteAction", idAction));
         session.out().say(format("Deleted action %1.", idAction));
     }
     QJsonObject row = fields::toJson(action);

@@ -1,7 +1,5 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
 #include "converting/Formats.h"
 #include "defaults/Checks.h"
 #include "defaults/Report.h"
@@ -109,7 +107,7 @@ std::optional<QString> settingText(cli::Session &session, const defaults::Rollou
         return setting->text;
     const QString name = defaults::settingName(kind);
     const bool isOfPhone = rollout.directory.isEmpty();
-    std::optional<QString> text = isOfPhone ? session.service().setting(name) : std::nullopt;
+    std::optional<QString> text = isOfPhone ? session.phone().setting(name) : std::nullopt;
     if (!text)
         output::warn(format("%1 has no setting %2: %3",
                             isOfPhone ? "the phone"_s : rollout.directory, name,
@@ -138,8 +136,8 @@ defaults::PlannedSettings plannedSettings(cli::Session &session, const cli::Argu
 ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
 {
     const defaults::PlannedSettings settings = plannedSettings(session, arguments);
-    const ListAction actions = session.service().actions();
-    const ListKey keys = session.service().keys();
+    const ListAction actions = session.phone().actions();
+    const ListKey keys = session.phone().keys();
     const defaults::Plan plan = defaults::planOf(actions, keys, settings);
     output::Output &out = session.out();
     out.list(plan.listing(arguments.has("--all") || !out.isForPeople()));

@@ -1,7 +1,5 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
 #include "commands/KeyFilter.h"
 #include "exchange/Import.h"
 #include "fields/Fields.h"
@@ -28,10 +26,10 @@ std::optional<exchange::ExportedKey> exported(const Key &key, const ListAction &
     return std::nullopt;
 }
 
-exchange::Document collect(client::ProgrammableKeys &service, const cli::Arguments &arguments)
+exchange::Document collect(const client::Phone &phone, const cli::Arguments &arguments)
 {
-    const ListAction actions = service.actions();
-    const ListKey keys = service.keys();
+    const ListAction actions = phone.actions();
+    const ListKey keys = phone.keys();
     exchange::Document document;
     QSet<qlonglong> used;
     for (const Key &key : keys) {
@@ -54,7 +52,7 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString file = arguments.path("--output");
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
-    const QByteArray text = exchange::toJson(collect(session.service(), arguments), isPretty);
+    const QByteArray text = exchange::toJson(collect(session.phone(), arguments), isPretty);
     if (file.isEmpty() || file == files::StandardStream)
         session.out().write(text);
     else
@@ -63,7 +61,7 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
 }
 
 // Nothing is imported if the key limit is too low for all keys.
-void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::Step> &steps,
+void requireRoom(const client::Phone &phone, const QList<exchange::Step> &steps,
                  const ListKey &keys)
 {
     const auto added = std::count_if(
@@ -73,7 +71,7 @@ void requireRoom(const client::ProgrammableKeys &service, const QList<exchange::
                        });
     if (added == 0)
         return;
-    const std::optional<QString> limit = service.setting("ProgKeysMax"_s);
+    const std::optional<QString> limit = phone.setting("ProgKeysMax"_s);
     if (!limit || total <= limit->toInt())
         return;
     throw Failure{
@@ -104,13 +102,13 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
     const QString file = arguments.path("FILE");
     const exchange::Document document =
         exchange::fromJson(files::readAll(file), files::displayName(file));
-    client::ProgrammableKeys &service = session.service();
-    const ListKey keys = service.keys();
-    const QList<exchange::Step> steps = exchange::planImport(document, service.actions(), keys);
-    requireRoom(service, steps, keys);
+    const client::Phone &phone = session.phone();
+    const ListKey keys = phone.keys();
+    const QList<exchange::Step> steps = exchange::planImport(document, phone.actions(), keys);
+    requireRoom(phone, steps, keys);
     exchange::ImportResult result{exchange::listingOf(steps), std::nullopt};
     if (!isDryRun)
-        result = exchange::carryOut(steps, service);
+        result = exchange::carryOut(steps, phone);
     result.steps.legend = summary(result.steps, isDryRun);
     session.out().list(result.steps);
     if (result.failure)

@@ -1,8 +1,6 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
 #include "cli/CommandLine.h"
-#include "cli/Session.h"
 #include "text/Format.h"
 
 #include <QJsonArray>

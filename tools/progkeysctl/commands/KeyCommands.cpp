@@ -12,8 +12,8 @@ namespace {
 
 ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
 {
-    const ListKey keys = session.service().keys();
-    const ListAction actions = session.service().actions();
+    const ListKey keys = session.phone().keys();
+    const ListAction actions = session.phone().actions();
     QHash<qlonglong, QJsonValue> labels;
     for (const Action &action : actions)
         labels.insert(action.idAction, action.label);
@@ -55,15 +55,15 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 {
     const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
-        existing<Key>(session.service(), move.key());
-    if (!session.service().call<bool>("changeProgrammableKeysPosition", positions))
+        existing<Key>(session.phone(), move.key());
+    if (!session.phone().call<bool>("changeProgrammableKeysPosition", positions))
         throw Failure{
             ExitStatus::Failed, "A position could not be stored"_s,
             "Keys with smaller identifiers have been moved: see \"progkeysctl key list\". See "
             "also the log of the service."_s};
     output::Listing moved;
     for (auto move = positions.begin(); move != positions.end(); ++move)
-        moved.rows.append(fields::toJson(existing<Key>(session.service(), move.key())));
+        moved.rows.append(fields::toJson(existing<Key>(session.phone(), move.key())));
     if (session.out().isForPeople())
         session.out().say(
             format("Moved %1.", text::counted(static_cast<int>(positions.size()), "key"_s)));
@@ -75,8 +75,8 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
 ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
 {
     return deleteEach(session, arguments.values("KEY_ID"), [&session](qlonglong idKey) {
-        const auto key = existing<Key>(session.service(), idKey);
-        const int code = session.service().call<int>("deleteProgrammableKey", idKey);
+        const auto key = existing<Key>(session.phone(), idKey);
+        const int code = session.phone().call<int>("deleteProgrammableKey", idKey);
         if (code != ResultCode::Success)
             throw notDeleted(format("Key %1", idKey), key.dmId, code,
                              "Remove it from the setting DefaultKeys: then the next start of the "

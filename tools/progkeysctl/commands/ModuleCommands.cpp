@@ -8,7 +8,7 @@ namespace {
 
 constexpr int ModuleWithDisplays = 1;
 
-Failure refusal(const client::ProgrammableKeys &service, const Key &key, int code)
+Failure refusal(const client::Phone &phone, const Key &key, int code)
 {
     if (key.type != KeyType::AddOnModule)
         return {ExitStatus::Failed,
@@ -22,7 +22,7 @@ Failure refusal(const client::ProgrammableKeys &service, const Key &key, int cod
                    key.idKey, key.aom_type, code),
             format("If the module has displays, run \"progkeysctl key set %1 aom_type=1\".",
                    key.idKey)};
-    if (service.call<ListAction>("getAction", key.idAction).isEmpty())
+    if (phone.call<ListAction>("getAction", key.idAction).isEmpty())
         return missingAction(format("Key %1 has no label", key.idKey), key.idAction);
     return {ExitStatus::Failed, format("The service refused the request (%1)", code),
             "See the log of the service."_s};
@@ -33,7 +33,7 @@ ExitStatus finish(cli::Session &session, const Key &key, int code, const QString
                   QJsonObject row)
 {
     if (code != 0)
-        throw refusal(session.service(), key, code);
+        throw refusal(session.phone(), key, code);
     row.insert("idKey"_s, output::jsonNumber(key.idKey));
     row.insert("addr"_s, key.aom_addr);
     row.insert("key_num"_s, key.position);
@@ -44,19 +44,18 @@ ExitStatus finish(cli::Session &session, const Key &key, int code, const QString
 
 ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
 {
-    const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
+    const auto key = existing<Key>(session.phone(), arguments.id("KEY_ID"));
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
-    return finish(session, key, session.service().call<int>("setIconStateForKey", key.idKey, x, y),
+    return finish(session, key, session.phone().call<int>("setIconStateForKey", key.idKey, x, y),
                   format("icon %1, %2", x, y), {{"icon_x"_s, x}, {"icon_y"_s, y}});
 }
 
 ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
 {
-    const auto key = existing<Key>(session.service(), arguments.id("KEY_ID"));
+    const auto key = existing<Key>(session.phone(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
-    return finish(session, key,
-                  session.service().call<int>("setLabelStateForKey", key.idKey, state),
+    return finish(session, key, session.phone().call<int>("setLabelStateForKey", key.idKey, state),
                   format("label state %1", state), {{"label_state"_s, state}});
 }
 

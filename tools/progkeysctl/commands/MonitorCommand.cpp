@@ -1,10 +1,7 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
 #include "events/EventListener.h"
 #include "events/EventText.h"
-#include "outcome/Failure.h"
 #include "text/Format.h"
 #include "text/Text.h"
 
@@ -55,12 +52,11 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
     const QRegularExpression names = namesLike(arguments.texts("--match"));
     const bool isSinceStart = arguments.has("--since-start");
     const std::optional<int> limit = arguments.optionalInteger("--limit");
-    client::Bus &bus = session.bus();
     QElapsedTimer sinceStart;
     sinceStart.start();
-    events::EventListener listener(bus);
+    events::EventListener listener(session.phone());
     // From now on no event is missed.
-    output::note(format("Listening on %1.", bus.description()));
+    output::note(format("Listening on %1.", session.phone().busName()));
     int shown = 0;
     const auto take = [&](const events::ReceivedEvent &received) {
         if (!names.match(received.event.getEvtName()).hasMatch())

@@ -1,15 +1,9 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
 #include "events/EventListener.h"
-#include "events/EventText.h"
 #include "fields/Fields.h"
-#include "outcome/Failure.h"
 #include "text/Format.h"
-#include "text/Text.h"
 
-#include <zelcore/ZELBusNames.h>
 #include <zelcore/ZELEventCodec.h>
 
 #include <QDBusArgument>
@@ -41,7 +35,7 @@ Place placeFrom(const cli::Arguments &arguments)
     return place;
 }
 
-void sendPress(const client::Bus &bus, const Place &place)
+void sendPress(const client::Phone &phone, const Place &place)
 {
     ZELEvent event;
     event.setEvtName("AOM_KEY_PRESS_EVENT"_s);
@@ -49,34 +43,30 @@ void sendPress(const client::Bus &bus, const Place &place)
     event.addArgument(place.moduleType, "aom_type"_s, true);
     event.addArgument(place.addr, "addr"_s, true);
     const auto message = zel::encodeEvent(zel::objectPath("progkeysctl"_s), event);
-    if (!message || !bus.connection().send(*message))
-        client::throwLost(bus);
+    if (!message || !phone.connection().send(*message))
+        phone.throwLost();
 }
 
 /// The answer of the service.
 struct Answer
 {
+    explicit Answer(const ZELEvent &event)
+        : key(qdbus_cast<Key>(event.getArgument("key"_s))),
+          action(qdbus_cast<Action>(event.getArgument("action"_s))),
+          exists(event.getArgument("exists"_s).toBool())
+    {
+    }
+
+    bool isFor(const Place &place) const
+    {
+        return key.position == place.number && key.aom_type == place.moduleType &&
+               key.aom_addr == place.addr;
+    }
+
     Key key;
     Action action;
     bool exists;
 };
-
-Answer answerFrom(const ZELEvent &event)
-{
-    return {qdbus_cast<Key>(event.getArgument("key"_s)),
-            qdbus_cast<Action>(event.getArgument("action"_s)),
-            event.getArgument("exists"_s).toBool()};
-}
-
-// Any peer can send an event of this name, so the sender must be the service.
-bool isAnswer(const events::ReceivedEvent &received, const QString &service, const Place &place)
-{
-    if (received.event.getEvtName() != "AOMKEY_PRESS_NTF"_s || received.sender != service)
-        return false;
-    const Key key = answerFrom(received.event).key;
-    return key.position == place.number && key.aom_type == place.moduleType &&
-           key.aom_addr == place.addr;
-}
 
 QString sentence(const Answer &answer)
 {
@@ -91,37 +81,35 @@ QString sentence(const Answer &answer)
                   call.isEmpty() ? call : ", "_s + call);
 }
 
-void print(cli::Session &session, const Answer &answer)
-{
-    session.out().done(sentence(answer), {{"exists"_s, answer.exists},
-                                          {"idKey"_s, output::jsonNumber(answer.key.idKey)},
-                                          {"idAction"_s, output::jsonNumber(answer.key.idAction)},
-                                          {"key"_s, fields::toJson(answer.key)},
-                                          {"action"_s, fields::toJson(answer.action)}});
-}
-
 ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
 {
     const Place place = placeFrom(arguments);
-    client::Bus &bus = session.bus();
-    const QString module = client::ProgrammableKeys::moduleName();
-    const QString service = bus.ownerOf(zel::serviceName(module));
+    const client::Phone &phone = session.phone();
+    const QString service = phone.connectionOf(client::Service);
     if (service.isEmpty())
-        client::throwNotRunning(bus, module);
-    events::EventListener listener(bus);
-    sendPress(bus, place);
+        phone.throwNotRunning(client::Service);
+    events::EventListener listener(phone);
+    sendPress(phone, place);
     const auto take = [&](const events::ReceivedEvent &received) {
-        const bool isOurs = isAnswer(received, service, place);
-        if (isOurs)
-            print(session, answerFrom(received.event));
-        return isOurs;
+        // Any peer can send an event of this name, so the sender must be the service.
+        if (received.event.getEvtName() != "AOMKEY_PRESS_NTF"_s || received.sender != service)
+            return false;
+        const Answer answer(received.event);
+        if (answer.isFor(place))
+            session.out().done(sentence(answer),
+                               {{"exists"_s, answer.exists},
+                                {"idKey"_s, output::jsonNumber(answer.key.idKey)},
+                                {"idAction"_s, output::jsonNumber(answer.key.idAction)},
+                                {"key"_s, fields::toJson(answer.key)},
+                                {"action"_s, fields::toJson(answer.action)}});
+        return answer.isFor(place);
     };
     if (listener.listen(session.timeoutMs(AnswerSeconds), take))
         return ExitStatus::Done;
-    if (!session.service().isRunning())
-        client::throwNotRunning(bus, module);
+    if (!phone.isRunning(client::Service))
+        phone.throwNotRunning(client::Service);
     throw Failure{ExitStatus::TimeRanOut,
-                  format("The service did not answer the press on %1", bus.description()),
+                  format("The service did not answer the press on %1", phone.busName()),
                   "See its log, or allow more time with --timeout."_s};
 }
 

@@ -55,8 +55,7 @@ Failure notDeleted(const QString &what, const QString &dmId, qlonglong code, con
 /// Why a record was not created or changed. The service does not give the reason for a result code,
 /// so the likely one is looked up.
 template <typename Record>
-Failure refusal(const client::ProgrammableKeys &service, const Record &record, const char *verb,
-                qlonglong code)
+Failure refusal(const client::Phone &phone, const Record &record, const char *verb, qlonglong code)
 {
     const QString what = format("The %1 was not %2", Kind<Record>::Noun, verb);
     if constexpr (std::is_same_v<Record, Key>) {
@@ -65,7 +64,7 @@ Failure refusal(const client::ProgrammableKeys &service, const Record &record, c
                     "Delete a key of type 0, or raise the setting ProgKeysMax. \"progkeysctl "
                     "status\" shows both numbers."_s};
         if (code == ResultCode::Refused &&
-            service.call<ListAction>("getAction", record.idAction).isEmpty())
+            phone.call<ListAction>("getAction", record.idAction).isEmpty())
             return missingAction(what, record.idAction);
     }
     return notStored(what, code);
@@ -73,9 +72,9 @@ Failure refusal(const client::ProgrammableKeys &service, const Record &record, c
 
 /// The record with this identifier. Throws a Failure of status NotFound if there is none.
 template <typename Record>
-Record existing(const client::ProgrammableKeys &service, qlonglong id)
+Record existing(const client::Phone &phone, qlonglong id)
 {
-    const auto records = service.call<QList<Record>>(Kind<Record>::Get, id);
+    const auto records = phone.call<QList<Record>>(Kind<Record>::Get, id);
     if (records.isEmpty())
         throw Failure{ExitStatus::NotFound, format("There is no %1 %2", Kind<Record>::Noun, id),
                       format("\"progkeysctl %1 list\" lists the %1s.", Kind<Record>::Noun)};
@@ -108,7 +107,7 @@ ExitStatus printDone(cli::Session &session, const char *verb, const Record &reco
 template <typename Record>
 ExitStatus showRecord(cli::Session &session, const cli::Arguments &arguments)
 {
-    const auto record = existing<Record>(session.service(), arguments.id(Kind<Record>::IdArgument));
+    const auto record = existing<Record>(session.phone(), arguments.id(Kind<Record>::IdArgument));
     session.out().record(fields::toJson(record));
     return ExitStatus::Done;
 }
@@ -132,9 +131,9 @@ ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
             throw Failure{ExitStatus::Usage, "position is required (0 or greater)"_s,
                           "See \"progkeysctl key add --help\"."_s};
     warnOfDmId(Record(), record);
-    const auto result = session.service().call<qlonglong>(Kind<Record>::Create, record);
+    const auto result = session.phone().call<qlonglong>(Kind<Record>::Create, record);
     if (result < 0)
-        throw refusal(session.service(), record, "created", result);
+        throw refusal(session.phone(), record, "created", result);
     record.*Id = result;
     return printDone(session, "Created", record);
 }
@@ -144,16 +143,16 @@ template <typename Record>
 ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
 {
     const qlonglong id = arguments.id(Kind<Record>::IdArgument);
-    const auto before = existing<Record>(session.service(), id);
+    const auto before = existing<Record>(session.phone(), id);
     Record record = before;
     fields::assign(record, arguments.texts("FIELD=VALUE"));
     if (record.*Kind<Record>::Id != id)
         throw Failure{ExitStatus::Usage, format("%1 cannot be changed", Kind<Record>::IdName),
                       format("Create another %1 and delete this one.", Kind<Record>::Noun)};
     warnOfDmId(before, record);
-    const auto code = session.service().call<int>(Kind<Record>::Modify, record);
+    const auto code = session.phone().call<int>(Kind<Record>::Modify, record);
     if (code != ResultCode::Success)
-        throw refusal(session.service(), record, "changed", code);
+        throw refusal(session.phone(), record, "changed", code);
     return printDone(session, "Changed", record);
 }
 

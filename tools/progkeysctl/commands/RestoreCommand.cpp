@@ -1,8 +1,5 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
-#include "outcome/Failure.h"
 #include "text/Format.h"
 #include "text/Text.h"
 
@@ -10,19 +7,19 @@ namespace commands {
 namespace {
 
 // The reserved action is not counted.
-QString contentOf(const client::ProgrammableKeys &service, QJsonObject &row)
+QString contentOf(const client::Phone &phone, QJsonObject &row)
 {
-    const int keys = static_cast<int>(service.keys().size());
-    const int actions = static_cast<int>(service.actions().size()) - 1;
+    const int keys = static_cast<int>(phone.keys().size());
+    const int actions = static_cast<int>(phone.actions().size()) - 1;
     row.insert("keys"_s, keys);
     row.insert("actions"_s, actions);
     return format("%1 and %2", text::counted(keys, "key"_s), text::counted(actions, "action"_s));
 }
 
-void runRestore(client::ProgrammableKeys &service, const QString &method)
+void runRestore(const client::Phone &phone, const QString &method)
 {
     try {
-        service.runHook(method);
+        phone.runHook(method);
     } catch (Failure &failure) {
         if (failure.status == ExitStatus::TimeRanOut)
             failure.advice =
@@ -39,10 +36,10 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
     if (!arguments.has("--yes"))
         throw Failure{
             ExitStatus::Usage,
-            format("This deletes %1, including those of users", contentOf(session.service(), row)),
+            format("This deletes %1, including those of users", contentOf(session.phone(), row)),
             "Confirm with --yes. \"progkeysctl export\" saves the keys and actions of users."_s};
-    runRestore(session.service(), what == "factory"_s ? "restoreFactory"_s : "restoreDefault"_s);
-    const QString content = contentOf(session.service(), row);
+    runRestore(session.phone(), what == "factory"_s ? "restoreFactory"_s : "restoreDefault"_s);
+    const QString content = contentOf(session.phone(), row);
     session.out().done(format("Restored the provisioned defaults: %1.", content), row);
     return ExitStatus::Done;
 }

@@ -1,8 +1,5 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
-#include "outcome/Failure.h"
 #include "text/Format.h"
 
 #include <QCoreApplication>

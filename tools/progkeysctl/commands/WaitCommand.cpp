@@ -1,11 +1,6 @@
 #include "commands/Commands.h"
 
-#include "cli/Arguments.h"
-#include "cli/Session.h"
-#include "outcome/Failure.h"
 #include "text/Format.h"
-
-#include <zelcore/ZELBusNames.h>
 
 #include <QDeadlineTimer>
 #include <QThread>
@@ -16,25 +11,22 @@ namespace {
 constexpr double WaitSeconds = 30;
 constexpr unsigned long PollMs = 20;
 
-bool comesUp(cli::Session &session, const QString &name)
+void waitFor(cli::Session &session, const QString &module)
 {
     const QDeadlineTimer deadline(session.timeoutMs(WaitSeconds));
-    while (!session.bus().hasOwner(name)) {
+    while (!session.phone().isRunning(module)) {
         if (deadline.hasExpired())
-            return false;
+            throw Failure{ExitStatus::TimeRanOut,
+                          format("%1 is not running on %2", module, session.phone().busName()),
+                          "See its log, or allow more time with --timeout."_s};
         QThread::msleep(PollMs);
     }
-    return true;
 }
 
 ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
 {
-    const QString module =
-        arguments.has("MODULE") ? arguments.text("MODULE") : client::ProgrammableKeys::moduleName();
-    if (!comesUp(session, zel::serviceName(module)))
-        throw Failure{ExitStatus::TimeRanOut,
-                      format("%1 is not running on %2", module, session.bus().description()),
-                      "See its log, or allow more time with --timeout."_s};
+    const QString module = arguments.has("MODULE") ? arguments.text("MODULE") : client::Service;
+    waitFor(session, module);
     // In scripts, another command often prints its results next.
     if (session.out().isForPeople())
         output::note(format("%1 is running.", module));

@@ -1,6 +1,5 @@
 #include "events/EventListener.h"
 
-#include "client/ProgrammableKeys.h"
 #include "outcome/Failure.h"
 #include "output/Output.h"
 #include "text/Format.h"
@@ -19,17 +18,16 @@ const QString ProbeName = "PROGKEYSCTL_PROBE"_s;
 
 } // namespace
 
-EventListener::EventListener(const client::Bus &bus) : m_bus(bus)
+EventListener::EventListener(const client::Phone &phone) : m_phone(phone)
 {
-    QDBusConnection connection = bus.connection();
+    QDBusConnection connection = phone.connection();
     const bool hears =
         connection.connect(QString(), QString(), zel::eventsInterface(), zel::eventSignal(), this,
                            SLOT(receive(QDBusMessage))) &&
         connection.connect(QString(), "/org/freedesktop/DBus/Local"_s,
                            "org.freedesktop.DBus.Local"_s, "Disconnected"_s, this, SLOT(lose()));
     if (!hears)
-        throw Failure{
-            ExitStatus::Failed, format("Cannot receive events on %1", bus.description()), {}};
+        throw Failure{ExitStatus::Failed, format("Cannot receive events on %1", phone.busName())};
     requireAccess();
 }
 
@@ -38,18 +36,18 @@ EventListener::EventListener(const client::Bus &bus) : m_bus(bus)
 void EventListener::requireAccess()
 {
     QDBusMessage probe = QDBusMessage::createTargetedSignal(
-        m_bus.connection().baseService(), zel::objectPath(client::ProgrammableKeys::moduleName()),
+        m_phone.connection().baseService(), zel::objectPath(client::Service),
         zel::eventsInterface(), zel::eventSignal());
     ZELEvent event;
     event.setEvtName(ProbeName);
     if (const auto message = zel::encodeEvent(probe.path(), event))
         probe.setArguments(message->arguments());
-    m_bus.connection().send(probe);
+    m_phone.connection().send(probe);
     // The bus answers after it has delivered the probe, and after the subscription is in place.
-    m_bus.hasOwner(zel::serviceName(client::ProgrammableKeys::moduleName()));
+    m_phone.isRunning(client::Service);
     QCoreApplication::sendPostedEvents(this);
     if (!m_hasAccess)
-        client::throwDenied(m_bus, "Receiving events is denied"_s);
+        m_phone.throwDenied("Receiving events is denied"_s);
 }
 
 bool EventListener::listen(int timeoutMs, const std::function<bool(const ReceivedEvent &)> &take)
@@ -66,7 +64,7 @@ bool EventListener::listen(int timeoutMs, const std::function<bool(const Receive
             if (take(m_waiting.takeFirst()))
                 return true;
         if (m_isLost)
-            client::throwLost(m_bus);
+            m_phone.throwLost();
         if (hasExpired)
             return false;
         loop.processEvents(QEventLoop::WaitForMoreEvents);
@@ -77,7 +75,7 @@ void EventListener::receive(const QDBusMessage &message)
 {
     const std::optional<ZELEvent> event = zel::decodeEvent(message);
     if (event && event->getEvtName() == ProbeName &&
-        message.service() == m_bus.connection().baseService()) {
+        message.service() == m_phone.connection().baseService()) {
         m_hasAccess = true;
         return;
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/Bus.h"
+#include "client/Phone.h"
 
 #include <zelcore/ZELEvent.h>
 
@@ -28,7 +28,7 @@ class EventListener : public QObject
 public:
     /// Throws a Failure if the bus refuses the subscription, or if its policy keeps the events of
     /// the service from this user.
-    explicit EventListener(const client::Bus &bus);
+    explicit EventListener(const client::Phone &phone);
 
     /// Passes each event to `take` until it returns true, beginning with those that arrived before.
     /// Returns false after a timeout; a negative `timeoutMs` is no limit. Throws a Failure if the
@@ -42,7 +42,7 @@ private slots:
 private:
     void requireAccess();
 
-    const client::Bus &m_bus;
+    const client::Phone &m_phone;
     QList<ReceivedEvent> m_waiting;
     bool m_hasAccess = false;
     bool m_isLost = false;

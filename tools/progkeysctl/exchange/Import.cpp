@@ -65,7 +65,7 @@ Failure refusalOf(const Step &step, qlonglong code)
 class Importer
 {
 public:
-    explicit Importer(client::ProgrammableKeys &service) : m_service(service) {}
+    explicit Importer(const client::Phone &phone) : m_phone(phone) {}
 
     /// Carries a step out and notes the outcome; returns what went wrong, if anything.
     std::optional<Failure> attempt(const Step &step, QJsonObject &row);
@@ -73,7 +73,7 @@ public:
 private:
     qlonglong call(const Step &step);
 
-    client::ProgrammableKeys &m_service;
+    const client::Phone &m_phone;
     QHash<qlonglong, qlonglong> m_newIds; ///< of the document's actions, by their ids there
 };
 
@@ -100,16 +100,16 @@ std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
 qlonglong Importer::call(const Step &step)
 {
     if (step.action) {
-        const qlonglong id = m_service.call<qlonglong>("addAction", *step.action);
+        const qlonglong id = m_phone.call<qlonglong>("addAction", *step.action);
         m_newIds.insert(step.action->idAction, id);
         return id;
     }
     Key key = step.key;
     key.idAction = step.target ? *step.target : m_newIds.value(key.idAction);
     if (step.kind == StepKind::Add)
-        return m_service.call<qlonglong>("createProgrammableKey", key);
+        return m_phone.call<qlonglong>("createProgrammableKey", key);
     key.idKey = step.here;
-    return m_service.call<int>("modifyProgrammableKey", key);
+    return m_phone.call<int>("modifyProgrammableKey", key);
 }
 
 } // namespace
@@ -122,10 +122,10 @@ output::Listing listingOf(const QList<Step> &steps)
     return listing;
 }
 
-ImportResult carryOut(const QList<Step> &steps, client::ProgrammableKeys &service)
+ImportResult carryOut(const QList<Step> &steps, const client::Phone &phone)
 {
     watchSignals();
-    Importer importer(service);
+    Importer importer(phone);
     ImportResult result{listingOf(steps), std::nullopt};
     for (int place = 0; place < steps.size(); ++place) {
         const Step &step = steps.at(place);

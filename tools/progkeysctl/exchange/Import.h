@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/ProgrammableKeys.h"
+#include "client/Phone.h"
 #include "exchange/ImportPlan.h"
 #include "outcome/Failure.h"
 #include "output/Listing.h"
@@ -19,6 +19,6 @@ output::Listing listingOf(const QList<Step> &steps);
 
 /// Carries the steps out. Stops at the first one that fails, and when SIGINT, SIGTERM or SIGHUP
 /// arrives, unless it is ignored.
-ImportResult carryOut(const QList<Step> &steps, client::ProgrammableKeys &service);
+ImportResult carryOut(const QList<Step> &steps, const client::Phone &phone);
 
 } // namespace exchange
