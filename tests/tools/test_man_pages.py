@@ -12,7 +12,7 @@ from progkeysctl import Tool
 
 CHECKOUT = Path(__file__).resolve().parents[2]
 MANUAL = (CHECKOUT / "docs" / "progkeysctl.md").read_text(encoding="utf-8")
-STATUSES = CHECKOUT / "tools" / "progkeysctl" / "outcome" / "ExitStatus.h"
+STATUSES = CHECKOUT / "tools" / "progkeysctl" / "outcome" / "Failure.h"
 PAGES = {
     "progkeysctl(1)": "docs/progkeysctl.md",
     "progkeysctl-defaults(1)": "docs/provisioning.md",

@@ -9,15 +9,16 @@
 namespace cli {
 namespace {
 
-constexpr double ShortestTime = 0.001;
-constexpr double LongestTime = 2'000'000;
+QString faultUnless(bool isValid, const QString &fault)
+{
+    return isValid ? QString() : fault;
+}
 
 Check oneOf(const QStringList &choices)
 {
     return [choices](const QByteArray &value) {
-        if (choices.contains(QString::fromUtf8(value)))
-            return QString();
-        return format("is not one of %1", choices.join(", "_s));
+        return faultUnless(choices.contains(QString::fromUtf8(value)),
+                           format("is not one of %1", choices.join(", "_s)));
     };
 }
 
@@ -93,35 +94,33 @@ namespace check {
 
 QString notEmpty(const QByteArray &value)
 {
-    return value.isEmpty() ? "is empty"_s : QString();
+    return faultUnless(!value.isEmpty(), "is empty"_s);
 }
 
 QString utf8(const QByteArray &value)
 {
-    const bool isUtf8 = QString::fromUtf8(value).toUtf8() == value;
-    return isUtf8 ? QString() : "is not UTF-8"_s;
+    return faultUnless(QString::fromUtf8(value).toUtf8() == value, "is not UTF-8"_s);
 }
 
 QString id(const QByteArray &value)
 {
     bool isNumber = false;
     value.toLongLong(&isNumber);
-    return isNumber ? QString() : "is not a 64-bit integer"_s;
+    return faultUnless(isNumber, "is not a 64-bit integer"_s);
 }
 
 QString seconds(const QByteArray &value)
 {
     bool isNumber = false;
     const double seconds = value.toDouble(&isNumber);
-    if (isNumber && seconds >= ShortestTime && seconds <= LongestTime)
-        return {};
-    return "is not a number of seconds from 0.001 to 2000000"_s;
+    return faultUnless(isNumber && seconds >= 0.001 && seconds <= 2'000'000,
+                       "is not a number of seconds from 0.001 to 2000000"_s);
 }
 
 QString existingDirectory(const QByteArray &value)
 {
-    const bool isThere = QFileInfo(QFile::decodeName(value)).isDir();
-    return isThere ? QString() : "is not an existing directory"_s;
+    return faultUnless(QFileInfo(QFile::decodeName(value)).isDir(),
+                       "is not an existing directory"_s);
 }
 
 Check integer(int min, int max)
@@ -129,9 +128,8 @@ Check integer(int min, int max)
     return [min, max](const QByteArray &value) {
         bool isNumber = false;
         const int number = value.toInt(&isNumber);
-        if (isNumber && number >= min && number <= max)
-            return QString();
-        return format("is not an integer from %1 to %2", min, max);
+        return faultUnless(isNumber && number >= min && number <= max,
+                           format("is not an integer from %1 to %2", min, max));
     };
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "outcome/ExitStatus.h"
-
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -50,7 +48,7 @@ struct FieldHelp
 };
 
 /// What a command does once the command line is parsed.
-using Run = ExitStatus (*)(Session &, const Arguments &);
+using Run = void (*)(Session &, const Arguments &);
 
 /// A command such as `key add`, or a group such as `key`, which does nothing itself.
 struct Command

@@ -26,9 +26,9 @@ ExitStatus run(const QList<Command> &commands, const QList<QByteArray> &words)
     if (line.arguments.has("--version"))
         return print(QStringLiteral(PROGKEYSCTL_VERSION));
     Session session(*line.command, line.arguments);
-    const ExitStatus status = line.command->run(session, line.arguments);
+    line.command->run(session, line.arguments);
     session.out().flush();
-    return status;
+    return session.status();
 }
 
 } // namespace cli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/Command.h"
+#include "outcome/Failure.h"
 
 namespace cli {
 

@@ -21,6 +21,10 @@ public:
     output::Output &out() { return m_out; }
     const client::Phone &phone();
 
+    /// The exit status is Done unless a command sets another one or throws a Failure.
+    ExitStatus status() const { return m_status; }
+    void exitWith(ExitStatus status) { m_status = status; }
+
     /// How long to wait for an answer or an event, at least 1 ms: --timeout, or else
     /// `defaultSeconds`.
     int timeoutMs(double defaultSeconds) const;
@@ -29,6 +33,7 @@ private:
     const Arguments &m_arguments;
     output::Output m_out;
     std::optional<client::Phone> m_phone;
+    ExitStatus m_status = ExitStatus::Done;
 };
 
 } // namespace cli

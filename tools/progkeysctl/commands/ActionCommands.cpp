@@ -9,7 +9,7 @@
 namespace commands {
 namespace {
 
-ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
+void list(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     output::Listing listing;
     const ListAction actions = session.phone().actions();
@@ -17,7 +17,6 @@ ExitStatus list(cli::Session &session, const cli::Arguments & /*arguments*/)
         listing.rows.append(fields::toJson(action));
     listing.legend = text::counted(static_cast<int>(listing.rows.size()), "action"_s);
     session.out().list(listing);
-    return ExitStatus::Done;
 }
 
 /// The keys of an action that is deleted.
@@ -83,11 +82,11 @@ QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
     return row;
 }
 
-ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
+void remove(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
-    return deleteEach(session, arguments.values("ACTION_ID"),
-                      [&](qlonglong id) { return removeOne(session, id, isDryRun); });
+    deleteEach(session, arguments.values("ACTION_ID"),
+               [&](qlonglong id) { return removeOne(session, id, isDryRun); });
 }
 
 } // namespace

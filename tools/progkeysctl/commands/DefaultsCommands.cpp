@@ -30,7 +30,7 @@ void printProblems(output::Output &out, const defaults::Rollout &rollout)
         out.say(defaults::summaryOf(rollout));
 }
 
-ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
+void check(cli::Session &session, const cli::Arguments &arguments)
 {
     const std::optional<int> limit = arguments.optionalInteger("--limit");
     defaults::Rollout rollout =
@@ -44,7 +44,7 @@ ExitStatus check(cli::Session &session, const cli::Arguments &arguments)
     const int errors = defaults::countOf(rollout, defaults::Severity::Error);
     const int warnings = defaults::countOf(rollout, defaults::Severity::Warning);
     const bool isGood = errors == 0 && (warnings == 0 || !arguments.has("--strict"));
-    return isGood ? ExitStatus::Done : ExitStatus::InvalidText;
+    session.exitWith(isGood ? ExitStatus::Done : ExitStatus::InvalidText);
 }
 
 QString fileOrStream(const QString &path)
@@ -75,7 +75,7 @@ QByteArray written(const defaults::Records &records, const QString &form)
     return form == "csv"_s ? defaults::writeCsv(records) : defaults::writeJson(records);
 }
 
-ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
+void convert(cli::Session &session, const cli::Arguments &arguments)
 {
     const QByteArray bytes = written(read(arguments), arguments.text("--to"));
     const QString target = fileOrStream(arguments.path("--output"));
@@ -83,7 +83,6 @@ ExitStatus convert(cli::Session &session, const cli::Arguments &arguments)
         session.out().write(bytes);
     else
         files::writeWhole(target, bytes);
-    return ExitStatus::Done;
 }
 
 defaults::Rollout readRollout(const cli::Arguments &arguments)
@@ -133,7 +132,7 @@ defaults::PlannedSettings plannedSettings(cli::Session &session, const cli::Argu
     return settings;
 }
 
-ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
+void plan(cli::Session &session, const cli::Arguments &arguments)
 {
     const defaults::PlannedSettings settings = plannedSettings(session, arguments);
     const ListAction actions = session.phone().actions();
@@ -142,10 +141,11 @@ ExitStatus plan(cli::Session &session, const cli::Arguments &arguments)
     output::Output &out = session.out();
     out.list(plan.listing(arguments.has("--all") || !out.isForPeople()));
     if (!arguments.has("--detailed-exitcode"))
-        return ExitStatus::Done;
+        return;
     if (plan.hasRefusedRecords())
-        return ExitStatus::InvalidText;
-    return plan.hasChanges() ? ExitStatus::Changes : ExitStatus::Done;
+        session.exitWith(ExitStatus::InvalidText);
+    else if (plan.hasChanges())
+        session.exitWith(ExitStatus::Changes);
 }
 
 constexpr const char *RolloutHelp = "files DefaultActions, DefaultKeys and ProgKeysMax, or a "

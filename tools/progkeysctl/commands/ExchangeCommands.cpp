@@ -13,19 +13,6 @@
 namespace commands {
 namespace {
 
-// The action that a key triggers, in a key to export; warns if there is none.
-std::optional<exchange::ExportedKey> exported(const Key &key, const ListAction &actions)
-{
-    const auto action = std::find_if(actions.begin(), actions.end(), [&](const Action &each) {
-        return each.idAction == key.idAction;
-    });
-    if (action != actions.end())
-        return exchange::ExportedKey{key, action->dmId};
-    output::warn(
-        format("key %1 was not exported: action %2 does not exist", key.idKey, key.idAction));
-    return std::nullopt;
-}
-
 exchange::Document collect(const client::Phone &phone, const cli::Arguments &arguments)
 {
     const ListAction actions = phone.actions();
@@ -33,11 +20,17 @@ exchange::Document collect(const client::Phone &phone, const cli::Arguments &arg
     exchange::Document document;
     QSet<qlonglong> used;
     for (const Key &key : keys) {
-        const bool isChosen = key.dmId.isEmpty() && isSelected(key, arguments);
-        const auto chosen = isChosen ? exported(key, actions) : std::nullopt;
-        if (!chosen)
+        if (!key.dmId.isEmpty() || !isSelected(key, arguments))
             continue;
-        document.keys.append(*chosen);
+        const auto action = std::find_if(actions.begin(), actions.end(), [&](const Action &each) {
+            return each.idAction == key.idAction;
+        });
+        if (action == actions.end()) {
+            output::warn(format("key %1 was not exported: action %2 does not exist", key.idKey,
+                                key.idAction));
+            continue;
+        }
+        document.keys.append({key, action->dmId});
         used.insert(key.idAction);
     }
     const bool hasAll = !arguments.has("--container") && !arguments.has("--module");
@@ -48,7 +41,7 @@ exchange::Document collect(const client::Phone &phone, const cli::Arguments &arg
     return document;
 }
 
-ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
+void runExport(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString file = arguments.path("--output");
     const bool isPretty = session.out().manner().form != output::Form::JsonShort;
@@ -57,7 +50,6 @@ ExitStatus runExport(cli::Session &session, const cli::Arguments &arguments)
         session.out().write(text);
     else
         files::writeWhole(file, text);
-    return ExitStatus::Done;
 }
 
 // Nothing is imported if the key limit is too low for all keys.
@@ -96,7 +88,7 @@ QString summary(const output::Listing &steps, bool isDryRun)
                   count("add"), count("change"), count("skip"));
 }
 
-ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
+void runImport(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
     const QString file = arguments.path("FILE");
@@ -113,7 +105,6 @@ ExitStatus runImport(cli::Session &session, const cli::Arguments &arguments)
     session.out().list(result.steps);
     if (result.failure)
         throw Failure(*result.failure);
-    return ExitStatus::Done;
 }
 
 } // namespace

@@ -43,12 +43,12 @@ void listCommands(cli::Session &session)
     session.out().list(listing);
 }
 
-ExitStatus help(cli::Session &session, const cli::Arguments &arguments)
+void help(cli::Session &session, const cli::Arguments &arguments)
 {
-    if (!arguments.has("--list"))
-        return cli::run(all(), arguments.values("COMMAND") << "--help");
-    listCommands(session);
-    return ExitStatus::Done;
+    if (arguments.has("--list"))
+        listCommands(session);
+    else
+        cli::run(all(), arguments.values("COMMAND") << "--help");
 }
 
 } // namespace

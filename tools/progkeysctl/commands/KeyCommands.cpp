@@ -10,7 +10,7 @@
 namespace commands {
 namespace {
 
-ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
+void list(cli::Session &session, const cli::Arguments &arguments)
 {
     const ListKey keys = session.phone().keys();
     const ListAction actions = session.phone().actions();
@@ -27,7 +27,6 @@ ExitStatus list(cli::Session &session, const cli::Arguments &arguments)
     }
     listing.legend = text::counted(static_cast<int>(listing.rows.size()), "key"_s);
     session.out().list(listing);
-    return ExitStatus::Done;
 }
 
 // The bus carries these identifiers with 32 bits.
@@ -51,7 +50,7 @@ QMapIntInt positionsOf(const QStringList &moves)
 }
 
 // The service ignores unknown identifiers, so they are checked first.
-ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
+void move(cli::Session &session, const cli::Arguments &arguments)
 {
     const QMapIntInt positions = positionsOf(arguments.texts("KEY_ID=POSITION"));
     for (auto move = positions.begin(); move != positions.end(); ++move)
@@ -69,12 +68,11 @@ ExitStatus move(cli::Session &session, const cli::Arguments &arguments)
             format("Moved %1.", text::counted(static_cast<int>(positions.size()), "key"_s)));
     else
         session.out().list(moved);
-    return ExitStatus::Done;
 }
 
-ExitStatus remove(cli::Session &session, const cli::Arguments &arguments)
+void remove(cli::Session &session, const cli::Arguments &arguments)
 {
-    return deleteEach(session, arguments.values("KEY_ID"), [&session](qlonglong idKey) {
+    deleteEach(session, arguments.values("KEY_ID"), [&session](qlonglong idKey) {
         const auto key = existing<Key>(session.phone(), idKey);
         const int code = session.phone().call<int>("deleteProgrammableKey", idKey);
         if (code != ResultCode::Success)

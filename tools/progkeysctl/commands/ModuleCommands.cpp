@@ -29,8 +29,7 @@ Failure refusal(const client::Phone &phone, const Key &key, int code)
 }
 
 // `what` was sent to the module of the key, if the result code of the service is 0.
-ExitStatus finish(cli::Session &session, const Key &key, int code, const QString &what,
-                  QJsonObject row)
+void finish(cli::Session &session, const Key &key, int code, const QString &what, QJsonObject row)
 {
     if (code != 0)
         throw refusal(session.phone(), key, code);
@@ -39,24 +38,23 @@ ExitStatus finish(cli::Session &session, const Key &key, int code, const QString
     row.insert("key_num"_s, key.position);
     session.out().done(format("Sent %1 for key %2 to module %3.", what, key.position, key.aom_addr),
                        row);
-    return ExitStatus::Done;
 }
 
-ExitStatus icon(cli::Session &session, const cli::Arguments &arguments)
+void icon(cli::Session &session, const cli::Arguments &arguments)
 {
     const auto key = existing<Key>(session.phone(), arguments.id("KEY_ID"));
     const int x = arguments.integer("X");
     const int y = arguments.integer("Y");
-    return finish(session, key, session.phone().call<int>("setIconStateForKey", key.idKey, x, y),
-                  format("icon %1, %2", x, y), {{"icon_x"_s, x}, {"icon_y"_s, y}});
+    finish(session, key, session.phone().call<int>("setIconStateForKey", key.idKey, x, y),
+           format("icon %1, %2", x, y), {{"icon_x"_s, x}, {"icon_y"_s, y}});
 }
 
-ExitStatus label(cli::Session &session, const cli::Arguments &arguments)
+void label(cli::Session &session, const cli::Arguments &arguments)
 {
     const auto key = existing<Key>(session.phone(), arguments.id("KEY_ID"));
     const int state = arguments.integer("STATE");
-    return finish(session, key, session.phone().call<int>("setLabelStateForKey", key.idKey, state),
-                  format("label state %1", state), {{"label_state"_s, state}});
+    finish(session, key, session.phone().call<int>("setLabelStateForKey", key.idKey, state),
+           format("label state %1", state), {{"label_state"_s, state}});
 }
 
 } // namespace

@@ -47,7 +47,7 @@ QString lineText(const output::Terminal &terminal, const QJsonObject &row)
     return parts.join("  "_s);
 }
 
-ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
+void monitor(cli::Session &session, const cli::Arguments &arguments)
 {
     const QRegularExpression names = namesLike(arguments.texts("--match"));
     const bool isSinceStart = arguments.has("--since-start");
@@ -67,8 +67,8 @@ ExitStatus monitor(cli::Session &session, const cli::Arguments &arguments)
         return ++shown == limit;
     };
     const int timeoutMs = arguments.has("--timeout") ? session.timeoutMs(0) : -1;
-    const bool isEnough = listener.listen(timeoutMs, take);
-    return isEnough ? ExitStatus::Done : ExitStatus::TimeRanOut;
+    if (!listener.listen(timeoutMs, take))
+        session.exitWith(ExitStatus::TimeRanOut);
 }
 
 } // namespace

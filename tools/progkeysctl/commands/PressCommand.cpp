@@ -81,7 +81,7 @@ QString sentence(const Answer &answer)
                   call.isEmpty() ? call : ", "_s + call);
 }
 
-ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
+void press(cli::Session &session, const cli::Arguments &arguments)
 {
     const Place place = placeFrom(arguments);
     const client::Phone &phone = session.phone();
@@ -105,7 +105,7 @@ ExitStatus press(cli::Session &session, const cli::Arguments &arguments)
         return answer.isFor(place);
     };
     if (listener.listen(session.timeoutMs(AnswerSeconds), take))
-        return ExitStatus::Done;
+        return;
     if (!phone.isRunning(client::Service))
         phone.throwNotRunning(client::Service);
     throw Failure{ExitStatus::TimeRanOut,

@@ -35,10 +35,9 @@ Failure notDeleted(const QString &what, const QString &dmId, qlonglong code, con
         advice};
 }
 
-ExitStatus deleteEach(cli::Session &session, const QList<QByteArray> &ids,
-                      const std::function<QJsonObject(qlonglong)> &remove)
+void deleteEach(cli::Session &session, const QList<QByteArray> &ids,
+                const std::function<QJsonObject(qlonglong)> &remove)
 {
-    ExitStatus status = ExitStatus::Done;
     output::Listing removed;
     for (const QByteArray &id : ids) {
         try {
@@ -48,13 +47,12 @@ ExitStatus deleteEach(cli::Session &session, const QList<QByteArray> &ids,
                 throw;
             session.out().flush();
             output::sayFailure(failure);
-            if (status == ExitStatus::Done)
-                status = failure.status;
+            if (session.status() == ExitStatus::Done)
+                session.exitWith(failure.status);
         }
     }
     if (!session.out().isForPeople())
         session.out().list(removed);
-    return status;
 }
 
 } // namespace commands

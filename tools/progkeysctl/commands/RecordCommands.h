@@ -96,25 +96,23 @@ void warnOfDmId(const Record &before, const Record &after)
 }
 
 template <typename Record>
-ExitStatus printDone(cli::Session &session, const char *verb, const Record &record)
+void printDone(cli::Session &session, const char *verb, const Record &record)
 {
     session.out().done(format("%1 %2 %3.", verb, Kind<Record>::Noun, record.*Kind<Record>::Id),
                        fields::toJson(record));
-    return ExitStatus::Done;
 }
 
 /// The command `show`.
 template <typename Record>
-ExitStatus showRecord(cli::Session &session, const cli::Arguments &arguments)
+void showRecord(cli::Session &session, const cli::Arguments &arguments)
 {
     const auto record = existing<Record>(session.phone(), arguments.id(Kind<Record>::IdArgument));
     session.out().record(fields::toJson(record));
-    return ExitStatus::Done;
 }
 
 /// The command `add`.
 template <typename Record>
-ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
+void addRecord(cli::Session &session, const cli::Arguments &arguments)
 {
     constexpr auto Id = Kind<Record>::Id;
     Record record;
@@ -135,12 +133,12 @@ ExitStatus addRecord(cli::Session &session, const cli::Arguments &arguments)
     if (result < 0)
         throw refusal(session.phone(), record, "created", result);
     record.*Id = result;
-    return printDone(session, "Created", record);
+    printDone(session, "Created", record);
 }
 
 /// The command `set`.
 template <typename Record>
-ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
+void setRecord(cli::Session &session, const cli::Arguments &arguments)
 {
     const qlonglong id = arguments.id(Kind<Record>::IdArgument);
     const auto before = existing<Record>(session.phone(), id);
@@ -153,7 +151,7 @@ ExitStatus setRecord(cli::Session &session, const cli::Arguments &arguments)
     const auto code = session.phone().call<int>(Kind<Record>::Modify, record);
     if (code != ResultCode::Success)
         throw refusal(session.phone(), record, "changed", code);
-    return printDone(session, "Changed", record);
+    printDone(session, "Changed", record);
 }
 
 /// The command with a help that lists the fields for FIELD=VALUE and has an example.
@@ -170,7 +168,7 @@ cli::Command withFields(cli::Command command, const char *example)
 /// Deletes records one by one with `remove`, which returns the deleted record. A refusal is
 /// reported on stderr and does not stop the others; the first one is the exit status. If the
 /// service no longer answers, the rest is not tried.
-ExitStatus deleteEach(cli::Session &session, const QList<QByteArray> &ids,
-                      const std::function<QJsonObject(qlonglong)> &remove);
+void deleteEach(cli::Session &session, const QList<QByteArray> &ids,
+                const std::function<QJsonObject(qlonglong)> &remove);
 
 } // namespace commands

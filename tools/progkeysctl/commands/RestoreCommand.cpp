@@ -29,7 +29,7 @@ void runRestore(const client::Phone &phone, const QString &method)
     }
 }
 
-ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
+void restore(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString what = arguments.text("default|factory");
     QJsonObject row = {{"restored"_s, what}};
@@ -41,7 +41,6 @@ ExitStatus restore(cli::Session &session, const cli::Arguments &arguments)
     runRestore(session.phone(), what == "factory"_s ? "restoreFactory"_s : "restoreDefault"_s);
     const QString content = contentOf(session.phone(), row);
     session.out().done(format("Restored the provisioned defaults: %1.", content), row);
-    return ExitStatus::Done;
 }
 
 } // namespace

@@ -43,7 +43,7 @@ QList<QByteArray> scriptArguments(const cli::Arguments &arguments)
     return words << "--" << arguments.values("COMMAND");
 }
 
-ExitStatus run(cli::Session & /*session*/, const cli::Arguments &arguments)
+void run(cli::Session & /*session*/, const cli::Arguments &arguments)
 {
     const QByteArray script = QFile::encodeName(findScript());
     QList<QByteArray> words = scriptArguments(arguments);

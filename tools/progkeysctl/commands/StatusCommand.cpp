@@ -42,7 +42,7 @@ void addCounts(QJsonObject &row, const client::Phone &phone)
     row.insert("provisionedActions"_s, countIf(actions, isProvisioned));
 }
 
-ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
+void status(cli::Session &session, const cli::Arguments & /*arguments*/)
 {
     const client::Phone &phone = session.phone();
     const bool isRunning = phone.isRunning(client::Service);
@@ -54,7 +54,8 @@ ExitStatus status(cli::Session &session, const cli::Arguments & /*arguments*/)
     if (isRunning)
         addCounts(row, phone);
     session.out().record(row);
-    return isRunning ? ExitStatus::Done : ExitStatus::NotRunning;
+    if (!isRunning)
+        session.exitWith(ExitStatus::NotRunning);
 }
 
 } // namespace

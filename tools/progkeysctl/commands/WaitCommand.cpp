@@ -23,7 +23,7 @@ void waitFor(cli::Session &session, const QString &module)
     }
 }
 
-ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
+void wait(cli::Session &session, const cli::Arguments &arguments)
 {
     const QString module = arguments.has("MODULE") ? arguments.text("MODULE") : client::Service;
     waitFor(session, module);
@@ -32,7 +32,6 @@ ExitStatus wait(cli::Session &session, const cli::Arguments &arguments)
         output::note(format("%1 is running.", module));
     else
         session.out().record({{"running"_s, true}});
-    return ExitStatus::Done;
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <type_traits>
+
 /// A QString from a literal in UTF-8.
 inline QString operator""_s(const char *text, std::size_t size)
 {
@@ -10,25 +12,15 @@ inline QString operator""_s(const char *text, std::size_t size)
 
 namespace text::detail {
 
-inline QString toText(const QString &value)
+template <typename Value>
+QString toText(const Value &value)
 {
-    return value;
-}
-
-inline QString toText(const char *value)
-{
-    return QString::fromUtf8(value);
-}
-
-inline QString toText(QChar value)
-{
-    return value;
-}
-
-template <typename Number>
-QString toText(Number value)
-{
-    return QString::number(value);
+    if constexpr (std::is_arithmetic_v<Value>)
+        return QString::number(value);
+    else if constexpr (std::is_same_v<Value, QString>)
+        return value;
+    else
+        return QString::fromUtf8(value);
 }
 
 } // namespace text::detail
