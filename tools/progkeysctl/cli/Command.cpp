@@ -57,9 +57,9 @@ Command command(const char *words, const char *summary, const QList<Parameter> &
             parameters, columns, run};
 }
 
-Command group(const char *word, const char *summary)
+Command group(const QStringList &words, const char *summary)
 {
-    return {{QString::fromLatin1(word)}, QString::fromUtf8(summary), {}, {}};
+    return {words, QString::fromUtf8(summary), {}, {}};
 }
 
 const QList<Parameter> &commonOptions()
@@ -85,7 +85,7 @@ QList<Command> membersOf(const QList<Command> &commands, const QStringList &grou
 {
     QList<Command> members;
     for (const Command &command : commands)
-        if (command.words.mid(0, command.words.size() - 1) == group)
+        if (!command.words.isEmpty() && command.words.mid(0, command.words.size() - 1) == group)
             members.append(command);
     return members;
 }

@@ -50,7 +50,8 @@ struct FieldHelp
 /// What a command does once the command line is parsed.
 using Run = void (*)(Session &, const Arguments &);
 
-/// A command such as `key add`, or a group such as `key`, which does nothing itself.
+/// A command such as `key add`, or a group such as `key`, which does nothing itself. The whole tool
+/// is a group without words.
 struct Command
 {
     QStringList words;
@@ -68,7 +69,7 @@ struct Command
 
 Command command(const char *words, const char *summary, const QList<Parameter> &parameters,
                 const QStringList &columns, Run run);
-Command group(const char *word, const char *summary);
+Command group(const QStringList &words, const char *summary);
 
 /// The options that every command has.
 const QList<Parameter> &commonOptions();

@@ -22,7 +22,7 @@ ExitStatus run(const QList<Command> &commands, const QList<QByteArray> &words)
     const ParsedLine line = parse(commands, words);
     output::setColourChoice(line.arguments.text("--color"));
     if (line.arguments.has("--help"))
-        return print(helpText(commands, line.command));
+        return print(helpText(commands, *line.command));
     if (line.arguments.has("--version"))
         return print(QStringLiteral(PROGKEYSCTL_VERSION));
     Session session(*line.command, line.arguments);

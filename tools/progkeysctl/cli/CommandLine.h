@@ -6,8 +6,8 @@
 namespace cli {
 
 /// Parses the words after the name of the program and runs the command. Each group stands before
-/// its members in `commands`, in the order in which help shows them. Throws a Failure if the line
-/// is invalid or the command fails.
+/// its members in `commands`; the first one is the whole tool. Throws a Failure if the line is
+/// invalid or the command fails.
 ExitStatus run(const QList<Command> &commands, const QList<QByteArray> &words);
 
 } // namespace cli

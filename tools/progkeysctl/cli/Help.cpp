@@ -72,14 +72,12 @@ QList<Entry> entriesOf(const QList<Command> &commands)
 
 QString synopsis(const Command &command)
 {
-    QString text = format("progkeysctl %1 ", command.name());
-    if (command.isGroup())
-        return text + "COMMAND [OPTION]... [ARGUMENT]..."_s;
-    text += "[OPTION]..."_s;
+    QStringList words = QStringList("Usage: progkeysctl"_s) + command.words;
+    words += command.isGroup() ? "COMMAND [OPTION]... [ARGUMENT]..."_s : "[OPTION]..."_s;
     for (const Parameter &parameter : command.parameters)
         if (parameter.isPositional())
-            text += QLatin1Char(' ') + parameter.term;
-    return text;
+            words += parameter.term;
+    return words.join(QLatin1Char(' '));
 }
 
 QString capitalized(QString sentence)
@@ -89,20 +87,18 @@ QString capitalized(QString sentence)
 
 } // namespace
 
-QString helpText(const QList<Command> &commands, const Command *command)
+QString helpText(const QList<Command> &commands, const Command &command)
 {
     const int ofTerminal = output::Terminal::of(STDOUT_FILENO).width();
     const int width = ofTerminal > 0 ? ofTerminal : UsualWidth;
-    const Command tool{{}, "manage the programmable keys of the phone"_s, {}, {}};
-    const Command &shown = command ? *command : tool;
-    QString text = wrapped("Usage: "_s + synopsis(shown).simplified(), width, Indent);
-    text += QLatin1Char('\n') + wrapped(capitalized(shown.summary), width, 0);
-    text += table("Commands"_s, entriesOf(membersOf(commands, shown.words)), width);
-    text += table("Arguments"_s, entriesOf(shown.parameters, true), width);
-    text += table("Fields"_s, shown.fields, width);
-    text += table("Options"_s, entriesOf(shown.parameters, false), width);
-    if (!shown.notes.isEmpty())
-        text += QLatin1Char('\n') + wrapped(shown.notes, width, 0);
+    QString text = wrapped(synopsis(command), width, Indent);
+    text += QLatin1Char('\n') + wrapped(capitalized(command.summary), width, 0);
+    text += table("Commands"_s, entriesOf(membersOf(commands, command.words)), width);
+    text += table("Arguments"_s, entriesOf(command.parameters, true), width);
+    text += table("Fields"_s, command.fields, width);
+    text += table("Options"_s, entriesOf(command.parameters, false), width);
+    if (!command.notes.isEmpty())
+        text += QLatin1Char('\n') + wrapped(command.notes, width, 0);
     text += table("Options of all commands"_s, entriesOf(commonOptions(), false), width);
     text.chop(1);
     return text;

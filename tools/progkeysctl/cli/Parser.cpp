@@ -11,20 +11,6 @@
 namespace cli {
 namespace {
 
-// The word and the known words are for a suggestion.
-[[noreturn]] void refuse(const Command *command, const QString &message, const QString &word = {},
-                         const QStringList &known = {})
-{
-    const QString name = command ? QLatin1Char(' ') + command->name() : QString();
-    const QString help = format("See \"progkeysctl%1 --help\".", name);
-    throw Failure{ExitStatus::Usage, message, text::withSuggestion(word, known, help)};
-}
-
-QList<Parameter> parametersOf(const Command *command)
-{
-    return command ? command->parameters + commonOptions() : commonOptions();
-}
-
 // The name under which the library knows a parameter. It refuses some characters in the name of an
 // argument, such as those of "FIELD=VALUE".
 std::string nameOf(const Parameter &parameter)
@@ -85,7 +71,7 @@ public:
         m_app.allow_extras();
         m_app.require_subcommand(0, 1);
         declare(&m_app, commonOptions());
-        for (const Command &command : commands)
+        for (const Command &command : commands.mid(1))
             declareCommand(command);
     }
 
@@ -95,12 +81,12 @@ public:
             m_app.parse(marked(words));
         } catch (const CLI::ArgumentMismatch &error) {
             const QString message = QString::fromUtf8(error.what()); // "--limit: ..."
-            refuse(parsedCommand(),
-                   format("%1 requires a value", message.section(QLatin1Char(':'), 0, 0)));
+            findCommand();
+            refuse(format("%1 requires a value", message.section(QLatin1Char(':'), 0, 0)));
         }
-        m_line.command = parsedCommand();
+        findCommand();
         refuseUnknown();
-        for (const Parameter &parameter : parametersOf(m_line.command))
+        for (const Parameter &parameter : parameters())
             for (const std::string &value : optionOf(parameter)->results())
                 add(parameter, valueOf(value));
         requireAtMostOne({"--system"_s, "--session"_s, "--address"_s});
@@ -127,13 +113,22 @@ private:
         return app;
     }
 
-    const Command *parsedCommand()
+    void findCommand()
     {
-        const Command *parsed = nullptr;
         for (const Command &command : m_commands)
             if (appOf(command.words)->parsed())
-                parsed = &command;
-        return parsed;
+                m_line.command = &command;
+    }
+
+    QList<Parameter> parameters() const { return m_line.command->parameters + commonOptions(); }
+
+    // The word and the known words are for a suggestion.
+    [[noreturn]] void refuse(const QString &message, const QString &word = {},
+                             const QStringList &known = {}) const
+    {
+        const QStringList words = QStringList("progkeysctl"_s) + m_line.command->words;
+        const QString help = format("See \"%1 --help\".", words.join(QLatin1Char(' ')));
+        throw Failure{ExitStatus::Usage, message, text::withSuggestion(word, known, help)};
     }
 
     // Refuses the first word that the library has left.
@@ -146,52 +141,51 @@ private:
         if (left.front().size() > 1 && left.front().front() == '-') {
             const QString name = word.section(QLatin1Char('='), 0, 0);
             if (namesOfOptions().contains(name))
-                refuse(m_line.command, format("%1 must follow the command", name));
+                refuse(format("%1 must follow the command", name));
             // Every option of one letter is similar to every other.
-            refuse(m_line.command, format("Unknown option %1", name), name,
+            refuse(format("Unknown option %1", name), name,
                    name.size() > 2 ? namesOfOptions() : QStringList());
         }
-        if (m_line.command && !m_line.command->isGroup())
-            refuse(m_line.command, format("Unexpected argument \"%1\"", word));
-        const QStringList group = m_line.command ? m_line.command->words : QStringList();
-        const QString name = (group + QStringList(word)).join(QLatin1Char(' '));
-        refuse(m_line.command, format("Unknown command \"%1\"", name), word, namesOfMembers(group));
+        if (!m_line.command->isGroup())
+            refuse(format("Unexpected argument \"%1\"", word));
+        const QStringList words = m_line.command->words + QStringList(word);
+        refuse(format("Unknown command \"%1\"", words.join(QLatin1Char(' '))), word,
+               namesOfMembers());
     }
 
     QStringList namesOfOptions() const
     {
         QStringList names;
-        for (const Parameter &parameter : parametersOf(m_line.command))
+        for (const Parameter &parameter : parameters())
             if (!parameter.isPositional())
                 names.append(parameter.name);
         return names;
     }
 
-    QStringList namesOfMembers(const QStringList &group) const
+    QStringList namesOfMembers() const
     {
         QStringList names;
-        for (const Command &member : membersOf(m_commands, group))
+        for (const Command &member : membersOf(m_commands, m_line.command->words))
             names.append(member.words.last());
         return names;
     }
 
     const CLI::Option *optionOf(const Parameter &parameter)
     {
-        CLI::App *app = m_line.command ? appOf(m_line.command->words) : &m_app;
-        const CLI::Option *own = app->get_option_no_throw(nameOf(parameter));
+        const CLI::Option *own =
+            appOf(m_line.command->words)->get_option_no_throw(nameOf(parameter));
         return own ? own : m_app.get_option(nameOf(parameter));
     }
 
     void add(const Parameter &parameter, const QByteArray &value)
     {
         if (parameter.isFlag() && value != "true")
-            refuse(m_line.command, format("%1 takes no value", parameter.name));
+            refuse(format("%1 takes no value", parameter.name));
         if (!parameter.isRepeatable && !parameter.isFlag() && m_line.arguments.has(parameter.name))
-            refuse(m_line.command, format("%1 is given more than once", parameter.name));
+            refuse(format("%1 is given more than once", parameter.name));
         const QString fault = parameter.check ? parameter.check(value) : QString();
         if (!fault.isEmpty())
-            refuse(m_line.command,
-                   format("%1: \"%2\" %3", parameter.name, QString::fromUtf8(value), fault));
+            refuse(format("%1: \"%2\" %3", parameter.name, QString::fromUtf8(value), fault));
         m_line.arguments.add(parameter.name, value);
     }
 
@@ -202,17 +196,16 @@ private:
             if (m_line.arguments.has(option))
                 given.append(option);
         if (given.size() > 1)
-            refuse(m_line.command,
-                   format("%1 cannot be combined with %2", given.at(1), given.at(0)));
+            refuse(format("%1 cannot be combined with %2", given.at(1), given.at(0)));
     }
 
     void requireComplete() const
     {
-        if (!m_line.command || m_line.command->isGroup())
-            refuse(m_line.command, "A command is required"_s);
+        if (m_line.command->isGroup())
+            refuse("A command is required"_s);
         for (const Parameter &parameter : m_line.command->parameters)
             if (parameter.isRequired && !m_line.arguments.has(parameter.name))
-                refuse(m_line.command, format("%1 is required", parameter.name));
+                refuse(format("%1 is required", parameter.name));
     }
 
     const QList<Command> &m_commands;

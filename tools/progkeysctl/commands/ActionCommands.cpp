@@ -15,7 +15,7 @@ void list(cli::Session &session, const cli::Arguments & /*arguments*/)
     const ListAction actions = session.phone().actions();
     for (const Action &action : actions)
         listing.rows.append(fields::toJson(action));
-    listing.legend = text::counted(static_cast<int>(listing.rows.size()), "action"_s);
+    listing.legend = text::counted(listing.rows.size(), "action"_s);
     session.out().list(listing);
 }
 
@@ -102,7 +102,7 @@ QList<cli::Command> actionCommands()
         cli::parameter("FIELD=VALUE...", "a field and its value", cli::check::utf8);
     const cli::Parameter dryRun =
         cli::parameter("--dry-run", "show which keys would be deleted, but delete nothing");
-    return {cli::group("action", "list, add, change and delete actions"),
+    return {cli::group({"action"_s}, "list, add, change and delete actions"),
             cli::command("action list", "list actions", {}, columns, list),
             cli::command("action show", "show an action", {action}, columns, showRecord<Action>),
             withFields<Action>(cli::command("action add", "add an action", {assignments}, columns,

@@ -3,11 +3,10 @@
 #include "cli/Command.h"
 #include "cli/Session.h"
 
-/// The commands. Each function is defined in the file of its name; the help of the commands says
-/// what they do.
+/// The commands. Their help says what they do.
 namespace commands {
 
-/// All commands, in the order in which help shows them.
+/// The tool as a group, and all commands, in the order in which help shows them.
 QList<cli::Command> all();
 
 cli::Command statusCommand();

@@ -219,8 +219,9 @@ cli::Command planCommand()
 
 QList<cli::Command> defaultsCommands()
 {
-    return {cli::group("defaults", "check, convert and plan the settings that provision a phone"),
-            checkCommand(), convertCommand(), planCommand()};
+    return {
+        cli::group({"defaults"_s}, "check, convert and plan the settings that provision a phone"),
+        checkCommand(), convertCommand(), planCommand()};
 }
 
 } // namespace commands

@@ -25,7 +25,7 @@ void list(cli::Session &session, const cli::Arguments &arguments)
         row.insert("label"_s, labels.value(key.idAction));
         listing.rows.append(row);
     }
-    listing.legend = text::counted(static_cast<int>(listing.rows.size()), "key"_s);
+    listing.legend = text::counted(listing.rows.size(), "key"_s);
     session.out().list(listing);
 }
 
@@ -64,8 +64,7 @@ void move(cli::Session &session, const cli::Arguments &arguments)
     for (auto move = positions.begin(); move != positions.end(); ++move)
         moved.rows.append(fields::toJson(existing<Key>(session.phone(), move.key())));
     if (session.out().isForPeople())
-        session.out().say(
-            format("Moved %1.", text::counted(static_cast<int>(positions.size()), "key"_s)));
+        session.out().say(format("Moved %1.", text::counted(positions.size(), "key"_s)));
     else
         session.out().list(moved);
 }
@@ -106,7 +105,7 @@ QList<cli::Command> keyCommands()
         cli::parameter("FIELD=VALUE...", "a field and its value", cli::check::utf8);
     const cli::Parameter moves =
         cli::parameter("KEY_ID=POSITION...", "identifier of a key and its new position");
-    return {cli::group("key", "list, add, change, move and delete keys"),
+    return {cli::group({"key"_s}, "list, add, change, move and delete keys"),
             listCommand(),
             cli::command("key show", "show a key", {key}, columns, showRecord<Key>),
             withFields<Key>(

@@ -93,7 +93,7 @@ QString quoted(const QString &value)
     return format("`%1`", elided(printable(value), Longest));
 }
 
-QString counted(int count, const QString &noun)
+QString counted(qlonglong count, const QString &noun)
 {
     return format("%1 %2%3", count, noun, count == 1 ? QString() : "s"_s);
 }

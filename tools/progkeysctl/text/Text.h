@@ -19,6 +19,6 @@ QString elided(const QString &text, int width);
 QString quoted(const QString &value);
 
 /// "1 error", "2 errors".
-QString counted(int count, const QString &noun);
+QString counted(qlonglong count, const QString &noun);
 
 } // namespace text
