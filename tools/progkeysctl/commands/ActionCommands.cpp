@@ -19,37 +19,34 @@ void list(cli::Session &session, const cli::Arguments & /*arguments*/)
     session.out().list(listing);
 }
 
-/// The keys of an action that is deleted.
-struct BoundKeys
-{
-    QJsonArray deleted;
-    QJsonArray left; ///< provisioned: they stay without an action
-};
-
-BoundKeys boundKeys(cli::Session &session, qlonglong idAction)
-{
-    BoundKeys bound;
-    const ListKey keys = session.phone().keys();
-    for (const Key &key : keys)
-        if (key.idAction == idAction)
-            (key.dmId.isEmpty() ? bound.deleted : bound.left).append(output::jsonNumber(key.idKey));
-    return bound;
-}
-
 QString keysText(const QJsonArray &ids)
 {
     return format("%1 %2", ids.size() == 1 ? "key"_s : "keys"_s, output::displayText(ids));
 }
 
-// Printed before the deletion, so that the keys are known even if it fails.
-void announce(cli::Session &session, const Action &action, const BoundKeys &bound)
+// The action with its keys, which are deleted or, if they are provisioned, left without an action.
+QJsonObject rowOf(const Action &action, const ListKey &keys)
 {
-    QString text = format("Action %1 \"%2\": deletes %3", action.idAction, action.label,
-                          bound.deleted.isEmpty() ? "no keys"_s : keysText(bound.deleted));
-    if (!bound.left.isEmpty())
-        text += format("; leaves provisioned %1 without an action", keysText(bound.left));
-    session.out().say(text::printable(text + QLatin1Char('.')));
-    session.out().flush();
+    QJsonArray deleted;
+    QJsonArray left;
+    for (const Key &key : keys)
+        if (key.idAction == action.idAction)
+            (key.dmId.isEmpty() ? deleted : left).append(output::jsonNumber(key.idKey));
+    QJsonObject row = fields::toJson(action);
+    row.insert("keysDeleted"_s, deleted);
+    row.insert("keysLeft"_s, left);
+    return row;
+}
+
+QString announcement(const Action &action, const QJsonObject &row)
+{
+    const QJsonArray deleted = row.value("keysDeleted"_s).toArray();
+    const QJsonArray left = row.value("keysLeft"_s).toArray();
+    const QString text = format("Action %1 \"%2\": deletes %3", action.idAction, action.label,
+                                deleted.isEmpty() ? "no keys"_s : keysText(deleted));
+    return left.isEmpty()
+               ? text + QLatin1Char('.')
+               : format("%1; leaves provisioned %2 without an action.", text, keysText(left));
 }
 
 void requireDeleted(const Action &action, int code)
@@ -69,16 +66,15 @@ void requireDeleted(const Action &action, int code)
 QJsonObject removeOne(cli::Session &session, qlonglong idAction, bool isDryRun)
 {
     const auto action = existing<Action>(session.phone(), idAction);
-    const BoundKeys bound = boundKeys(session, idAction);
+    QJsonObject row = rowOf(action, session.phone().keys());
     requireDeleted(action, fields::isUsers(action) ? ResultCode::Success : ResultCode::Refused);
-    announce(session, action, bound);
+    // Before the deletion, so that the keys are known even if it fails.
+    session.out().say(text::printable(announcement(action, row)));
+    session.out().flush();
     if (!isDryRun) {
         requireDeleted(action, session.phone().call<int>("deleteAction", idAction));
         session.out().say(format("Deleted action %1.", idAction));
     }
-    QJsonObject row = fields::toJson(action);
-    row.insert("keysDeleted"_s, bound.deleted);
-    row.insert("keysLeft"_s, bound.left);
     return row;
 }
 

@@ -43,7 +43,7 @@ QMapIntInt positionsOf(const QStringList &moves)
                           format("\"%1\" is not of the form KEY_ID=POSITION", move),
                           "Both must be 32-bit integers."_s};
         if (positions.contains(idKey))
-            throw Failure{ExitStatus::Usage, format("Key %1 is given more than once", idKey), {}};
+            throw Failure{ExitStatus::Usage, format("Key %1 is given more than once", idKey)};
         positions.insert(idKey, position);
     }
     return positions;
@@ -86,9 +86,14 @@ void remove(cli::Session &session, const cli::Arguments &arguments)
 // With the label of the action. A table has room for the essential fields only.
 cli::Command listCommand()
 {
+    const QList<cli::Parameter> options =
+        placeOptions() << cli::parameter("--type NUMBER", "only keys of this type",
+                                         cli::check::integer())
+                       << cli::parameter("--action ACTION_ID", "only keys that trigger this action",
+                                         cli::check::id);
     QStringList columns = fields::namesOf(fields::of<Key>());
     columns.insert(columns.indexOf("idAction"_s) + 1, "label"_s);
-    cli::Command command = cli::command("key list", "list keys", keyFilterOptions(), columns, list);
+    cli::Command command = cli::command("key list", "list keys", options, columns, list);
     command.details = QStringList{"dmId"_s, "aom_type"_s};
     return command;
 }

@@ -9,14 +9,6 @@ QList<cli::Parameter> placeOptions()
                            cli::check::integer())};
 }
 
-QList<cli::Parameter> keyFilterOptions()
-{
-    return placeOptions() << cli::parameter("--type NUMBER", "only keys of this type",
-                                            cli::check::integer())
-                          << cli::parameter("--action ACTION_ID",
-                                            "only keys that trigger this action", cli::check::id);
-}
-
 bool isSelected(const Key &key, const cli::Arguments &arguments)
 {
     const auto isOrNotGiven = [&arguments](const char *option, qlonglong value) {

@@ -10,10 +10,7 @@ namespace commands {
 /// `--container` and `--module`.
 QList<cli::Parameter> placeOptions();
 
-/// These, `--type` and `--action`.
-QList<cli::Parameter> keyFilterOptions();
-
-/// Whether all of the options that are given select the key.
+/// Whether the key is selected by all of these options, `--type` and `--action` that are given.
 bool isSelected(const Key &key, const cli::Arguments &arguments);
 
 } // namespace commands

@@ -52,10 +52,8 @@ void run(cli::Session & /*session*/, const cli::Arguments &arguments)
         vector.push_back(word.data());
     vector.push_back(nullptr);
     execv(script.constData(), vector.data());
-    throw Failure{ExitStatus::Failed,
-                  format("Cannot run %1: %2", QFile::decodeName(script),
-                         QString::fromLocal8Bit(std::strerror(errno))),
-                  {}};
+    throw Failure{ExitStatus::Failed, format("Cannot run %1: %2", QFile::decodeName(script),
+                                             QString::fromLocal8Bit(std::strerror(errno)))};
 }
 
 } // namespace

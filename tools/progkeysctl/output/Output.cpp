@@ -52,21 +52,19 @@ Output::Output(Manner manner) : m_manner(std::move(manner)), m_terminal(Terminal
 
 void Output::list(const Listing &listing)
 {
-    QJsonArray array;
-    switch (m_manner.form) {
-    case Form::Human:
+    if (isForPeople()) {
         write(tableText(listing, m_manner.fields, m_terminal, m_manner.hasLegend).toUtf8());
-        break;
-    case Form::Terse:
-        for (const QJsonObject &row : listing.rows)
-            write(terseLine(row, m_manner.fields));
-        break;
-    case Form::JsonShort:
-    case Form::JsonPretty:
-        for (const QJsonObject &row : listing.rows)
-            array.append(jsonOf(row));
-        write(jsonText(QJsonDocument(array), m_manner.form));
+        return;
     }
+    QJsonArray array;
+    for (const QJsonObject &row : listing.rows) {
+        if (m_manner.form == Form::Terse)
+            write(terseLine(row, m_manner.fields));
+        else
+            array.append(jsonOf(row));
+    }
+    if (m_manner.form != Form::Terse)
+        write(jsonText(QJsonDocument(array), m_manner.form));
 }
 
 void Output::writeRow(const QJsonObject &row, Form form)
