@@ -41,19 +41,19 @@ changed    action   5           arguments "600" -> "": no identifier: overwrites
 changed    action   5           label "Mine" -> "Nobody's": no identifier: overwrites a user's action
 changed    action   5           shortLabel "M" -> "": no identifier: overwrites a user's action
 added      action   -  new      N
-dropped    key      -  unknown  home, position 7: no such action
-dropped    key      -  kept     home, position 9: key limit reached
 changed    key      2  changed  position 1 -> 5
 changed    key      2  changed  icon "bell" -> "lamp"
 added      key      -  new      home, position 6
+dropped    key      -  unknown  home, position 7: no such action
 added      key      -           home, position 8: no identifier: becomes a user's key, and each start adds another one
+dropped    key      -  kept     home, position 9: key limit reached
 added      key      -  goes     module 2, key 3
 changed    key      4  goes     icon "bell" -> "lamp"
 removed    key      3  gone     home, position 2
 refused    action   -           too,few: 2 instead of 7 fields
 refused    key      -           1 instead of 7 fields
-Actions: 1 added, 3 changed, 2 kept, 1 withdrawn, 1 refused
-Keys: 3 added, 2 changed, 1 kept, 1 removed, 2 dropped, 1 refused
+Actions: 1 added, 3 changed, 2 kept, 1 refused, 1 withdrawn
+Keys: 3 added, 2 changed, 2 dropped, 1 kept, 1 refused, 1 removed
 """
 
 

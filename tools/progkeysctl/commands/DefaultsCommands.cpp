@@ -7,39 +7,45 @@
 #include "planning/Plan.h"
 #include "text/Format.h"
 
+#include <QFileInfo>
+
+#include <algorithm>
+
 namespace commands {
 namespace {
 
+using defaults::Kind;
+
 const QString KindAdvice = "Specify --kind actions or --kind keys."_s;
 
-std::optional<defaults::Kind> kindFrom(const cli::Arguments &arguments)
+std::optional<Kind> kindFrom(const cli::Arguments &arguments)
 {
     return defaults::kindNamed(arguments.text("--kind"));
 }
 
-void printProblems(output::Output &out, const defaults::Rollout &rollout)
+// `kindAdvice` is how to specify the kind of a file.
+defaults::Rollout readRollout(const cli::Arguments &arguments, const QString &kindAdvice)
 {
-    if (!out.isForPeople()) {
-        out.list(defaults::listingOf(rollout));
-        return;
-    }
-    const QStringList lines = defaults::linesOf(rollout, out.terminal());
-    for (const QString &line : lines)
-        out.say(line);
-    if (out.manner().hasLegend)
-        out.say(defaults::summaryOf(rollout));
+    defaults::Rollout rollout;
+    rollout.givenLimit = arguments.optionalInteger("--limit");
+    if (arguments.has("--actions"))
+        rollout.add(Kind::Actions, arguments.path("--actions"));
+    if (arguments.has("--keys"))
+        rollout.add(Kind::Keys, arguments.path("--keys"));
+    rollout.addPaths(arguments.paths("FILE") + arguments.paths("--settings"), kindFrom(arguments),
+                     kindAdvice);
+    return rollout;
 }
 
 void check(cli::Session &session, const cli::Arguments &arguments)
 {
-    const std::optional<int> limit = arguments.optionalInteger("--limit");
-    defaults::Rollout rollout =
-        defaults::readRollout({arguments.paths("FILE"), kindFrom(arguments), {}, KindAdvice});
-    if (!limit)
-        defaults::addLimitBesideKeys(rollout);
-    defaults::check(rollout, limit);
-    printProblems(session.out(), rollout);
-    if (rollout.find(defaults::Kind::Keys) && !rollout.find(defaults::Kind::Actions))
+    defaults::Rollout rollout = readRollout(arguments, KindAdvice);
+    const defaults::Setting *keys = rollout.find(Kind::Keys);
+    if (!rollout.givenLimit && keys && keys->file != files::StandardStream)
+        rollout.addFrom(QFileInfo(keys->file).path(), Kind::Limit);
+    defaults::check(rollout);
+    defaults::print(rollout, session.out());
+    if (keys && !rollout.find(Kind::Actions))
         output::warn("no actions were specified, so the keys were not compared with them"_s);
     const int errors = defaults::countOf(rollout, defaults::Severity::Error);
     const int warnings = defaults::countOf(rollout, defaults::Severity::Warning);
@@ -57,15 +63,20 @@ defaults::Records read(const cli::Arguments &arguments)
     const QString file = fileOrStream(arguments.path("FILE"));
     const QString name = files::displayName(file);
     const QString form = arguments.text("--from");
-    const std::optional<defaults::Kind> expected = kindFrom(arguments);
-    const std::optional<defaults::Kind> kind = expected ? expected : defaults::kindOfFile(file);
-    if (form == "text"_s && (!kind || *kind == defaults::Kind::Limit))
-        throw defaults::unknownKind(name, KindAdvice);
+    const std::optional<Kind> expected = kindFrom(arguments);
+    if (form == "text"_s) {
+        const auto kind = expected ? expected : defaults::kindOfFile(file);
+        if (!kind || *kind == Kind::Limit)
+            throw defaults::unknownKind(name, KindAdvice);
+        return defaults::readText(files::readAll(file), file, *kind);
+    }
     const QByteArray bytes = files::readAll(file);
-    if (form == "text"_s)
-        return defaults::readText(bytes, file, *kind);
-    return form == "csv"_s ? defaults::readCsv(bytes, name, expected)
-                           : defaults::readJson(bytes, name, expected);
+    defaults::Records records =
+        form == "csv"_s ? defaults::readCsv(bytes, name) : defaults::readJson(bytes, name);
+    if (expected && *expected != records.kind)
+        throw Failure{ExitStatus::InvalidText,
+                      format("%1 contains %2", name, defaults::nameOf(records.kind))};
+    return records;
 }
 
 QByteArray written(const defaults::Records &records, const QString &form)
@@ -85,66 +96,47 @@ void convert(cli::Session &session, const cli::Arguments &arguments)
         files::writeWhole(target, bytes);
 }
 
-defaults::Rollout readRollout(const cli::Arguments &arguments)
+// Adds a setting that the rollout does not have: that of the phone, unless the rollout is a
+// directory. A missing setting is empty, as it is for the service.
+void addMissing(defaults::Rollout &rollout, Kind kind, cli::Session &session)
 {
-    defaults::RolloutSources sources;
-    sources.paths = arguments.paths("FILE") + arguments.paths("--settings");
-    sources.unknownKindAdvice = "Specify --actions FILE or --keys FILE."_s;
-    if (arguments.has("--actions"))
-        sources.files.emplace(defaults::Kind::Actions, arguments.path("--actions"));
-    if (arguments.has("--keys"))
-        sources.files.emplace(defaults::Kind::Keys, arguments.path("--keys"));
-    return defaults::readRollout(sources);
-}
-
-// The text of a setting: from the rollout, or from the phone if the rollout is not a directory. A
-// missing setting is empty, as it is for the service.
-std::optional<QString> settingText(cli::Session &session, const defaults::Rollout &rollout,
-                                   defaults::Kind kind)
-{
-    if (const defaults::Setting *setting = rollout.find(kind))
-        return setting->text;
+    if (rollout.find(kind))
+        return;
     const QString name = defaults::settingName(kind);
     const bool isOfPhone = rollout.directory.isEmpty();
-    std::optional<QString> text = isOfPhone ? session.phone().setting(name) : std::nullopt;
+    const auto text = isOfPhone ? session.phone().setting(name) : std::nullopt;
+    if (text || kind != Kind::Limit)
+        rollout.settings.emplace(kind, defaults::settingOf(name, kind, text.value_or(QString())));
     if (!text)
         output::warn(format("%1 has no setting %2: %3",
                             isOfPhone ? "the phone"_s : rollout.directory, name,
-                            kind == defaults::Kind::Limit ? "the number of keys is not limited"_s
-                                                          : "it is treated as empty"_s));
-    return text;
-}
-
-defaults::PlannedSettings plannedSettings(cli::Session &session, const cli::Arguments &arguments)
-{
-    const defaults::Rollout rollout = readRollout(arguments);
-    for (const auto &[kind, setting] : rollout.settings)
-        defaults::requireReadable(setting);
-    defaults::PlannedSettings settings;
-    settings.actions = settingText(session, rollout, defaults::Kind::Actions).value_or(QString());
-    settings.keys = settingText(session, rollout, defaults::Kind::Keys).value_or(QString());
-    settings.limit = arguments.optionalInteger("--limit");
-    if (settings.limit)
-        return settings;
-    const std::optional<QString> limit = settingText(session, rollout, defaults::Kind::Limit);
-    if (limit)
-        settings.limit = limit->toInt();
-    return settings;
+                            kind == Kind::Limit ? "the number of keys is not limited"_s
+                                                : "it is treated as empty"_s));
 }
 
 void plan(cli::Session &session, const cli::Arguments &arguments)
 {
-    const defaults::PlannedSettings settings = plannedSettings(session, arguments);
+    defaults::Rollout rollout = readRollout(arguments, "Specify --actions FILE or --keys FILE."_s);
+    for (const auto &[kind, setting] : rollout.settings)
+        defaults::requireReadable(setting);
+    addMissing(rollout, Kind::Actions, session);
+    addMissing(rollout, Kind::Keys, session);
+    if (!rollout.givenLimit)
+        addMissing(rollout, Kind::Limit, session);
     const ListAction actions = session.phone().actions();
     const ListKey keys = session.phone().keys();
-    const defaults::Plan plan = defaults::planOf(actions, keys, settings);
+    defaults::Plan plan = defaults::planOf(actions, keys, rollout);
     output::Output &out = session.out();
-    out.list(plan.listing(arguments.has("--all") || !out.isForPeople()));
+    QList<QJsonObject> &rows = plan.listing.rows;
+    const auto isKept = [](const QJsonObject &row) { return row.value("what"_s) == "kept"_s; };
+    if (out.isForPeople() && !arguments.has("--all"))
+        rows.erase(std::remove_if(rows.begin(), rows.end(), isKept), rows.end());
+    out.list(plan.listing);
     if (!arguments.has("--detailed-exitcode"))
         return;
-    if (plan.hasRefusedRecords())
+    if (plan.hasRefusedRecords)
         session.exitWith(ExitStatus::InvalidText);
-    else if (plan.hasChanges())
+    else if (plan.hasChanges)
         session.exitWith(ExitStatus::Changes);
 }
 

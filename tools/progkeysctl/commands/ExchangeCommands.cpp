@@ -56,14 +56,12 @@ void runExport(cli::Session &session, const cli::Arguments &arguments)
 void requireRoom(const client::Phone &phone, const QList<exchange::Step> &steps,
                  const ListKey &keys)
 {
-    const auto added = std::count_if(
-        steps.begin(), steps.end(), [](const exchange::Step &step) { return step.addsKeyOfSet(); });
-    const auto total = added + std::count_if(keys.begin(), keys.end(), [](const Key &key) {
-                           return key.type == KeyType::Set;
-                       });
-    if (added == 0)
-        return;
-    const std::optional<QString> limit = phone.setting("ProgKeysMax"_s);
+    const auto isOfSet = [](const Key &key) { return key.type == KeyType::Set; };
+    const auto added = std::count_if(steps.begin(), steps.end(), [&](const exchange::Step &step) {
+        return step.kind == exchange::StepKind::Add && !step.action && isOfSet(step.key);
+    });
+    const auto total = added + std::count_if(keys.begin(), keys.end(), isOfSet);
+    const auto limit = added > 0 ? phone.setting("ProgKeysMax"_s) : std::nullopt;
     if (!limit || total <= limit->toInt())
         return;
     throw Failure{
@@ -75,19 +73,6 @@ void requireRoom(const client::Phone &phone, const QList<exchange::Step> &steps,
         "--module."_s};
 }
 
-QString summary(const output::Listing &steps, bool isDryRun)
-{
-    const QStringList counted{"planned"_s, "done"_s, "skipped"_s};
-    const auto count = [&](const char *step) {
-        return std::count_if(steps.rows.begin(), steps.rows.end(), [&](const QJsonObject &row) {
-            return row.value("step"_s) == QLatin1String(step) &&
-                   counted.contains(row.value("outcome"_s).toString());
-        });
-    };
-    return format("%1%2 added, %3 changed, %4 skipped", isDryRun ? "dry run: "_s : QString(),
-                  count("add"), count("change"), count("skip"));
-}
-
 void runImport(cli::Session &session, const cli::Arguments &arguments)
 {
     const bool isDryRun = arguments.has("--dry-run");
@@ -96,15 +81,17 @@ void runImport(cli::Session &session, const cli::Arguments &arguments)
         exchange::fromJson(files::readAll(file), files::displayName(file));
     const client::Phone &phone = session.phone();
     const ListKey keys = phone.keys();
-    const QList<exchange::Step> steps = exchange::planImport(document, phone.actions(), keys);
+    QList<exchange::Step> steps = exchange::planImport(document, phone.actions(), keys);
     requireRoom(phone, steps, keys);
-    exchange::ImportResult result{exchange::listingOf(steps), std::nullopt};
+    std::optional<Failure> failure;
     if (!isDryRun)
-        result = exchange::carryOut(steps, phone);
-    result.steps.legend = summary(result.steps, isDryRun);
-    session.out().list(result.steps);
-    if (result.failure)
-        throw Failure(*result.failure);
+        failure = exchange::carryOut(steps, phone);
+    output::Listing listing = exchange::listingOf(steps);
+    if (isDryRun)
+        listing.legend.prepend("dry run: "_s);
+    session.out().list(listing);
+    if (failure)
+        throw Failure(*failure);
 }
 
 } // namespace

@@ -136,7 +136,8 @@ _progkeysctl() {
         head=${cur%%=*}= cur=${cur#*=}
         kind="${head%=} $(_progkeysctl_value_of "${head%=}")"
     elif [[ $help == *$'\nCommands:\n'* && $cur != -* ]]; then
-        arguments=($command) kind=COMMAND
+        read -r -a arguments <<<"$command"
+        kind=COMMAND
     elif [[ -z $after && ( $cur == -* || -z $kind ) ]]; then
         kind=OPTION
     fi
@@ -145,7 +146,6 @@ _progkeysctl() {
         DIR) compopt -o dirnames ;;
         *)
             mapfile -t choices < <(_progkeysctl_list "$kind")
-            arguments+=($given)
             _progkeysctl_offer "${choices[@]}"
             ;;
     esac

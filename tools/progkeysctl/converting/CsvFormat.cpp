@@ -7,7 +7,6 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <array>
 
 namespace defaults {
 namespace {
@@ -47,27 +46,19 @@ QList<QStringList> rowsOf(const QString &text, QChar delimiter, const QString &f
     return rows;
 }
 
-// What a header lacks, and what it has in addition; columns may have any order.
-struct HeaderFaults
+// The names that are in one list only, in backquotes. Each name counts as often as it occurs.
+QStringList surplus(QStringList names, const QStringList &others)
 {
-    QStringList missing;
-    QStringList surplus;
-};
-
-HeaderFaults faultsOf(const QStringList &header, Kind kind)
-{
-    HeaderFaults faults{{}, header};
-    for (const QString &name : fieldNames(kind)) {
-        if (!faults.surplus.removeOne(name))
-            faults.missing.append(name);
-    }
-    return faults;
+    for (const QString &other : others)
+        names.removeOne(other);
+    std::transform(names.begin(), names.end(), names.begin(), text::quoted);
+    return names;
 }
 
 Kind kindOf(const QStringList &header)
 {
-    return faultsOf(header, Kind::Keys).surplus.size() <
-                   faultsOf(header, Kind::Actions).surplus.size()
+    return surplus(header, fieldNames(Kind::Keys)).size() <
+                   surplus(header, fieldNames(Kind::Actions)).size()
                ? Kind::Keys
                : Kind::Actions;
 }
@@ -76,29 +67,24 @@ Kind kindOf(const QStringList &header)
 QChar delimiterOf(const QString &text)
 {
     const QString header = text.section(QRegularExpression("[\r\n]"_s), 0, 0);
-    const std::array<char, 3> delimiters{',', ';', '\t'};
-    return QLatin1Char(
-        *std::max_element(delimiters.begin(), delimiters.end(), [&](char left, char right) {
-            return header.count(QLatin1Char(left)) < header.count(QLatin1Char(right));
-        }));
+    QChar delimiter = QLatin1Char(',');
+    for (const char each : {';', '\t'}) {
+        if (header.count(QLatin1Char(each)) > header.count(delimiter))
+            delimiter = QLatin1Char(each);
+    }
+    return delimiter;
 }
 
-QString listOf(const char *title, const QStringList &columns)
-{
-    QStringList names;
-    for (const QString &column : columns)
-        names.append(text::quoted(column));
-    return QString::fromLatin1(title) + names.join(", "_s);
-}
-
+// The columns may have any order.
 void requireHeader(const QStringList &header, Kind kind, const QString &file)
 {
-    const HeaderFaults faults = faultsOf(header, kind);
+    const QStringList missing = surplus(fieldNames(kind), header);
+    const QStringList unknown = surplus(header, fieldNames(kind));
     QStringList parts;
-    if (!faults.missing.isEmpty())
-        parts.append(listOf("missing: ", faults.missing));
-    if (!faults.surplus.isEmpty())
-        parts.append(listOf("unknown or repeated: ", faults.surplus));
+    if (!missing.isEmpty())
+        parts.append("missing: "_s + missing.join(", "_s));
+    if (!unknown.isEmpty())
+        parts.append("unknown or repeated: "_s + unknown.join(", "_s));
     if (!parts.isEmpty())
         throwInvalidLine(file, 1, format("invalid header: %1", parts.join("; "_s)),
                          format("The columns are %1 for actions and %2 for keys, separated by "
@@ -122,12 +108,6 @@ QStringList recordOf(const QStringList &row, const QStringList &header, Kind kin
     return record;
 }
 
-bool isEmpty(const QStringList &row)
-{
-    return std::all_of(row.cbegin(), row.cend(),
-                       [](const QString &field) { return field.trimmed().isEmpty(); });
-}
-
 QByteArray csvLine(const QStringList &fields)
 {
     static const QRegularExpression special("[,\"\r\n]"_s);
@@ -143,19 +123,17 @@ QByteArray csvLine(const QStringList &fields)
 
 } // namespace
 
-Records readCsv(const QByteArray &bytes, const QString &file, std::optional<Kind> kind)
+Records readCsv(const QByteArray &bytes, const QString &file)
 {
     const QString text = files::decodeUtf8(files::requireUtf8(bytes, file));
     const QList<QStringList> rows = rowsOf(text, delimiterOf(text), file);
     const QStringList header = rows.value(0);
     Records records{kindOf(header), {}};
     requireHeader(header, records.kind, file);
-    if (kind && *kind != records.kind)
-        throwInvalidLine(file, 1, format("the columns are those of %1", nameOf(records.kind)), {});
     QStringList skipped;
     for (int line = 2; line <= rows.size(); ++line) {
         const QStringList &row = rows.at(line - 1);
-        if (isEmpty(row)) {
+        if (row.join(QString()).trimmed().isEmpty()) {
             skipped.append(QString::number(line));
             continue;
         }

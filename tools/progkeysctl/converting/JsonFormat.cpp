@@ -11,21 +11,6 @@ namespace {
 const files::Schema Schema{
     "com.velmora.Tessaro.ProgrammableKeys.Defaults"_s, 1, {"kind"_s, "records"_s}};
 
-[[noreturn]] void throwInvalid(const QString &message)
-{
-    throw Failure{ExitStatus::InvalidText, message};
-}
-
-Kind readKind(const QJsonObject &object, const QString &file, std::optional<Kind> expected)
-{
-    const std::optional<Kind> kind = kindNamed(object.value("kind"_s).toString());
-    if (!kind)
-        throwInvalid(format("%1: \"kind\" must be \"actions\" or \"keys\"", file));
-    if (expected && *expected != *kind)
-        throwInvalid(format("%1 contains %2", file, nameOf(*kind)));
-    return *kind;
-}
-
 QString readField(const QJsonValue &value, const fields::Field &field, const QString &where)
 {
     if (value.isString() && value.toString().isValidUtf16())
@@ -33,16 +18,14 @@ QString readField(const QJsonValue &value, const fields::Field &field, const QSt
     const bool isInteger = value.toInt(0) == value.toInt(1); // otherwise these are defaults
     if (field.isNumber && isInteger)
         return QString::number(value.toInt());
-    throwInvalid(format("%1: the member \"%2\" must be %3", where, field.name,
-                        field.isNumber ? "a 32-bit integer or a string"_s
-                                       : "a string of Unicode characters"_s));
+    throw Failure{ExitStatus::InvalidText,
+                  format("%1: the member \"%2\" must be %3", where, field.name,
+                         field.isNumber ? "a 32-bit integer or a string"_s
+                                        : "a string of Unicode characters"_s)};
 }
 
-QStringList readRecord(const QJsonValue &value, Kind kind, const QString &where)
+QStringList readRecord(const QJsonObject &object, Kind kind, const QString &where)
 {
-    if (!value.isObject())
-        throwInvalid(format("%1 is not an object", where));
-    const QJsonObject object = value.toObject();
     files::requireMembers(object, fieldNames(kind), where);
     QStringList record;
     for (const fields::Field &field : fieldsOf(kind))
@@ -60,17 +43,17 @@ QJsonValue toJson(const fields::Field &field, const QString &text)
 
 } // namespace
 
-Records readJson(const QByteArray &bytes, const QString &file, std::optional<Kind> kind)
+Records readJson(const QByteArray &bytes, const QString &file)
 {
     const QJsonObject object = files::readJson(bytes, file, Schema);
-    Records records{readKind(object, file, kind), {}};
-    const QJsonValue list = object.value("records"_s);
-    if (!list.isArray())
-        throwInvalid(format("%1: \"records\" is not an array", file));
-    const QJsonArray array = list.toArray();
-    for (int index = 0; index < array.size(); ++index)
+    const std::optional<Kind> kind = kindNamed(object.value("kind"_s).toString());
+    if (!kind)
+        throw Failure{ExitStatus::InvalidText,
+                      format("%1: \"kind\" must be \"actions\" or \"keys\"", file)};
+    Records records{*kind, {}};
+    for (const QJsonObject &record : files::objectsOf(object, "records"_s, file))
         records.records.append(
-            readRecord(array.at(index), records.kind, format("%1: record %2", file, index + 1)));
+            readRecord(record, *kind, format("%1: record %2", file, records.records.size() + 1)));
     return records;
 }
 

@@ -10,6 +10,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <tuple>
 
 namespace defaults {
 namespace {
@@ -21,27 +22,16 @@ using text::quoted;
 constexpr int IdentifierField = 1;
 constexpr int ContainerField = 2;
 constexpr int PositionField = 3;
-constexpr int KeyTypeField = 5;
 
 const QRegularExpression LineBreak("[\r\n]"_s);
 
-// A problem with a field of a record, or with the whole record.
-Problem problemOf(const Record &record, int field = 0)
+// The place of a record, or of one of its fields.
+Place placeOf(const Record &record, int field = 0)
 {
-    Problem problem;
-    problem.record = record.number;
-    problem.field = field;
-    problem.place = field > 0 ? spanOf(record.fields.at(field - 1)) : spanOf(record);
-    return problem;
-}
-
-void add(Setting &setting, Severity severity, const char *code, Problem problem,
-         const QString &message)
-{
-    problem.severity = severity;
-    problem.code = QString::fromLatin1(code);
-    problem.message = message;
-    setting.problems.append(problem);
+    if (field == 0)
+        return {record.number, 0, record.start, record.length};
+    const provisioning::Field &part = record.fields.at(field - 1);
+    return {record.number, field, part.start, part.length};
 }
 
 QString nameOfField(const Setting &setting, int field)
@@ -68,14 +58,18 @@ QString simplified(const QString &identifier)
     return identifier.trimmed().toLower();
 }
 
-// Whether each field that is a number has one.
+bool isNumber(const QString &text)
+{
+    bool isValid = false;
+    text.toInt(&isValid);
+    return isValid;
+}
+
+// Whether each field that must be a number is one.
 bool hasNumbers(Kind kind, const QStringList &fields)
 {
     for (int field = 0; field < FieldCount; ++field) {
-        bool isNumber = !fieldsOf(kind).at(field).isNumber;
-        if (!isNumber)
-            fields.at(field).toInt(&isNumber);
-        if (!isNumber)
+        if (fieldsOf(kind).at(field).isNumber && !isNumber(fields.at(field)))
             return false;
     }
     return true;
@@ -84,71 +78,65 @@ bool hasNumbers(Kind kind, const QStringList &fields)
 // The only field, from 1, that can contain a separating comma by mistake; 0 if there is no such.
 int fieldWithComma(Kind kind, const Record &record)
 {
-    int found = 0;
-    if (record.fields.size() != FieldCount + 1)
-        return found;
-    for (int field = 1; field <= FieldCount; ++field) {
+    QList<int> found;
+    for (int field = 1; field <= FieldCount && record.fields.size() == FieldCount + 1; ++field) {
         QStringList joined = textsOf(record);
         const QString next = joined.takeAt(field);
         joined[field - 1] += QLatin1Char(',') + next;
-        if (!hasNumbers(kind, joined))
-            continue;
-        if (found > 0)
-            return 0;
-        found = field;
+        if (hasNumbers(kind, joined))
+            found.append(field);
     }
-    return found;
+    return found.size() == 1 ? found.first() : 0;
 }
 
 void checkFieldCount(Setting &setting, const Record &record)
 {
     const int size = static_cast<int>(record.fields.size());
     const int field = fieldWithComma(setting.kind, record);
-    Problem problem = problemOf(record, field);
+    Place place = placeOf(record, field);
     QString hint = "each empty field needs a comma, and a field cannot end in `\\`"_s;
     if (field > 0) {
-        problem.place = {problem.place.end(), 1};
+        place.start = place.end();
+        place.length = 1;
         hint = format("if the comma is part of %1, write it as `\\,`", nameOfField(setting, field));
     } else if (textOf(setting, record).contains(QLatin1Char('\n'))) {
         hint = "a line break does not separate records; write `#`"_s;
     } else if (size > FieldCount) {
         hint = "write a comma that is part of a field as `\\,`"_s;
     }
-    add(setting, Severity::Error, "field-count", problem,
+    setting.addError(
+        "field-count", place,
         format("%1 instead of %2: %3", text::counted(size, "field"_s), FieldCount, hint));
-}
-
-void checkKeyNumber(Setting &setting, const Record &record, int field, int number)
-{
-    if (field == PositionField && number < 0)
-        add(setting, Severity::Warning, "negative-position", problemOf(record, field),
-            format("the position %1 is negative", number));
-    if (field == KeyTypeField && number != KeyType::Set && number != KeyType::AddOnModule)
-        add(setting, Severity::Warning, "unknown-key-type", problemOf(record, field),
-            format("the type %1 is neither 0 (key on the set) nor 1 (key on an add-on module)",
-                   number));
 }
 
 void checkNumber(Setting &setting, const Record &record, int field)
 {
     const QString &text = record.fields.at(field - 1).text;
     const QString name = nameOfField(setting, field);
-    bool isNumber = false;
-    const int number = text.toInt(&isNumber);
-    if (isNumber && setting.kind == Kind::Keys)
-        checkKeyNumber(setting, record, field, number);
-    else if (!isNumber && text.trimmed().isEmpty())
-        add(setting, Severity::Warning, "empty-number", problemOf(record, field),
-            format("the %1 is empty and becomes 0", name));
-    else if (!isNumber)
-        add(setting, Severity::Error, "not-a-number", problemOf(record, field),
+    const Place place = placeOf(record, field);
+    const int number = text.toInt();
+    if (text.trimmed().isEmpty())
+        setting.addWarning("empty-number", place, format("the %1 is empty and becomes 0", name));
+    else if (!isNumber(text))
+        setting.addError(
+            "not-a-number", place,
             format("the %1 %2 is not a 32-bit decimal number and becomes 0", name, quoted(text)));
+    else if (name == "position"_s && number < 0)
+        setting.addWarning("negative-position", place,
+                           format("the position %1 is negative", number));
+    else if (setting.kind == Kind::Keys && name == "type"_s && number != KeyType::Set &&
+             number != KeyType::AddOnModule)
+        setting.addWarning(
+            "unknown-key-type", place,
+            format("the type %1 is neither 0 (key on the set) nor 1 (key on an add-on module)",
+                   number));
 }
 
 void checkFields(Setting &setting, const Record &record)
 {
     if (identifierOf(record).isEmpty())
-        add(setting, Severity::Error, "empty-identifier", problemOf(record, IdentifierField),
+        setting.addError(
+            "empty-identifier", placeOf(record, IdentifierField),
             setting.kind == Kind::Actions
                 ? "the identifier is empty: the action overwrites every action that users made"_s
                 : "the identifier is empty: the key becomes a user's key, and each start adds "
@@ -163,14 +151,15 @@ void checkReservedWords(Setting &setting, const Record &record)
 {
     static const QRegularExpression words("escComa|escSharp"_s);
     for (int field = 1; field <= record.fields.size(); ++field) {
-        Problem problem = problemOf(record, field);
+        Place place = placeOf(record, field);
         const QRegularExpressionMatch match =
-            words.match(setting.text.mid(problem.place.start, problem.place.length));
+            words.match(setting.text.mid(place.start, place.length));
         if (!match.hasMatch())
             continue;
-        problem.place = {problem.place.start + static_cast<int>(match.capturedStart()),
-                         static_cast<int>(match.capturedLength())};
-        add(setting, Severity::Error, "placeholder-word", problem,
+        place.start += static_cast<int>(match.capturedStart());
+        place.length = static_cast<int>(match.capturedLength());
+        setting.addError(
+            "placeholder-word", place,
             format("`%1` is a reserved word, which the phone replaces: use another spelling",
                    match.captured()));
     }
@@ -179,10 +168,9 @@ void checkReservedWords(Setting &setting, const Record &record)
 void checkRecord(Setting &setting, const Record &record)
 {
     if (record.length == 0) {
-        Problem empty = problemOf(record);
-        empty.place = {std::max(0, record.start - 1), 1};
-        add(setting, Severity::Warning, "empty-record", empty,
-            format("record %1 is empty: remove a `#`", record.number));
+        const Place hash{record.number, 0, std::max(0, record.start - 1), 1};
+        setting.addWarning("empty-record", hash,
+                           format("record %1 is empty: remove a `#`", record.number));
     } else if (record.isAccepted()) {
         checkFields(setting, record);
     } else {
@@ -195,23 +183,25 @@ void checkRecord(Setting &setting, const Record &record)
 // whether the line breaks are before records, because then all other problems may follow from them.
 bool checkLineBreaks(Setting &setting)
 {
-    std::optional<Span> inField;
+    std::optional<Place> inField;
     for (const Record &record : std::as_const(setting.records)) {
         const auto at = static_cast<int>(textOf(setting, record).indexOf(LineBreak));
-        const Span place{record.start + at, 1};
+        if (at < 0)
+            continue;
+        const Place place = setting.placeOf(record.start + at);
         if (at == 0) {
-            add(setting, Severity::Error, "line-break", problemAt(setting, place),
+            setting.addError(
+                "line-break", place,
                 "the line break becomes part of the identifier: only a `#` separates records"_s);
             return true;
         }
-        if (at > 0 && record.isAccepted() && !inField)
+        if (record.isAccepted() && !inField)
             inField = place;
     }
-    if (inField) {
-        const Problem problem = problemAt(setting, *inField);
-        add(setting, Severity::Warning, "line-break", problem,
-            format("the line break becomes part of the %1", nameOfField(setting, problem.field)));
-    }
+    if (inField)
+        setting.addWarning(
+            "line-break", *inField,
+            format("the line break becomes part of the %1", nameOfField(setting, inField->field)));
     return false;
 }
 
@@ -222,13 +212,14 @@ Identifiers checkIdentifiers(Setting &actions)
         const QString &dmId = identifierOf(record);
         QMap<QString, int> &similar = identifiers[simplified(dmId)];
         if (record.isAccepted() && !dmId.isEmpty() && !similar.isEmpty()) {
-            const Problem problem = problemOf(record, IdentifierField);
+            const Place place = placeOf(record, IdentifierField);
             if (similar.contains(dmId))
-                add(actions, Severity::Error, "repeated-identifier", problem,
-                    format("record %1 already has the identifier %2", similar.value(dmId),
-                           quoted(dmId)));
+                actions.addError("repeated-identifier", place,
+                                 format("record %1 already has the identifier %2",
+                                        similar.value(dmId), quoted(dmId)));
             else
-                add(actions, Severity::Warning, "similar-identifier", problem,
+                actions.addWarning(
+                    "similar-identifier", place,
                     format("the identifier %1 differs from %2 of record %3 only in case or blanks",
                            quoted(dmId), quoted(similar.firstKey()), similar.first()));
         }
@@ -237,12 +228,6 @@ Identifiers checkIdentifiers(Setting &actions)
     }
     return identifiers;
 }
-
-struct PlacedKey
-{
-    int record = 0;
-    Key key;
-};
 
 // Whether the key has an action. A refused action counts: it is reported itself.
 bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actions)
@@ -255,42 +240,32 @@ bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actio
         format("no action has the identifier %1, and the phone drops the key", quoted(dmId));
     if (!similar.isEmpty())
         message += format("; %1 differs only in case or blanks", quoted(similar.firstKey()));
-    add(keys, Severity::Error, "key-without-action", problemOf(record, IdentifierField), message);
+    keys.addError("key-without-action", placeOf(record, IdentifierField), message);
     return false;
 }
 
-void checkPlace(Setting &keys, const Record &record, QList<PlacedKey> &placed)
+void checkPlace(Setting &keys, const Record &record, QMap<int, Key> &placed)
 {
     const Key key = provisioning::toKey(record);
-    const auto other = std::find_if(placed.cbegin(), placed.cend(), [&](const PlacedKey &each) {
-        return fields::isSamePlace(each.key, key);
+    const auto other = std::find_if(placed.begin(), placed.end(), [&](const Key &each) {
+        return fields::isSamePlace(each, key);
     });
-    if (other == placed.cend()) {
-        placed.append({record.number, key});
+    if (other == placed.end()) {
+        placed.insert(record.number, key);
         return;
     }
-    Problem problem =
-        problemOf(record, key.type == KeyType::AddOnModule ? PositionField : ContainerField);
-    problem.place.length = spanOf(record.fields.at(PositionField - 1)).end() - problem.place.start;
-    add(keys, Severity::Error, "same-place", problem,
-        format("record %1 is already at this place: %2", other->record,
-               text::printable(fields::described(key))));
-}
-
-// Keys that the phone drops do not count.
-void checkLimit(Setting &keys, const QList<Record> &ofSet, int limit)
-{
-    if (ofSet.size() > limit)
-        add(keys, Severity::Error, "too-many-keys", problemOf(ofSet.at(std::max(0, limit))),
-            format("there are %1 on the set, and the limit is %2: the phone refuses this one and "
-                   "the following keys on the set",
-                   text::counted(static_cast<int>(ofSet.size()), "key"_s), limit));
+    Place place =
+        placeOf(record, key.type == KeyType::AddOnModule ? PositionField : ContainerField);
+    place.length = placeOf(record, PositionField).end() - place.start;
+    keys.addError("same-place", place,
+                  format("record %1 is already at this place: %2", other.key(),
+                         text::printable(fields::described(key))));
 }
 
 void checkKeys(Setting &keys, const std::optional<Identifiers> &actions, std::optional<int> limit)
 {
-    QList<PlacedKey> placed;
-    QList<Record> ofSet;
+    QMap<int, Key> placed; // by the numbers of their records
+    QList<Record> ofSet;   // without those that the phone drops
     for (const Record &record : std::as_const(keys.records)) {
         if (!record.isAccepted())
             continue;
@@ -300,52 +275,47 @@ void checkKeys(Setting &keys, const std::optional<Identifiers> &actions, std::op
         if (isCreated && provisioning::toKey(record).type == KeyType::Set)
             ofSet.append(record);
     }
-    if (limit)
-        checkLimit(keys, ofSet, std::max(0, *limit));
+    if (limit && ofSet.size() > *limit)
+        keys.addError(
+            "too-many-keys", placeOf(ofSet.at(*limit)),
+            format("there are %1 on the set, and the limit is %2: the phone refuses this one and "
+                   "the following keys on the set",
+                   text::counted(static_cast<int>(ofSet.size()), "key"_s), *limit));
 }
 
-void checkLimitText(Setting &limit)
+void checkLimit(Setting &limit)
 {
-    bool isNumber = false;
-    limit.text.toInt(&isNumber);
-    Problem problem;
-    problem.place.length = static_cast<int>(limit.text.size());
-    if (!isNumber)
-        add(limit, Severity::Error, "not-a-number", problem,
-            format("the limit %1 is not a 32-bit decimal number and becomes 0: no key can be "
-                   "created on the set",
-                   quoted(limit.text)));
+    if (!isNumber(limit.text))
+        limit.addError("not-a-number", {1, 0, 0, static_cast<int>(limit.text.size())},
+                       format("the limit %1 is not a 32-bit decimal number and becomes 0: no key "
+                              "can be created on the set",
+                              quoted(limit.text)));
+}
+
+bool isBefore(const Problem &left, const Problem &right)
+{
+    return std::tie(left.place.record, left.place.start) <
+           std::tie(right.place.record, right.place.start);
 }
 
 } // namespace
 
-void check(Rollout &rollout, std::optional<int> limit)
+void check(Rollout &rollout)
 {
     std::optional<Identifiers> actions;
-    for (auto &[kind, setting] : rollout.settings) {
-        setting.isReadable = setting.isReadable && !checkLineBreaks(setting);
-        if (!setting.isReadable)
+    for (auto &[kind, setting] : rollout.settings) { // actions before keys
+        if (!setting.problems.isEmpty() || checkLineBreaks(setting))
             continue;
-        const QList<Record> records = setting.records;
-        for (const Record &record : records)
+        for (const Record &record : std::as_const(setting.records))
             checkRecord(setting, record);
         if (kind == Kind::Actions)
             actions = checkIdentifiers(setting);
-        else if (kind == Kind::Limit)
-            checkLimitText(setting);
+        else if (kind == Kind::Keys)
+            checkKeys(setting, actions, rollout.limit());
+        else
+            checkLimit(setting);
+        std::stable_sort(setting.problems.begin(), setting.problems.end(), isBefore);
     }
-    const Setting *limitSetting = rollout.find(Kind::Limit);
-    if (!limit && limitSetting)
-        limit = limitSetting->text.toInt();
-    const auto keys = rollout.settings.find(Kind::Keys);
-    if (keys != rollout.settings.end() && keys->second.isReadable)
-        checkKeys(keys->second, actions, limit);
-    for (auto &[kind, setting] : rollout.settings)
-        std::stable_sort(setting.problems.begin(), setting.problems.end(),
-                         [](const Problem &left, const Problem &right) {
-                             return std::make_pair(left.record, left.place.start) <
-                                    std::make_pair(right.record, right.place.start);
-                         });
 }
 
 } // namespace defaults

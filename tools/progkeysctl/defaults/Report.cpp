@@ -29,7 +29,7 @@ int characters(const QString &text, int start, int end)
 
 Record recordOf(const Setting &setting, const Problem &problem)
 {
-    return setting.records.value(problem.record - 1);
+    return setting.records.value(problem.place.record - 1);
 }
 
 // The hash before an empty record counts as its start.
@@ -38,15 +38,17 @@ int columnOf(const Setting &setting, const Problem &problem)
     return characters(setting.text, recordOf(setting, problem).start, problem.place.start) + 1;
 }
 
-QString headOf(const Setting &setting, const Problem &problem, const output::Terminal &terminal)
+void sayHead(const Setting &setting, const Problem &problem, output::Output &out)
 {
-    const QString place = format("%1:%2:%3:%4:", printable(setting.file), problem.record,
-                                 problem.field, columnOf(setting, problem));
+    const Place &place = problem.place;
+    const output::Terminal &terminal = out.terminal();
     const QString label = nameOf(problem.severity) + QLatin1Char(':');
-    return format("%1 %2 %3", terminal.bold(place),
-                  problem.severity == Severity::Error ? terminal.red(label)
-                                                      : terminal.yellow(label),
-                  problem.message);
+    out.say(
+        format("%1 %2 %3",
+               terminal.bold(format("%1:%2:%3:%4:", printable(setting.file), place.record,
+                                    place.field, columnOf(setting, problem))),
+               problem.severity == Severity::Error ? terminal.red(label) : terminal.yellow(label),
+               problem.message));
 }
 
 // The end of a text, in so many columns at most.
@@ -61,79 +63,71 @@ QString endOf(const QString &text, int width)
 }
 
 // The text around the place, and `^~~~` below the place.
-QStringList excerptOf(const Setting &setting, const Problem &problem, int width,
-                      const output::Terminal &terminal)
+void sayExcerpt(const Setting &setting, const Problem &problem, int width, output::Output &out)
 {
     const Record record = recordOf(setting, problem);
-    const Span shown =
-        record.length > 0 ? spanOf(record) : Span{0, static_cast<int>(setting.text.size())};
-    const Span &place = problem.place;
-    const QString before =
-        endOf(setting.text.mid(shown.start, place.start - shown.start), width / 2);
+    const bool hasText = record.length > 0;
+    const int from = hasText ? record.start : 0;
+    const auto to = hasText ? from + record.length : static_cast<int>(setting.text.size());
+    const Place &place = problem.place;
+    const QString before = endOf(setting.text.mid(from, place.start - from), width / 2);
     const QString marked = printable(setting.text.mid(place.start, place.length));
-    const QString after = printable(setting.text.mid(place.end(), shown.end() - place.end()));
+    const QString after = printable(setting.text.mid(place.end(), to - place.end()));
     const QString line = text::elided(before + marked + after, width);
     const int start = textWidth(before);
     const int length = std::max(1, std::min(textWidth(marked), textWidth(line) - start));
-    return {line, QString(start, QLatin1Char(' ')) +
-                      terminal.green("^"_s.leftJustified(length, QLatin1Char('~')))};
+    const QString mark = "^"_s.leftJustified(length, QLatin1Char('~'));
+    out.say(Indentation + line);
+    out.say(Indentation + QString(start, QLatin1Char(' ')) + out.terminal().green(mark));
 }
 
-QStringList fieldByField(const Setting &setting, const Record &record, int width)
+void sayFields(const Setting &setting, const Record &record, int width, output::Output &out)
 {
     constexpr int NameWidth = 12;
-    constexpr int Surplus = 3; // shown fields that have no name
+    constexpr int Shown = FieldCount + 3; // the last ones have no name
     const QStringList names = fieldNames(setting.kind);
-    const int size = static_cast<int>(record.fields.size());
-    QStringList lines;
-    for (int field = 0; field < std::max(FieldCount, std::min(size, FieldCount + Surplus));
-         ++field) {
-        const QString name = names.value(field, "-"_s);
-        const QString text = field < size ? printable(record.fields.at(field).text) : "(missing)"_s;
-        lines.append(text.isEmpty() ? name
-                                    : text::elided(name.leftJustified(NameWidth) + text, width));
+    const QStringList texts = textsOf(record);
+    for (int field = 0; field < Shown && (field < FieldCount || field < texts.size()); ++field) {
+        const QString name = names.value(field, "-"_s).leftJustified(NameWidth);
+        const QString text = printable(texts.value(field, "(missing)"_s));
+        out.say(Indentation + text::elided(text.isEmpty() ? name.trimmed() : name + text, width));
     }
-    if (size > FieldCount + Surplus)
-        lines.append("..."_s);
-    return lines;
+    if (texts.size() > Shown)
+        out.say(Indentation + "..."_s);
 }
 
-QStringList detailsOf(const Setting &setting, const Problem &problem,
-                      const output::Terminal &terminal)
+void sayProblem(const Setting &setting, const Problem &problem, output::Output &out)
 {
     constexpr int UsualWidth = 80;
     constexpr int LeastWidth = 16;
-    const int columns = terminal.width() > 0 ? terminal.width() : UsualWidth;
+    const int columns = out.terminal().width() > 0 ? out.terminal().width() : UsualWidth;
     const int width = std::max(columns - static_cast<int>(Indentation.size()), LeastWidth);
-    const bool isOfWholeFile = problem.place.length == 0 && problem.field == 0;
-    if (isOfWholeFile)
-        return {};
-    return problem.code == "field-count"_s && problem.field == 0
-               ? fieldByField(setting, recordOf(setting, problem), width)
-               : excerptOf(setting, problem, width, terminal);
+    const bool isOfRecord = problem.place.field == 0;
+    sayHead(setting, problem, out);
+    if (isOfRecord && problem.code == "field-count"_s)
+        sayFields(setting, recordOf(setting, problem), width, out);
+    else if (!isOfRecord || problem.place.length > 0)
+        sayExcerpt(setting, problem, width, out);
 }
 
 QString contentOf(const Setting &setting)
 {
-    const QString noun = setting.kind == Kind::Actions ? "action"_s
-                         : setting.kind == Kind::Keys  ? "key"_s
-                                                       : "limit"_s;
-    const auto count = setting.kind == Kind::Limit ? 1 : setting.records.size();
-    return counted(static_cast<int>(count), noun);
+    const auto count = static_cast<int>(setting.records.size());
+    if (setting.kind == Kind::Limit)
+        return "1 limit"_s;
+    return counted(count, setting.kind == Kind::Actions ? "action"_s : "key"_s);
 }
-
-} // namespace
 
 output::Listing listingOf(const Rollout &rollout)
 {
     output::Listing listing;
     for (const auto &[kind, setting] : rollout.settings) {
         for (const Problem &problem : setting.problems) {
-            const QString field = fieldNames(setting.kind).value(problem.field - 1);
+            const QString field = fieldNames(setting.kind).value(problem.place.field - 1);
             listing.rows.append(
                 {{"file"_s, setting.file},
-                 {"record"_s, problem.record},
-                 {"field"_s, problem.field > 0 ? problem.field : QJsonValue()},
+                 {"record"_s, problem.place.record},
+                 {"field"_s, problem.place.field > 0 ? problem.place.field : QJsonValue()},
                  {"fieldName"_s, field.isEmpty() ? QJsonValue() : field},
                  {"column"_s, columnOf(setting, problem)},
                  {"severity"_s, nameOf(problem.severity)},
@@ -143,25 +137,6 @@ output::Listing listingOf(const Rollout &rollout)
         }
     }
     return listing;
-}
-
-QStringList linesOf(const Rollout &rollout, const output::Terminal &terminal)
-{
-    QStringList lines;
-    int count = 0;
-    for (const auto &[kind, setting] : rollout.settings) {
-        for (const Problem &problem : setting.problems) {
-            if (++count > ShownProblems)
-                continue;
-            lines.append(headOf(setting, problem, terminal));
-            const QStringList details = detailsOf(setting, problem, terminal);
-            for (const QString &line : details)
-                lines.append(Indentation + line);
-        }
-    }
-    if (count > ShownProblems)
-        lines.append(format("%1 are not shown", counted(count - ShownProblems, "more problem"_s)));
-    return lines;
 }
 
 QString summaryOf(const Rollout &rollout)
@@ -182,6 +157,8 @@ QString summaryOf(const Rollout &rollout)
     return format("%1: %2, no problems", subject, parts.join(", "_s));
 }
 
+} // namespace
+
 int countOf(const Rollout &rollout, Severity severity)
 {
     int count = 0;
@@ -190,6 +167,25 @@ int countOf(const Rollout &rollout, Severity severity)
             std::count_if(setting.problems.cbegin(), setting.problems.cend(),
                           [&](const Problem &problem) { return problem.severity == severity; }));
     return count;
+}
+
+void print(const Rollout &rollout, output::Output &out)
+{
+    if (!out.isForPeople()) {
+        out.list(listingOf(rollout));
+        return;
+    }
+    int count = 0;
+    for (const auto &[kind, setting] : rollout.settings) {
+        for (const Problem &problem : setting.problems) {
+            if (++count <= ShownProblems)
+                sayProblem(setting, problem, out);
+        }
+    }
+    if (count > ShownProblems)
+        out.say(format("%1 are not shown", counted(count - ShownProblems, "more problem"_s)));
+    if (out.manner().hasLegend)
+        out.say(summaryOf(rollout));
 }
 
 } // namespace defaults

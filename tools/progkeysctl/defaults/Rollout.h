@@ -10,28 +10,26 @@ namespace defaults {
 struct Rollout
 {
     std::map<Kind, Setting> settings;
-    QString directory; ///< empty if there is none
+    QString directory;             ///< empty if there is none
+    std::optional<int> givenLimit; ///< used instead of ProgKeysMax
 
     const Setting *find(Kind kind) const;
+
+    /// The maximum number of keys of the set; nothing if it is unknown.
+    std::optional<int> limit() const;
+
+    /// Reads a setting from a file, `-` for stdin. Throws a Failure of status Usage if the rollout
+    /// already has that setting.
+    void add(Kind kind, const QString &file);
+
+    /// Reads the setting from the file of its name in a directory, if the file is there and the
+    /// rollout does not have the setting. Returns whether the file is there.
+    bool addFrom(const QString &folder, Kind kind);
+
+    /// Reads files, and then the other settings from at most one directory. A kind is that of the
+    /// file's name, or else the given one; `advice` is how to specify it. Throws a Failure of
+    /// status Usage if there is no kind, and of status Failed if the directory has no setting.
+    void addPaths(const QStringList &paths, std::optional<Kind> kind, const QString &advice);
 };
-
-/// Where the settings of a rollout are.
-struct RolloutSources
-{
-    QStringList paths;             ///< files, `-` for stdin, and at most one directory
-    std::optional<Kind> kind;      ///< of files whose names do not imply it
-    std::map<Kind, QString> files; ///< files of a known kind, `-` for stdin
-    QString unknownKindAdvice;     ///< how to specify the kind of a file
-};
-
-/// Reads a rollout: the files and, for other settings, the files in the directory that have the
-/// names of the settings.
-///
-/// Throws a Failure of status Usage if the kind of a file is unknown, or if two files are the same
-/// setting; of status Failed if a file cannot be read or the directory contains no setting.
-Rollout readRollout(const RolloutSources &sources);
-
-/// Adds ProgKeysMax from the directory of the keys, if it is there and the rollout has none.
-void addLimitBesideKeys(Rollout &rollout);
 
 } // namespace defaults

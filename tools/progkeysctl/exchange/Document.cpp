@@ -85,22 +85,6 @@ ExportedKey keyFromJson(QJsonObject object, const QString &where)
     return exported;
 }
 
-// Calls `add` for each object of an array, with a description of its place.
-template <typename Add>
-void forEachObject(const QJsonObject &document, const QString &member, const QString &file, Add add)
-{
-    const QJsonValue list = document.value(member);
-    if (!list.isArray())
-        throwInvalid(file, format("\"%1\" is not an array", member));
-    const QJsonArray array = list.toArray();
-    for (int index = 0; index < array.size(); ++index) {
-        const QString where = format("%1: %2[%3]", file, member, index);
-        if (!array.at(index).isObject())
-            throwInvalid(where, "not an object"_s);
-        add(array.at(index).toObject(), where);
-    }
-}
-
 } // namespace
 
 QByteArray toJson(const Document &document, bool isPretty)
@@ -123,22 +107,27 @@ QByteArray toJson(const Document &document, bool isPretty)
 Document fromJson(const QByteArray &text, const QString &file)
 {
     const QJsonObject object = files::readJson(text, file, Schema);
+    const auto whereIn = [&](const QString &member, qsizetype index) {
+        return format("%1: %2[%3]", file, member, index);
+    };
     Document document;
     QSet<qlonglong> ids{ReservedActionId};
-    forEachObject(object, ActionsMember, file, [&](const QJsonObject &each, const QString &where) {
+    for (const QJsonObject &each : files::objectsOf(object, ActionsMember, file)) {
+        const QString where = whereIn(ActionsMember, document.actions.size());
         const Action action = actionFromJson(each, where);
         if (ids.contains(action.idAction))
             throwInvalid(where, format("the id %1 is used twice", action.idAction));
         ids.insert(action.idAction);
         document.actions.append(action);
-    });
-    forEachObject(object, KeysMember, file, [&](const QJsonObject &each, const QString &where) {
+    }
+    for (const QJsonObject &each : files::objectsOf(object, KeysMember, file)) {
+        const QString where = whereIn(KeysMember, document.keys.size());
         const ExportedKey exported = keyFromJson(each, where);
         if (!ids.contains(exported.key.idAction))
             throwInvalid(where,
                          format("the file does not contain action %1", exported.key.idAction));
         document.keys.append(exported);
-    });
+    }
     return document;
 }
 

@@ -5,15 +5,12 @@
 #include "text/Format.h"
 
 #include <QHash>
+#include <QMap>
 
 #include <csignal>
 
 namespace exchange {
 namespace {
-
-const QString StepMember = "step"_s;
-const QString IdMember = "id"_s;
-const QString OutcomeMember = "outcome"_s;
 
 volatile std::sig_atomic_t isInterrupted = 0;
 
@@ -30,20 +27,21 @@ void watchSignals()
     }
 }
 
+QString nameOf(StepKind kind)
+{
+    return kind == StepKind::Add ? "add"_s : kind == StepKind::Change ? "change"_s : "skip"_s;
+}
+
 QJsonObject rowOf(const Step &step)
 {
-    const bool isSkipped = step.kind == StepKind::Skip;
-    const qlonglong fileId = step.action ? step.action->idAction : step.key.idKey;
-    return {
-        {StepMember, isSkipped                       ? "skip"_s
-                     : step.kind == StepKind::Change ? "change"_s
-                                                     : "add"_s},
-        {"what"_s, step.action ? "action"_s : "key"_s},
-        {"fileId"_s, output::jsonNumber(fileId)},
-        {IdMember, step.here > 0 ? output::jsonNumber(step.here) : QJsonValue()},
-        {"content"_s, step.action ? fields::described(*step.action) : fields::described(step.key)},
-        {OutcomeMember, isSkipped ? "skipped"_s : "planned"_s},
-        {"reason"_s, step.reason}};
+    const auto &action = step.action;
+    return {{"step"_s, nameOf(step.kind)},
+            {"what"_s, action ? "action"_s : "key"_s},
+            {"fileId"_s, output::jsonNumber(action ? action->idAction : step.key.idKey)},
+            {"id"_s, step.here > 0 ? output::jsonNumber(step.here) : QJsonValue()},
+            {"content"_s, action ? fields::described(*action) : fields::described(step.key)},
+            {"outcome"_s, step.outcome},
+            {"reason"_s, step.reason}};
 }
 
 // The plan made sure of room, action and key, so another client was faster, or a write failed.
@@ -62,54 +60,34 @@ Failure refusalOf(const Step &step, qlonglong code)
             "continue."_s};
 }
 
-class Importer
-{
-public:
-    explicit Importer(const client::Phone &phone) : m_phone(phone) {}
-
-    /// Carries a step out and notes the outcome; returns what went wrong, if anything.
-    std::optional<Failure> attempt(const Step &step, QJsonObject &row);
-
-private:
-    qlonglong call(const Step &step);
-
-    const client::Phone &m_phone;
-    QHash<qlonglong, qlonglong> m_newIds; ///< of the document's actions, by their ids there
-};
-
-std::optional<Failure> Importer::attempt(const Step &step, QJsonObject &row)
-{
-    try {
-        const qlonglong code = call(step);
-        const bool isRefused = step.kind == StepKind::Change ? code != 0 : code < 0;
-        row.insert(OutcomeMember, isRefused ? "failed"_s : "done"_s);
-        if (isRefused)
-            return refusalOf(step, code);
-        if (step.kind == StepKind::Add)
-            row.insert(IdMember, output::jsonNumber(code));
-        return std::nullopt;
-    } catch (const Failure &failure) {
-        // The service may have carried out a call without an answer, unless the bus denied it.
-        const bool isDenied = failure.status == ExitStatus::AccessDenied;
-        row.insert(OutcomeMember, isDenied ? "failed"_s : "unknown"_s);
-        return failure;
-    }
-}
+// The ids here of the actions that were added, by their ids in the document.
+using NewIds = QHash<qlonglong, qlonglong>;
 
 // Returns the id of a new row, or the result of a change.
-qlonglong Importer::call(const Step &step)
+qlonglong call(const client::Phone &phone, const Step &step, const NewIds &newIds)
 {
-    if (step.action) {
-        const qlonglong id = m_phone.call<qlonglong>("addAction", *step.action);
-        m_newIds.insert(step.action->idAction, id);
-        return id;
-    }
+    if (step.action)
+        return phone.call<qlonglong>("addAction", *step.action);
     Key key = step.key;
-    key.idAction = step.target ? *step.target : m_newIds.value(key.idAction);
+    key.idAction = step.target ? *step.target : newIds.value(key.idAction);
     if (step.kind == StepKind::Add)
-        return m_phone.call<qlonglong>("createProgrammableKey", key);
+        return phone.call<qlonglong>("createProgrammableKey", key);
     key.idKey = step.here;
-    return m_phone.call<int>("modifyProgrammableKey", key);
+    return phone.call<int>("modifyProgrammableKey", key);
+}
+
+void carryOutStep(Step &step, const client::Phone &phone, NewIds &newIds)
+{
+    step.outcome = "unknown"_s; // if the service does not answer
+    const qlonglong code = call(phone, step, newIds);
+    const bool isRefused = step.kind == StepKind::Change ? code != 0 : code < 0;
+    step.outcome = isRefused ? "failed"_s : "done"_s;
+    if (isRefused)
+        throw refusalOf(step, code);
+    if (step.kind == StepKind::Add)
+        step.here = code;
+    if (step.action)
+        newIds.insert(step.action->idAction, code);
 }
 
 } // namespace
@@ -117,30 +95,41 @@ qlonglong Importer::call(const Step &step)
 output::Listing listingOf(const QList<Step> &steps)
 {
     output::Listing listing;
-    for (const Step &step : steps)
+    const QStringList counted{"planned"_s, "done"_s, "skipped"_s};
+    QMap<StepKind, int> counts;
+    for (const Step &step : steps) {
         listing.rows.append(rowOf(step));
+        counts[step.kind] += counted.contains(step.outcome) ? 1 : 0;
+    }
+    listing.legend = format("%1 added, %2 changed, %3 skipped", counts[StepKind::Add],
+                            counts[StepKind::Change], counts[StepKind::Skip]);
     return listing;
 }
 
-ImportResult carryOut(const QList<Step> &steps, const client::Phone &phone)
+std::optional<Failure> carryOut(QList<Step> &steps, const client::Phone &phone)
 {
     watchSignals();
-    Importer importer(phone);
-    ImportResult result{listingOf(steps), std::nullopt};
-    for (int place = 0; place < steps.size(); ++place) {
-        const Step &step = steps.at(place);
-        QJsonObject &row = result.steps.rows[place];
+    NewIds newIds;
+    std::optional<Failure> failure;
+    for (Step &step : steps) {
         if (step.kind == StepKind::Skip)
             continue;
-        if (isInterrupted && !result.failure)
-            result.failure = Failure{ExitStatus::Failed, "The import was interrupted"_s,
-                                     "Import the same file again to continue."_s};
-        if (result.failure)
-            row.insert(OutcomeMember, "not done"_s);
-        else
-            result.failure = importer.attempt(step, row);
+        if (isInterrupted && !failure)
+            failure = Failure{ExitStatus::Failed, "The import was interrupted"_s,
+                              "Import the same file again to continue."_s};
+        if (failure) {
+            step.outcome = "not done"_s;
+            continue;
+        }
+        try {
+            carryOutStep(step, phone, newIds);
+        } catch (const Failure &caught) {
+            failure = caught;
+            if (caught.status == ExitStatus::AccessDenied)
+                step.outcome = "failed"_s;
+        }
     }
-    return result;
+    return failure;
 }
 
 } // namespace exchange

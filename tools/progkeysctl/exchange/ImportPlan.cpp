@@ -1,4 +1,4 @@
-#include "exchange/ImportPlan.h"
+#include "exchange/Import.h"
 
 #include "fields/Fields.h"
 #include "fields/Places.h"
@@ -10,18 +10,6 @@
 
 namespace exchange {
 namespace {
-
-bool hasSameContent(Action left, const Action &right)
-{
-    left.idAction = right.idAction;
-    return left == right;
-}
-
-bool hasSameContent(Key left, const Key &right)
-{
-    left.idKey = right.idKey;
-    return left == right;
-}
 
 // Removes the first row that fits from the list and returns it.
 template <typename Row, typename Predicate>
@@ -38,6 +26,7 @@ std::optional<Row> takeFirst(QList<Row> &rows, Predicate fits)
 void skip(Step &step, const QString &reason)
 {
     step.kind = StepKind::Skip;
+    step.outcome = "skipped"_s;
     step.reason = reason;
 }
 
@@ -45,12 +34,15 @@ void skip(Step &step, const QString &reason)
 using ActionIds = QHash<qlonglong, qlonglong>;
 
 // Skips an action that a user's action here is equal to, and takes that one off the list.
-Step planAction(const Action &action, ListAction &userActions, ActionIds &ids)
+Step planAction(const Action &action, ListAction &actions, ActionIds &ids)
 {
     Step step;
     step.action = action;
-    const auto equal =
-        takeFirst(userActions, [&](const Action &each) { return hasSameContent(each, action); });
+    const auto equal = takeFirst(actions, [&](Action each) {
+        const bool isUsers = fields::isUsers(each);
+        each.idAction = action.idAction;
+        return isUsers && each == action;
+    });
     if (equal) {
         step.here = equal->idAction;
         ids.insert(action.idAction, equal->idAction);
@@ -69,57 +61,44 @@ void findProvisionedAction(Step &step, const QString &dmId, const ListAction &ac
         step.target = here->idAction;
 }
 
-void findEqualKey(Step &step, ListKey &userKeys)
+// Skips a key that a user's key here is equal to, and takes that one off the list.
+void findEqualKey(Step &step, ListKey &keys)
 {
-    if (step.kind == StepKind::Skip || !step.target)
-        return;
     Key wanted = step.key;
     wanted.idAction = *step.target;
-    const auto equal =
-        takeFirst(userKeys, [&](const Key &each) { return hasSameContent(each, wanted); });
+    const auto equal = takeFirst(keys, [&](Key each) {
+        each.idKey = wanted.idKey;
+        return each == wanted;
+    });
     if (!equal)
         return;
     step.here = equal->idKey;
     skip(step, format("already exists as key %1", equal->idKey));
 }
 
-void findPlace(Step &step, ListKey &userKeys, const ListKey &provisionedKeys)
+void findPlace(Step &step, ListKey &keys)
 {
-    if (step.kind == StepKind::Skip)
-        return;
     const auto isThere = [&](const Key &each) { return fields::isSamePlace(each, step.key); };
-    if (const auto occupant = takeFirst(userKeys, isThere)) {
+    const auto occupant =
+        takeFirst(keys, [&](const Key &each) { return each.dmId.isEmpty() && isThere(each); });
+    const auto provisioned = std::find_if(keys.cbegin(), keys.cend(), isThere);
+    if (occupant) {
         step.kind = StepKind::Change;
         step.here = occupant->idKey;
-        return;
-    }
-    const auto provisioned = std::find_if(provisionedKeys.begin(), provisionedKeys.end(), isThere);
-    if (provisioned != provisionedKeys.end())
+    } else if (provisioned != keys.cend()) {
         skip(step, format("provisioned key %1 occupies the place", provisioned->idKey));
+    }
 }
 
 } // namespace
 
-bool Step::addsKeyOfSet() const
-{
-    return !action && kind == StepKind::Add && key.type == KeyType::Set;
-}
-
 // All equal keys are found before places are given away, so that they keep theirs.
-QList<Step> planImport(const Document &document, const ListAction &actions, const ListKey &keys)
+QList<Step> planImport(const Document &document, ListAction actions, ListKey keys)
 {
-    ListAction userActions;
-    std::copy_if(actions.begin(), actions.end(), std::back_inserter(userActions), fields::isUsers);
-    ListKey userKeys;
-    ListKey provisionedKeys;
-    for (const Key &key : keys)
-        (key.dmId.isEmpty() ? userKeys : provisionedKeys).append(key);
-
     ActionIds ids{{ReservedActionId, ReservedActionId}};
-    QList<Step> actionSteps;
+    QList<Step> steps;
     for (const Action &action : document.actions)
-        actionSteps.append(planAction(action, userActions, ids));
-    QList<Step> keySteps;
+        steps.append(planAction(action, actions, ids));
     for (const ExportedKey &exported : document.keys) {
         Step step;
         step.key = exported.key;
@@ -127,12 +106,15 @@ QList<Step> planImport(const Document &document, const ListAction &actions, cons
             findProvisionedAction(step, exported.actionDmId, actions);
         else if (ids.contains(exported.key.idAction))
             step.target = ids.value(exported.key.idAction);
-        findEqualKey(step, userKeys);
-        keySteps.append(step);
+        if (step.target)
+            findEqualKey(step, keys);
+        steps.append(step);
     }
-    for (Step &step : keySteps)
-        findPlace(step, userKeys, provisionedKeys);
-    return actionSteps + keySteps;
+    for (Step &step : steps) {
+        if (!step.action && step.kind != StepKind::Skip)
+            findPlace(step, keys);
+    }
+    return steps;
 }
 
 } // namespace exchange

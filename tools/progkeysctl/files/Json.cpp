@@ -4,6 +4,7 @@
 #include "outcome/Failure.h"
 #include "text/Format.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -62,6 +63,20 @@ void requireMembers(const QJsonObject &object, const QStringList &names, const Q
         if (!members.contains(name))
             throwInvalid(format("%1: the member \"%2\" is missing", where, name));
     }
+}
+
+QList<QJsonObject> objectsOf(const QJsonObject &object, const QString &member, const QString &file)
+{
+    if (!object.value(member).isArray())
+        throwInvalid(format("%1: \"%2\" is not an array", file, member));
+    QList<QJsonObject> objects;
+    const QJsonArray array = object.value(member).toArray();
+    for (const QJsonValue &each : array) {
+        if (!each.isObject())
+            throwInvalid(format("%1: %2[%3]: not an object", file, member, objects.size()));
+        objects.append(each.toObject());
+    }
+    return objects;
 }
 
 } // namespace files

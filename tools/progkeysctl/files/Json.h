@@ -23,4 +23,8 @@ QJsonObject readJson(const QByteArray &bytes, const QString &file, const Schema 
 /// others.
 void requireMembers(const QJsonObject &object, const QStringList &names, const QString &where);
 
+/// The objects in an array. Throws a Failure of status InvalidText if the member is not an array of
+/// objects.
+QList<QJsonObject> objectsOf(const QJsonObject &object, const QString &member, const QString &file);
+
 } // namespace files

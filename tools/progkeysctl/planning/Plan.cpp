@@ -2,11 +2,14 @@
 
 #include "fields/Fields.h"
 #include "fields/Places.h"
-#include "planning/PlanTarget.h"
+#include "provisioning/DefaultsMerge.h"
 #include "provisioning/ProvisionedRecords.h"
 #include "text/Format.h"
 
+#include <QSet>
+
 #include <algorithm>
+#include <limits>
 
 namespace defaults {
 namespace {
@@ -14,256 +17,44 @@ namespace {
 using fields::described;
 using provisioning::Record;
 
-const QString OfAction = "action"_s;
-const QString OfKey = "key"_s;
+// The id of everything new: the id that it will get is not known.
+constexpr qlonglong NewId = std::numeric_limits<qlonglong>::min();
 
-const QString Added = "added"_s;
-const QString Changed = "changed"_s;
-const QString Kept = "kept"_s;
-const QString Removed = "removed"_s;
-const QString Withdrawn = "withdrawn"_s;
-const QString Dropped = "dropped"_s;
-const QString Refused = "refused"_s;
-
-const QString What = "what"_s;
-const QString RowKind = "kind"_s;
-const QString Id = "id"_s;
-const QString DmId = "dmId"_s;
-const QString FieldName = "field"_s;
-const QString Old = "old"_s;
-const QString New = "new"_s;
-const QString RecordNumber = "record"_s;
-const QString Reason = "reason"_s;
-const QString Detail = "detail"_s;
-const QString Content = "content"_s;
-
-const QString IdKey = "idKey"_s;
-const QString IdAction = "idAction"_s;
-
-// A key that is created, and the provisioned key that it replaces: the merge deletes all of them.
-struct CreatedKey
+// A key in an accepted record, and what becomes of it.
+struct PlannedKey
 {
     Key key;
     int record = 0;
-    const Key *predecessor = nullptr;
+    QJsonValue reason; ///< why it is not created, or what is unusual about it
+    bool isCreated = false;
+    std::optional<Key> before; ///< the provisioned key that it replaces: the merge deletes all
 };
 
-// The fields of a key after the merge. The id of a new action is null.
-QJsonObject contentOf(const Key &key, const QJsonValue &idKey)
+QJsonValue jsonId(qlonglong id)
 {
-    QJsonObject content = fields::toJson(key);
-    content.insert(IdKey, idKey);
-    if (key.idAction == NewActionId)
-        content.insert(IdAction, QJsonValue());
+    return id == NewId ? QJsonValue() : output::jsonNumber(id);
+}
+
+template <typename Row>
+QJsonObject contentOf(const Row &row)
+{
+    QJsonObject content = fields::toJson(row);
+    for (const QString &id : {"idKey"_s, "idAction"_s}) {
+        if (content.value(id) == output::jsonNumber(NewId))
+            content.insert(id, QJsonValue());
+    }
     return content;
 }
 
-// The fields in which two records differ, each with its old and new value.
-template <typename Row>
-QList<QJsonObject> changesBetween(const QJsonObject &before, const QJsonObject &after)
+// The members of a row that say what it is about.
+QJsonObject subject(const Action &action)
 {
-    QList<QJsonObject> changes;
-    for (const fields::Field &field : fields::of<Row>()) {
-        const QJsonValue now = before.value(field.name);
-        const QJsonValue then = after.value(field.name);
-        if (now != then)
-            changes.append({{FieldName, field.name}, {Old, now}, {New, then}});
-    }
-    return changes;
+    return {{"kind"_s, "action"_s}, {"id"_s, jsonId(action.idAction)}, {"dmId"_s, action.dmId}};
 }
 
-QList<QJsonObject> changesTo(const CreatedKey &created, const Key &before)
+QJsonObject subject(const Key &key)
 {
-    return changesBetween<Key>(fields::toJson(before),
-                               contentOf(created.key, output::jsonNumber(before.idKey)));
-}
-
-// An empty setting provisions nothing; to the parser it is one empty record.
-QList<Record> recordsOf(const QString &text)
-{
-    return text.isEmpty() ? QList<Record>() : provisioning::parseText(text);
-}
-
-// Makes each key that is like a removed one its successor, and takes that one off the list.
-template <typename Likeness>
-void pairWhere(QList<CreatedKey> &created, QList<const Key *> &removed, Likeness isAlike)
-{
-    const auto hasSuccessor = [&](const Key *before) {
-        for (CreatedKey &each : created) {
-            if (each.predecessor || each.key.dmId != before->dmId || !isAlike(each, *before))
-                continue;
-            each.predecessor = before;
-            return true;
-        }
-        return false;
-    };
-    removed.erase(std::remove_if(removed.begin(), removed.end(), hasSuccessor), removed.end());
-}
-
-// Describes the effects of a merge as rows.
-class Planner
-{
-public:
-    Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings);
-
-    QList<QJsonObject> plan();
-
-private:
-    void add(const QString &what, const QString &kind, const QJsonValue &id, const QString &dmId,
-             const QJsonObject &others);
-    void planAction(const Action &before, const Action &after);
-    QString withdrawal(const Action &action) const;
-    QList<CreatedKey> createdKeys();
-    void planKeys();
-    void planCreatedKey(const CreatedKey &created);
-    void planRefusedRecords(const QString &kind, const QString &text);
-
-    const ListAction &m_actions;
-    const ListKey &m_keys;
-    const PlannedSettings &m_settings;
-    PlanTarget m_target;
-    QList<QJsonObject> m_rows;
-};
-
-Planner::Planner(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings)
-    : m_actions(actions), m_keys(keys), m_settings(settings)
-{
-    m_target.actions = actions;
-    m_target.keys = keys;
-    m_target.limit = settings.limit;
-    provisioning::mergeDefaults(m_target, settings.actions, settings.keys);
-}
-
-QList<QJsonObject> Planner::plan()
-{
-    for (int place = 0; place < m_actions.size(); ++place)
-        planAction(m_actions.at(place), m_target.actions.at(place));
-    for (const Action &action : m_target.actions.mid(m_actions.size())) {
-        QJsonObject content = fields::toJson(action);
-        content.insert(IdAction, QJsonValue());
-        add(Added, OfAction, {}, action.dmId,
-            {{New, described(action)},
-             {Content, content},
-             {Reason,
-              action.dmId.isEmpty() ? "no identifier: becomes a user's action"_s : QJsonValue()}});
-    }
-    planKeys();
-    planRefusedRecords(OfAction, m_settings.actions);
-    planRefusedRecords(OfKey, m_settings.keys);
-    return m_rows;
-}
-
-void Planner::add(const QString &what, const QString &kind, const QJsonValue &id,
-                  const QString &dmId, const QJsonObject &others)
-{
-    QJsonObject row{{What, what}, {RowKind, kind}, {Id, id}, {DmId, dmId}};
-    for (const QString &member : {FieldName, Old, New, RecordNumber, Reason, Content})
-        row.insert(member, others.contains(member) ? others.value(member) : QJsonValue());
-    m_rows.append(row);
-}
-
-void Planner::planAction(const Action &before, const Action &after)
-{
-    const QJsonValue id = output::jsonNumber(before.idAction);
-    const QList<QJsonObject> changes =
-        changesBetween<Action>(fields::toJson(before), fields::toJson(after));
-    const QString overwritten =
-        before.idAction == ReservedActionId ? "the reserved action"_s : "a user's action"_s;
-    for (QJsonObject change : changes) {
-        if (before.dmId.isEmpty())
-            change.insert(Reason, format("no identifier: overwrites %1", overwritten));
-        add(Changed, OfAction, id, before.dmId, change);
-    }
-    if (m_target.withdrawn.contains(before.idAction))
-        add(Withdrawn, OfAction, id, before.dmId,
-            {{Old, described(before)}, {Reason, withdrawal(before)}});
-    else if (changes.isEmpty() && !before.dmId.isEmpty())
-        add(Kept, OfAction, id, before.dmId, {{New, described(before)}});
-}
-
-QString Planner::withdrawal(const Action &action) const
-{
-    const auto count = std::count_if(m_keys.cbegin(), m_keys.cend(), [&](const Key &key) {
-        return key.dmId.isEmpty() && key.idAction == action.idAction;
-    });
-    const QString reason = "stays in the database"_s;
-    return count == 0 ? reason : format("%1, user keys that trigger it: %2", reason, count);
-}
-
-QList<CreatedKey> Planner::createdKeys()
-{
-    QList<CreatedKey> created;
-    auto outcome = m_target.keyOutcomes.cbegin();
-    for (const Record &record : recordsOf(m_settings.keys)) {
-        if (!record.isAccepted())
-            continue;
-        const Key key = outcome->key.value_or(provisioning::toKey(record));
-        if (outcome->isCreated)
-            created.append({key, record.number});
-        else
-            add(Dropped, OfKey, {}, key.dmId,
-                {{New, described(key)},
-                 {RecordNumber, record.number},
-                 {Reason, outcome->key ? "key limit reached"_s : "no such action"_s}});
-        ++outcome;
-    }
-    return created;
-}
-
-// A provisioned key becomes the same key if possible, else one of the same identifier at the same
-// place, else one of the same identifier.
-void Planner::planKeys()
-{
-    QList<CreatedKey> created = createdKeys();
-    QList<const Key *> removed;
-    for (const Key &key : m_keys) {
-        if (!key.dmId.isEmpty())
-            removed.append(&key);
-    }
-    pairWhere(created, removed, [](const CreatedKey &after, const Key &before) {
-        return changesTo(after, before).isEmpty();
-    });
-    pairWhere(created, removed, [](const CreatedKey &after, const Key &before) {
-        return fields::isSamePlace(after.key, before);
-    });
-    pairWhere(created, removed, [](const CreatedKey &, const Key &) { return true; });
-    for (const CreatedKey &each : std::as_const(created))
-        planCreatedKey(each);
-    for (const Key *key : std::as_const(removed))
-        add(Removed, OfKey, output::jsonNumber(key->idKey), key->dmId, {{Old, described(*key)}});
-}
-
-void Planner::planCreatedKey(const CreatedKey &created)
-{
-    const QString &dmId = created.key.dmId;
-    QJsonObject row{{New, described(created.key)}, {RecordNumber, created.record}};
-    if (!created.predecessor) {
-        row.insert(Content, contentOf(created.key, {}));
-        if (dmId.isEmpty())
-            row.insert(Reason,
-                       "no identifier: becomes a user's key, and each start adds another one"_s);
-        add(Added, OfKey, {}, dmId, row);
-        return;
-    }
-    const QJsonValue id = output::jsonNumber(created.predecessor->idKey);
-    const QList<QJsonObject> changes = changesTo(created, *created.predecessor);
-    for (QJsonObject change : changes) {
-        change.insert(RecordNumber, created.record);
-        add(Changed, OfKey, id, dmId, change);
-    }
-    if (changes.isEmpty())
-        add(Kept, OfKey, id, dmId, row);
-}
-
-void Planner::planRefusedRecords(const QString &kind, const QString &text)
-{
-    for (const Record &record : recordsOf(text)) {
-        if (!record.isAccepted())
-            add(Refused, kind, {}, {},
-                {{New, text.mid(record.start, record.length)},
-                 {RecordNumber, record.number},
-                 {Reason, record.fault}});
-    }
+    return {{"kind"_s, "key"_s}, {"id"_s, jsonId(key.idKey)}, {"dmId"_s, key.dmId}};
 }
 
 QString quotedValue(const QJsonValue &value)
@@ -275,73 +66,287 @@ QString quotedValue(const QJsonValue &value)
 // What a row says, in one text: the change of a field, or a description; then the reason.
 QString detailOf(const QJsonObject &row)
 {
-    QString detail = row.value(Old).toString() + row.value(New).toString();
-    if (row.value(FieldName).isString())
-        detail = format("%1 %2 -> %3", row.value(FieldName).toString(), quotedValue(row.value(Old)),
-                        quotedValue(row.value(New)));
-    QStringList parts{detail, row.value(Reason).toString()};
+    QString detail = row.value("old"_s).toString() + row.value("new"_s).toString();
+    if (row.value("field"_s).isString())
+        detail = format("%1 %2 -> %3", row.value("field"_s).toString(),
+                        quotedValue(row.value("old"_s)), quotedValue(row.value("new"_s)));
+    QStringList parts{detail, row.value("reason"_s).toString()};
     parts.removeAll(QString());
     return parts.join(": "_s);
 }
 
-// "Actions: 1 added, 2 kept". A changed action or key has a row for each field.
-QString summaryOf(const QList<QJsonObject> &rows, const QString &kind, const QString &title)
+// The lower, the more alike two keys of the same identifier are.
+int difference(const Key &before, Key after)
 {
-    QStringList parts;
-    for (const QString &what : {Added, Changed, Kept, Removed, Withdrawn, Dropped, Refused}) {
-        int count = 0;
-        QJsonValue last;
-        for (const QJsonObject &row : rows) {
-            if (row.value(What) != what || row.value(RowKind) != kind)
-                continue;
-            count += what == Changed && row.value(Id) == last ? 0 : 1;
-            last = row.value(Id);
-        }
-        if (count > 0)
-            parts.append(format("%1 %2", count, what));
-    }
-    return title + (parts.isEmpty() ? "none"_s : parts.join(", "_s));
+    after.idKey = before.idKey;
+    if (after == before)
+        return 0;
+    return fields::isSamePlace(after, before) ? 1 : 2;
 }
 
-bool hasAny(const QList<QJsonObject> &rows, const QStringList &whats)
+// Tries the merge under the rules of the service, and describes its effects as rows.
+class Planner : public provisioning::MergeTarget
 {
-    return std::any_of(rows.cbegin(), rows.cend(), [&](const QJsonObject &row) {
-        return whats.contains(row.value(What).toString());
-    });
+public:
+    Planner(const ListAction &actions, const ListKey &keys, const Rollout &rollout);
+
+    Plan plan();
+
+    // The merge calls these.
+    bool isLogged() const override { return false; }
+    ListAction allActions() override { return m_actions; }
+    std::optional<Action> actionWithDmId(const QString &dmId) override;
+    void addAction(const Action &action) override;
+    void modifyAction(const Action &action) override;
+    void deleteAction(qlonglong idAction) override { m_withdrawn.insert(idAction); }
+    void deleteProvisionedKeys() override;
+    void createKey(const Key &key) override;
+
+private:
+    void add(const QString &what, QJsonObject row, const QJsonObject &others);
+    template <typename Row>
+    void addChanges(const Row &before, const Row &after, QJsonObject others);
+    void planAction(const Action &before, const Action &after);
+    QString withdrawal(const Action &action) const;
+    void findPredecessors();
+    void planKey(const PlannedKey &planned);
+    void planRefusedRecords(const QString &kind, const Setting &setting);
+    QString summaryOf(const QString &kind) const;
+
+    const ListAction &m_actionsBefore;
+    const ListKey &m_keysBefore;
+    const Setting &m_actionsSetting;
+    const Setting &m_keysSetting;
+    std::optional<int> m_limit;
+
+    ListAction m_actions; ///< those of the phone, then new ones
+    QSet<qlonglong> m_withdrawn;
+    ListKey m_removed;        ///< provisioned keys without a successor
+    QList<Record> m_accepted; ///< of the keys
+    QList<PlannedKey> m_planned;
+    int m_keysOfSet = 0;
+
+    Plan m_plan;
+};
+
+Planner::Planner(const ListAction &actions, const ListKey &keys, const Rollout &rollout)
+    : m_actionsBefore(actions), m_keysBefore(keys),
+      m_actionsSetting(rollout.settings.at(Kind::Actions)),
+      m_keysSetting(rollout.settings.at(Kind::Keys)), m_limit(rollout.limit()), m_actions(actions)
+{
+    for (const Record &record : m_keysSetting.records) {
+        if (record.isAccepted())
+            m_accepted.append(record);
+    }
+    m_plan.listing.colours = {{"added"_s, "green"},     {"changed"_s, "brown"},
+                              {"withdrawn"_s, "brown"}, {"removed"_s, "red"},
+                              {"dropped"_s, "red"},     {"refused"_s, "red"}};
+}
+
+void Planner::addAction(const Action &action)
+{
+    m_actions.append(action);
+    m_actions.last().idAction = NewId;
+}
+
+void Planner::modifyAction(const Action &action)
+{
+    for (Action &each : m_actions) {
+        if (each.idAction == action.idAction)
+            each = action;
+    }
+}
+
+void Planner::deleteProvisionedKeys()
+{
+    for (const Key &key : m_keysBefore) {
+        if (!key.dmId.isEmpty())
+            m_removed.append(key);
+        else if (key.type == KeyType::Set)
+            ++m_keysOfSet;
+    }
+}
+
+// The merge asks once for each accepted key, before it creates the key.
+std::optional<Action> Planner::actionWithDmId(const QString &dmId)
+{
+    const Record &record = m_accepted.at(m_planned.size());
+    PlannedKey planned;
+    planned.key = provisioning::toKey(record);
+    planned.key.idKey = NewId;
+    planned.record = record.number;
+    planned.reason = "no such action"_s;
+    m_planned.append(planned);
+    const auto found = std::find_if(m_actions.cbegin(), m_actions.cend(),
+                                    [&](const Action &action) { return action.dmId == dmId; });
+    return found == m_actions.cend() ? std::nullopt : std::optional(*found);
+}
+
+void Planner::createKey(const Key &key)
+{
+    PlannedKey &planned = m_planned.last();
+    planned.key.idAction = key.idAction;
+    const bool isOfSet = key.type == KeyType::Set;
+    planned.isCreated = !isOfSet || !m_limit || m_keysOfSet < *m_limit;
+    if (!planned.isCreated)
+        planned.reason = "key limit reached"_s;
+    else if (key.dmId.isEmpty())
+        planned.reason = "no identifier: becomes a user's key, and each start adds another one"_s;
+    else
+        planned.reason = QJsonValue();
+    m_keysOfSet += isOfSet && planned.isCreated ? 1 : 0;
+}
+
+Plan Planner::plan()
+{
+    provisioning::mergeDefaults(*this, m_actionsSetting.text, m_keysSetting.text);
+    findPredecessors();
+    for (int place = 0; place < m_actionsBefore.size(); ++place)
+        planAction(m_actionsBefore.at(place), m_actions.at(place));
+    for (const Action &action : m_actions.mid(m_actionsBefore.size()))
+        add("added"_s, subject(action),
+            {{"new"_s, described(action)},
+             {"content"_s, contentOf(action)},
+             {"reason"_s,
+              action.dmId.isEmpty() ? "no identifier: becomes a user's action"_s : QJsonValue()}});
+    for (const PlannedKey &planned : std::as_const(m_planned))
+        planKey(planned);
+    for (const Key &key : std::as_const(m_removed))
+        add("removed"_s, subject(key), {{"old"_s, described(key)}});
+    planRefusedRecords("action"_s, m_actionsSetting);
+    planRefusedRecords("key"_s, m_keysSetting);
+    m_plan.listing.legend = format("Actions: %1\nKeys: %2%3", summaryOf("action"_s),
+                                   summaryOf("key"_s), m_plan.hasChanges ? "" : "\nNo changes.");
+    return m_plan;
+}
+
+void Planner::add(const QString &what, QJsonObject row, const QJsonObject &others)
+{
+    row.insert("what"_s, what);
+    for (const char *member : {"field", "old", "new", "record", "reason", "content"})
+        row.insert(QString::fromLatin1(member), QJsonValue());
+    for (auto other = others.begin(); other != others.end(); ++other)
+        row.insert(other.key(), other.value());
+    row.insert("detail"_s, detailOf(row));
+    m_plan.listing.rows.append(row);
+    m_plan.hasChanges |= what == "added"_s || what == "changed"_s || what == "removed"_s;
+    m_plan.hasRefusedRecords |= what == "refused"_s;
+}
+
+// Adds a row for each field that differs.
+template <typename Row>
+void Planner::addChanges(const Row &before, const Row &after, QJsonObject others)
+{
+    const QJsonObject old = contentOf(before);
+    const QJsonObject content = contentOf(after);
+    for (const fields::Field &field : fields::of<Row>()) {
+        if (old.value(field.name) == content.value(field.name))
+            continue;
+        others.insert("field"_s, field.name);
+        others.insert("old"_s, old.value(field.name));
+        others.insert("new"_s, content.value(field.name));
+        add("changed"_s, subject(before), others);
+    }
+}
+
+void Planner::planAction(const Action &before, const Action &after)
+{
+    if (m_withdrawn.contains(before.idAction)) {
+        add("withdrawn"_s, subject(before),
+            {{"old"_s, described(before)}, {"reason"_s, withdrawal(before)}});
+    } else if (!before.dmId.isEmpty() && before == after) {
+        add("kept"_s, subject(before), {{"new"_s, described(before)}});
+    } else if (!before.dmId.isEmpty()) {
+        addChanges(before, after, {});
+    } else {
+        const char *whose =
+            before.idAction == ReservedActionId ? "the reserved action" : "a user's action";
+        addChanges(before, after, {{"reason"_s, format("no identifier: overwrites %1", whose)}});
+    }
+}
+
+QString Planner::withdrawal(const Action &action) const
+{
+    const auto count =
+        std::count_if(m_keysBefore.cbegin(), m_keysBefore.cend(), [&](const Key &key) {
+            return key.dmId.isEmpty() && key.idAction == action.idAction;
+        });
+    const QString reason = "stays in the database"_s;
+    return count == 0 ? reason : format("%1, user keys that trigger it: %2", reason, count);
+}
+
+// A provisioned key becomes the same key if possible, else one of the same identifier at the same
+// place, else one of the same identifier.
+void Planner::findPredecessors()
+{
+    for (const int limit : {0, 1, 2}) {
+        for (PlannedKey &planned : m_planned) {
+            if (!planned.isCreated || planned.before)
+                continue;
+            const auto found =
+                std::find_if(m_removed.begin(), m_removed.end(), [&](const Key &key) {
+                    return key.dmId == planned.key.dmId && difference(key, planned.key) <= limit;
+                });
+            if (found == m_removed.end())
+                continue;
+            planned.before = *found;
+            planned.key.idKey = found->idKey;
+            m_removed.erase(found);
+        }
+    }
+}
+
+void Planner::planKey(const PlannedKey &planned)
+{
+    const Key &key = planned.key;
+    QJsonObject row{
+        {"new"_s, described(key)}, {"record"_s, planned.record}, {"reason"_s, planned.reason}};
+    if (!planned.isCreated) {
+        add("dropped"_s, subject(key), row);
+    } else if (!planned.before) {
+        row.insert("content"_s, contentOf(key));
+        add("added"_s, subject(key), row);
+    } else if (key == *planned.before) {
+        add("kept"_s, subject(key), row);
+    } else {
+        addChanges(*planned.before, key, {{"record"_s, planned.record}});
+    }
+}
+
+void Planner::planRefusedRecords(const QString &kind, const Setting &setting)
+{
+    for (const Record &record : setting.records) {
+        if (!record.isAccepted())
+            add("refused"_s, {{"kind"_s, kind}, {"id"_s, {}}, {"dmId"_s, QString()}},
+                {{"new"_s, setting.text.mid(record.start, record.length)},
+                 {"record"_s, record.number},
+                 {"reason"_s, record.fault}});
+    }
+}
+
+// "1 added, 2 kept". A changed action or key has a row for each field.
+QString Planner::summaryOf(const QString &kind) const
+{
+    QMap<QString, int> counts;
+    QJsonValue last;
+    for (const QJsonObject &row : m_plan.listing.rows) {
+        if (row.value("kind"_s) != kind)
+            continue;
+        const bool isCounted = row.value("field"_s).isString() && row.value("id"_s) == last;
+        counts[row.value("what"_s).toString()] += isCounted ? 0 : 1;
+        last = row.value("id"_s);
+    }
+    QStringList parts;
+    for (auto count = counts.begin(); count != counts.end(); ++count)
+        parts.append(format("%1 %2", count.value(), count.key()));
+    return parts.isEmpty() ? "none"_s : parts.join(", "_s);
 }
 
 } // namespace
 
-bool Plan::hasChanges() const
+Plan planOf(const ListAction &actions, const ListKey &keys, const Rollout &rollout)
 {
-    return hasAny(rows, {Added, Changed, Removed});
-}
-
-bool Plan::hasRefusedRecords() const
-{
-    return hasAny(rows, {Refused});
-}
-
-output::Listing Plan::listing(bool hasAll) const
-{
-    output::Listing listing;
-    for (QJsonObject row : rows) {
-        row.insert(Detail, detailOf(row));
-        if (hasAll || row.value(What) != Kept)
-            listing.rows.append(row);
-    }
-    listing.legend = summaryOf(rows, OfAction, "Actions: "_s) + QLatin1Char('\n') +
-                     summaryOf(rows, OfKey, "Keys: "_s);
-    if (!hasChanges())
-        listing.legend += "\nNo changes."_s;
-    listing.colours = {{Added, "green"}, {Changed, "brown"}, {Withdrawn, "brown"},
-                       {Removed, "red"}, {Dropped, "red"},   {Refused, "red"}};
-    return listing;
-}
-
-Plan planOf(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings)
-{
-    return {Planner(actions, keys, settings).plan()};
+    return Planner(actions, keys, rollout).plan();
 }
 
 } // namespace defaults

@@ -1,20 +1,11 @@
 #pragma once
 
+#include "defaults/Rollout.h"
 #include "output/Listing.h"
 #include "records/Action.h"
 #include "records/Key.h"
 
-#include <optional>
-
 namespace defaults {
-
-/// The settings to plan for.
-struct PlannedSettings
-{
-    QString actions;
-    QString keys;
-    std::optional<int> limit; ///< maximum number of keys of the set
-};
 
 /// What a start of the service with other settings changes on a phone. Each row is about an action,
 /// a key or a record, and has these fields:
@@ -30,16 +21,13 @@ struct PlannedSettings
 /// In JSON a row that is added has its fields as `content`.
 struct Plan
 {
-    QList<QJsonObject> rows;
-
-    /// Whether actions or keys change, apart from the ids of provisioned keys.
-    bool hasChanges() const;
-    bool hasRefusedRecords() const;
-    /// The rows as a table, with a summary; without those that are kept, unless `hasAll`.
-    output::Listing listing(bool hasAll) const;
+    output::Listing listing;
+    bool hasChanges = false; ///< of actions or keys, apart from the ids of provisioned keys
+    bool hasRefusedRecords = false;
 };
 
-/// What the service does to these rows if it starts with these settings: its own merge decides.
-Plan planOf(const ListAction &actions, const ListKey &keys, const PlannedSettings &settings);
+/// What the service does to these rows if it starts with these settings: its own merge decides. The
+/// rollout has actions and keys.
+Plan planOf(const ListAction &actions, const ListKey &keys, const Rollout &rollout);
 
 } // namespace defaults

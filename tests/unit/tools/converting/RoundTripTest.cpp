@@ -80,12 +80,12 @@ QList<QStringList> recordsOfService(QByteArray text)
 
 Records viaCsv(const Records &records)
 {
-    return defaults::readCsv(defaults::writeCsv(records), File, std::nullopt);
+    return defaults::readCsv(defaults::writeCsv(records), File);
 }
 
 Records viaJson(const Records &records)
 {
-    return defaults::readJson(defaults::writeJson(records), File, std::nullopt);
+    return defaults::readJson(defaults::writeJson(records), File);
 }
 
 } // namespace
