@@ -161,8 +161,8 @@ cli::Command checkCommand()
                       "code"_s, "message"_s, "character"_s},
                      check);
     command.notes =
-        "Each problem begins with FILE:RECORD:FIELD:COLUMN:, counted from 1, and error: or "
-        "warning:. FIELD is 0 for a problem with the whole record. COLUMN counts characters in "
+        "Each message begins with FILE:RECORD:FIELD:COLUMN:, and error: or warning:. The numbers "
+        "start at 1. FIELD is 0 for a problem with the whole record. COLUMN counts characters in "
         "the record."_s;
     return command;
 }

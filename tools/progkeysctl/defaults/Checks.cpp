@@ -237,7 +237,9 @@ bool checkActionOf(Setting &keys, const Record &record, const Identifiers &actio
     if (dmId.isEmpty() || similar.contains(dmId))
         return true;
     QString message =
-        format("no action has the identifier %1, and the phone drops the key", quoted(dmId));
+        format("no action has the identifier %1: the phone drops the key, unless an earlier "
+               "rollout created the action",
+               quoted(dmId));
     if (!similar.isEmpty())
         message += format("; %1 differs only in case or blanks", quoted(similar.firstKey()));
     keys.addError("key-without-action", placeOf(record, IdentifierField), message);
