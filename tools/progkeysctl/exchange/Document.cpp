@@ -107,13 +107,13 @@ QByteArray toJson(const Document &document, bool isPretty)
 Document fromJson(const QByteArray &text, const QString &file)
 {
     const QJsonObject object = files::readJson(text, file, Schema);
-    const auto whereIn = [&](const QString &member, qsizetype index) {
+    const auto positionIn = [&](const QString &member, qsizetype index) {
         return format("%1: %2[%3]", file, member, index);
     };
     Document document;
     QSet<qlonglong> ids{ReservedActionId};
     for (const QJsonObject &each : files::objectsOf(object, ActionsMember, file)) {
-        const QString where = whereIn(ActionsMember, document.actions.size());
+        const QString where = positionIn(ActionsMember, document.actions.size());
         const Action action = actionFromJson(each, where);
         if (ids.contains(action.idAction))
             throwInvalid(where, format("the id %1 is used twice", action.idAction));
@@ -121,7 +121,7 @@ Document fromJson(const QByteArray &text, const QString &file)
         document.actions.append(action);
     }
     for (const QJsonObject &each : files::objectsOf(object, KeysMember, file)) {
-        const QString where = whereIn(KeysMember, document.keys.size());
+        const QString where = positionIn(KeysMember, document.keys.size());
         const ExportedKey exported = keyFromJson(each, where);
         if (!ids.contains(exported.key.idAction))
             throwInvalid(where,
