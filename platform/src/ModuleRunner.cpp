@@ -101,9 +101,9 @@ bool ModuleRunner::deployOver()
         return false;
     const QString copy = m_directory.copyAside();
     if (copy.isEmpty())
-        return refuse(QStringLiteral("The data failed its check and could not be copied aside; "
+        return refuse(QStringLiteral("The data failed its check, and could not be copied; "
                                      "it is left as it is"));
-    logger().warning(QStringLiteral("The data failed its check; copied aside to %1").arg(copy));
+    logger().warning(QStringLiteral("The data failed its check; copied to %1").arg(copy));
     if (!isFreeToWrite() || !runHook("deploy", &ZELModule::deploy))
         return false;
     return ZELApplication::isEnding() || m_module.check() || giveUp();
@@ -114,8 +114,8 @@ bool ModuleRunner::isFreeToWrite() const
     if (const auto holder = exclusiveLockHolder(m_directory.path(), Afterwards::KeepOpen))
         return refuseBecauseLocked(*holder);
     return m_directory.isWritable() ||
-           refuse(QStringLiteral("The data failed its check while its directory cannot be written; "
-                                 "it is left as it is"));
+           refuse(QStringLiteral("The data failed its check, and its directory cannot be written; "
+                                 "the data is left as it is"));
 }
 
 // The next start finds no directory and creates new data.

@@ -303,7 +303,7 @@ def test_data_that_cannot_be_backed_up_is_not_changed(launch_subject, data, data
     process = launch_subject("check=no", "deploy=wipe")
     assert process.wait_for_exit() == 1
     assert "hook deploy" not in process.log.raw()
-    assert "could not be copied aside" in process.log.texts("error")[-1]
+    assert "could not be copied" in process.log.texts("error")[-1]
     assert (names_in(data_root), data.read_text()) == ([SUBJECT], "the keys")
 
 
