@@ -74,6 +74,8 @@ def test_the_help_of_every_command_fits_the_terminal_and_has_the_common_options(
         (["key", "list", "--feilds", "idKey"], 'Did you mean "--fields"?'),
         (["key", "list", "all"], 'Unexpected argument "all"'),
         (["key", "list", "--type"], "--type requires a value"),
+        (["key", "list", "--container", "--", "home"], "--container requires a value"),
+        (["key", "--", "list"], 'Unexpected argument "list"'),
         (["key", "list", "--no-legend=x"], "--no-legend takes no value"),
         (["key", "list", "--no-legend="], "--no-legend takes no value"),
         (["key", "list", "--json=", "short"], 'Unexpected argument "short"'),

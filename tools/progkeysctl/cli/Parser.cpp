@@ -20,19 +20,26 @@ std::string nameOf(const Parameter &parameter)
                                     : name.toStdString();
 }
 
+// Begins each word after "--". No word has a null character.
+const std::string ArgumentMark(2, '\0');
+
+bool isAfterMark(const std::string &word)
+{
+    return word.compare(0, ArgumentMark.size(), ArgumentMark) == 0;
+}
+
 // The words in reverse, as the library takes them. It would take "[1,2]" for a list and "--limit="
-// for an option without its value, and would interpret the words after "--". A null character,
-// which no word has, prevents this.
+// for an option without its value, and would interpret the words after "--". Null characters
+// prevent this.
 std::vector<std::string> marked(const QList<QByteArray> &words)
 {
     std::vector<std::string> marked;
     bool areArguments = false;
     for (const QByteArray &word : words) {
-        const std::string mark(1, '\0');
         if (areArguments)
-            marked.push_back(mark + word.toStdString());
+            marked.push_back(ArgumentMark + word.toStdString());
         else if (word.endsWith(']') || word.endsWith('='))
-            marked.push_back(word.toStdString() + mark);
+            marked.push_back(word.toStdString() + '\0');
         else if (word != "--")
             marked.push_back(word.toStdString());
         areArguments = areArguments || word == "--";
@@ -88,7 +95,7 @@ public:
         refuseUnknown();
         for (const Parameter &parameter : parameters())
             for (const std::string &value : optionOf(parameter)->results())
-                add(parameter, valueOf(value));
+                add(parameter, value);
         requireAtMostOne({"--system"_s, "--session"_s, "--address"_s});
         requireAtMostOne({"--json"_s, "-j"_s, "--terse"_s});
         if (!m_line.arguments.has("--help") && !m_line.arguments.has("--version"))
@@ -146,7 +153,7 @@ private:
             refuse(format("Unknown option %1", name), name,
                    name.size() > 2 ? namesOfOptions() : QStringList());
         }
-        if (!m_line.command->isGroup())
+        if (!m_line.command->isGroup() || isAfterMark(left.front()))
             refuse(format("Unexpected argument \"%1\"", word));
         const QStringList words = m_line.command->words + QStringList(word);
         refuse(format("Unknown command \"%1\"", words.join(QLatin1Char(' '))), word,
@@ -177,8 +184,11 @@ private:
         return own ? own : m_app.get_option(nameOf(parameter));
     }
 
-    void add(const Parameter &parameter, const QByteArray &value)
+    void add(const Parameter &parameter, const std::string &word)
     {
+        const QByteArray value = valueOf(word);
+        if (!parameter.isPositional() && isAfterMark(word))
+            refuse(format("%1 requires a value", parameter.name));
         if (parameter.isFlag() && value != "true")
             refuse(format("%1 takes no value", parameter.name));
         if (!parameter.isRepeatable && !parameter.isFlag() && m_line.arguments.has(parameter.name))
