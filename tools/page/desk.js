@@ -17,7 +17,7 @@ export const iconNames = () => [...document.querySelectorAll(".icons symbol")].m
  * @param {string} name */
 function picture(name) {
   const id = `icon-${ALIASES.get(name) ?? name}`;
-  if (!document.getElementById(id))
+  if (!one(`.icons #${CSS.escape(id)}`))
     return el("span", { className: "icon-name" }, foreign(clip(name, 12)));
   const svg = document.createElementNS(SVG, "svg");
   svg.append(document.createElementNS(SVG, "use"));

@@ -85,18 +85,25 @@ QString cellText(const QJsonObject &row, const QString &field)
     return text::printable(displayText(row.value(field)));
 }
 
-// Only long texts are wrapped: a wrapped short text is hard to read and saves little.
+// Numbers are aligned to the right; those that JSON cannot keep are strings. Only long texts are
+// wrapped: a wrapped short text is hard to read and saves little.
 int flagsOf(const Listing &listing, const QString &field)
 {
     constexpr int LongestWhole = 12;
-    int flags = 0;
+    bool hasNumber = false;
+    bool hasText = false;
+    bool isLong = false;
     for (const QJsonObject &row : listing.rows) {
-        if (row.value(field).isDouble())
-            return SCOLS_FL_RIGHT;
-        if (text::textWidth(cellText(row, field)) > LongestWhole)
-            flags = SCOLS_FL_WRAP;
+        const QJsonValue value = row.value(field);
+        bool isInteger = false;
+        value.toString().toLongLong(&isInteger);
+        hasNumber |= value.isDouble();
+        hasText |= value.isString() && !isInteger;
+        isLong |= text::textWidth(cellText(row, field)) > LongestWhole;
     }
-    return flags;
+    if (hasNumber && !hasText)
+        return SCOLS_FL_RIGHT;
+    return isLong ? SCOLS_FL_WRAP : 0;
 }
 
 } // namespace
