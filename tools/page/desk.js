@@ -136,7 +136,7 @@ export class Desk {
 
   /** The element to which an arrow key leads.
    * @param {any} element @param {string} key @returns {any} */
-  neighbour(element, key) {
+  neighbor(element, key) {
     const places = [...element.parentElement.children];
     if (key === "Home" || key === "End")
       return places.at(key === "Home" ? 0 : -1);

@@ -57,7 +57,7 @@ export class PhoneView {
     if (!target || event.ctrlKey || event.altKey || event.metaKey)
       return;
     if (/^Arrow|^Home$|^End$/.test(event.key)) {
-      this.desk.focus(this.desk.neighbour(target, event.key) ?? target);
+      this.desk.focus(this.desk.neighbor(target, event.key) ?? target);
     } else if (event.key === "Escape" && this.moving) {
       this.#startMoving(null);
     } else if (key && this.app.mayWrite() && /^[em]$|^Delete$/.test(event.key)) {

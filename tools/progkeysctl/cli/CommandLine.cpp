@@ -20,7 +20,7 @@ ExitStatus print(const QString &text)
 ExitStatus run(const QList<Command> &commands, const QList<QByteArray> &words)
 {
     const ParsedLine line = parse(commands, words);
-    output::setColourChoice(line.arguments.text("--color"));
+    output::setColorChoice(line.arguments.text("--color"));
     if (line.arguments.has("--help"))
         return print(helpText(commands, *line.command));
     if (line.arguments.has("--version"))

@@ -5,8 +5,6 @@
 #include "text/Format.h"
 #include "text/Text.h"
 
-#include <zelcore/ZELBusNames.h>
-
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QRegularExpression>

@@ -11,6 +11,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <optional>
+
 namespace events {
 namespace {
 

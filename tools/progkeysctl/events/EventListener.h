@@ -8,7 +8,6 @@
 #include <QObject>
 
 #include <functional>
-#include <optional>
 
 namespace events {
 

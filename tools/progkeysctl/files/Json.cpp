@@ -7,8 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <algorithm>
-
 namespace files {
 namespace {
 

@@ -13,8 +13,8 @@ struct Listing
 {
     QList<QJsonObject> rows;
     QString legend = {}; ///< below a table, such as "3 keys"
-    /// Colours of rows by the text of their first field: "red", "green", "brown".
-    QMap<QString, QByteArray> colours = {};
+    /// Colors of rows by the text of their first field: "red", "green", "brown".
+    QMap<QString, QByteArray> colors = {};
 };
 
 /// An integer in JSON: a number up to 2^53, which every reader keeps, else a string.

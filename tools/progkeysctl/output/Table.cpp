@@ -39,7 +39,7 @@ public:
         require(scols_table_enable_noencoding(m_table.get(), 1) == 0); // all cells are printable
         require(scols_table_set_column_separator(m_table.get(), "  ") == 0);
         require(scols_table_enable_noheadings(m_table.get(), hasHeadings ? 0 : 1) == 0);
-        require(scols_table_enable_colors(m_table.get(), terminal.hasColour() ? 1 : 0) == 0);
+        require(scols_table_enable_colors(m_table.get(), terminal.hasColor() ? 1 : 0) == 0);
         const int force = terminal.width() > 0 ? SCOLS_TERMFORCE_ALWAYS : SCOLS_TERMFORCE_NEVER;
         require(scols_table_set_termforce(m_table.get(), force) == 0);
         if (terminal.width() > 0)
@@ -55,15 +55,15 @@ public:
         require(scols_cell_set_color(scols_column_get_header(column), "bold") == 0);
     }
 
-    void addRow(const QStringList &cells, const QByteArray &colour)
+    void addRow(const QStringList &cells, const QByteArray &color)
     {
         libscols_line *line = scols_table_new_line(m_table.get(), nullptr);
         require(line != nullptr);
         for (int place = 0; place < cells.size(); ++place)
             require(scols_line_set_data(line, static_cast<std::size_t>(place),
                                         cells.at(place).toUtf8().constData()) == 0);
-        if (!colour.isEmpty())
-            require(scols_line_set_color(line, colour.constData()) == 0);
+        if (!color.isEmpty())
+            require(scols_line_set_color(line, color.constData()) == 0);
     }
 
     QString text() const
@@ -118,7 +118,7 @@ QString tableText(const Listing &listing, const QStringList &fields, const Termi
         QStringList cells;
         for (const QString &field : fields)
             cells.append(cellText(row, field));
-        table.addRow(cells, listing.colours.value(cells.value(0)));
+        table.addRow(cells, listing.colors.value(cells.value(0)));
     }
     QString text = listing.rows.isEmpty() ? QString() : table.text();
     if (hasLegend && !listing.legend.isEmpty())

@@ -8,7 +8,7 @@
 namespace output {
 namespace {
 
-QString colourChoice;
+QString colorChoice;
 
 // If the terminal does not report its size, the width is COLUMNS, or 80.
 int widthOf(int descriptor)
@@ -21,16 +21,16 @@ int widthOf(int descriptor)
     return columns > 0 ? columns : UsualWidth;
 }
 
-bool supportsColour()
+bool supportsColor()
 {
     return qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
 }
 
 } // namespace
 
-void setColourChoice(const QString &choice)
+void setColorChoice(const QString &choice)
 {
-    colourChoice = choice;
+    colorChoice = choice;
 }
 
 Terminal Terminal::of(int descriptor)
@@ -38,14 +38,14 @@ Terminal Terminal::of(int descriptor)
     const bool isTerminal = isatty(descriptor) == 1;
     Terminal terminal;
     terminal.m_width = isTerminal ? widthOf(descriptor) : 0;
-    terminal.m_hasColour =
-        colourChoice == "always"_s || (colourChoice != "never"_s && isTerminal && supportsColour());
+    terminal.m_hasColor =
+        colorChoice == "always"_s || (colorChoice != "never"_s && isTerminal && supportsColor());
     return terminal;
 }
 
 QString Terminal::styled(const QString &text, const char *code) const
 {
-    if (!m_hasColour || text.isEmpty())
+    if (!m_hasColor || text.isEmpty())
         return text;
     return format("\x1b[%1m%2\x1b[0m", code, text);
 }

@@ -4,9 +4,9 @@
 
 namespace output {
 
-/// When all streams use colours: "always", "never", or else on a terminal that supports them,
+/// When all streams use colors: "always", "never", or else on a terminal that supports them,
 /// unless NO_COLOR is set.
-void setColourChoice(const QString &choice);
+void setColorChoice(const QString &choice);
 
 /// What is known about the terminal, if any, that a stream goes to.
 class Terminal
@@ -17,9 +17,9 @@ public:
 
     /// Columns; 0 if there is no terminal and so no limit.
     int width() const { return m_width; }
-    bool hasColour() const { return m_hasColour; }
+    bool hasColor() const { return m_hasColor; }
 
-    /// The text in a style or colour, if this terminal uses colours.
+    /// The text in a style or color, if this terminal uses colors.
     QString bold(const QString &text) const { return styled(text, "1"); }
     QString dim(const QString &text) const { return styled(text, "2"); }
     QString red(const QString &text) const { return styled(text, "31"); }
@@ -29,7 +29,7 @@ public:
 private:
     QString styled(const QString &text, const char *code) const;
 
-    bool m_hasColour = false;
+    bool m_hasColor = false;
     int m_width = 0;
 };
 

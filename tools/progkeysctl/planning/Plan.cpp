@@ -138,9 +138,8 @@ Planner::Planner(const ListAction &actions, const ListKey &keys, const Rollout &
         if (record.isAccepted())
             m_accepted.append(record);
     }
-    m_plan.listing.colours = {{"added"_s, "green"},     {"changed"_s, "brown"},
-                              {"withdrawn"_s, "brown"}, {"removed"_s, "red"},
-                              {"dropped"_s, "red"},     {"refused"_s, "red"}};
+    m_plan.listing.colors = {{"added"_s, "green"}, {"changed"_s, "brown"}, {"withdrawn"_s, "brown"},
+                             {"removed"_s, "red"}, {"dropped"_s, "red"},   {"refused"_s, "red"}};
 }
 
 void Planner::addAction(const Action &action)
