@@ -44,6 +44,16 @@ test("a new action is deleted again when its key is refused", async () => {
   assert.equal(asked[2][1].idAction, 77);
 });
 
+test("a new action stays when its key is stored, but the phone cannot be read after that", async () => {
+  const { requests, asked } = service({ addAction: 77, modifyProgrammableKey: 0, deleteAction: 0 });
+  requests.refresh = async () => {
+    if (asked.some(([name]) => name === "modifyProgrammableKey"))
+      throw new Error("timeout");
+  };
+  await assert.rejects(requests.changeKey(KEY, ACTION), /timeout/);
+  assert.deepEqual(asked.map(([name]) => name), ["addAction", "modifyProgrammableKey"]);
+});
+
 test("provisioned and reserved rows are told from each other", async () => {
   const { requests } = service({ deleteProgrammableKey: -2, deleteAction: -2 });
   await assert.rejects(requests.change("deleteProgrammableKey", { ...KEY, dmId: "post" }), /provisioned as “post”.*DefaultKeys/);

@@ -1,7 +1,7 @@
 // What a user asks of the service. A request that the service refuses throws a Refusal with the reason.
 
 import { MODULE_KEY, isSamePlace, spotOf } from "./records.js";
-import { placeTaken, refusalOf } from "./texts.js";
+import { Refusal, placeTaken, refusalOf } from "./texts.js";
 
 /** Whether two places belong to the same unit, so that keys move between them by position alone.
  * @param {Spot} one @param {Spot} other */
@@ -89,7 +89,8 @@ export class Requests {
     return stored;
   }
 
-  /** Asks for a key that is bound to a new action, which is deleted again if the key is refused.
+  /** Asks for a key that is bound to a new action, which is deleted again if the key is refused. After any other
+   * error the key may be stored: then the service would delete it with its action.
    * @param {string} method @param {Key} key @param {Action|null} newAction */
   async #withAction(method, key, newAction) {
     if (!newAction) {
@@ -100,7 +101,8 @@ export class Requests {
     try {
       await this.change(method, { ...key, idAction });
     } catch (error) {
-      await this.bus.change("deleteAction", { ...newAction, idAction });
+      if (error instanceof Refusal)
+        await this.bus.change("deleteAction", { ...newAction, idAction });
       throw error;
     }
   }
