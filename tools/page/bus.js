@@ -11,6 +11,7 @@ const INTERFACE = "com.velmora.Tessaro.ZELInterface";
 const EVENTS = { interface: "com.velmora.Tessaro.ZELEvents", member: "event" };
 const SETTINGS = ["com.velmora.Tessaro.SettingsManager", "/com/velmora/Tessaro/SettingsManager"];
 const RECONNECT_MS = 2000;
+const LARGEST_INT = 2 ** 31 - 1;
 
 // Prints two JSON texts, one per line: the problems of the rollout, and its plan.
 const CHECK_AND_PLAN = `
@@ -105,13 +106,14 @@ export class Bus {
     }
   }
 
-  /** The maximum number of keys on the set; null if it is not known.
+  /** The maximum number of keys on the set, as the service reads the setting; null if it is not known.
    * @returns {Promise<number|null>} */
   async limit() {
     const settings = cockpit.dbus(SETTINGS[0], { bus: "system" });
     try {
       const [text] = await settings.call(SETTINGS[1], INTERFACE, "getSettingValue", ["ProgKeysMax"], { type: "s" });
-      return /^\s*[+-]?\d+\s*$/.test(text) ? Number(text) : null;
+      const limit = /^\s*[+-]?\d+\s*$/.test(text) ? Number(text) : 0;
+      return limit <= LARGEST_INT ? Math.max(0, limit) : 0;
     } catch {
       return null;
     } finally {
