@@ -15,7 +15,8 @@ class Session
 {
 public:
     /// The arguments have the common options. Throws a Failure of status Usage if --fields has a
-    /// name that is not a column of the command.
+    /// name that is not a column of the command, or if --fields or --terse is given for a command
+    /// without columns.
     Session(const Command &command, const Arguments &arguments);
 
     output::Output &out() { return m_out; }
