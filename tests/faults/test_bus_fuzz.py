@@ -23,6 +23,8 @@ pytestmark = pytest.mark.sanitizers
 
 BURST = 20
 SIGNATURE_WARNING = re.compile('dropped: its signature is ("[^"]*")')
+QT_WARNING = 'QDBusSignature: invalid signature ""'
+"""The warning of Qt about an argument that is an empty signature, which D-Bus permits."""
 MAX_ROWS = 100
 NO_REPLY_ERRORS = (
     "org.freedesktop.DBus.Error.NoReply",
@@ -98,7 +100,8 @@ class Fuzzer:
             self._phone.client.send_raw_event(f"s{signature}", "AOM_KEY_PRESS_EVENT", *values)
         self._phone.client.round_trip()
         invalid = [f'"s{signature}"' for signature, _ in events if signature != "a(svb)"]
-        warnings = self._phone.service.log.take("warning")
+        log = self._phone.service.log.take("warning")
+        warnings = [line for line in log if QT_WARNING not in line]
         assert [SIGNATURE_WARNING.search(line)[1] for line in warnings] == invalid
         self.sent += len(events)
 
