@@ -116,7 +116,7 @@ def _machine(document: dict[str, Any]) -> str:
     return (
         f"{document['processor']}, {document['cores']} cores, {document['system']}, {versions}; "
         f"{document['rounds']} rounds on {document['date']}, load average "
-        f"{document['load']:.2f} before them."
+        f"{document['load']:.2f} before the run."
     )
 
 

@@ -124,11 +124,11 @@ bool ModuleRunner::giveUp() const
     if (!isFreeToWrite())
         return false;
     const QString aside = m_directory.setAside();
-    return refuse(
-        aside.isEmpty()
-            ? QStringLiteral("The data fails its check even after deploy, and could not "
-                             "be set aside; it is left as it is")
-            : QStringLiteral("The data fails its check even after deploy; set aside to ") + aside);
+    return refuse(aside.isEmpty()
+                      ? QStringLiteral("The data fails its check even after deploy, and could not "
+                                       "be moved; it is left as it is")
+                      : QStringLiteral("The data fails its check even after deploy; moved to ") +
+                            aside);
 }
 
 bool ModuleRunner::runHook(const char *name, bool (ZELModule::*hook)()) const

@@ -79,7 +79,7 @@ def start_with(phone: Phone, damaged: bytes, what: str) -> bool:
     service = phone.launch()
     if not service.starts(phone.client):
         assert service.status == 1, f"{what}: {service.log.raw()}"
-        assert "set aside to" in service.log.texts("error")[-1], what
+        assert "moved to" in service.log.texts("error")[-1], what
         assert is_kept(phone.database.path, damaged), what
         phone.start()
         assert phone.client.get_all_actions() == [RESERVED_ACTION], what

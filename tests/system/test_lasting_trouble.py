@@ -45,7 +45,7 @@ def test_damaged_data_that_cannot_be_set_aside_is_backed_up_once(
 ):
     with memory_file_system(database.path.parent, 1 << 20):
         database.path.write_bytes(b"garbage " * 1000)
-        refused("could not be set aside")
+        refused("could not be moved")
         assert names_in(data_root) == [SERVICE, f"{SERVICE}.before-deploy"]
 
 
